@@ -1,0 +1,128 @@
+// A renderer that implements the ORV drawing interface on Cairo.
+//
+// Make one with its options, hand interface() to whoever draws (or to the logger), and destroy it when the
+// last document is finished. Each finished face is a page, which goes to the sink, to a PNG file, or both.
+// What the calls mean to this renderer (units, spaces, operators, masks) is told in docs/data-model.md.
+//
+// What Cairo cannot do is said once for each kind of thing and painted as near as can be. No call throws,
+// and no record, null or damaged, ends the process. One renderer is driven by one thread at a time.
+
+#pragma once
+
+#include "orvlog/interface/orv-interface.h"
+
+#include <cairo.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace cairo_renderer
+{
+
+// A page, about to be drawn or just finished.
+struct Page
+{
+    uint32_t number = 0;                 // 1 for the first face that was opened, then counting up
+    uint32_t face_seq_number = 0;        // the client's own number of the face
+    uint32_t width = 0;                  // pixels
+    uint32_t height = 0;                 // pixels
+    cairo_surface_t* surface = nullptr;  // null while the surface is still to be made; the renderer's
+};
+
+// Takes a finished page. The surface is flushed and lives until the sink returns, unless the sink takes a
+// reference of its own. An image surface is CAIRO_FORMAT_RGB24, all paper white to begin with.
+using PageSink = std::function<void(const Page& page)>;
+
+// Makes the surface that a page is drawn on and gives its reference away; null fails the face. The page is
+// drawn in its pixels, y down, from (0, 0) to (width, height): a surface of other units brings a device
+// scale. One surface may serve several pages, with a new reference each time: each page ends with
+// cairo_show_page. Without a factory each page gets an image surface of its own.
+using SurfaceFactory = std::function<cairo_surface_t*(const Page& page)>;
+
+// The form in which glyphs are asked for.
+enum class GlyphForm
+{
+    path,    // outlines, else a bitmap if that is what the font engine has
+    bitmap,  // bitmaps, else an outline
+    in_turn  // each glyph is first asked for in one of the other four forms, in turn, then painted as a path
+};
+
+struct Options
+{
+    PageSink page_sink;              // may be empty
+    std::string png_prefix;          // when not empty: files PREFIX-001.png and onwards, one for each page
+    SurfaceFactory surface_factory;  // may be empty
+    bool keep_images = false;        // keep each image that allows it, and pull it when the drawing ends
+    GlyphForm glyph_form = GlyphForm::path;
+    std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
+};
+
+class Renderer
+{
+public:
+    explicit Renderer(Options options);
+    ~Renderer();
+    Renderer(const Renderer&) = delete;
+    Renderer& operator=(const Renderer&) = delete;
+
+    // The table, valid as long as the renderer.
+    const ORV_Interface* interface() const;
+
+    // Faces finished so far, discarded ones not counted.
+    uint32_t pages_finished() const;
+
+    // Everything said so far, each kind once, in the order in which it was met. Empty: all that was asked
+    // for could be painted.
+    const std::vector<std::string>& complaints() const;
+
+    // False when a PNG file could not be written or a surface ran into an error. The page's
+    // ORV_drawing_finish has then given 0.
+    bool all_pages_written() const;
+
+    class Implementation;
+
+private:
+    std::unique_ptr<Implementation> implementation_;
+};
+
+// The pixels of an image surface, row after row, each 0x00RRGGBB.
+struct PagePixels
+{
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<uint32_t> pixels;
+
+    bool operator==(const PagePixels&) const = default;
+};
+
+// A copy of the page's pixels; empty if the surface is no image surface.
+PagePixels read_pixels(const Page& page);
+
+// Keeps the pixels of each page that its sink is given.
+class PageCollector
+{
+public:
+    PageSink sink();
+    const std::vector<PagePixels>& pages() const;
+
+private:
+    std::shared_ptr<std::vector<PagePixels>> pages_ = std::make_shared<std::vector<PagePixels>>();
+};
+
+// How far two pages differ. Pages of different sizes, or with no pixels, differ by 255 everywhere.
+struct PixelDifference
+{
+    double mean = 0.0;              // mean absolute difference per channel, of 255
+    uint32_t largest = 0;           // largest difference of a channel, of 255
+    uint64_t pixels_different = 0;  // pixels that are not the same
+};
+
+PixelDifference compare_pixels(const PagePixels& one, const PagePixels& other);
+
+// The pixels of a PNG file on white paper; empty if it cannot be read.
+PagePixels read_png(const std::string& file_name);
+
+}  // namespace cairo_renderer
