@@ -1,0 +1,223 @@
+#include "tests/support/ahc-oracle.h"
+
+#include <utility>
+
+namespace orvlog::test
+{
+
+namespace
+{
+
+void renumber(AHC_Node* m)
+{
+    if (m->left != nullptr)
+    {
+        m->left->code = 2 * m->code;
+        m->left->code_length = m->code_length + 1;
+        renumber(m->left);
+    }
+    if (m->right != nullptr)
+    {
+        m->right->code = 2 * m->code + 1;
+        m->right->code_length = m->code_length + 1;
+        renumber(m->right);
+    }
+}
+
+bool contains(const AHC_Node* top, const AHC_Node* node)
+{
+    for (; node != nullptr; node = node->parent)
+    {
+        if (node == top)
+            return true;
+    }
+    return false;
+}
+
+void swap_places(AHC_Node* x, AHC_Node* p)
+{
+    AHC_Node* parent_of_x = x->parent;
+    AHC_Node* parent_of_p = p->parent;
+    const bool x_is_left = parent_of_x->left == x;
+    const bool p_is_left = parent_of_p->left == p;
+    (x_is_left ? parent_of_x->left : parent_of_x->right) = p;
+    (p_is_left ? parent_of_p->left : parent_of_p->right) = x;
+    std::swap(x->parent, p->parent);
+    std::swap(x->code, p->code);
+    std::swap(x->code_length, p->code_length);
+    renumber(x);
+    renumber(p);
+}
+
+}  // namespace
+
+ScanningCoder::ScanningCoder(Direction direction) : nodes(513), bit_position(direction == encoder ? 7 : -1)
+{
+    nodes[0].code = 1;
+    next_free = &nodes[1];
+    escape = &nodes[0];
+    cursor = &nodes[0];
+}
+
+void ScanningCoder::set_input(std::span<const uint8_t> data)
+{
+    input = data.data();
+    input_count = static_cast<uint32_t>(data.size());
+}
+
+AHC_Node* ScanningCoder::look_up(uint8_t byte)
+{
+    for (AHC_Node* node = nodes.data(); node < next_free; ++node)
+    {
+        if (node->symbol == byte)
+            return node;
+    }
+    return escape;
+}
+
+void ScanningCoder::add_symbol(uint8_t byte)
+{
+    AHC_Node* e = escape;
+    const uint64_t c = e->code;
+    e->symbol = 0;
+    AHC_Node* leaf = next_free;
+    // The escape node's symbol is left as it was found, which is what the library's coder must not depend on.
+    *leaf = {1, 2 * c, e->code_length + 1, e, nullptr, nullptr, byte};
+    e->left = leaf;
+    AHC_Node* fresh = next_free + 1;
+    *fresh = {0, 2 * c + 1, e->code_length + 1, e, nullptr, nullptr, fresh->symbol};
+    e->right = fresh;
+    escape = fresh;
+    next_free += 2;
+}
+
+void ScanningCoder::update(AHC_Node* node)
+{
+    AHC_Node* x = node;
+    while (x->code_length != 0)
+    {
+        AHC_Node* p = x;
+        for (AHC_Node* candidate = nodes.data(); candidate < next_free; ++candidate)
+        {
+            if (candidate->weight == x->weight && candidate->code < p->code)
+                p = candidate;
+        }
+        // With wrapped codes the partner can be below or above: the plain rule would tie a knot.
+        const bool knot = contains(x, p) || contains(p, x);
+        if (p != x && p != x->parent && !knot)
+            swap_places(x, p);
+        ++x->weight;
+        x = x->parent;
+    }
+    ++x->weight;
+}
+
+bool ScanningCoder::put_bit(uint64_t bit, uint8_t*& out)
+{
+    bit_buffer = static_cast<uint8_t>(bit_buffer << 1 | (bit & 1));
+    if (--bit_position >= 0)
+        return false;
+    *out++ = bit_buffer;
+    bit_buffer = 0;
+    bit_position = 7;
+    return true;
+}
+
+int32_t ScanningCoder::encode(uint8_t* output, uint32_t limit)
+{
+    uint8_t* out = output;
+    while (input_count > 0)
+    {
+        AHC_Node* node = look_up(*input);
+        const bool is_escape = node == escape;
+        const auto written = static_cast<uint64_t>(out - output);
+        const uint64_t held = written * 8 + static_cast<uint64_t>(7 - bit_position);
+        if (held + node->code_length + (is_escape ? 8 : 0) > uint64_t{limit} * 8)
+            break;
+        for (uint32_t i = node->code_length; i > 0; --i)
+            put_bit(node->code >> ((i - 1) % 64), out);
+        if (is_escape)
+        {
+            for (int i = 7; i >= 0; --i)
+                put_bit(static_cast<uint64_t>(*input >> i), out);
+            add_symbol(*input);
+        }
+        update(node);
+        ++input;
+        --input_count;
+    }
+    return static_cast<int32_t>(out - output);
+}
+
+uint8_t ScanningCoder::finish()
+{
+    uint8_t last = 0;
+    uint8_t* out = &last;
+    for (uint32_t i = escape->code_length; i > 0; --i)
+    {
+        if (put_bit(escape->code >> ((i - 1) % 64), out))
+            return last;
+    }
+    return static_cast<uint8_t>(bit_buffer << (bit_position + 1));
+}
+
+uint32_t ScanningCoder::get_bit()
+{
+    if (bit_position < 0)
+    {
+        bit_buffer = *input++;
+        --input_count;
+        bit_position = 7;
+    }
+    return (bit_buffer >> bit_position--) & 1;
+}
+
+uint8_t ScanningCoder::get_literal()
+{
+    uint32_t literal = 0;
+    for (int i = 0; i < 8; ++i)
+        literal = 2 * literal + get_bit();
+    return static_cast<uint8_t>(literal);
+}
+
+int32_t ScanningCoder::decode(uint8_t* output, uint32_t limit)
+{
+    uint32_t stored = 0;
+    if (cursor == escape && input_count > 0)
+    {
+        if (full())
+            return 0;
+        const uint8_t literal = get_literal();
+        add_symbol(literal);
+        update(cursor);
+        output[stored++] = literal;
+        cursor = nodes.data();
+    }
+    while (input_count > 0 && stored < limit)
+    {
+        cursor = get_bit() != 0 ? cursor->right : cursor->left;
+        while (cursor->right != nullptr)
+        {
+            if (input_count == 0 && bit_position == 0)
+                return static_cast<int32_t>(stored);
+            cursor = get_bit() != 0 ? cursor->right : cursor->left;
+        }
+        if (cursor == escape)
+        {
+            if (input_count == 0 || full())
+                break;
+            const uint8_t literal = get_literal();
+            add_symbol(literal);
+            output[stored++] = literal;
+        }
+        else
+        {
+            output[stored++] = cursor->symbol;
+        }
+        update(cursor);
+        cursor = nodes.data();
+    }
+    return static_cast<int32_t>(stored);
+}
+
+}  // namespace orvlog::test
