@@ -1,0 +1,52 @@
+#include "orvlog/core/orvlog-root.h"
+
+#include "orvlog/log/orvlog-attributes.h"
+
+namespace
+{
+
+struct Version
+{
+    const char* name;
+    uint32_t value;
+};
+
+constexpr Version kVersions[] = {
+    {"MIRDA_TOLMA_VERSION", 10034}, {"ORV_VERSION", 10066}, {"TPN_VERSION", 10061}, {"TRN_VERSION", 10010},
+    {"HOLV_VERSION", 10055},        {"GAM_VERSION", 10044}, {"GBT_VERSION", 10003}, {"GCA_VERSION", 10003},
+    {"GCD_VERSION", 10044},         {"GCM_VERSION", 10099}, {"GER_VERSION", 10017}, {"GFI_VERSION", 10053},
+    {"GFX_VERSION", 10024},         {"GGO_VERSION", 10021}, {"GHT_VERSION", 10003}, {"GIO_VERSION", 10028},
+    {"GME_VERSION", 10028},         {"GMM_VERSION", 10031}, {"GNC_VERSION", 10024}, {"GOP_VERSION", 10090},
+    {"GOS_VERSION", 10052},         {"GPA_VERSION", 10057}, {"GSH_VERSION", 10043}, {"GUT_VERSION", 10003},
+};
+
+constexpr uint32_t kContentVersion = 2;
+
+}  // namespace
+
+void orvlog_open_root(ORVLOG_Session* session)
+{
+    ORVLOG_Writer* writer = &session->writer;
+    orvlog_writer_begin_element(writer, "ORV");
+    if (writer->compress == 1)
+    {
+        orvlog_attr_string(writer, "compression", "Adaptive Huffman");
+        writer->coder = AHC_EncoderCreate(session->allocator);
+        orvlog_writer_begin_element(writer, "ORV");
+    }
+    for (const Version& version : kVersions)
+        orvlog_attr_uint(writer, version.name, version.value);
+    orvlog_attr_string(writer, "Endian", "little");
+    orvlog_attr_string(writer, "LoggingMode", orvlog_session_is_base(session) ? "base" : "transparent");
+    // Follows neither mode; readers of the log rely on it.
+    orvlog_attr_string(writer, "GlyphLoggingMode", "transparent");
+    orvlog_attr_uint(writer, "ORVLOG_CONTENT_VERSION", kContentVersion);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+}
+
+void orvlog_close_root(ORVLOG_Session* session)
+{
+    orvlog_writer_depth_down(&session->writer);
+    orvlog_writer_close_element(&session->writer, "ORV");
+}

@@ -1,0 +1,89 @@
+// The log writer: every byte of the XML log passes through it. It keeps the nesting depth, prints tags and
+// comments, holds back warnings that arrive while an element is open, and sends the text either straight to
+// the stream or through the adaptive Huffman coder.
+//
+// Nothing is held back in the writer: when a form returns, its text has been given to the stream and the
+// stream has been flushed. No stream result is looked at; a failed write loses its text and nothing else.
+// A writer belongs to one thread at a time.
+
+#pragma once
+
+#include "holv-core/gio/gio-stream.h"
+#include "holv-core/gmm/gmm-allocator.h"
+#include "orvlog/log/ahc-coder.h"
+
+#include <cstdarg>
+#include <cstdint>
+
+#if defined(__MINGW32__)
+#define ORVLOG_PRINTF(text, first) __attribute__((format(gnu_printf, text, first)))
+#else
+#define ORVLOG_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#endif
+
+// The form of the library's own warnings.
+#define ORVLOG_WARNING_FORMAT "ORVLOG: WARNING: %s\n"
+
+// The longest text that a single formatted print brings through the coder; the rest of it is lost. Readers
+// of coded logs rely on it.
+constexpr uint32_t ORVLOG_CODED_PRINT_LIMIT = 198;
+
+// A warning that waits for the next closing tag.
+struct ORVLOG_Warning
+{
+    ORVLOG_Warning* next;
+    char* text;  // a block of 501 bytes
+};
+
+struct ORVLOG_Writer
+{
+    GIO_Stream* stream;           // the log; not owned
+    uint32_t depth;               // 0 at the root tag, 1 inside the root
+    ORVLOG_Warning* warnings;     // newest first
+    uint32_t element_open;        // 1 from any opening tag to the next closing tag; not a stack
+    GMM_Allocator* allocator;     // for warnings; null drops them
+    uint32_t compress;            // 1 asks for coded output
+    AdaptiveHuffmanCoder* coder;  // null until the root element has made it
+};
+
+void orvlog_writer_init(ORVLOG_Writer* writer, GMM_Allocator* allocator, GIO_Stream* stream, uint64_t reserved,
+                        uint32_t compress);
+
+// Two blanks for each level, 50 at most. A depth below zero has wrapped and gives 50, too.
+const char* orvlog_writer_indent(uint32_t depth);
+
+// The core: prints by the stream's gio_VPrintf, or through the coder when there is one, and flushes. Gives the
+// length printed. Coded, a print of more than ORVLOG_CODED_PRINT_LIMIT bytes loses its tail.
+int32_t orvlog_writer_vprint(ORVLOG_Writer* writer, const char* format, va_list args);
+int32_t orvlog_writer_print(ORVLOG_Writer* writer, const char* format, ...) ORVLOG_PRINTF(2, 3);
+
+// Writes a text as it stands, of any length, coded or plain, with no flush: what is made of several pieces ends
+// in orvlog_writer_flush. `text` is terminated behind its `length` bytes.
+void orvlog_writer_put(ORVLOG_Writer* writer, const char* text, uint64_t length);
+void orvlog_writer_flush(ORVLOG_Writer* writer);
+
+// No check at either end.
+void orvlog_writer_depth_up(ORVLOG_Writer* writer);
+void orvlog_writer_depth_down(ORVLOG_Writer* writer);
+
+// The tag forms print at the indent of the present depth and do not change it. Opening forms set element_open;
+// closing forms clear it and write the warnings that wait.
+void orvlog_writer_open_element(ORVLOG_Writer* writer, const char* name);                        // "%s<%s>\n"
+void orvlog_writer_open_member(ORVLOG_Writer* writer, const char* element, const char* member);  // "%s<%s.%s>\n"
+void orvlog_writer_begin_element(ORVLOG_Writer* writer, const char* name);  // "%s<%s"; attributes follow
+void orvlog_writer_end_tag(ORVLOG_Writer* writer);                          // ">\n"
+void orvlog_writer_close_element(ORVLOG_Writer* writer, const char* name);  // "%s</%s>\n"
+void orvlog_writer_close_member(ORVLOG_Writer* writer, const char* element, const char* member);  // "%s</%s.%s>\n"
+void orvlog_writer_self_close(ORVLOG_Writer* writer);                                             // "/>\n"
+
+// A comment: "\n<!--\n", the text as it stands, "-->\n". Not guarded: inside an unfinished tag it lands there.
+void orvlog_writer_comment(ORVLOG_Writer* writer, const char* format, ...) ORVLOG_PRINTF(2, 3);
+// As before; gives the length of the text. This is the function that clients get for comments of their own.
+int32_t orvlog_writer_vcomment(ORVLOG_Writer* writer, const char* format, va_list args);
+
+// Queues a warning of at most 500 bytes, which comes out as a comment behind the next closing tag, or at once
+// when no element is open. Without memory it is lost.
+void orvlog_writer_defer_warning(ORVLOG_Writer* writer, const char* format, ...) ORVLOG_PRINTF(2, 3);
+
+// Writes the warnings that wait, newest first, and empties the queue.
+void orvlog_writer_flush_warnings(ORVLOG_Writer* writer);

@@ -1,0 +1,121 @@
+#include "orvlog/session/orvlog-session.h"
+
+#include <cstring>
+
+namespace
+{
+
+constexpr uint32_t kDrawingKindLoggedToo = 4;
+
+template <typename Record> void unlink_live(Record** link, const Record* record)
+{
+    while (*link != nullptr && *link != record)
+        link = &(*link)->next_live;
+    if (*link != nullptr)
+        *link = record->next_live;
+}
+
+}  // namespace
+
+void orvlog_session_clear_scratch(ORVLOG_Session* session)
+{
+    GMM_Allocator* allocator = session->side_allocator;
+    while (session->object_scratch != nullptr)
+    {
+        font_id_pair* pair = session->object_scratch;
+        session->object_scratch = pair->next;
+        allocator->gmm_Free(allocator, pair);
+    }
+}
+
+bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing)
+{
+    return drawing->kind == ORVLOG_DRAWING_FACE || drawing->kind == ORVLOG_DRAWING_RESOURCE ||
+           drawing->kind == kDrawingKindLoggedToo;
+}
+
+bool orvlog_session_is_base(const ORVLOG_Session* session)
+{
+    return session->logging_mode == ORVLOG_MODE_BASE;
+}
+
+ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session)
+{
+    GMM_Allocator* allocator = session->allocator;
+    auto* document =
+        static_cast<ORVLOG_DocumentContext*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_DocumentContext), 0));
+    if (document == nullptr)
+        return nullptr;
+    *document = {session, nullptr, session->next_document_context++, session->live_documents};
+    session->live_documents = document;
+    return document;
+}
+
+void orvlog_close_document(ORVLOG_DocumentContext* document)
+{
+    ORVLOG_Session* session = document->session;
+    unlink_live(&session->live_documents, document);
+    session->allocator->gmm_Free(session->allocator, document);
+}
+
+ORVLOG_DrawingContext* orvlog_open_drawing(ORVLOG_Session* session, void* error_context)
+{
+    GMM_Allocator* allocator = session->side_allocator;
+    auto* drawing =
+        static_cast<ORVLOG_DrawingContext*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_DrawingContext), 0));
+    if (drawing == nullptr)
+        return nullptr;
+    std::memset(drawing, 0, sizeof *drawing);
+    drawing->session = session;
+    drawing->drawing_context = session->next_drawing_context++;
+    drawing->error_context = error_context;
+    drawing->saved_font_wrapper = session->current_font_wrapper;
+    drawing->next_live = session->live_drawings;
+    session->live_drawings = drawing;
+    return drawing;
+}
+
+void orvlog_close_drawing(ORVLOG_DrawingContext* drawing)
+{
+    ORVLOG_Session* session = drawing->session;
+    unlink_live(&session->live_drawings, drawing);
+    session->side_allocator->gmm_Free(session->side_allocator, drawing);
+}
+
+bool orvlog_resource_map_add(ORVLOG_Session* session, uint32_t resource_id, uint32_t renderer_resource_id)
+{
+    GMM_Allocator* allocator = session->side_allocator;
+    auto* entry =
+        static_cast<ORVLOG_ResourceMapEntry*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_ResourceMapEntry), 0));
+    if (entry == nullptr)
+        return false;
+    *entry = {session->resource_map, resource_id, renderer_resource_id};
+    session->resource_map = entry;
+    return true;
+}
+
+const ORVLOG_ResourceMapEntry* orvlog_resource_map_find(const ORVLOG_Session* session, uint32_t resource_id)
+{
+    const ORVLOG_ResourceMapEntry* entry = session->resource_map;
+    while (entry != nullptr && entry->resource_id != resource_id)
+        entry = entry->next;
+    return entry;
+}
+
+void orvlog_resource_map_remove(ORVLOG_Session* session, uint32_t resource_id)
+{
+    ORVLOG_ResourceMapEntry** link = &session->resource_map;
+    while (*link != nullptr && (*link)->resource_id != resource_id)
+        link = &(*link)->next;
+    ORVLOG_ResourceMapEntry* entry = *link;
+    if (entry == nullptr)
+        return;
+    *link = entry->next;
+    session->side_allocator->gmm_Free(session->side_allocator, entry);
+}
+
+void orvlog_resource_map_clear(ORVLOG_Session* session)
+{
+    while (session->resource_map != nullptr)
+        orvlog_resource_map_remove(session, session->resource_map->resource_id);
+}
