@@ -1,5 +1,7 @@
 #include "tests/support/ahc-oracle.h"
 
+#include "orvlog/log/ahc-tree.h"
+
 #include <utility>
 
 namespace orvlog::test
@@ -114,7 +116,7 @@ void ScanningCoder::update(AHC_Node* node)
 
 bool ScanningCoder::put_bit(uint64_t bit, uint8_t*& out)
 {
-    bit_buffer = static_cast<uint8_t>(bit_buffer << 1 | (bit & 1));
+    bit_buffer = static_cast<uint8_t>(uint64_t{bit_buffer} << 1 | (bit & 1));
     if (--bit_position >= 0)
         return false;
     *out++ = bit_buffer;
@@ -139,7 +141,7 @@ int32_t ScanningCoder::encode(uint8_t* output, uint32_t limit)
         if (is_escape)
         {
             for (int i = 7; i >= 0; --i)
-                put_bit(static_cast<uint64_t>(*input >> i), out);
+                put_bit(uint64_t{*input} >> i, out);
             add_symbol(*input);
         }
         update(node);
@@ -218,6 +220,91 @@ int32_t ScanningCoder::decode(uint8_t* output, uint32_t limit)
         cursor = nodes.data();
     }
     return static_cast<int32_t>(stored);
+}
+
+namespace
+{
+
+int64_t place(const AHC_Node* node, const AHC_Node* nodes)
+{
+    return node != nullptr ? node - nodes : -1;
+}
+
+std::string node_difference(const AHC_Node& a, const AHC_Node* nodes_a, const AHC_Node& b, const AHC_Node* nodes_b)
+{
+    std::string found;
+    const auto look = [&found](const char* name, auto left, auto right)
+    {
+        if (left != right)
+            found += std::string(name) + ' ' + std::to_string(left) + " != " + std::to_string(right) + ' ';
+    };
+    look("weight", a.weight, b.weight);
+    look("code", a.code, b.code);
+    look("code_length", a.code_length, b.code_length);
+    look("parent", place(a.parent, nodes_a), place(b.parent, nodes_b));
+    look("left", place(a.left, nodes_a), place(b.left, nodes_b));
+    look("right", place(a.right, nodes_a), place(b.right, nodes_b));
+    return found;
+}
+
+void fill_chain(AHC_Node* nodes, std::span<const uint64_t> leaf_weights)
+{
+    uint64_t below = 0;
+    for (const uint64_t weight : leaf_weights)
+        below += weight;
+    nodes[0] = {below, 1, 0, nullptr, nullptr, nullptr, 0};
+    for (size_t depth = 1; depth <= leaf_weights.size(); ++depth)
+    {
+        AHC_Node* above = depth == 1 ? nodes : nodes + 2 * depth - 2;
+        AHC_Node* leaf = nodes + 2 * depth - 1;
+        const auto length = static_cast<uint32_t>(depth);
+        const uint64_t weight = leaf_weights[depth - 1];
+        below -= weight;
+        leaf[0] = {weight, 2 * above->code, length, above, nullptr, nullptr, static_cast<uint8_t>(depth)};
+        leaf[1] = {below, 2 * above->code + 1, length, above, nullptr, nullptr, 0};
+        above->left = leaf;
+        above->right = leaf + 1;
+    }
+}
+
+}  // namespace
+
+std::string find_difference(const AdaptiveHuffmanCoder& coder, const ScanningCoder& oracle)
+{
+    const int64_t used = coder.next_free - coder.nodes;
+    if (used != oracle.next_free - oracle.nodes.data())
+        return "next_free";
+    if (coder.escape - coder.nodes != oracle.escape - oracle.nodes.data())
+        return "escape";
+    if (coder.cursor - coder.nodes != oracle.cursor - oracle.nodes.data())
+        return "cursor";
+    if (coder.bit_buffer != oracle.bit_buffer || coder.bit_position != oracle.bit_position)
+        return "bits";
+    if (coder.input_count != oracle.input_count)
+        return "input_count";
+    for (int64_t i = 0; i < used; ++i)
+    {
+        const AHC_Node& a = coder.nodes[i];
+        const AHC_Node& b = oracle.nodes[static_cast<size_t>(i)];
+        std::string found = node_difference(a, coder.nodes, b, oracle.nodes.data());
+        if (&a != coder.escape && a.symbol != b.symbol)
+            found += "symbol";
+        if (!found.empty())
+            return "node " + std::to_string(i) + ": " + found;
+    }
+    return {};
+}
+
+void make_chain(AdaptiveHuffmanCoder* coder, ScanningCoder* oracle, std::span<const uint64_t> leaf_weights)
+{
+    const size_t used = 1 + 2 * leaf_weights.size();
+    fill_chain(coder->nodes, leaf_weights);
+    coder->next_free = coder->nodes + used;
+    coder->escape = coder->nodes + used - 1;
+    ahc_build_index(coder);
+    fill_chain(oracle->nodes.data(), leaf_weights);
+    oracle->next_free = oracle->nodes.data() + used;
+    oracle->escape = oracle->nodes.data() + used - 1;
 }
 
 }  // namespace orvlog::test

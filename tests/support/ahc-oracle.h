@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace orvlog::test
@@ -50,5 +51,13 @@ private:
         return next_free + 2 > nodes.data() + nodes.size();
     }
 };
+
+// The first difference between a coder of the library and the scanning one, in any field that means something,
+// down to each node; empty when there is none. `input` is left out: each side may have its own copy.
+std::string find_difference(const AdaptiveHuffmanCoder& coder, const ScanningCoder& oracle);
+
+// Makes the tree of both a chain with a leaf of the given weight at each depth, the first at depth 1, under
+// which the escape node hangs. The leaf at depth d stands for the byte d.
+void make_chain(AdaptiveHuffmanCoder* coder, ScanningCoder* oracle, std::span<const uint64_t> leaf_weights);
 
 }  // namespace orvlog::test

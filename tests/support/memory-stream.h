@@ -54,7 +54,7 @@ private:
     bool step();
     uint64_t append(const void* data, uint64_t size);
 
-    uint32_t tag_ = 0;
+    [[maybe_unused]] uint32_t tag_ = 0;
     GIO_StreamOps ops_;
     GIO_Stream handle_;
     std::string text_;
