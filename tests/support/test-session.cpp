@@ -3,11 +3,13 @@
 namespace orvlog::test
 {
 
-TestSession::TestSession(Behind behind, const char* file_prefix) : orv{}
+TestSession::TestSession(Behind behind, const char* file_prefix, const ORVLOG_TicketFunctions* ticket_functions,
+                         const ORVLOG_TicketSerialFunctions* ticket_serial_functions)
+    : orv{}
 {
-    initialised =
-        ORVLOG_DLL_initialise(&orv, behind == Behind::kRenderer ? renderer.get() : nullptr, allocator.get(),
-                              identity.get(), 0, stream.get(), file_prefix, 0, nullptr, nullptr, 0, nullptr, nullptr);
+    initialised = ORVLOG_DLL_initialise(&orv, behind == Behind::kRenderer ? renderer.get() : nullptr, allocator.get(),
+                                        identity.get(), 0, stream.get(), file_prefix, 0, ticket_functions,
+                                        ticket_serial_functions, 0, nullptr, nullptr);
     forget();
 }
 

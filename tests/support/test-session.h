@@ -22,7 +22,9 @@ enum class Behind
 class TestSession
 {
 public:
-    explicit TestSession(Behind behind = Behind::kRenderer, const char* file_prefix = nullptr);
+    explicit TestSession(Behind behind = Behind::kRenderer, const char* file_prefix = nullptr,
+                         const ORVLOG_TicketFunctions* ticket_functions = nullptr,
+                         const ORVLOG_TicketSerialFunctions* ticket_serial_functions = nullptr);
     TestSession(const TestSession&) = delete;
     TestSession& operator=(const TestSession&) = delete;
     ~TestSession();
