@@ -1,0 +1,17 @@
+// Where a scene lies.
+
+#pragma once
+
+#include "renderers/cairo/scene.h"
+
+namespace cairo_renderer
+{
+
+// The box around a box under a matrix.
+Box transformed(const Box& box, const cairo_matrix_t& matrix);
+
+// A box that holds all that the nodes paint, in their content space. False if it has no bounds or nothing
+// is painted.
+bool bounds_of(const Nodes& nodes, Box& box);
+
+}  // namespace cairo_renderer

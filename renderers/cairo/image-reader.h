@@ -1,0 +1,35 @@
+// Pulls images: from memory, or through their callbacks.
+
+#pragma once
+
+#include "orvlog/interface/gop-image.h"
+#include "renderers/cairo/colour.h"
+#include "renderers/cairo/complaints.h"
+#include "renderers/cairo/scene.h"
+
+#include <memory>
+
+namespace cairo_renderer
+{
+
+enum class BrushUse
+{
+    colour,
+    mask  // alpha holds the mask: luminance times alpha
+};
+
+// True for image operands, whose pointer record is a GOP_OperandImagePointer.
+bool is_image(const GOP_Operand& operand);
+
+// Prepares the image, reads all of its rows, finishes it, and fills `image`. On failure the surface holds
+// the rows that came, or is null when there were none.
+void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, ColourSpaces& spaces,
+                Complaints& complaints, Image& image);
+
+// Asks to keep the image beyond the call. False if it isn't to be kept; then pull it now.
+bool keep_image(GOP_OperandImagePointer* record);
+
+// Ends a keep; the record is gone afterwards.
+void release_image(GOP_OperandImagePointer* record);
+
+}  // namespace cairo_renderer
