@@ -1,0 +1,46 @@
+// What the commands of `orvlog` share: the form of the table in tool-main.cpp, and the exit statuses.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <span>
+#include <string>
+
+namespace tool
+{
+
+// Exit statuses of every command. A command that runs another program passes that program's status on.
+enum ExitStatus
+{
+    EXIT_DONE = 0,     // what was asked for is done
+    EXIT_FAILED = 1,   // it could not be done; one line on standard error says why
+    EXIT_BAD_USE = 2,  // the command line makes no sense
+    EXIT_SIGNAL = 128  // plus the number of the signal that ended the program run by the command
+};
+
+// What a command does once its command line is read; gives the exit status.
+using Run = std::function<int()>;
+
+struct Command
+{
+    const char* name;               // "record"
+    const char* summary;            // one line, shown by `orvlog help`
+    const char* example;            // one command line, shown by --help
+    Run (*declare)(CLI::App& app);  // declares the options, and gives what to run when they are parsed
+};
+
+// All commands, in the order in which help shows them.
+std::span<const Command> commands();
+
+// The option parser of one command, with its help in place. `run` takes what the command gave.
+std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
+
+// Writes "orvlog: " and the message as one line on standard error, and gives EXIT_FAILED.
+int fail(const std::string& message);
+
+Run declare_record(CLI::App& app);
+Run declare_help(CLI::App& app);
+
+}  // namespace tool

@@ -1,0 +1,31 @@
+// The summary of a recorded job, which orvlog-record leaves as a JSON file for whoever started it.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tool
+{
+
+struct RecordSummary
+{
+    std::vector<std::pair<std::string, uint64_t>> calls;  // name of the call and how often it was made
+    std::optional<uint64_t> pages;
+    std::string log;  // name of the log file
+    std::optional<uint64_t> log_bytes;
+    std::optional<double> seconds;                 // the job with the logger
+    std::optional<double> seconds_without_logger;  // the same job again, without it
+};
+
+// Reads a summary file. What the file doesn't hold stays empty; nothing at all when it is no JSON object.
+std::optional<RecordSummary> read_record_summary(const std::string& file);
+
+// The summary as the text that `orvlog record` prints: a table of calls, the most frequent first, then what
+// else is known, a line each.
+std::string format_record_summary(const RecordSummary& summary);
+
+}  // namespace tool

@@ -1,0 +1,111 @@
+#include "tools/command.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+namespace tool
+{
+
+namespace
+{
+
+constexpr std::array COMMANDS = {
+    Command{"record", "log a PDF document's drawing calls, with its page images", "orvlog record letter.pdf",
+            declare_record},
+    Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
+};
+
+constexpr const char* STATUSES = "Exit status: 0 done; 1 failed, with one line on standard error; 2 bad command line.";
+
+int print_version()
+{
+    std::printf("orvlog %s\n", ORVLOG_VERSION);
+    return EXIT_DONE;
+}
+
+const Command* find_command(const char* name)
+{
+    for (const Command& command : COMMANDS)
+    {
+        if (std::strcmp(command.name, name) == 0)
+            return &command;
+    }
+    return nullptr;
+}
+
+int run_command(const Command& command, int argc, char** argv)
+{
+    Run run;
+    const std::unique_ptr<CLI::App> app = make_parser(command, run);
+    try
+    {
+        app->parse(argc, argv);
+    }
+    catch (const CLI::CallForHelp&)
+    {
+        std::fputs(app->help().c_str(), stdout);
+        return EXIT_DONE;
+    }
+    catch (const CLI::ParseError& error)
+    {
+        std::fprintf(stderr, "orvlog %s: %s (see orvlog %s --help)\n", command.name, error.what(), command.name);
+        return EXIT_BAD_USE;
+    }
+    return run();
+}
+
+int main_of_tool(int argc, char** argv)
+{
+    if (argc < 2)
+    {
+        std::fputs("orvlog: which command? (see orvlog help)\n", stderr);
+        return EXIT_BAD_USE;
+    }
+    if (std::strcmp(argv[1], "--version") == 0)
+        return print_version();
+    const bool help = std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0;
+    const Command* command = find_command(help ? "help" : argv[1]);
+    if (command == nullptr)
+    {
+        std::fprintf(stderr, "orvlog: no command '%s' (see orvlog help)\n", argv[1]);
+        return EXIT_BAD_USE;
+    }
+    return run_command(*command, argc - 1, argv + 1);
+}
+
+}  // namespace
+
+std::span<const Command> commands()
+{
+    return COMMANDS;
+}
+
+std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
+{
+    auto app = std::make_unique<CLI::App>(command.summary, std::string("orvlog ") + command.name);
+    app->set_help_flag("-h,--help", "show this text");
+    run = command.declare(*app);
+    app->footer(std::string("Example: ") + command.example + "\n" + STATUSES);
+    return app;
+}
+
+int fail(const std::string& message)
+{
+    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+    return EXIT_FAILED;
+}
+
+}  // namespace tool
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        return tool::main_of_tool(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        return tool::fail(error.what());
+    }
+}
