@@ -222,6 +222,27 @@ int32_t ScanningCoder::decode(uint8_t* output, uint32_t limit)
     return static_cast<int32_t>(stored);
 }
 
+std::vector<uint8_t> ScanningCoder::stream_of_literals(uint8_t byte, uint32_t count)
+{
+    ScanningCoder model(encoder);
+    std::vector<uint8_t> bytes(count * 40);
+    uint8_t* out = bytes.data();
+    for (uint32_t i = 0; i < count; ++i)
+    {
+        AHC_Node* inner = model.escape;
+        for (uint32_t number = inner->code_length; number-- > 0;)
+            model.put_bit(inner->code >> number, out);
+        for (int number = 7; number >= 0; --number)
+            model.put_bit(uint64_t{byte} >> number, out);
+        if (model.full())
+            continue;
+        model.add_symbol(byte);
+        model.update(inner);
+    }
+    bytes.resize(static_cast<size_t>(out - bytes.data()));
+    return bytes;
+}
+
 namespace
 {
 

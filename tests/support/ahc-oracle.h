@@ -39,6 +39,10 @@ struct ScanningCoder
     uint8_t finish();
     int32_t decode(uint8_t* output, uint32_t limit);
 
+    // A stream that no encoder writes: so many literals of the same byte, each behind the escape code. From the
+    // 257th on no tree has room for them.
+    static std::vector<uint8_t> stream_of_literals(uint8_t byte, uint32_t count);
+
 private:
     AHC_Node* look_up(uint8_t byte);
     void add_symbol(uint8_t byte);

@@ -1,6 +1,5 @@
 #include "orvlog/log/ahc-coder.h"
 
-#include "orvlog/log/ahc-tree.h"
 #include "tests/support/ahc-oracle.h"
 #include "tests/support/guarded-block.h"
 #include "tests/support/test-allocator.h"
@@ -452,32 +451,9 @@ TEST_F(AhcCoder, LeavesTheLastBitOfTheInputWithinACode)
     EXPECT_EQ(coder->bit_position, 5);
 }
 
-// Every symbol new, though there are but so many bytes: only a bent stream does that.
-Bytes stream_of_literals(TestAllocator* allocator, uint32_t count)
-{
-    AdaptiveHuffmanCoder* model = AHC_EncoderCreate(allocator->get());
-    std::vector<bool> bits;
-    for (uint32_t i = 0; i < count; ++i)
-    {
-        for (uint32_t b = model->escape->code_length; b-- > 0;)
-            bits.push_back((model->escape->code >> b & 1) != 0);
-        bits.insert(bits.end(), {false, true, false, true, true, false, false, true});
-        if (!ahc_has_room(model))
-            continue;
-        AHC_Node* inner = model->escape;
-        ahc_add_symbol(model, 'Y');
-        ahc_count_node(model, inner);
-    }
-    AHC_DecoderDestroy(model);
-    Bytes bytes((bits.size() + 7) / 8);
-    for (size_t i = 0; i < bits.size(); ++i)
-        bytes[i / 8] = static_cast<uint8_t>(bytes[i / 8] | (bits[i] ? 0x80 >> i % 8 : 0));
-    return bytes;
-}
-
 TEST_F(AhcCoder, StopsForGoodAtA257thNewSymbol)
 {
-    Bytes bytes = stream_of_literals(&allocator, 260);
+    Bytes bytes = ScanningCoder::stream_of_literals('Y', 260);
     bytes.insert(bytes.end(), 4, 0xff);
     for (const uint32_t limit : {1000u, 1u, 7u})
     {
