@@ -1,5 +1,6 @@
 #include "orvlog/core/orvlog-entry.h"
 
+#include "holv-core/gio/gio-file.h"
 #include "orvlog/colour/orvlog-colour-ticket.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/core/orvlog-root.h"
@@ -19,6 +20,7 @@ void set_up_standard_streams()
     if (done)
         return;
     done = true;
+    gio_setup_standard_streams();
 }
 
 bool read_identity(ORVLOG_Session* session, const ORVLOG_IdentitySource* identity)

@@ -1,5 +1,7 @@
 #include "orvlog/session/orvlog-session.h"
 
+#include "holv-core/gio/gio-file.h"
+
 #include <cstring>
 
 namespace
@@ -16,6 +18,17 @@ template <typename Record> void unlink_live(Record** link, const Record* record)
 }
 
 }  // namespace
+
+ORVLOG_Session* orvlog_standalone_session(void)
+{
+    static ORVLOG_Session session;
+    if (session.writer.stream == nullptr)
+    {
+        gio_setup_standard_streams();
+        session.writer.stream = gio_stdout();
+    }
+    return &session;
+}
 
 void orvlog_session_clear_scratch(ORVLOG_Session* session)
 {
