@@ -1,0 +1,58 @@
+#include "holv-core/gio/gio-file.h"
+
+#include "tests/support/test-allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+
+TEST(FilePosix, FullDeviceIsReported)
+{
+    orvlog::test::TestAllocator allocator;
+    GIO_Stream* stream = nullptr;
+    ASSERT_EQ(gio_OpenFile("/dev/full", GIO_OPEN_WRITE, 0, allocator.get(), &stream), 0);
+    EXPECT_EQ(stream->ops->gio_Write("x", 1, 1, stream->instance), 1U);
+    EXPECT_EQ(stream->ops->gio_Flush(stream->instance), -1);
+    EXPECT_EQ(stream->ops->gio_LastError(stream->instance), 28);
+    EXPECT_NE(stream->ops->gio_Error(stream->instance), 0);
+    stream->ops->gio_Write("x", 1, 1, stream->instance);
+    EXPECT_EQ(stream->ops->gio_Close(stream->instance), 28);
+    EXPECT_EQ(allocator.outstanding(), 0U);
+}
+
+TEST(FilePosix, LongNamesGiveThirtyEight)
+{
+    orvlog::test::TestAllocator allocator;
+    GIO_Stream* stream = nullptr;
+    EXPECT_EQ(gio_OpenFile(std::string(5000, 'n').c_str(), GIO_OPEN_WRITE, 0, allocator.get(), &stream), 38);
+}
+
+TEST(FilePosix, DirectoryCannotBeWritten)
+{
+    orvlog::test::TestAllocator allocator;
+    GIO_Stream* stream = nullptr;
+    EXPECT_EQ(gio_OpenFile("/", GIO_OPEN_WRITE, 0, allocator.get(), &stream), 1002);
+}
+
+TEST(FilePosix, PositionsBeyondTwoGigabytes)
+{
+    orvlog::test::TestAllocator allocator;
+    GIO_Stream* stream = nullptr;
+    ASSERT_EQ(gio_OpenFile("/dev/zero", GIO_OPEN_READ, 0, allocator.get(), &stream), 0);
+    stream->ops->gio_Close(stream->instance);
+    ASSERT_EQ(gio_OpenFile("gio-file-large.tmp", GIO_OPEN_WRITE_UPDATE, 0, allocator.get(), &stream), 0);
+    const int64_t far = int64_t{5} << 30;
+    EXPECT_EQ(stream->ops->gio_Seek64(stream->instance, far, GIO_SEEK_SET), 0);
+    EXPECT_EQ(stream->ops->gio_Putc('x', stream->instance), 'x');
+    EXPECT_EQ(stream->ops->gio_Tell64(stream->instance), far + 1);
+    EXPECT_EQ(stream->ops->gio_Tell(stream->instance), -1);
+    stream->ops->gio_Flush(stream->instance);
+    EXPECT_EQ(stream->ops->gio_Size(stream->instance), far + 1);
+    stream->ops->gio_Close(stream->instance);
+    GIO_FileDelete("gio-file-large.tmp");
+}
+
+}  // namespace
