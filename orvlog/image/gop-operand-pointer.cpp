@@ -1,5 +1,137 @@
 #include "orvlog/image/gop-operand-pointer.h"
 
+#include "orvlog/colour/gcm-csd-dump.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/records/gbc-color-dump.h"
+#include "orvlog/records/gop-operand-dump.h"
+
+namespace
+{
+
+bool has_other_color_space(const GOP_Operand* operand)
+{
+    return GOP_COLOR_INFO_SPACE(operand->go_ColorInfo) == GOP_OCS_OTHER;
+}
+
+void enter(ORVLOG_Writer* writer, const char* element, const GOP_OperandPointer* pointer)
+{
+    orvlog_writer_begin_element(writer, element);
+    orvlog_attr_uint(writer, "op_UniqueId", pointer->op_UniqueId);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+}
+
+void leave(ORVLOG_Writer* writer, const char* element)
+{
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+void dump_csd_if(ORVLOG_Writer* writer, bool used, const GOP_OperandPointer* pointer)
+{
+    if (used && has_other_color_space(pointer->op_Operand))
+        ORVLOG_DumpCsdPointer(writer, &pointer->op_Csd);
+}
+
+void dump_stops(ORVLOG_Writer* writer, const char* element, const char* member, const GOP_GradStop* const* stops,
+                uint32_t count)
+{
+    orvlog_writer_open_member(writer, element, member);
+    orvlog_writer_depth_up(writer);
+    for (uint32_t i = 0; i < count; ++i)
+        dump_GOP_GradStop(writer, stops[i]);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, element, member);
+}
+
+void dump_flat(ORVLOG_Writer* writer, const GOP_OperandPointer* pointer)
+{
+    enter(writer, "GOP_OperandFlatPointer", pointer);
+    dump_GOP_OperandFlat(writer, reinterpret_cast<const GOP_OperandFlat*>(pointer->op_Operand));
+    if (pointer->op_Operand != nullptr)
+        dump_csd_if(writer, true, pointer);
+    else
+        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "GOP_OperandPointer without an operand.");
+    leave(writer, "GOP_OperandFlatPointer");
+}
+
+void dump_grad_2pt(ORVLOG_Writer* writer, const GOP_OperandGrad2PtPointer* pointer)
+{
+    static constexpr const char* const element = "GOP_OperandGrad2PtPointer";
+    const auto* operand = reinterpret_cast<const GOP_OperandGrad2Pt*>(pointer->g2p_Pointer.op_Operand);
+    enter(writer, element, &pointer->g2p_Pointer);
+    dump_GOP_OperandGrad2Pt(writer, operand);
+    dump_csd_if(writer, operand->g2_UseInterpColorSpace != 0, &pointer->g2p_Pointer);
+    ORVLOG_DumpNamedColor(writer, element, "g2p_Color1", pointer->g2p_Color1);
+    ORVLOG_DumpNamedColor(writer, element, "g2p_Color2", pointer->g2p_Color2);
+    leave(writer, element);
+}
+
+void dump_grad_multistop(ORVLOG_Writer* writer, const GOP_OperandGradMultistopPointer* pointer)
+{
+    static constexpr const char* const element = "GOP_OperandGradMultistopPointer";
+    const auto* operand = reinterpret_cast<const GOP_OperandGradMultistop*>(pointer->gmp_Pointer.op_Operand);
+    enter(writer, element, &pointer->gmp_Pointer);
+    dump_GOP_OperandGradMultistop(writer, operand);
+    dump_csd_if(writer, operand->gm_UseInterpColorSpace != 0, &pointer->gmp_Pointer);
+    dump_stops(writer, element, "gmp_GradStop", pointer->gmp_GradStop, operand->gm_Operand.go_Count);
+    leave(writer, element);
+}
+
+// This kind has no word of its own for the interpolation space: its count says whether there is one.
+void dump_grad_3pt(ORVLOG_Writer* writer, const GOP_OperandGrad3PtPointer* pointer)
+{
+    static constexpr const char* const element = "GOP_OperandGrad3PtPointer";
+    const auto* operand = reinterpret_cast<const GOP_OperandGrad3Pt*>(pointer->g3p_Pointer.op_Operand);
+    enter(writer, element, &pointer->g3p_Pointer);
+    dump_GOP_OperandGrad3Pt(writer, operand);
+    dump_csd_if(writer, operand->g3_Operand.go_Count == 1, &pointer->g3p_Pointer);
+    orvlog_writer_open_member(writer, element, "g3p_Color");
+    orvlog_writer_depth_up(writer);
+    for (const GBC_Color* color : pointer->g3p_Color)
+        ORVLOG_DumpColor(writer, color);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, element, "g3p_Color");
+    leave(writer, element);
+}
+
+void dump_grad_radial(ORVLOG_Writer* writer, const GOP_OperandGradRadialPointer* pointer)
+{
+    static constexpr const char* const element = "GOP_OperandGradRadialPointer";
+    const auto* operand = reinterpret_cast<const GOP_OperandGradRadial*>(pointer->grp_Pointer.op_Operand);
+    enter(writer, element, &pointer->grp_Pointer);
+    dump_GOP_OperandGradRadial(writer, operand);
+    dump_csd_if(writer, operand->gr_UseInterpColorSpace != 0, &pointer->grp_Pointer);
+    dump_stops(writer, element, "grp_GradStop", pointer->grp_GradStop, operand->gr_Operand.go_Count);
+    leave(writer, element);
+}
+
+uint32_t dump_image(ORVLOG_Session*, GOP_OperandImagePointer*)
+{
+    return 1;
+}
+
+void dump_paint(ORVLOG_Writer* writer, const GOP_OperandPointer* operand, uint32_t type)
+{
+    switch (type)
+    {
+    case GOP_OPERAND_FLAT:
+        return dump_flat(writer, operand);
+    case GOP_OPERAND_GRAD_2PT:
+        return dump_grad_2pt(writer, reinterpret_cast<const GOP_OperandGrad2PtPointer*>(operand));
+    case GOP_OPERAND_GRAD_MULTISTOP:
+        return dump_grad_multistop(writer, reinterpret_cast<const GOP_OperandGradMultistopPointer*>(operand));
+    case GOP_OPERAND_GRAD_3PT:
+        return dump_grad_3pt(writer, reinterpret_cast<const GOP_OperandGrad3PtPointer*>(operand));
+    case GOP_OPERAND_GRAD_RADIAL:
+        return dump_grad_radial(writer, reinterpret_cast<const GOP_OperandGradRadialPointer*>(operand));
+    default:
+        return;
+    }
+}
+
+}  // namespace
+
 bool orvlog_operand_is_image(const GOP_OperandPointer* operand)
 {
     if (operand == nullptr || operand->op_Operand == nullptr)
@@ -8,8 +140,15 @@ bool orvlog_operand_is_image(const GOP_OperandPointer* operand)
     return type == GOP_OPERAND_IMAGE || type == GOP_OPERAND_IMAGE_TILE;
 }
 
-uint32_t ORVLOG_DumpOperandPointer(ORVLOG_Session*, GOP_OperandPointer*)
+uint32_t ORVLOG_DumpOperandPointer(ORVLOG_Session* session, GOP_OperandPointer* operand)
 {
+    if (operand == nullptr)
+        return 1;
+    if (orvlog_operand_is_image(operand))
+        return dump_image(session, reinterpret_cast<GOP_OperandImagePointer*>(operand));
+    // Where there is no operand to tell the kind, the record is a flat one with nothing in it.
+    dump_paint(&session->writer, operand,
+               operand->op_Operand != nullptr ? operand->op_Operand->go_OpType : uint32_t{GOP_OPERAND_FLAT});
     return 1;
 }
 

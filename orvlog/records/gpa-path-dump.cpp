@@ -1,3 +1,306 @@
 #include "orvlog/records/gpa-path-dump.h"
 
-void dump_GPA_PathStrokingParams(ORVLOG_Writer*, const GPA_PathStrokingParams*) {}
+#include "orvlog/log/orvlog-names.h"
+#include "orvlog/records/ggo-dump.h"
+
+namespace
+{
+
+constexpr const char* kJoinNames[] = {
+    "GPA_JOIN_MITER",
+    "GPA_JOIN_ROUND",
+    "GPA_JOIN_BEVEL",
+    "GPA_JOIN_MITER_CLIPPED",
+    "GPA_JOIN_TRIANGLE",
+    "GPA_JOIN_NONE",
+    "GPA_JOIN_MITER_DUAL_CLIPPED",
+};
+constexpr ORVLOG_EnumTable kJoin = orvlog_enum_table(kJoinNames);
+static_assert(kJoin.max_value == GPA_JOIN_MITER_DUAL_CLIPPED);
+
+constexpr const char* kCapNames[] = {
+    "GPA_CAP_BUTT",
+    "GPA_CAP_ROUND",
+    "GPA_CAP_PROJECT",
+    "GPA_CAP_TRIANGLE",
+};
+constexpr ORVLOG_EnumTable kCap = orvlog_enum_table(kCapNames);
+static_assert(kCap.max_value == GPA_CAP_TRIANGLE);
+
+constexpr const char* kAdjustNames[] = {
+    "GPA_ADJUST_NONE",
+    "GPA_ADJUST_PS",
+};
+constexpr ORVLOG_EnumTable kAdjust = orvlog_enum_table(kAdjustNames);
+static_assert(kAdjust.max_value == GPA_ADJUST_PS);
+
+constexpr const char* kEdgeTypeNames[] = {
+    "GPA_EDGE_STRAIGHT", "GPA_EDGE_BEZIER", "GPA_EDGE_QUAD_BEZIER", "GPA_EDGE_STAIRCASE", "GPA_EDGE_ELLIPTICAL",
+};
+constexpr ORVLOG_EnumTable kEdgeType = orvlog_enum_table(kEdgeTypeNames);
+static_assert(kEdgeType.max_value == GPA_EDGE_ELLIPTICAL);
+
+constexpr const char* kSubpathNames[] = {
+    "GPA_SUBPATH_END_CLOSED",
+    "GPA_SUBPATH_CONTINUE",
+    "GPA_SUBPATH_END_OPEN",
+};
+constexpr ORVLOG_EnumTable kSubpath = orvlog_enum_table(kSubpathNames);
+static_assert(kSubpath.max_value == GPA_SUBPATH_END_OPEN);
+
+constexpr ORVLOG_FlagEntry kPathHintEntries[] = {
+    ORVLOG_FLAG(GPA_HINT_NONE),           ORVLOG_FLAG(GPA_HINT_IS_RECTANGLE),    ORVLOG_FLAG(GPA_HINT_STROKED),
+    ORVLOG_FLAG(GPA_HINT_NO_OVERLAP),     ORVLOG_FLAG(GPA_HINT_BOX_IS_MINIMAL),  ORVLOG_FLAG(GPA_HINT_ONE_SUBPATH),
+    ORVLOG_FLAG(GPA_HINT_ONLY_STRAIGHTS), ORVLOG_FLAG(GPA_HINT_ONLY_STAIRCASES), ORVLOG_FLAG(GPA_HINT_INPUT_INT_ONLY),
+};
+constexpr ORVLOG_FlagTable kPathHints = orvlog_flag_table(kPathHintEntries);
+
+void end_and_close(ORVLOG_Writer* writer, const char* element)
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+// What the five edges share behind the opening tag: the head, and the segments in a member of their own.
+template <typename Segment>
+void dump_segments(ORVLOG_Writer* writer, const char* element, const char* member, const GPA_Edge* edge,
+                   const Segment* segments, void (*dump)(ORVLOG_Writer*, const Segment*))
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_GPA_Edge(writer, edge);
+    orvlog_writer_open_member(writer, element, member);
+    orvlog_writer_depth_up(writer);
+    for (uint32_t i = 0; i < edge->ed_SegmentCount; ++i)
+        dump(writer, segments + i);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, element, member);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+void dump_edge_by_type(ORVLOG_Writer* writer, const GPA_Edge* edge)
+{
+    switch (edge->ed_EdgeType)
+    {
+    case GPA_EDGE_STRAIGHT:
+        return dump_GPA_StraightEdge(writer, reinterpret_cast<const GPA_StraightEdge*>(edge));
+    case GPA_EDGE_BEZIER:
+        return dump_GPA_BezierEdge(writer, reinterpret_cast<const GPA_BezierEdge*>(edge));
+    case GPA_EDGE_QUAD_BEZIER:
+        return dump_GPA_QuadBezierEdge(writer, reinterpret_cast<const GPA_QuadBezierEdge*>(edge));
+    case GPA_EDGE_STAIRCASE:
+        return dump_GPA_StaircaseEdge(writer, reinterpret_cast<const GPA_StaircaseEdge*>(edge));
+    case GPA_EDGE_ELLIPTICAL:
+        return dump_GPA_EllipticalEdge(writer, reinterpret_cast<const GPA_EllipticalEdge*>(edge));
+    default:
+        return;
+    }
+}
+
+}  // namespace
+
+void dump_GPA_BezierSegment(ORVLOG_Writer* writer, const GPA_BezierSegment* segment)
+{
+    if (segment == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_BezierSegment");
+    ggo_attr_vector(writer, "bs_StartTangent", &segment->bs_StartTangent);
+    ggo_attr_vector(writer, "bs_EndTangent", &segment->bs_EndTangent);
+    ggo_attr_vector(writer, "bs_EndPoint", &segment->bs_EndPoint);
+    end_and_close(writer, "GPA_BezierSegment");
+}
+
+void dump_GPA_QuadBezierSegment(ORVLOG_Writer* writer, const GPA_QuadBezierSegment* segment)
+{
+    if (segment == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_QuadBezierSegment");
+    ggo_attr_vector(writer, "qs_ControlPoint", &segment->qs_ControlPoint);
+    ggo_attr_vector(writer, "qs_EndPoint", &segment->qs_EndPoint);
+    end_and_close(writer, "GPA_QuadBezierSegment");
+}
+
+void dump_GPA_StaircaseSegment(ORVLOG_Writer* writer, const GPA_StaircaseSegment* segment)
+{
+    if (segment == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_StaircaseSegment");
+    // X ahead of Y, though it is stored behind; readers of the log rely on it.
+    orvlog_attr_int(writer, "ss_XOffset", segment->ss_XOffset);
+    orvlog_attr_uint(writer, "ss_YOffset", segment->ss_YOffset);
+    end_and_close(writer, "GPA_StaircaseSegment");
+}
+
+void dump_GPA_EllipticalSegment(ORVLOG_Writer* writer, const GPA_EllipticalSegment* segment)
+{
+    if (segment == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_EllipticalSegment");
+    orvlog_attr_double(writer, "es_XRadius", segment->es_XRadius);
+    orvlog_attr_double(writer, "es_YRadius", segment->es_YRadius);
+    orvlog_attr_double(writer, "es_AngleToXAxis", segment->es_AngleToXAxis);
+    ggo_attr_vector(writer, "es_EndPoint", &segment->es_EndPoint);
+    end_and_close(writer, "GPA_EllipticalSegment");
+}
+
+void dump_GPA_Edge(ORVLOG_Writer* writer, const GPA_Edge* edge)
+{
+    if (edge == nullptr)
+        return;
+    const uint32_t flag = edge->ed_EdgeFlag;
+    const uint32_t subpath = flag & 0x7FU;
+    orvlog_writer_begin_element(writer, "GPA_Edge");
+    orvlog_attr_enum(writer, "ed_EdgeType", &kEdgeType, edge->ed_EdgeType);
+    // The low bits are a number and not flags, so no flag table says this.
+    const char* suppress = (flag & GPA_SUPPRESS_STROKING_FLAG) != 0 ? "GPA_SUPPRESS_STROKING_FLAG " : "";
+    if (subpath <= kSubpath.max_value)
+        orvlog_writer_print(writer, " ed_EdgeFlag=\"[%#x] %s%s \"", flag, suppress, kSubpath.names[subpath]);
+    else
+        orvlog_writer_print(writer, " ed_EdgeFlag=\"[%#x] %sUNKNOWN_VALUE(%u) \"", flag, suppress, subpath);
+    orvlog_attr_uint(writer, "ed_SegmentCount", edge->ed_SegmentCount);
+    orvlog_writer_self_close(writer);
+}
+
+void dump_GPA_StraightEdge(ORVLOG_Writer* writer, const GPA_StraightEdge* edge)
+{
+    if (edge == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_StraightEdge");
+    dump_segments(writer, "GPA_StraightEdge", "se_Segment", &edge->se_Edge, edge->se_Segment, dump_GGO_Vector);
+}
+
+void dump_GPA_BezierEdge(ORVLOG_Writer* writer, const GPA_BezierEdge* edge)
+{
+    if (edge == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_BezierEdge");
+    dump_segments(writer, "GPA_BezierEdge", "be_BezierSegment", &edge->be_Edge, edge->be_BezierSegment,
+                  dump_GPA_BezierSegment);
+}
+
+void dump_GPA_QuadBezierEdge(ORVLOG_Writer* writer, const GPA_QuadBezierEdge* edge)
+{
+    if (edge == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_QuadBezierEdge");
+    dump_segments(writer, "GPA_QuadBezierEdge", "qb_QuadBezierSegment", &edge->qb_Edge, edge->qb_QuadBezierSegment,
+                  dump_GPA_QuadBezierSegment);
+}
+
+void dump_GPA_StaircaseEdge(ORVLOG_Writer* writer, const GPA_StaircaseEdge* edge)
+{
+    if (edge == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_StaircaseEdge");
+    orvlog_attr_bool(writer, "sc_YPositive", edge->sc_YPositive);
+    dump_segments(writer, "GPA_StaircaseEdge", "sc_Field", &edge->sc_Edge, edge->sc_Field, dump_GPA_StaircaseSegment);
+}
+
+void dump_GPA_EllipticalEdge(ORVLOG_Writer* writer, const GPA_EllipticalEdge* edge)
+{
+    if (edge == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_EllipticalEdge");
+    dump_segments(writer, "GPA_EllipticalEdge", "ee_EllipticalSegment", &edge->ee_Edge, edge->ee_EllipticalSegment,
+                  dump_GPA_EllipticalSegment);
+}
+
+void dump_GPA_EdgePointer(ORVLOG_Writer* writer, const GPA_EdgePointer* pointer)
+{
+    if (pointer == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_EdgePointer");
+    orvlog_attr_bool(writer, "ep_Owned", pointer->ep_Owned);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    orvlog_writer_open_member(writer, "GPA_EdgePointer", "ep_Pointer");
+    orvlog_writer_depth_up(writer);
+    if (pointer->ep_Pointer != nullptr)
+        dump_edge_by_type(writer, pointer->ep_Pointer);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, "GPA_EdgePointer", "ep_Pointer");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GPA_EdgePointer");
+}
+
+void dump_GPA_Path(ORVLOG_Writer* writer, const GPA_Path* path)
+{
+    if (path == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_Path");
+    orvlog_attr_uint(writer, "pa_NumEdges", path->pa_NumEdges);
+    orvlog_attr_flags(writer, "pa_PathHints", &kPathHints, path->pa_PathHints);
+    ggo_attr_box(writer, "pa_EnclosingBox", &path->pa_EnclosingBox);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    orvlog_writer_open_member(writer, "GPA_Path", "pa_EdgeStart");
+    orvlog_writer_depth_up(writer);
+    const GGO_Point* starts = path->pa_EdgeStart;
+    for (uint32_t i = 0; i < path->pa_NumEdges; ++i)
+        dump_GGO_Point(writer, starts + i);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, "GPA_Path", "pa_EdgeStart");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GPA_Path");
+}
+
+void dump_GPA_PathPointer(ORVLOG_Writer* writer, const GPA_PathPointer* pointer)
+{
+    if (pointer == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GPA_PathPointer");
+    orvlog_attr_bool(writer, "lpp_EnablePixelPlacement", pointer->lpp_EnablePixelPlacement);
+    if (pointer->lpp_EnablePixelPlacement != 0)
+        orvlog_attr_enum(writer, "lpp_PixelPlacement", &ORVLOG_PLACEMENT, pointer->lpp_PixelPlacement);
+    orvlog_attr_bool(writer, "lpp_PathOwned", pointer->lpp_PathOwned);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_GPA_Path(writer, pointer->lpp_Path);
+    orvlog_writer_open_member(writer, "GPA_PathPointer", "lpp_EdgePointer");
+    orvlog_writer_depth_up(writer);
+    if (pointer->lpp_Path == nullptr)
+        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "GPA_PathPointer without a path.");
+    const uint32_t count = pointer->lpp_Path != nullptr ? pointer->lpp_Path->pa_NumEdges : 0;
+    const GPA_EdgePointer* edges = pointer->lpp_EdgePointer;
+    for (uint32_t i = 0; i < count; ++i)
+        dump_GPA_EdgePointer(writer, edges + i);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, "GPA_PathPointer", "lpp_EdgePointer");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GPA_PathPointer");
+}
+
+void dump_GPA_PathStrokingParams(ORVLOG_Writer* writer, const GPA_PathStrokingParams* params)
+{
+    if (params == nullptr)
+        return;
+    const uint32_t flags = params->psp_Flags;
+    orvlog_writer_begin_element(writer, "GPA_PathStrokingParams");
+    orvlog_attr_enum(writer, "psp_Flags.S", &kCap, GPA_PSP_START_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.E", &kCap, GPA_PSP_END_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.J", &kJoin, GPA_PSP_JOIN(flags));
+    orvlog_attr_enum(writer, "psp_Flags.A", &kAdjust, GPA_PSP_ADJUST(flags));
+    orvlog_attr_bool(writer, "psp_Flags.Z", GPA_PSP_Z(flags));
+    orvlog_attr_uint(writer, "psp_DashCount", params->psp_DashCount);
+    orvlog_attr_enum(writer, "psp_DashCaps", &kCap, params->psp_DashCaps);
+    orvlog_attr_float(writer, "psp_StrokeWidth", params->psp_StrokeWidth);
+    orvlog_attr_float(writer, "psp_MiterLimit", params->psp_MiterLimit);
+    orvlog_attr_float(writer, "psp_DashStart", params->psp_DashStart);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    orvlog_elem_named_floats(writer, "psp_DashLength", params->psp_DashLength, params->psp_DashCount);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GPA_PathStrokingParams");
+}
+
+void dump_shape_path_member(ORVLOG_Writer* writer, const char* member, const GPA_PathPointer* pointer)
+{
+    if (pointer == nullptr)
+        return;
+    orvlog_writer_open_member(writer, "GSH_ShapePointer", member);
+    orvlog_writer_depth_up(writer);
+    dump_GPA_PathPointer(writer, pointer);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, "GSH_ShapePointer", member);
+}

@@ -1,17 +1,364 @@
 #include "orvlog/records/gsh-shape-dump.h"
 
+#include "orvlog/font/gfi-dump.h"
+#include "orvlog/log/orvlog-names.h"
+#include "orvlog/records/ggo-dump.h"
+#include "orvlog/records/gpa-path-dump.h"
+
+namespace
+{
+
+constexpr const char* kShapeTypeNames[] = {
+    "GSH_SHAPE_GLYPHS",     "GSH_SHAPE_FILL",     "GSH_SHAPE_STROKE",        "GSH_SHAPE_IMAGE_RECT",
+    "GSH_SHAPE_MULTI_RECT", "GSH_SHAPE_SCANLINE", "GSH_SHAPE_STROKE_GLYPHS",
+};
+constexpr ORVLOG_EnumTable kShapeType = orvlog_enum_table(kShapeTypeNames);
+static_assert(kShapeType.max_value == GSH_SHAPE_STROKE_GLYPHS);
+
+constexpr ORVLOG_FlagEntry kShapeHintEntries[] = {
+    ORVLOG_FLAG(GSH_SH_NO_HINT),
+    ORVLOG_FLAG(GSH_SH_FONT_HAS_FACE_SCOPE),
+    ORVLOG_FLAG(GSH_SH_FONT_HAS_DOC_SCOPE),
+    ORVLOG_FLAG(GSH_SH_NO_ROTATION),
+    ORVLOG_FLAG(GSH_SH_NO_SKEW),
+    ORVLOG_FLAG(GSH_SH_NO_SCALE),
+    ORVLOG_FLAG(GSH_SH_NO_SHIFT),
+    ORVLOG_FLAG(GSH_SH_REUSED_AS_STROKE),
+};
+constexpr ORVLOG_FlagTable kShapeHints = orvlog_flag_table(kShapeHintEntries);
+
+constexpr ORVLOG_FlagEntry kListHintEntries[] = {
+    ORVLOG_FLAG(GSH_SLH_NONE),
+    ORVLOG_FLAG(GSH_SLH_IGNORE_REST_OF_LIST),
+};
+constexpr ORVLOG_FlagTable kListHints = orvlog_flag_table(kListHintEntries);
+
+void warn(ORVLOG_Session* session, const char* text)
+{
+    orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT, text);
+}
+
+// Behind the attributes: the head, one level in, where the depth stays.
+void enter_shape(ORVLOG_Writer* writer, const GSH_Shape* shape)
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_GSH_Shape(writer, shape);
+}
+
+void leave_shape(ORVLOG_Writer* writer, const char* element)
+{
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+void dump_glyph_shape(ORVLOG_Writer* writer, const GSH_GlyphShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_GlyphShape");
+    enter_shape(writer, &shape->gs_Shape);
+    leave_shape(writer, "GSH_GlyphShape");
+}
+
+void dump_filled_path(ORVLOG_Writer* writer, const GSH_FilledPathShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_FilledPathShape");
+    orvlog_attr_enum(writer, "fps_WindingRule", &ORVLOG_WINDING, shape->fps_WindingRule);
+    enter_shape(writer, &shape->fps_Shape);
+    leave_shape(writer, "GSH_FilledPathShape");
+}
+
+void dump_stroked_path(ORVLOG_Writer* writer, const GSH_StrokedPathShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_StrokedPathShape");
+    orvlog_attr_enum(writer, "sps_WindingRule", &ORVLOG_WINDING, shape->sps_WindingRule);
+    enter_shape(writer, &shape->sps_Shape);
+    dump_GPA_PathStrokingParams(writer, &shape->sps_StrokingParams);
+    leave_shape(writer, "GSH_StrokedPathShape");
+}
+
+void dump_image_rect(ORVLOG_Writer* writer, const GSH_ImageRectShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_ImageRectShape");
+    // Height ahead of width, against their storage; readers of the log rely on it.
+    orvlog_attr_uint(writer, "irs_ImageHeight", shape->irs_ImageHeight);
+    orvlog_attr_uint(writer, "irs_ImageWidth", shape->irs_ImageWidth);
+    enter_shape(writer, &shape->irs_Shape);
+    leave_shape(writer, "GSH_ImageRectShape");
+}
+
+void dump_multi_rect(ORVLOG_Writer* writer, const GSH_MultiRectShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_MultiRectShape");
+    orvlog_attr_uint(writer, "mrs_RectCount", shape->mrs_RectCount);
+    enter_shape(writer, &shape->mrs_Shape);
+    const GGO_BoxInt* rects = shape->mrs_Rect;
+    for (uint32_t i = 0; i < shape->mrs_RectCount; ++i)
+        dump_GGO_BoxInt(writer, rects + i);
+    leave_shape(writer, "GSH_MultiRectShape");
+}
+
+void dump_limits(ORVLOG_Writer* writer, const GSH_XLimits* limits)
+{
+    orvlog_writer_begin_element(writer, "GSH_XLimits");
+    orvlog_attr_int(writer, "xl_StartX", limits->xl_StartX);
+    orvlog_attr_int(writer, "xl_StopX", limits->xl_StopX);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_close_element(writer, "GSH_XLimits");
+}
+
+void dump_scanline(ORVLOG_Writer* writer, const GSH_ScanlineShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_ScanlineShape");
+    ggo_attr_box_int(writer, "ss_BoundingBox", &shape->ss_BoundingBox);
+    orvlog_attr_int(writer, "ss_StartY", shape->ss_StartY);
+    orvlog_attr_uint(writer, "ss_Height", shape->ss_Height);
+    enter_shape(writer, &shape->ss_Shape);
+    const GSH_XLimits* rows = shape->ss_XLimits;
+    for (uint32_t i = 0; i < shape->ss_Height; ++i)
+        dump_limits(writer, rows + i);
+    leave_shape(writer, "GSH_ScanlineShape");
+}
+
+void dump_stroked_glyphs(ORVLOG_Writer* writer, const GSH_StrokedGlyphShape* shape)
+{
+    orvlog_writer_begin_element(writer, "GSH_StrokedGlyphShape");
+    ggo_attr_matrix(writer, "sgs_StrokingTransform", &shape->sgs_StrokingTransform);
+    enter_shape(writer, &shape->sgs_Shape);
+    dump_GPA_PathStrokingParams(writer, &shape->sgs_StrokingParams);
+    leave_shape(writer, "GSH_StrokedGlyphShape");
+}
+
+// The numbers of a font and a string within a paint. The two may have been seen in different nodes, and then no
+// node says that they belong together: the font engine's side looks for both in one node and warns when there is
+// none. Readers of the log rely on that difference.
+const font_id_pair* number_pair(ORVLOG_Session* session, font_id_pair* found, const GFI_FontSpecPointer* font_spec,
+                                const GFI_StringDescPointer* string_desc)
+{
+    bool font_seen = false;
+    bool string_seen = false;
+    for (const font_id_pair* pair = session->object_scratch; pair != nullptr && !(font_seen && string_seen);
+         pair = pair->next)
+    {
+        if (pair->font_spec == font_spec)
+        {
+            found->font_spec_id = pair->font_spec_id;
+            font_seen = true;
+        }
+        if (pair->string_desc == string_desc)
+        {
+            found->string_desc_id = pair->string_desc_id;
+            string_seen = true;
+        }
+    }
+    if (font_seen && string_seen)
+        return found;
+    GMM_Allocator* allocator = session->side_allocator;
+    auto* pair = static_cast<font_id_pair*>(allocator->gmm_Alloc(allocator, sizeof(font_id_pair), 0));
+    if (pair == nullptr)
+        return nullptr;
+    *pair = {session->object_scratch, font_spec, font_seen ? found->font_spec_id : session->next_font_spec_id++,
+             string_desc, string_seen ? found->string_desc_id : session->next_string_desc_id++};
+    session->object_scratch = pair;
+    return pair;
+}
+
+void dump_glyph_member(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
+{
+    ORVLOG_Writer* writer = &session->writer;
+    const GFI_FontSpecPointer* font_spec = pointer->sp_U.glyph.font_spec_ptr;
+    const GFI_StringDescPointer* string_desc = pointer->sp_U.glyph.string_desc;
+    orvlog_writer_begin_element(writer, "GSH_ShapePointer.sp_U.glyph");
+    font_id_pair found = {};
+    const font_id_pair* ids = number_pair(session, &found, font_spec, string_desc);
+    if (ids != nullptr)
+    {
+        orvlog_attr_uint(writer, "orvlog_font_spec_id", ids->font_spec_id);
+        orvlog_attr_uint(writer, "orvlog_string_desc_id", ids->string_desc_id);
+    }
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_GFI_FontSpecPointer(writer, font_spec);
+    dump_GFI_StringDescPointer(writer, string_desc);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GSH_ShapePointer.sp_U.glyph");
+}
+
+void dump_union(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
+{
+    switch (pointer->sp_HeaderPtr->sh_ShapeType)
+    {
+    case GSH_SHAPE_FILL:
+        return dump_shape_path_member(&session->writer, "sp_U.filled_path", pointer->sp_U.filled_path);
+    case GSH_SHAPE_STROKE:
+        return dump_shape_path_member(&session->writer, "sp_U.stroked_path", pointer->sp_U.stroked_path);
+    case GSH_SHAPE_GLYPHS:
+    case GSH_SHAPE_STROKE_GLYPHS:
+        return dump_glyph_member(session, pointer);
+    default:
+        return;
+    }
+}
+
+// How many different lists a chain holds; `loops` says that its last one leads back into it. A pointer that waits
+// at ever longer distances meets the walker once it stands inside the loop.
+uint64_t count_chain(const GSH_ShapeList* head, const GSH_ShapeList* GSH_ShapeList::*link, bool* loops)
+{
+    uint64_t count = 0;
+    uint64_t wait = 1;
+    uint64_t loop = 0;
+    *loops = false;
+    const GSH_ShapeList* waiting = nullptr;
+    const GSH_ShapeList* list = head;
+    for (; list != nullptr && list != waiting; list = list->*link, ++count, ++loop)
+    {
+        if (count != wait)
+            continue;
+        waiting = list;
+        wait *= 2;
+        loop = 0;
+    }
+    if (list == nullptr)
+        return count;
+    *loops = true;
+    const GSH_ShapeList* ahead = head;
+    for (uint64_t i = 0; i < loop; ++i)
+        ahead = ahead->*link;
+    uint64_t before = 0;
+    for (; head != ahead; head = head->*link, ahead = ahead->*link)
+        ++before;
+    return before + loop;
+}
+
+void open_list(ORVLOG_Session* session, const GSH_ShapeList* list)
+{
+    ORVLOG_Writer* writer = &session->writer;
+    orvlog_writer_begin_element(writer, "GSH_ShapeList");
+    orvlog_attr_flags(writer, "sl_Hints", &kListHints, list->sl_Hints);
+    orvlog_attr_bool(writer, "sl_ClipIn", list->sl_ClipIn);
+    orvlog_attr_uint(writer, "sl_UniqueId", list->sl_UniqueId);
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_shape_member(session, "GSH_ShapeList", "sl_Shape", &list->sl_Shape);
+}
+
+void close_list(ORVLOG_Writer* writer)
+{
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GSH_ShapeList");
+}
+
+}  // namespace
+
+void dump_GSH_Shape(ORVLOG_Writer* writer, const GSH_Shape* shape)
+{
+    if (shape == nullptr)
+        return;
+    orvlog_writer_begin_element(writer, "GSH_Shape");
+    orvlog_attr_enum(writer, "sh_ShapeType", &kShapeType, shape->sh_ShapeType);
+    orvlog_attr_flags(writer, "sh_Hints", &kShapeHints, shape->sh_Hints);
+    ggo_attr_matrix(writer, "sh_Transform", &shape->sh_Transform);
+    orvlog_writer_self_close(writer);
+}
+
+void dump_shape_header(ORVLOG_Writer* writer, const GSH_Shape* shape)
+{
+    if (shape == nullptr)
+        return;
+    switch (shape->sh_ShapeType)
+    {
+    case GSH_SHAPE_GLYPHS:
+        return dump_glyph_shape(writer, reinterpret_cast<const GSH_GlyphShape*>(shape));
+    case GSH_SHAPE_FILL:
+        return dump_filled_path(writer, reinterpret_cast<const GSH_FilledPathShape*>(shape));
+    case GSH_SHAPE_STROKE:
+        return dump_stroked_path(writer, reinterpret_cast<const GSH_StrokedPathShape*>(shape));
+    case GSH_SHAPE_IMAGE_RECT:
+        return dump_image_rect(writer, reinterpret_cast<const GSH_ImageRectShape*>(shape));
+    case GSH_SHAPE_MULTI_RECT:
+        return dump_multi_rect(writer, reinterpret_cast<const GSH_MultiRectShape*>(shape));
+    case GSH_SHAPE_SCANLINE:
+        return dump_scanline(writer, reinterpret_cast<const GSH_ScanlineShape*>(shape));
+    case GSH_SHAPE_STROKE_GLYPHS:
+        return dump_stroked_glyphs(writer, reinterpret_cast<const GSH_StrokedGlyphShape*>(shape));
+    default:
+        return;
+    }
+}
+
+void dump_GSH_ShapePointer(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
+{
+    if (pointer == nullptr)
+        return;
+    ORVLOG_Writer* writer = &session->writer;
+    orvlog_writer_open_element(writer, "GSH_ShapePointer");
+    orvlog_writer_depth_up(writer);
+    orvlog_writer_open_member(writer, "GSH_ShapePointer", "sp_HeaderPtr");
+    orvlog_writer_depth_up(writer);
+    dump_shape_header(writer, pointer->sp_HeaderPtr);
+    if (pointer->sp_HeaderPtr == nullptr)
+        warn(session, "GSH_ShapePointer without a shape.");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, "GSH_ShapePointer", "sp_HeaderPtr");
+    if (pointer->sp_HeaderPtr != nullptr)
+        dump_union(session, pointer);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GSH_ShapePointer");
+}
+
+void dump_GSH_ShapeList(ORVLOG_Session* session, const GSH_ShapeList* list)
+{
+    if (list == nullptr)
+        return;
+    ORVLOG_Writer* writer = &session->writer;
+    bool loops = false;
+    const uint64_t nested = count_chain(list, &GSH_ShapeList::sl_Collection, &loops);
+    const uint64_t levels = nested < ORVLOG_MAX_COLLECTION_DEPTH ? nested : ORVLOG_MAX_COLLECTION_DEPTH;
+    open_list(session, list);
+    for (uint64_t level = 1; level < levels; ++level)
+    {
+        list = list->sl_Collection;
+        orvlog_writer_open_element(writer, "GSH_ShapeListCollection");
+        orvlog_writer_depth_up(writer);
+        open_list(session, list);
+    }
+    if (levels < nested)
+        warn(session, "GSH_ShapeListCollection nested too deep.");
+    else if (loops)
+        warn(session, "GSH_ShapeListCollection leads back to itself.");
+    for (uint64_t level = 1; level < levels; ++level)
+    {
+        close_list(writer);
+        orvlog_writer_depth_down(writer);
+        orvlog_writer_close_element(writer, "GSH_ShapeListCollection");
+    }
+    close_list(writer);
+}
+
 void dump_shape_member(ORVLOG_Session* session, const char* owner, const char* member, const GSH_ShapePointer* shape)
 {
     if (shape == nullptr)
         return;
-    orvlog_writer_open_member(&session->writer, owner, member);
-    orvlog_writer_close_member(&session->writer, owner, member);
+    ORVLOG_Writer* writer = &session->writer;
+    orvlog_writer_open_member(writer, owner, member);
+    orvlog_writer_depth_up(writer);
+    dump_GSH_ShapePointer(session, shape);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, owner, member);
 }
 
 void dump_shape_list_member(ORVLOG_Session* session, const char* owner, const char* member, const GSH_ShapeList* list)
 {
     if (list == nullptr)
         return;
-    orvlog_writer_open_member(&session->writer, owner, member);
-    orvlog_writer_close_member(&session->writer, owner, member);
+    ORVLOG_Writer* writer = &session->writer;
+    bool loops = false;
+    const uint64_t count = count_chain(list, &GSH_ShapeList::sl_Next, &loops);
+    orvlog_writer_open_member(writer, owner, member);
+    orvlog_writer_depth_up(writer);
+    for (uint64_t i = 0; i < count; ++i, list = list->sl_Next)
+        dump_GSH_ShapeList(session, list);
+    if (loops)
+        warn(session, "GSH_ShapeList leads back to itself.");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_member(writer, owner, member);
 }
