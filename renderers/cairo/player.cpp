@@ -1,5 +1,7 @@
 #include "renderers/cairo/player.h"
 
+#include "renderers/cairo/stroker.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,6 +16,9 @@ double held(double value)
 {
     return std::clamp(value, -farthest, farthest);
 }
+
+constexpr double flatness = 0.05;           // pixels
+constexpr double thinnest_with_ends = 1.0;  // pixels; below, caps and joins cannot be told apart
 
 // Operators that act where nothing is painted, too.
 bool reaches_beyond(cairo_operator_t op)
@@ -201,7 +206,18 @@ void Player::draw_piece(const BitmapPiece& piece)
 
 void Player::draw_piece(const StrokePiece& piece)
 {
-    stroke_plain(piece, multiply(piece.to_content, to_pixels()));
+    const cairo_matrix_t pen = multiply(piece.to_content, to_pixels());
+    const double scale = scale_of(pen);
+    const bool usable = std::isfinite(scale) && scale > 0.0;
+    if (is_plain(piece.style) || !usable || piece.style.width * scale <= thinnest_with_ends)
+        return stroke_plain(piece, pen);
+    const StrokeParts parts = take_apart(piece.path, piece.style, flatness / scale);
+    StrokePiece body{parts.body, StrokeStyle{}, piece.to_content};
+    body.style.width = piece.style.width;
+    body.style.join = parts.body_join;
+    body.style.miter_limit = piece.style.miter_limit;
+    stroke_plain(body, pen);
+    draw_piece(FillPiece{parts.corners, CAIRO_FILL_RULE_WINDING, piece.to_content});
 }
 
 // A line is at least one pixel wide if its width is 0 or it asks to be adjusted.
@@ -324,7 +340,8 @@ bool Player::composite_plain(cairo_pattern_t* source, const Shape& shape, cairo_
         thinned = own_pattern(cairo_pattern_create_rgba(red, green, blue, opacity * alpha));
         source = thinned.get();
     }
-    if (shape.pieces.size() != 1)
+    const auto* stroke = std::get_if<StrokePiece>(&shape.pieces[0]);
+    if (shape.pieces.size() != 1 || (stroke != nullptr && !is_plain(stroke->style)))
         return false;
     cairo_set_source(cr_, source);
     draw(shape);

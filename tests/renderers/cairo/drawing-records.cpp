@@ -255,7 +255,7 @@ const GSH_ShapeList* Clips::record()
     GSH_ShapeList* last = nullptr;
     for (const Entry& entry : entries_)
     {
-        lists_.push_back(std::make_unique<GSH_ShapeList>());
+        lists_.push_back(std::make_shared<GSH_ShapeList>());
         GSH_ShapeList* list = lists_.back().get();
         list->sl_ClipIn = entry.inside ? 1 : 0;
         list->sl_Hints = entry.last ? GSH_SLH_IGNORE_REST_OF_LIST : GSH_SLH_NONE;

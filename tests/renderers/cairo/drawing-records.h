@@ -103,7 +103,7 @@ private:
         bool last;
     };
     std::vector<Entry> entries_;
-    std::vector<std::unique_ptr<GSH_ShapeList>> lists_;
+    std::vector<std::shared_ptr<GSH_ShapeList>> lists_;
 };
 
 // A colour, floats or words.
