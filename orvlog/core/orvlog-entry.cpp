@@ -5,6 +5,7 @@
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/core/orvlog-root.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
+#include "orvlog/log/orvlog-merge.h"
 
 #include <cstring>
 
@@ -43,6 +44,20 @@ void store_prefix(ORVLOG_ImageParams* image, const char* file_prefix)
     image->has_file_prefix = 1;
 }
 
+// Puts a temporary log in the place of the client's stream until the shutdown.
+bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
+{
+    if (ORVLOG_OpenTempLog(session->allocator, session->session_id, &session->merge_source_stream,
+                           session->merge_file_name) == 0)
+        return false;
+    session->merge_target_stream = session->writer.stream;
+    session->merge_compress = compress;
+    session->merge_pending = 1;
+    session->writer.stream = session->merge_source_stream;
+    session->writer.compress = 0;
+    return true;
+}
+
 bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
 {
     session->allocator = options->allocator;
@@ -50,6 +65,9 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     if (!read_identity(session, options->identity))
         return false;
     orvlog_writer_init(&session->writer, options->allocator, options->log_stream, 0, options->compress);
+    const bool detour = options->via_temporary_log != 0 && options->log_stream != nullptr;
+    if (detour && !open_temporary_log(session, options->compress))
+        return false;
     store_prefix(&session->image, options->file_prefix);
     session->ticket_functions = options->ticket_functions;
     session->ticket_serial_functions = options->ticket_serial_functions;
@@ -88,6 +106,19 @@ void finish_coder(ORVLOG_Writer* writer)
     writer->coder = nullptr;
     if (writer->stream != nullptr && writer->stream->ops != nullptr && writer->stream->ops->gio_Write != nullptr)
         writer->stream->ops->gio_Write(&last, 1, 1, writer->stream->instance);
+}
+
+uint32_t merge(ORVLOG_Session* session)
+{
+    if (session->merge_pending == 0)
+        return 1;
+    GIO_Stream* source = session->merge_source_stream;
+    if (source != nullptr)
+        source->ops->gio_Close(source->instance);
+    return ORVLOG_MergeLogs(session->allocator, session->merge_file_name, session->merge_target_stream,
+                            session->merge_compress, session->merge_mode) != 0
+               ? 1
+               : 0;
 }
 
 }  // namespace
@@ -237,6 +268,7 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
     finish_coder(&session->writer);
+    const uint32_t result = merge(session);
     session->allocator->gmm_Free(session->allocator, session);
-    return 1;
+    return result;
 }

@@ -1,0 +1,167 @@
+// The Nth allocation refused, the Nth stream operation failed, the Nth call of the renderer failed, for every N
+// until a run meets no failure: nothing crashes, nothing leaks, the renderer is called, its results come back.
+
+#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-session.h"
+#include "tests/support/every-call.h"
+#include "tests/support/fake-identity.h"
+#include "tests/support/fake-renderer.h"
+#include "tests/support/memory-stream.h"
+#include "tests/support/test-allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+struct Sweep
+{
+    EveryCall job;
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    FakeRenderer renderer;
+    ORV_Interface orv = {};
+    uint32_t calls = 0;
+
+    // 0 when the session could not be had.
+    uint32_t run(uint32_t mode, uint32_t compress = 0)
+    {
+        if (orvlog_create_session(&orv, renderer.get(), allocator.get(), identity.get(), stream.get(), nullptr,
+                                  job.ticket_functions(), job.ticket_serial_functions(), nullptr, nullptr, nullptr,
+                                  compress, mode) == 0)
+            return 0;
+        calls = job.run(&orv);
+        return ORVLOG_DLL_shutdown(orv.document_start.context);
+    }
+
+    void expect_clean(uint64_t n)
+    {
+        EXPECT_EQ(allocator.outstanding(), 0U) << n;
+        EXPECT_EQ(allocator.bad_frees(), 0U) << n;
+        EXPECT_EQ(job.references(), 0) << n;
+    }
+};
+
+class FailureSweep : public testing::TestWithParam<uint32_t>
+{
+};
+
+TEST_P(FailureSweep, SoundJobIsClean)
+{
+    Sweep sweep;
+    EXPECT_EQ(sweep.run(GetParam()), 1U);
+    for (const uint32_t result : sweep.job.results())
+        EXPECT_EQ(result, 1U);
+    EXPECT_EQ(sweep.calls, 42U);
+    // The memory context's drawing calls are forwarded, too; the error contexts are not.
+    EXPECT_EQ(sweep.renderer.calls().size(), 42U);
+    EXPECT_EQ(sweep.renderer.count("drawing_error_context"), 0U);
+    sweep.expect_clean(0);
+}
+
+TEST_P(FailureSweep, NthAllocationRefused)
+{
+    uint64_t n = 1;
+    for (;; ++n)
+    {
+        Sweep sweep;
+        sweep.allocator.refuse(n);
+        sweep.run(GetParam());
+        sweep.expect_clean(n);
+        if (sweep.allocator.refused() == 0)
+            break;
+    }
+    EXPECT_GT(n, 20U);
+    std::printf("swept %u allocations\n", static_cast<unsigned>(n - 1));
+}
+
+TEST_P(FailureSweep, AllAllocationsRefusedFromTheNthOn)
+{
+    for (uint64_t n = 1;; ++n)
+    {
+        Sweep sweep;
+        sweep.allocator.refuse(n, true);
+        sweep.run(GetParam());
+        sweep.expect_clean(n);
+        if (sweep.allocator.refused() == 0)
+            break;
+    }
+}
+
+TEST_P(FailureSweep, NthStreamOperationFailed)
+{
+    for (const uint32_t compress : {0U, 1U})
+    {
+        Sweep sound;
+        sound.run(GetParam(), compress);
+        const uint64_t operations = sound.stream.operations();
+        // Each operation is reached; beyond the first hundred every seventh stands for its neighbours.
+        for (uint64_t n = 1; n <= operations; n += n < 100 ? 1 : 7)
+        {
+            Sweep sweep;
+            sweep.stream.fail(n);
+            EXPECT_EQ(sweep.run(GetParam(), compress), 1U);
+            ASSERT_EQ(sweep.stream.failed(), 1U) << n;
+            ASSERT_EQ(sweep.renderer.calls().size(), 42U) << n;
+            for (const uint32_t result : sweep.job.results())
+                ASSERT_EQ(result, 1U) << n;
+            sweep.expect_clean(n);
+        }
+    }
+}
+
+TEST_P(FailureSweep, StreamThatFailsForGood)
+{
+    for (uint64_t n = 1; n < 400; n += 13)
+    {
+        Sweep sweep;
+        sweep.stream.fail(n, true);
+        EXPECT_EQ(sweep.run(GetParam()), 1U);
+        EXPECT_EQ(sweep.renderer.calls().size(), 42U);
+        sweep.expect_clean(n);
+    }
+}
+
+TEST_P(FailureSweep, NthCallOfTheRendererFailed)
+{
+    for (uint64_t n = 1;; ++n)
+    {
+        Sweep sweep;
+        sweep.renderer.fail(n);
+        EXPECT_EQ(sweep.run(GetParam()), 1U);
+        sweep.expect_clean(n);
+        if (sweep.renderer.failed() == 0)
+            break;
+        uint32_t zeros = 0;
+        for (const uint32_t result : sweep.job.results())
+            zeros += result == 0 ? 1 : 0;
+        EXPECT_GE(zeros, 1U) << n;
+    }
+}
+
+TEST_P(FailureSweep, TicketOperationsFailed)
+{
+    for (uint32_t FakeTickets::*operation : {&FakeTickets::retain_result, &FakeTickets::query_result,
+                                             &FakeTickets::key_result, &FakeTickets::serialise_result})
+    {
+        Sweep sweep;
+        sweep.job.tickets().*operation = 0;
+        EXPECT_EQ(sweep.run(GetParam()), 1U);
+        EXPECT_EQ(sweep.renderer.calls().size(), 42U);
+        sweep.expect_clean(0);
+    }
+    Sweep sweep;
+    sweep.job.tickets().release_result = 0;
+    EXPECT_EQ(sweep.run(GetParam()), 1U);
+    EXPECT_EQ(sweep.allocator.outstanding(), 0U);
+    EXPECT_EQ(sweep.job.tickets().releases, sweep.job.tickets().retains);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, FailureSweep, testing::Values(ORVLOG_MODE_TRANSPARENT, ORVLOG_MODE_BASE));
+
+}  // namespace
