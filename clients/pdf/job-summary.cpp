@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "clients/pdf/job.h"
+
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+namespace pdf_client
+{
+
+bool write_summary(const JobSummary& summary, const std::string& file_name)
+{
+    nlohmann::ordered_json object;
+    nlohmann::ordered_json calls = nlohmann::ordered_json::object();
+    for (size_t i = 0; i < summary.calls.made.size(); i++)
+    {
+        if (summary.calls.made[i] > 0)
+        {
+            calls[name_of(static_cast<Call>(i))] = summary.calls.made[i];
+        }
+    }
+    object["calls"] = calls;
+    object["calls_refused"] = summary.calls.refused;
+    object["pages"] = summary.pages;
+    object["log"] = summary.log;
+    object["log_bytes"] = summary.log_bytes;
+    object["seconds"] = summary.seconds;
+    object["seconds_without_logger"] = summary.seconds_without_logger;
+    object["messages"] = summary.messages;
+    if (summary.check)
+    {
+        object["check"] = {{"same", summary.check->same},
+                           {"pages", summary.check->pages_compared},
+                           {"pixels_different", summary.check->pixels_different}};
+    }
+    std::ofstream output(file_name, std::ios::binary);
+    output << object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    output.close();
+    return output.good();
+}
+
+}  // namespace pdf_client

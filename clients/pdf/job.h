@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+//
+// One job: a document, from its first page to its last, through the logger to a renderer.
+
+#pragma once
+
+#include "clients/pdf/painter.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace pdf_client
+{
+
+struct JobOptions
+{
+    std::string document;
+    std::string log;
+    int first_page = 1;
+    int last_page = INT32_MAX;
+    bool base_mode = false;
+    std::string image_prefix;  // not empty: image data goes to files beside the log
+    bool renderer = true;
+    std::string png_folder;  // not empty: page images go there, NAME-001.png and onwards
+    unsigned dpi = 96;
+    bool check = false;
+    bool keep_images = false;
+    bool compressed = false;
+    bool via_temporary_log = false;
+    std::string ticket_folder;
+    double seconds_for_page = 300;
+    // Told of each page that is finished: its place among all pages to do, and their count. May be empty.
+    std::function<void(int, int)> progress;
+};
+
+struct CheckResult
+{
+    uint64_t pages_compared = 0;
+    uint64_t pixels_different = 0;
+    bool same = false;
+};
+
+struct JobSummary
+{
+    CallCounts calls;
+    int pages = 0;
+    std::string log;
+    int64_t log_bytes = -1;
+    double seconds = 0;
+    double seconds_without_logger = 0;
+    std::vector<std::string> messages;  // what couldn't be passed on or painted as it stands, each kind once
+    std::optional<CheckResult> check;
+};
+
+struct JobResult
+{
+    // What went wrong, in words for the user; empty if all went well.
+    std::vector<std::string> errors;
+    // False if not even a log was begun.
+    bool started = false;
+    JobSummary summary;
+};
+
+JobResult run_job(const JobOptions& options);
+
+// Writes the summary as JSON. False if the file can't be written.
+bool write_summary(const JobSummary& summary, const std::string& file_name);
+
+}  // namespace pdf_client

@@ -1,0 +1,1508 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "clients/pdf/poppler-device.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <set>
+
+#include <Error.h>
+#include <ErrorCodes.h>
+#include <Function.h>
+#include <Gfx.h>
+#include <GfxFont.h>
+#include <GfxState.h>
+#include <GlobalParams.h>
+#include <OutputDev.h>
+#include <PDFDoc.h>
+#include <Page.h>
+#include <SplashOutputDev.h>
+#include <Stream.h>
+#include <splash/Splash.h>
+#include <splash/SplashFont.h>
+#include <splash/SplashFontFile.h>
+#include <splash/SplashPath.h>
+
+namespace pdf_client
+{
+
+namespace
+{
+
+constexpr double points_per_inch = 72.0;
+constexpr size_t greatest_pattern_depth = 6;
+// Glyph outlines are taken from the font at this size, in pixels for each em.
+constexpr double outline_size = 2048.0;
+
+GGO_Matrix matrix_of(const double* m)
+{
+    return {{m[0], m[1], m[2], m[3], m[4], m[5]}};
+}
+
+//---- Paths
+
+Path path_of(const GfxPath& source)
+{
+    Path path;
+    for (int i = 0; i < source.getNumSubpaths(); i++)
+    {
+        const GfxSubpath& from = *source.getSubpath(i);
+        const int count = from.getNumPoints();
+        if (count == 0)
+        {
+            continue;
+        }
+        const auto point = [&](int n) { return GGO_Point{from.getX(n), from.getY(n)}; };
+        Subpath subpath;
+        subpath.start = point(0);
+        int n = 1;
+        while (n < count)
+        {
+            if (from.getCurve(n) && n + 2 < count)
+            {
+                subpath.segments.push_back({true, point(n), point(n + 1), point(n + 2)});
+                n += 3;
+            }
+            else
+            {
+                subpath.segments.push_back({false, {}, {}, point(n)});
+                n++;
+            }
+        }
+        subpath.closed = from.isClosed();
+        path.subpaths.push_back(std::move(subpath));
+    }
+    return path;
+}
+
+// The closing line of a closed subpath goes without saying.
+void drop_closing_lines(Path& path)
+{
+    for (Subpath& subpath : path.subpaths)
+    {
+        if (!subpath.closed || subpath.segments.size() < 2 || subpath.segments.back().curve)
+        {
+            continue;
+        }
+        const GGO_Point end = subpath.segments.back().end;
+        if (end.gpf_X == subpath.start.gpf_X && end.gpf_Y == subpath.start.gpf_Y)
+        {
+            subpath.segments.pop_back();
+        }
+    }
+}
+
+bool all_finite(const Path& path)
+{
+    const auto good = [](GGO_Point p) { return std::abs(p.gpf_X) < 1e12 && std::abs(p.gpf_Y) < 1e12; };
+    for (const Subpath& subpath : path.subpaths)
+    {
+        if (!good(subpath.start))
+        {
+            return false;
+        }
+        for (const Segment& segment : subpath.segments)
+        {
+            if (!good(segment.end) || (segment.curve && (!good(segment.control1) || !good(segment.control2))))
+            {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+// The points of a font's outline, already in the wanted units.
+Path path_of(SplashPath& source)
+{
+    Path path;
+    const int count = source.getLength();
+    double x = 0;
+    double y = 0;
+    unsigned char flags = 0;
+    int i = 0;
+    while (i < count)
+    {
+        source.getPoint(i, &x, &y, &flags);
+        if ((flags & splashPathFirst) != 0 || path.subpaths.empty())
+        {
+            path.subpaths.push_back({{x, y}, {}, true});
+            i++;
+            continue;
+        }
+        std::vector<Segment>& segments = path.subpaths.back().segments;
+        if ((flags & splashPathCurve) != 0 && i + 2 < count)
+        {
+            Segment segment{true, {x, y}, {}, {}};
+            source.getPoint(i + 1, &x, &y, &flags);
+            segment.control2 = {x, y};
+            source.getPoint(i + 2, &x, &y, &flags);
+            segment.end = {x, y};
+            segments.push_back(segment);
+            i += 3;
+        }
+        else
+        {
+            segments.push_back({false, {}, {}, {x, y}});
+            i++;
+        }
+    }
+    drop_closing_lines(path);
+    return path;
+}
+
+//---- Colours
+
+float channel(GfxColorComp value)
+{
+    return static_cast<float>(std::clamp(colToDbl(value), 0.0, 1.0));
+}
+
+Colour gray(float value)
+{
+    Colour colour;
+    colour.value[0] = value;
+    return colour;
+}
+
+Colour rgb_of(const GfxColorSpace& space, const GfxColor& value)
+{
+    GfxRGB rgb;
+    space.getRGB(&value, &rgb);
+    Colour colour;
+    colour.space.channels = 3;
+    colour.value[0] = channel(rgb.r);
+    colour.value[1] = channel(rgb.g);
+    colour.value[2] = channel(rgb.b);
+    return colour;
+}
+
+Colour cmyk_of(const GfxColorSpace& space, const GfxColor& value)
+{
+    GfxCMYK cmyk;
+    space.getCMYK(&value, &cmyk);
+    Colour colour;
+    colour.space.channels = 4;
+    colour.value[0] = channel(cmyk.c);
+    colour.value[1] = channel(cmyk.m);
+    colour.value[2] = channel(cmyk.y);
+    colour.value[3] = channel(cmyk.k);
+    return colour;
+}
+
+Colour gray_of(const GfxColorSpace& space, const GfxColor& value)
+{
+    GfxGray level;
+    space.getGray(&value, &level);
+    return gray(channel(level));
+}
+
+Colour in_alternate(const GfxColorSpace& space, GfxColorSpace* alternate, const GfxColor& value)
+{
+    switch (alternate != nullptr ? alternate->getNComps() : 0)
+    {
+    case 1:
+        return gray_of(space, value);
+    case 4:
+        return cmyk_of(space, value);
+    default:
+        return rgb_of(space, value);
+    }
+}
+
+bool passes_as_channels(GfxColorSpaceMode mode)
+{
+    return mode == csDeviceGray || mode == csCalGray || mode == csDeviceRGB || mode == csCalRGB ||
+           mode == csDeviceCMYK || mode == csICCBased;
+}
+
+// The colour, in the base space, that an index stands for.
+GfxColor entry_of(GfxIndexedColorSpace& indexed, const GfxColor& value)
+{
+    GfxColor entry;
+    clearGfxColor(&entry);
+    const int channels = std::min(indexed.getBase()->getNComps(), gfxColorMaxComps);
+    const int index = std::clamp(static_cast<int>(std::lround(colToDbl(value.c[0]))), 0, indexed.getIndexHigh());
+    double low[gfxColorMaxComps];
+    double range[gfxColorMaxComps];
+    indexed.getBase()->getDefaultRanges(low, range, indexed.getIndexHigh());
+    for (int i = 0; i < channels; i++)
+    {
+        entry.c[i] = dblToCol(low[i] + indexed.getLookup()[index * channels + i] / 255.0 * range[i]);
+    }
+    return entry;
+}
+
+Colour colour_of(GfxColorSpace* space, const GfxColor& value)
+{
+    const GfxColorSpaceMode mode = space != nullptr ? space->getMode() : csPattern;
+    if (passes_as_channels(mode))
+    {
+        Colour colour;
+        colour.space.channels = static_cast<uint16_t>(space->getNComps());
+        if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
+        {
+            return rgb_of(*space, value);
+        }
+        for (int i = 0; i < colour.space.channels; i++)
+        {
+            colour.value[i] = channel(value.c[i]);
+        }
+        return colour;
+    }
+    switch (mode)
+    {
+    case csLab:
+        return rgb_of(*space, value);
+    case csIndexed:
+    {
+        GfxIndexedColorSpace* indexed = static_cast<GfxIndexedColorSpace*>(space);
+        return colour_of(indexed->getBase(), entry_of(*indexed, value));
+    }
+    case csSeparation:
+        return in_alternate(*space, static_cast<GfxSeparationColorSpace*>(space)->getAlt(), value);
+    case csDeviceN:
+        return in_alternate(*space, static_cast<GfxDeviceNColorSpace*>(space)->getAlt(), value);
+    default:
+        return gray(0);
+    }
+}
+
+//---- Images
+
+// Keeps a stream alive that belongs to somebody else.
+class StreamHold
+{
+public:
+    explicit StreamHold(Stream* stream)
+    {
+        // The temporary must not give up a reference that it never took, so it isn't destroyed.
+        Object* borrowed = new (storage_) Object(stream);
+        object_ = borrowed->copy();
+    }
+
+    Stream* stream() const
+    {
+        return object_.getStream();
+    }
+
+private:
+    alignas(Object) std::byte storage_[sizeof(Object)];
+    Object object_;
+};
+
+// The samples as the document has them, row by row; inverted for masks whose zeros paint.
+class RawRows : public ImageRows
+{
+public:
+    RawRows(Stream* stream, bool inverted) : hold_(stream), inverted_(inverted) {}
+
+    ~RawRows() override
+    {
+        close();
+    }
+
+    bool restart() override
+    {
+        close();
+        hold_.stream()->reset();
+        open_ = true;
+        return true;
+    }
+
+    bool read_row(uint8_t* row, size_t size) override
+    {
+        const int got = hold_.stream()->doGetChars(static_cast<int>(size), row);
+        if (got <= 0)
+        {
+            return false;
+        }
+        std::memset(row + got, 0, size - static_cast<size_t>(got));
+        if (inverted_)
+        {
+            std::transform(row, row + size, row, [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
+        }
+        return true;
+    }
+
+private:
+    void close()
+    {
+        if (open_)
+        {
+            hold_.stream()->close();
+            open_ = false;
+        }
+    }
+
+    StreamHold hold_;
+    bool inverted_;
+    bool open_ = false;
+};
+
+// Rows whose samples have to be worked out: decode arrays, colour spaces without a form of their own in the
+// drawing interface, colours that count as transparent.
+class MappedRows : public ImageRows
+{
+public:
+    MappedRows(Stream* stream, uint32_t width, GfxImageColorMap* map, uint16_t channels, const int* mask_colours)
+        : hold_(stream), map_(map->copy()), width_(width), channels_(channels)
+    {
+        if (mask_colours != nullptr)
+        {
+            mask_colours_.assign(mask_colours, mask_colours + 2 * map->getNumPixelComps());
+        }
+    }
+
+    bool restart() override
+    {
+        pixels_ = std::make_unique<ImageStream>(hold_.stream(), static_cast<int>(width_), map_->getNumPixelComps(),
+                                                map_->getBits());
+        pixels_->reset();
+        return true;
+    }
+
+    bool read_row(uint8_t* row, size_t) override
+    {
+        unsigned char* line = pixels_ != nullptr ? pixels_->getLine() : nullptr;
+        if (line == nullptr)
+        {
+            return false;
+        }
+        // The colour map may write over its input.
+        const std::vector<unsigned char> samples(line, line + static_cast<size_t>(width_) *
+                                                                  static_cast<size_t>(map_->getNumPixelComps()));
+        if (mask_colours_.empty())
+        {
+            convert(line, row);
+            return true;
+        }
+        converted_.resize(static_cast<size_t>(width_) * channels_);
+        convert(line, converted_.data());
+        for (uint32_t x = 0; x < width_; x++)
+        {
+            *row++ = masked(&samples[static_cast<size_t>(x) * static_cast<size_t>(map_->getNumPixelComps())]) ? 0 : 255;
+            row = std::copy_n(&converted_[static_cast<size_t>(x) * channels_], channels_, row);
+        }
+        return true;
+    }
+
+private:
+    void convert(unsigned char* samples, uint8_t* row)
+    {
+        const int width = static_cast<int>(width_);
+        switch (channels_)
+        {
+        case 1:
+            map_->getGrayLine(samples, row, width);
+            break;
+        case 4:
+            map_->getCMYKLine(samples, row, width);
+            break;
+        default:
+            map_->getRGBLine(samples, row, width);
+            break;
+        }
+    }
+
+    bool masked(const unsigned char* pixel) const
+    {
+        for (size_t i = 0; 2 * i < mask_colours_.size(); i++)
+        {
+            if (pixel[i] < mask_colours_[2 * i] || pixel[i] > mask_colours_[2 * i + 1])
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    StreamHold hold_;
+    std::unique_ptr<GfxImageColorMap> map_;
+    uint32_t width_;
+    uint16_t channels_;
+    std::vector<int> mask_colours_;
+    std::vector<uint8_t> converted_;
+    std::unique_ptr<ImageStream> pixels_;
+};
+
+bool decodes_plainly(GfxImageColorMap& map, double high)
+{
+    for (int i = 0; i < map.getNumPixelComps(); i++)
+    {
+        if (std::abs(map.getDecodeLow(i)) > 1e-6 || std::abs(map.getDecodeHigh(i) - high) > 1e-6)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool is_known_depth(int bits)
+{
+    return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
+}
+
+bool is_plain_space(GfxColorSpace* space)
+{
+    const int channels = space->getNComps();
+    return passes_as_channels(space->getMode()) && (channels == 1 || channels == 3 || channels == 4);
+}
+
+std::vector<uint8_t> index_table_of(GfxIndexedColorSpace& indexed, int bits)
+{
+    const size_t channels = static_cast<size_t>(indexed.getBase()->getNComps());
+    std::vector<uint8_t> table((size_t{1} << bits) * channels, 0);
+    const size_t known = static_cast<size_t>(indexed.getIndexHigh() + 1) * channels;
+    std::copy_n(indexed.getLookup(), std::min(known, table.size()), table.begin());
+    return table;
+}
+
+ColourSpace space_with(int channels)
+{
+    ColourSpace space;
+    space.channels = static_cast<uint16_t>(channels);
+    return space;
+}
+
+// An image with all that the colour map says, its samples untouched wherever the records can say them.
+Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, const int* mask_colours)
+{
+    Image image;
+    image.width = static_cast<uint32_t>(std::max(width, 0));
+    image.height = static_cast<uint32_t>(std::max(height, 0));
+    GfxColorSpace* space = map->getColorSpace();
+    const int bits = map->getBits();
+    const bool indexed = space->getMode() == csIndexed;
+    if (mask_colours == nullptr && is_known_depth(bits))
+    {
+        if (is_plain_space(space) && decodes_plainly(*map, 1.0))
+        {
+            image.bits = static_cast<uint8_t>(bits);
+            image.space = space_with(space->getNComps());
+            image.rows = std::make_shared<RawRows>(stream, false);
+            return image;
+        }
+        if (indexed && bits <= 8 && is_plain_space(static_cast<GfxIndexedColorSpace*>(space)->getBase()) &&
+            decodes_plainly(*map, (1 << bits) - 1))
+        {
+            GfxIndexedColorSpace* table = static_cast<GfxIndexedColorSpace*>(space);
+            image.bits = static_cast<uint8_t>(bits);
+            image.space = space_with(table->getBase()->getNComps());
+            image.index_table = index_table_of(*table, bits);
+            image.rows = std::make_shared<RawRows>(stream, false);
+            return image;
+        }
+    }
+    const int channels = is_plain_space(space) ? space->getNComps() : 3;
+    image.space = space_with(channels);
+    image.alpha_first = mask_colours != nullptr;
+    image.rows = std::make_shared<MappedRows>(stream, image.width, map, image.space.channels, mask_colours);
+    return image;
+}
+
+Image stencil_of(Stream* stream, int width, int height, bool inverted)
+{
+    Image image;
+    image.width = static_cast<uint32_t>(std::max(width, 0));
+    image.height = static_cast<uint32_t>(std::max(height, 0));
+    image.bits = 1;
+    image.rows = std::make_shared<RawRows>(stream, !inverted);
+    return image;
+}
+
+// Image rows begin at the top of the unit square.
+GGO_Matrix pixels_to(const Image& image, const GGO_Matrix& unit_square_to_content)
+{
+    const GGO_Matrix to_square = {{1.0 / image.width, 0, 0, -1.0 / image.height, 0, 1}};
+    return multiply(to_square, unit_square_to_content);
+}
+
+//---- Shadings
+
+constexpr size_t greatest_stop_count = 257;
+
+double colour_distance(const Colour& one, const Colour& other)
+{
+    double distance = 0;
+    for (int i = 0; i < 4; i++)
+    {
+        distance = std::max(distance, std::abs(static_cast<double>(one.value[i]) - other.value[i]));
+    }
+    return distance;
+}
+
+Colour halfway(const Colour& one, const Colour& other)
+{
+    Colour middle = one;
+    for (int i = 0; i < 4; i++)
+    {
+        middle.value[i] = (one.value[i] + other.value[i]) / 2;
+    }
+    return middle;
+}
+
+// Stops so close that straight lines between them stay within a fraction of a step of 8 bits.
+class StopFinder
+{
+public:
+    explicit StopFinder(GfxUnivariateShading& shading) : shading_(shading) {}
+
+    std::vector<GradientStop> find()
+    {
+        constexpr int pieces = 8;
+        stops_.push_back(stop_at(0));
+        for (int i = 0; i < pieces; i++)
+        {
+            refine(stops_.back(), stop_at((i + 1.0) / pieces), 6);
+        }
+        return merged();
+    }
+
+private:
+    GradientStop stop_at(double position)
+    {
+        GfxColor value;
+        clearGfxColor(&value);
+        const double t0 = shading_.getDomain0();
+        shading_.getColor(t0 + position * (shading_.getDomain1() - t0), &value);
+        return {position, colour_of(shading_.getColorSpace(), value)};
+    }
+
+    void refine(const GradientStop& from, const GradientStop& to, int depth)
+    {
+        const double middle = (from.position + to.position) / 2;
+        const GradientStop between = stop_at(middle);
+        const bool straight = colour_distance(between.colour, halfway(from.colour, to.colour)) < 0.002;
+        if (depth == 0 || straight || stops_.size() >= greatest_stop_count)
+        {
+            stops_.push_back(to);
+            return;
+        }
+        refine(from, between, depth - 1);
+        refine(between, to, depth - 1);
+    }
+
+    // Leaves out stops that lie on the line between their neighbours.
+    std::vector<GradientStop> merged() const
+    {
+        std::vector<GradientStop> result = {stops_.front()};
+        for (size_t i = 1; i + 1 < stops_.size(); i++)
+        {
+            const GradientStop& last = result.back();
+            const GradientStop& next = stops_[i + 1];
+            const double share = (stops_[i].position - last.position) / (next.position - last.position);
+            Colour expected = last.colour;
+            for (int c = 0; c < 4; c++)
+            {
+                expected.value[c] +=
+                    static_cast<float>(share * (static_cast<double>(next.colour.value[c]) - last.colour.value[c]));
+            }
+            if (colour_distance(expected, stops_[i].colour) > 0.0005)
+            {
+                result.push_back(stops_[i]);
+            }
+        }
+        result.push_back(stops_.back());
+        return result;
+    }
+
+    GfxUnivariateShading& shading_;
+    std::vector<GradientStop> stops_;
+};
+
+//---- Fonts
+
+class FontEntry
+{
+public:
+    explicit FontEntry(SplashFontFile* file, int32_t id) : id_(id)
+    {
+        SplashCoord size[4] = {outline_size, 0, 0, outline_size};
+        const SplashCoord text[4] = {1, 0, 0, 1};
+        font_.reset(file->makeFont(size, text));
+    }
+
+    int32_t id() const
+    {
+        return id_;
+    }
+
+    std::shared_ptr<const Glyph> glyph(CharCode code)
+    {
+        std::shared_ptr<const Glyph>& entry = glyphs_[code];
+        if (entry == nullptr)
+        {
+            auto glyph = std::make_shared<Glyph>();
+            glyph->code = code;
+            const std::unique_ptr<SplashPath> outline(font_ != nullptr ? font_->getGlyphPath(static_cast<int>(code))
+                                                                       : nullptr);
+            if (outline != nullptr)
+            {
+                glyph->outline = path_of(*outline);
+            }
+            entry = std::move(glyph);
+        }
+        return entry;
+    }
+
+private:
+    int32_t id_;
+    std::unique_ptr<SplashFont> font_;
+    std::map<CharCode, std::shared_ptr<const Glyph>> glyphs_;
+};
+
+using Complain = std::function<void(const std::string&)>;
+
+Blend blend_of(GfxBlendMode mode)
+{
+    static constexpr Blend blends[] = {Blend::normal,     Blend::multiply,   Blend::screen,      Blend::overlay,
+                                       Blend::darken,     Blend::lighten,    Blend::color_dodge, Blend::color_burn,
+                                       Blend::hard_light, Blend::soft_light, Blend::difference,  Blend::exclusion,
+                                       Blend::hue,        Blend::saturation, Blend::color,       Blend::luminosity};
+    return mode >= 0 && static_cast<size_t>(mode) < std::size(blends) ? blends[mode] : Blend::normal;
+}
+
+}  // namespace
+
+//---- The device
+
+// Draws nothing itself; its base class is there for its font engine.
+class PaintingDevice : public SplashOutputDev
+{
+public:
+    PaintingDevice(PDFDoc* document, Complain complain)
+        : SplashOutputDev(splashModeRGB8, 4, false, white_), document_(document), complain_(std::move(complain))
+    {
+        startDoc(document);
+    }
+
+    ~PaintingDevice() override
+    {
+        // Before the base class takes the font engine down.
+        fonts_.clear();
+    }
+
+    void set_painter(Painter* painter)
+    {
+        painter_ = painter;
+        clip_ = nullptr;
+        mask_ = nullptr;
+        saved_.clear();
+        groups_.clear();
+        to_content_ = scaling(1 / points_per_inch, 1 / points_per_inch);
+        run_ = {};
+        text_clip_ = {};
+    }
+
+    bool useShadedFills(int type) override
+    {
+        return type >= 1 && type <= 5;
+    }
+
+    void startPage(int page, GfxState*, XRef* references) override
+    {
+        SplashOutputDev::startPage(page, nullptr, references);
+        font_is_stale_ = true;
+    }
+
+    void endPage() override {}
+
+    //---- State
+
+    void saveState(GfxState* state) override
+    {
+        flush_text();
+        saved_.push_back({clip_, state->getFillOpacity(), blend_of(state->getBlendMode()), mask_});
+    }
+
+    void restoreState(GfxState*) override
+    {
+        flush_text();
+        if (!saved_.empty())
+        {
+            clip_ = saved_.back().clip;
+            mask_ = saved_.back().mask;
+            saved_.pop_back();
+        }
+        font_is_stale_ = true;
+    }
+
+    void updateAll(GfxState*) override
+    {
+        font_is_stale_ = true;
+    }
+    void updateFont(GfxState* state) override
+    {
+        flush_text();
+        SplashOutputDev::updateFont(state);
+        font_is_stale_ = true;
+    }
+    void updateCTM(GfxState*, double, double, double, double, double, double) override {}
+    void updateLineDash(GfxState*) override {}
+    void updateFlatness(GfxState*) override {}
+    void updateLineJoin(GfxState*) override {}
+    void updateLineCap(GfxState*) override {}
+    void updateMiterLimit(GfxState*) override {}
+    void updateLineWidth(GfxState*) override {}
+    void updateStrokeAdjust(GfxState*) override {}
+    void updateFillColorSpace(GfxState*) override {}
+    void updateStrokeColorSpace(GfxState*) override {}
+    void updateFillColor(GfxState*) override {}
+    void updateStrokeColor(GfxState*) override {}
+    void updateBlendMode(GfxState*) override {}
+    void updateFillOpacity(GfxState*) override {}
+    void updateStrokeOpacity(GfxState*) override {}
+    void updatePatternOpacity(GfxState*) override {}
+    void clearPatternOpacity(GfxState*) override {}
+    void updateFillOverprint(GfxState*) override {}
+    void updateStrokeOverprint(GfxState*) override {}
+    void updateOverprintMode(GfxState*) override {}
+    void updateTransfer(GfxState*) override {}
+
+    //---- Paths
+
+    void stroke(GfxState* state) override
+    {
+        if (state->getStrokeColorSpace()->isNonMarking())
+        {
+            return;
+        }
+        Path path = path_of(*state->getPath());
+        drop_closing_lines(path);
+        stroke_path(state, path, matrix(state));
+    }
+
+    void fill(GfxState* state) override
+    {
+        fill_path(state, Winding::non_zero);
+    }
+
+    void eoFill(GfxState* state) override
+    {
+        fill_path(state, Winding::odd_even);
+    }
+
+    void clip(GfxState* state) override
+    {
+        clip_path(state, Winding::non_zero);
+    }
+
+    void eoClip(GfxState* state) override
+    {
+        clip_path(state, Winding::odd_even);
+    }
+
+    void clipToStrokePath(GfxState* state) override
+    {
+        Path path = path_of(*state->getPath());
+        drop_closing_lines(path);
+        const GGO_Matrix to_content = matrix(state);
+        if (all_finite(path) && finite(to_content))
+        {
+            clip_ = painter_->narrow(clip_, path, to_content, style_of(state, 1));
+        }
+    }
+
+    //---- Patterns and shadings
+
+    bool tilingPatternFill(GfxState* state, Gfx* gfx, Catalog*, GfxTilingPattern* pattern, const double* mat, int, int,
+                           int, int, double x_step, double y_step) override
+    {
+        paint_pattern(state, gfx, *pattern, mat, std::abs(x_step), std::abs(y_step));
+        return true;
+    }
+
+    bool axialShadedFill(GfxState* state, GfxAxialShading* shading, double, double) override
+    {
+        AxialGradient gradient;
+        gradient.transform = matrix(state);
+        shading->getCoords(&gradient.start.gpf_X, &gradient.start.gpf_Y, &gradient.end.gpf_X, &gradient.end.gpf_Y);
+        gradient.extend_start = shading->getExtend0();
+        gradient.extend_end = shading->getExtend1();
+        gradient.stops = StopFinder(*shading).find();
+        painter_->gradient(gradient, fill_state(state));
+        return true;
+    }
+
+    bool axialShadedSupportExtend(GfxState*, GfxAxialShading*) override
+    {
+        return true;
+    }
+
+    bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double, double) override
+    {
+        RadialGradient gradient;
+        gradient.transform = matrix(state);
+        shading->getCoords(&gradient.centre1.gpf_X, &gradient.centre1.gpf_Y, &gradient.radius1, &gradient.centre2.gpf_X,
+                           &gradient.centre2.gpf_Y, &gradient.radius2);
+        gradient.extend_start = shading->getExtend0();
+        gradient.extend_end = shading->getExtend1();
+        gradient.stops = StopFinder(*shading).find();
+        painter_->gradient(gradient, fill_state(state));
+        return true;
+    }
+
+    bool radialShadedSupportExtend(GfxState*, GfxRadialShading*) override
+    {
+        return true;
+    }
+
+    bool functionShadedFill(GfxState*, GfxFunctionShading*) override
+    {
+        return false;
+    }
+
+    bool gouraudTriangleShadedFill(GfxState*, GfxGouraudTriangleShading*) override
+    {
+        return false;
+    }
+
+    //---- Text
+
+    void beginTextObject(GfxState*) override
+    {
+        text_clip_ = {};
+    }
+
+    void endTextObject(GfxState*) override
+    {
+        flush_text();
+        if (!text_clip_.empty())
+        {
+            clip_ = painter_->narrow(clip_, text_clip_, Winding::non_zero);
+            text_clip_ = {};
+        }
+    }
+
+    void beginStringOp(GfxState*) override
+    {
+        flush_text();
+    }
+
+    void endStringOp(GfxState*) override
+    {
+        flush_text();
+    }
+
+    void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x, double origin_y,
+                  CharCode code, int byte_count, const Unicode*, int) override
+    {
+        const int render = state->getRender();
+        if (render == 3 || !refresh_font(state))
+        {
+            return;
+        }
+        const std::shared_ptr<const Glyph> glyph = font_->glyph(code);
+        const GGO_Matrix em_to_user = multiply(em_to_user_, translation(x - origin_x, y - origin_y));
+        const GGO_Matrix em_to_content = multiply(em_to_user, matrix(state));
+        if (!finite(em_to_content) || determinant(em_to_content) == 0)
+        {
+            return;
+        }
+        const bool fills = (render & 1) == 0 && !state->getFillColorSpace()->isNonMarking() &&
+                           state->getFillColorSpace()->getMode() != csPattern;
+        const bool strokes = ((render & 3) == 1 || (render & 3) == 2) && !state->getStrokeColorSpace()->isNonMarking();
+        if (fills)
+        {
+            add_to_run(state, glyph, em_to_content, {dx, dy}, code, byte_count);
+        }
+        if (strokes)
+        {
+            flush_text();
+            stroke_path(state, glyph->outline.transformed(em_to_user), matrix(state));
+        }
+        if ((render & 4) != 0)
+        {
+            text_clip_.append(glyph->outline.transformed(em_to_content));
+        }
+    }
+
+    bool beginType3Char(GfxState*, double, double, double, double, CharCode, const Unicode*, int) override
+    {
+        flush_text();
+        return false;
+    }
+
+    void endType3Char(GfxState*) override {}
+
+    void type3D0(GfxState*, double, double) override {}
+
+    void type3D1(GfxState*, double, double, double, double, double, double) override {}
+
+    //---- Images
+
+    void drawImageMask(GfxState* state, Object*, Stream* stream, int width, int height, bool invert, bool interpolate,
+                       bool inline_image) override
+    {
+        Image stencil = stencil_of(stream, width, height, invert);
+        stencil.interpolate = interpolate;
+        stencil.restartable = !inline_image;
+        const GGO_Matrix to_content = matrix(state);
+        if (paintable(stencil, to_content))
+        {
+            painter_->stencil(stencil, pixels_to(stencil, to_content), fill_colour(state), fill_state(state));
+        }
+    }
+
+    void setSoftMaskFromImageMask(GfxState* state, Object*, Stream* stream, int width, int height, bool invert,
+                                  bool inline_image, double*) override
+    {
+        Image stencil = stencil_of(stream, width, height, invert);
+        stencil.restartable = !inline_image;
+        const GGO_Matrix to_content = matrix(state);
+        mask_of_stencil_ = mask_;
+        if (paintable(stencil, to_content) && painter_->begin_mask())
+        {
+            painter_->stencil(stencil, pixels_to(stencil, to_content), gray(1), PaintState{});
+            mask_ = make_mask(painter_->end_mask(), MaskRule{});
+        }
+    }
+
+    void unsetSoftMaskFromImageMask(GfxState*, double*) override
+    {
+        mask_ = mask_of_stencil_;
+        mask_of_stencil_ = nullptr;
+    }
+
+    void drawImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
+                   bool interpolate, const int* mask_colours, bool inline_image) override
+    {
+        Image image = image_of(stream, width, height, map, mask_colours);
+        image.interpolate = interpolate;
+        image.restartable = !inline_image;
+        const GGO_Matrix to_content = matrix(state);
+        if (paintable(image, to_content))
+        {
+            painter_->image(image, pixels_to(image, to_content), fill_state(state));
+        }
+    }
+
+    void drawMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
+                         bool interpolate, Stream* mask_stream, int mask_width, int mask_height, bool mask_invert,
+                         bool mask_interpolate) override
+    {
+        Image image = image_of(stream, width, height, map, nullptr);
+        image.interpolate = interpolate;
+        Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
+        mask.interpolate = mask_interpolate;
+        paint_masked(state, image, mask);
+    }
+
+    void drawSoftMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
+                             bool interpolate, Stream* mask_stream, int mask_width, int mask_height,
+                             GfxImageColorMap* mask_map, bool mask_interpolate) override
+    {
+        Image image = image_of(stream, width, height, map, nullptr);
+        image.interpolate = interpolate;
+        Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr);
+        mask.interpolate = mask_interpolate;
+        if (mask_map->getMatteColor() != nullptr)
+        {
+            complain_("the matte colour of a soft mask is left out");
+        }
+        paint_masked(state, image, mask);
+    }
+
+    //---- Groups and soft masks
+
+    void beginTransparencyGroup(GfxState* state, const double* bbox, GfxColorSpace* blending_space, bool isolated,
+                                bool knockout, bool for_soft_mask) override
+    {
+        flush_text();
+        const PaintState outside = saved_.empty() ? PaintState{} : saved_.back();
+        const Clip inside = clips_above(clip_, outside.clip);
+        OpenGroup open;
+        open.is_mask = for_soft_mask;
+        if (for_soft_mask)
+        {
+            open.blending_space.reset(blending_space != nullptr ? blending_space->copy() : nullptr);
+            open.painted = painter_->begin_mask();
+        }
+        else
+        {
+            open.painted = true;
+            painter_->begin_group({isolated, knockout, bounds_of(bbox, matrix(state)), outside});
+        }
+        groups_.push_back(std::move(open));
+        clip_ = inside;
+        mask_ = nullptr;
+    }
+
+    void endTransparencyGroup(GfxState*) override
+    {
+        flush_text();
+        if (groups_.empty())
+        {
+            return;
+        }
+        OpenGroup open = std::move(groups_.back());
+        groups_.pop_back();
+        if (!open.is_mask)
+        {
+            painter_->end_group();
+            return;
+        }
+        pictures_ = open.painted ? painter_->end_mask() : MaskPictures{};
+        pictures_space_ = std::move(open.blending_space);
+    }
+
+    void paintTransparencyGroup(GfxState*, const double*) override {}
+
+    void setSoftMask(GfxState*, const double*, bool alpha, Function* transfer, GfxColor* backdrop) override
+    {
+        MaskRule rule;
+        rule.luminosity = !alpha;
+        if (backdrop != nullptr && pictures_space_ != nullptr)
+        {
+            const Colour colour = rgb_of(*pictures_space_, *backdrop);
+            std::copy_n(colour.value, 3, rule.backdrop);
+        }
+        if (transfer != nullptr)
+        {
+            rule.transfer = [transfer](double value)
+            {
+                double out[funcMaxOutputs] = {value};
+                transfer->transform(&value, out);
+                return out[0];
+            };
+        }
+        mask_ = make_mask(pictures_, rule);
+        pictures_ = {};
+        pictures_space_ = nullptr;
+    }
+
+    void clearSoftMask(GfxState*) override
+    {
+        mask_ = nullptr;
+    }
+
+private:
+    struct OpenGroup
+    {
+        bool is_mask = false;
+        bool painted = false;
+        std::unique_ptr<GfxColorSpace> blending_space;
+    };
+
+    GGO_Matrix matrix(GfxState* state) const
+    {
+        return multiply(matrix_of(state->getCTM()), to_content_);
+    }
+
+    PaintState state_with(GfxState* state, double alpha) const
+    {
+        return {clip_, std::clamp(alpha, 0.0, 1.0), blend_of(state->getBlendMode()), mask_};
+    }
+
+    PaintState fill_state(GfxState* state) const
+    {
+        return state_with(state, state->getFillOpacity());
+    }
+
+    static Colour fill_colour(GfxState* state)
+    {
+        return colour_of(state->getFillColorSpace(), *state->getFillColor());
+    }
+
+    static GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
+    {
+        return rectangle({box[0], box[1], box[2], box[3]}).transformed(to_content).bounds();
+    }
+
+    bool paintable(const Image& image, const GGO_Matrix& to_content) const
+    {
+        return image.width > 0 && image.height > 0 && finite(to_content) && determinant(to_content) != 0;
+    }
+
+    static StrokeStyle style_of(GfxState* state, double scale)
+    {
+        StrokeStyle style;
+        style.width = state->getLineWidth() * scale;
+        style.cap = static_cast<uint8_t>(std::clamp(state->getLineCap(), 0, 2));
+        style.join = static_cast<uint8_t>(std::clamp(state->getLineJoin(), 0, 2));
+        style.adjust = state->getStrokeAdjust();
+        style.miter_limit = state->getMiterLimit();
+        double start = 0;
+        style.dashes = state->getLineDash(&start);
+        for (double& dash : style.dashes)
+        {
+            dash = std::max(dash, 0.0) * scale;
+        }
+        style.dash_start = start * scale;
+        return style;
+    }
+
+    void stroke_path(GfxState* state, const Path& path, const GGO_Matrix& to_content)
+    {
+        if (path.empty() || !all_finite(path) || !finite(to_content))
+        {
+            return;
+        }
+        const Colour colour = colour_of(state->getStrokeColorSpace(), *state->getStrokeColor());
+        const PaintState paint = state_with(state, state->getStrokeOpacity());
+        if (keeps_circles(to_content))
+        {
+            painter_->stroke(path.transformed(to_content), identity(), style_of(state, mean_scale(to_content)), colour,
+                             paint);
+            return;
+        }
+        painter_->stroke(path, to_content, style_of(state, 1), colour, paint);
+    }
+
+    void fill_path(GfxState* state, Winding winding)
+    {
+        if (state->getFillColorSpace()->isNonMarking())
+        {
+            return;
+        }
+        Path path = path_of(*state->getPath()).transformed(matrix(state));
+        drop_closing_lines(path);
+        if (!path.empty() && all_finite(path))
+        {
+            painter_->fill(path, winding, fill_colour(state), fill_state(state));
+        }
+    }
+
+    void clip_path(GfxState* state, Winding winding)
+    {
+        flush_text();
+        Path path = path_of(*state->getPath()).transformed(matrix(state));
+        drop_closing_lines(path);
+        if (all_finite(path))
+        {
+            clip_ = painter_->narrow(clip_, path, winding);
+        }
+    }
+
+    void paint_masked(GfxState* state, const Image& image, const Image& mask)
+    {
+        const GGO_Matrix to_content = matrix(state);
+        if (paintable(image, to_content) && paintable(mask, to_content))
+        {
+            painter_->masked_image(image, pixels_to(image, to_content), mask, pixels_to(mask, to_content),
+                                   fill_state(state));
+        }
+    }
+
+    //---- Patterns
+
+    std::string pattern_key(GfxState* state, const GfxTilingPattern& pattern, double scale)
+    {
+        std::string key = "pattern " + std::to_string(pattern.getPatternRefNum());
+        if (pattern.getPatternRefNum() < 0)
+        {
+            key += " unnamed " + std::to_string(++unnamed_patterns_);
+        }
+        key += " at " + std::to_string(static_cast<int>(std::lround(std::log2(std::max(scale, 1e-6)) * 16)));
+        if (pattern.getPaintType() == 2)
+        {
+            const Colour colour = fill_colour(state);
+            for (int i = 0; i < colour.space.channels; i++)
+            {
+                key += " " + std::to_string(static_cast<int>(std::lround(colour.value[i] * 65535)));
+            }
+        }
+        return key;
+    }
+
+    void paint_pattern(GfxState* state, Gfx* gfx, GfxTilingPattern& pattern, const double* mat, double x_step,
+                       double y_step)
+    {
+        const GGO_Matrix to_content = multiply(matrix_of(mat), matrix(state));
+        const GGO_Matrix retransform = multiply(scaling(points_per_inch, points_per_inch), to_content);
+        const double* box = pattern.getBBox();
+        if (!finite(to_content) || determinant(to_content) == 0 || x_step <= 0 || y_step <= 0)
+        {
+            return;
+        }
+        ResourceGeometry geometry;
+        geometry.box = {box[0] / points_per_inch, box[1] / points_per_inch, box[2] / points_per_inch,
+                        box[3] / points_per_inch};
+        geometry.scale = mean_scale(retransform) * painter_->pixels_per_unit();
+        geometry.tiled = true;
+        const std::string key = pattern_key(state, pattern, geometry.scale);
+        if (!painter_->has_resource(key) && !record_pattern(key, geometry, state, gfx, pattern))
+        {
+            return;
+        }
+        painter_->paint_resource(key, retransform, {true, x_step / points_per_inch, y_step / points_per_inch}, true,
+                                 fill_state(state));
+    }
+
+    bool record_pattern(const std::string& key, const ResourceGeometry& geometry, GfxState* state, Gfx* gfx,
+                        GfxTilingPattern& pattern)
+    {
+        if (pattern_depth_ >= greatest_pattern_depth || !painter_->begin_resource(key, geometry))
+        {
+            complain_("patterns are nested too deeply");
+            return false;
+        }
+        pattern_depth_++;
+        const std::vector<PaintState> saved = std::move(saved_);
+        const PaintState outside = {clip_, 1, Blend::normal, mask_};
+        const GGO_Matrix to_content = to_content_;
+        std::vector<OpenGroup> groups = std::move(groups_);
+        saved_.clear();
+        groups_.clear();
+        clip_ = nullptr;
+        mask_ = nullptr;
+        to_content_ = scaling(1 / points_per_inch, 1 / points_per_inch);
+        run_cell(state, gfx, pattern);
+        flush_text();
+        saved_ = saved;
+        groups_ = std::move(groups);
+        clip_ = outside.clip;
+        mask_ = outside.mask;
+        to_content_ = to_content;
+        pattern_depth_--;
+        painter_->end_resource();
+        font_is_stale_ = true;
+        return true;
+    }
+
+    void run_cell(GfxState* state, Gfx* gfx, GfxTilingPattern& pattern)
+    {
+        const double* box = pattern.getBBox();
+        const PDFRectangle rectangle(box[0], box[1], box[2], box[3]);
+        Gfx cell(document_, this, pattern.getResDict(), &rectangle, nullptr, nullptr, nullptr, gfx);
+        GfxState* inside = cell.getState();
+        inside->setCTM(1, 0, 0, 1, 0, 0);
+        if (pattern.getPaintType() == 2)
+        {
+            inside->setFillColorSpace(state->getFillColorSpace()->copy());
+            inside->setFillColor(state->getFillColor());
+            inside->setStrokeColorSpace(state->getFillColorSpace()->copy());
+            inside->setStrokeColor(state->getFillColor());
+        }
+        cell.display(pattern.getContentStream());
+    }
+
+    //---- Text
+
+    // The font of the state, with the matrix from its em to user space. False for a font without outlines.
+    bool refresh_font(GfxState* state)
+    {
+        if (!font_is_stale_)
+        {
+            return font_ != nullptr;
+        }
+        font_is_stale_ = false;
+        font_ = nullptr;
+        const std::shared_ptr<GfxFont>& source = state->getFont();
+        if (source == nullptr || source->getType() == fontType3)
+        {
+            return false;
+        }
+        // A matrix of the size of pixels keeps small fonts from counting as singular; a power of two takes
+        // nothing from their precision.
+        const double* text = state->getTextMat();
+        const double size = std::abs(state->getFontSize()) * std::sqrt(std::abs(text[0] * text[3] - text[1] * text[2]));
+        const double factor = size > 0 && std::isfinite(size) ? std::exp2(std::round(std::log2(64 / size))) : 1;
+        SplashCoord scale[6] = {factor, 0, 0, factor, 0, 0};
+        getSplash()->setMatrix(scale);
+        SplashOutputDev::updateFont(state);
+        doUpdateFont(state);
+        SplashFont* current = getCurrentFont();
+        if (current == nullptr)
+        {
+            complain_("a font can't be read; its text is left out");
+            return false;
+        }
+        const SplashCoord* mat = current->getMatrix();
+        // The font's own matrix leads to pixels whose rows run downwards.
+        em_to_user_ = {{mat[0] / factor, -mat[1] / factor, mat[2] / factor, -mat[3] / factor, 0, 0}};
+        std::shared_ptr<FontEntry>& entry = fonts_[{source->getID()->num, source->getID()->gen}];
+        if (entry == nullptr)
+        {
+            entry = std::make_shared<FontEntry>(current->getFontFile(), static_cast<int32_t>(fonts_.size()));
+        }
+        font_ = entry;
+        return true;
+    }
+
+    void add_to_run(GfxState* state, std::shared_ptr<const Glyph> glyph, const GGO_Matrix& em_to_content,
+                    GGO_Vector user_advance, CharCode code, int byte_count)
+    {
+        const GGO_Matrix to_em = inverse(em_to_user_);
+        if (run_.glyphs.empty())
+        {
+            run_.em_to_content = em_to_content;
+            run_.font_id = font_->id();
+            run_.vertical = state->getFont()->getWMode() != 0;
+            run_colour_ = fill_colour(state);
+            run_state_ = fill_state(state);
+        }
+        else
+        {
+            const GGO_Point before = {run_origin_.gpf_X, run_origin_.gpf_Y};
+            const GGO_Vector step = {em_to_content.m[4] - before.gpf_X, em_to_content.m[5] - before.gpf_Y};
+            run_.glyphs.back().advance = transform(inverse(run_.em_to_content), step);
+        }
+        run_origin_ = {em_to_content.m[4], em_to_content.m[5]};
+        PlacedGlyph placed;
+        placed.glyph = std::move(glyph);
+        placed.advance = transform(to_em, user_advance);
+        for (int i = byte_count - 1; i >= 0; i--)
+        {
+            placed.text.push_back(static_cast<uint8_t>(code >> (8 * std::min(i, 3))));
+        }
+        run_.glyphs.push_back(std::move(placed));
+    }
+
+    void flush_text()
+    {
+        if (run_.glyphs.empty())
+        {
+            return;
+        }
+        const GlyphRun run = std::move(run_);
+        run_ = {};
+        painter_->text(run, run_colour_, run_state_);
+    }
+
+    static inline SplashColor white_ = {255, 255, 255, 0};
+
+    PDFDoc* document_;
+    Complain complain_;
+    Painter* painter_ = nullptr;
+    GGO_Matrix to_content_{};
+    Clip clip_;
+    std::shared_ptr<const MaskImage> mask_;
+    std::shared_ptr<const MaskImage> mask_of_stencil_;
+    std::vector<PaintState> saved_;
+    std::vector<OpenGroup> groups_;
+    MaskPictures pictures_;
+    std::unique_ptr<GfxColorSpace> pictures_space_;
+    size_t pattern_depth_ = 0;
+    uint64_t unnamed_patterns_ = 0;
+
+    std::map<std::pair<int, int>, std::shared_ptr<FontEntry>> fonts_;
+    std::shared_ptr<FontEntry> font_;
+    bool font_is_stale_ = true;
+    GGO_Matrix em_to_user_{};
+    GlyphRun run_;
+    GGO_Point run_origin_{};
+    Colour run_colour_;
+    PaintState run_state_;
+    Path text_clip_;
+};
+
+//---- The document
+
+class PdfDocument::Implementation
+{
+public:
+    Implementation(std::unique_ptr<PDFDoc> document, Complain complain)
+        : document_(std::move(document)), device_(document_.get(), std::move(complain))
+    {
+    }
+
+    PDFDoc& document()
+    {
+        return *document_;
+    }
+
+    PaintingDevice& device()
+    {
+        return device_;
+    }
+
+private:
+    std::unique_ptr<PDFDoc> document_;
+    PaintingDevice device_;
+};
+
+namespace
+{
+
+void swallow_message(ErrorCategory, Goffset, const char*) {}
+
+const char* reason_of(int code)
+{
+    switch (code)
+    {
+    case errOpenFile:
+        return "can't be opened";
+    case errEncrypted:
+        return "is protected by a password";
+    default:
+        return "is damaged or is no PDF file";
+    }
+}
+
+struct Deadline
+{
+    std::chrono::steady_clock::time_point end;
+    bool passed = false;
+};
+
+bool deadline_has_passed(void* data)
+{
+    Deadline* deadline = static_cast<Deadline*>(data);
+    deadline->passed = deadline->passed || std::chrono::steady_clock::now() > deadline->end;
+    return deadline->passed;
+}
+
+}  // namespace
+
+std::unique_ptr<PdfDocument> PdfDocument::open(const std::string& file_name, Complain complain, std::string& error)
+{
+    if (globalParams == nullptr)
+    {
+        globalParams = std::make_unique<GlobalParams>();
+    }
+    setErrorCallback(swallow_message);
+    auto document = std::make_unique<PDFDoc>(std::make_unique<GooString>(file_name));
+    if (!document->isOk())
+    {
+        error = reason_of(document->getErrorCode());
+        return nullptr;
+    }
+    if (document->getNumPages() < 1)
+    {
+        error = "has no pages";
+        return nullptr;
+    }
+    return std::unique_ptr<PdfDocument>(
+        new PdfDocument(std::make_unique<Implementation>(std::move(document), std::move(complain))));
+}
+
+PdfDocument::PdfDocument(std::unique_ptr<Implementation> implementation) : implementation_(std::move(implementation)) {}
+
+PdfDocument::~PdfDocument() = default;
+
+int PdfDocument::page_count() const
+{
+    return implementation_->document().getNumPages();
+}
+
+PageSize PdfDocument::page_size(int page) const
+{
+    PDFDoc& document = implementation_->document();
+    PageSize size = {document.getPageMediaWidth(page), document.getPageMediaHeight(page)};
+    const int turn = document.getPageRotate(page);
+    if (turn == 90 || turn == 270)
+    {
+        std::swap(size.width, size.height);
+    }
+    return size;
+}
+
+bool PdfDocument::paint_page(int page, Painter& painter, double seconds)
+{
+    Deadline deadline;
+    deadline.end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                                          std::chrono::duration<double>(seconds));
+    PaintingDevice& device = implementation_->device();
+    device.set_painter(&painter);
+    implementation_->document().displayPageSlice(&device, page, points_per_inch, points_per_inch, 0, true, false, false,
+                                                 -1, -1, -1, -1, deadline_has_passed, &deadline);
+    device.set_painter(nullptr);
+    return !deadline.passed;
+}
+
+}  // namespace pdf_client

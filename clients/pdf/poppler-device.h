@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+//
+// Reads PDF files with poppler and paints their pages. All that touches poppler's own interface, which moves
+// with each of its releases, lies behind this header; nothing of it shows here.
+
+#pragma once
+
+#include "clients/pdf/painter.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace pdf_client
+{
+
+// A page's size in points, turned as the page is shown.
+struct PageSize
+{
+    double width = 0;
+    double height = 0;
+};
+
+class PdfDocument
+{
+public:
+    // Null if the file can't be read; then `error` says why in a few words. `complain` takes, once for each
+    // kind, what couldn't be passed on as it stands.
+    static std::unique_ptr<PdfDocument> open(const std::string& file_name,
+                                             std::function<void(const std::string&)> complain, std::string& error);
+    ~PdfDocument();
+    PdfDocument(const PdfDocument&) = delete;
+    PdfDocument& operator=(const PdfDocument&) = delete;
+
+    int page_count() const;
+    // Pages count from 1. A page that can't be read has the size 0.
+    PageSize page_size(int page) const;
+    // Paints one page, its annotations too, between the painter's begin_page and end_page. False if the page
+    // took longer than `seconds` and was broken off.
+    bool paint_page(int page, Painter& painter, double seconds);
+
+private:
+    class Implementation;
+    explicit PdfDocument(std::unique_ptr<Implementation> implementation);
+    std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace pdf_client

@@ -1,0 +1,269 @@
+#include "clients/stream/file-stream.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace client_stream
+{
+
+namespace
+{
+
+int32_t code_of(int error)
+{
+    switch (error)
+    {
+    case 0:
+        return GIO_OK;
+    case ENOENT:
+        return GIO_ERR_NOT_FOUND;
+    case EBADF:
+        return GIO_ERR_BAD_HANDLE;
+    case ENOMEM:
+        return GIO_ERR_NO_MEMORY;
+    case EACCES:
+        return GIO_ERR_PERMISSION;
+    case EINVAL:
+        return GIO_ERR_INVALID;
+    case EFBIG:
+        return GIO_ERR_TOO_LARGE;
+    case ENOSPC:
+        return GIO_ERR_NO_SPACE;
+    default:
+        return GIO_ERR_OTHER;
+    }
+}
+
+}  // namespace
+
+struct FileStream::Operations
+{
+    static FileStream* self(void* c)
+    {
+        return static_cast<FileStream*>(c);
+    }
+
+    static std::FILE* file(void* c)
+    {
+        return self(c)->file_;
+    }
+
+    // Passes a result on, noting a failure.
+    template <typename Result> static Result checked(void* c, Result result, bool good)
+    {
+        if (!good)
+        {
+            self(c)->note_failure();
+        }
+        return result;
+    }
+
+    static uint64_t read(void* buffer, uint64_t item_size, uint64_t item_count, void* c)
+    {
+        return std::fread(buffer, item_size, item_count, file(c));
+    }
+
+    static uint64_t write(const void* buffer, uint64_t item_size, uint64_t item_count, void* c)
+    {
+        const uint64_t written = std::fwrite(buffer, item_size, item_count, file(c));
+        return checked(c, written, written == item_count || item_size == 0);
+    }
+
+    static int32_t seek(void* c, int32_t offset, int32_t origin)
+    {
+        return seek64(c, offset, origin);
+    }
+
+    static int32_t tell(void* c)
+    {
+        const int64_t position = tell64(c);
+        return position <= INT32_MAX ? static_cast<int32_t>(position) : -1;
+    }
+
+    static int32_t seek64(void* c, int64_t offset, int32_t origin)
+    {
+        const int whence = origin == GIO_SEEK_SET ? SEEK_SET : origin == GIO_SEEK_CUR ? SEEK_CUR : SEEK_END;
+        return fseeko(file(c), offset, whence) == 0 ? 0 : -1;
+    }
+
+    static int64_t tell64(void* c)
+    {
+        return ftello(file(c));
+    }
+
+    static int32_t flush(void* c)
+    {
+        const int result = std::fflush(file(c));
+        return checked(c, result == 0 ? 0 : -1, result == 0);
+    }
+
+    static char* gets(char* buffer, int32_t size, void* c)
+    {
+        return std::fgets(buffer, size, file(c));
+    }
+
+    static int32_t puts(const char* text, void* c)
+    {
+        const int result = std::fputs(text, file(c));
+        return checked(c, result >= 0 ? result : -1, result >= 0);
+    }
+
+    static int32_t getc(void* c)
+    {
+        return std::fgetc(file(c));
+    }
+
+    static int32_t putc(int32_t byte, void* c)
+    {
+        const int result = std::fputc(byte, file(c));
+        return checked(c, result, result != EOF);
+    }
+
+    static const char* path(void* c, uint32_t* path_kind)
+    {
+        if (path_kind != nullptr)
+        {
+            *path_kind = 0;
+        }
+        return self(c)->file_name_.c_str();
+    }
+
+    static int32_t read_buffer(void*, void**, uint64_t*)
+    {
+        return 0;
+    }
+
+    static int32_t print(void* c, const char* format, va_list args)
+    {
+        const int result = std::vfprintf(file(c), format, args);
+        return checked(c, result, result >= 0);
+    }
+
+    static void clear_error(void* c)
+    {
+        std::clearerr(file(c));
+    }
+
+    static int32_t eof(void* c)
+    {
+        return std::feof(file(c));
+    }
+
+    static int32_t error(void* c)
+    {
+        return std::ferror(file(c));
+    }
+
+    static int32_t last_error(void* c)
+    {
+        return code_of(self(c)->first_error_);
+    }
+
+    static int64_t size(void* c)
+    {
+        return self(c)->size();
+    }
+
+    static int32_t close(void* c)
+    {
+        return self(c)->close() ? GIO_OK : code_of(self(c)->first_error_);
+    }
+
+    static constexpr GIO_StreamOps table = {
+        .gio_Read = read,
+        .gio_Write = write,
+        .gio_Seek = seek,
+        .gio_Tell = tell,
+        .gio_Seek64 = seek64,
+        .gio_Tell64 = tell64,
+        .gio_Flush = flush,
+        .gio_Gets = gets,
+        .gio_Puts = puts,
+        .gio_Getc = getc,
+        .gio_Putc = putc,
+        .gio_GetPath = path,
+        .gio_ReadBuffer = read_buffer,
+        .gio_VPrintf = print,
+        .gio_ClearErr = clear_error,
+        .gio_Eof = eof,
+        .gio_Error = error,
+        .gio_LastError = last_error,
+        .gio_Size = size,
+        .gio_Close = close,
+    };
+};
+
+std::unique_ptr<FileStream> FileStream::open(const std::string& file_name, const char* mode)
+{
+    std::FILE* file = std::fopen(file_name.c_str(), mode);
+    if (file == nullptr)
+    {
+        return nullptr;
+    }
+    return std::unique_ptr<FileStream>(new FileStream(file, file_name));
+}
+
+FileStream::FileStream(std::FILE* file, std::string file_name) : file_(file), file_name_(std::move(file_name))
+{
+    stream_.instance = this;
+    stream_.kind = GIO_KIND_FILE;
+    stream_.ops = &Operations::table;
+}
+
+FileStream::~FileStream()
+{
+    close();
+}
+
+GIO_Stream* FileStream::stream()
+{
+    return &stream_;
+}
+
+void FileStream::note_failure()
+{
+    if (first_error_ == 0)
+    {
+        first_error_ = errno != 0 ? errno : EIO;
+    }
+}
+
+bool FileStream::close()
+{
+    if (file_ != nullptr)
+    {
+        if (std::fflush(file_) != 0)
+        {
+            note_failure();
+        }
+        final_size_ = size();
+        if (std::fclose(file_) != 0)
+        {
+            note_failure();
+        }
+        file_ = nullptr;
+    }
+    return first_error_ == 0;
+}
+
+int FileStream::first_error() const
+{
+    return first_error_;
+}
+
+int64_t FileStream::size() const
+{
+    if (file_ == nullptr)
+    {
+        return final_size_;
+    }
+    const off_t position = ftello(file_);
+    if (position < 0 || fseeko(file_, 0, SEEK_END) != 0)
+    {
+        return -1;
+    }
+    const off_t end = ftello(file_);
+    return fseeko(file_, position, SEEK_SET) == 0 ? end : -1;
+}
+
+}  // namespace client_stream

@@ -1,0 +1,40 @@
+#include "clients/stream/file-stream.h"
+
+#include <cstddef>
+#include <cstring>
+#include <random>
+
+namespace client_stream
+{
+
+namespace
+{
+
+uint32_t give_number(ORVLOG_IdentityObject* object, uint8_t* session_id)
+{
+    std::memcpy(session_id, object + 1, 16);
+    return 1;
+}
+
+const ORVLOG_IdentityTable table = {{}, give_number};
+
+}  // namespace
+
+RandomIdentity::RandomIdentity()
+{
+    static_assert(offsetof(Object, number) == sizeof(ORVLOG_IdentityObject));
+    std::random_device random;
+    for (uint8_t& byte : object_.number)
+    {
+        byte = static_cast<uint8_t>(random());
+    }
+    object_.head.functions = &table;
+    source_.object = &object_.head;
+}
+
+const ORVLOG_IdentitySource* RandomIdentity::source() const
+{
+    return &source_;
+}
+
+}  // namespace client_stream
