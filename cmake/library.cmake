@@ -9,8 +9,7 @@ set_target_properties(orvlog PROPERTIES LINKER_LANGUAGE CXX)
 if(WIN32)
     set_target_properties(orvlog PROPERTIES PREFIX "")
     target_sources(orvlog PRIVATE ${PROJECT_SOURCE_DIR}/orvlog/core/orvlog.def)
-    # The DLL depends on nothing but the system.
-    target_link_options(orvlog PRIVATE -static -Wl,--gc-sections)
+    target_link_options(orvlog PRIVATE -Wl,--gc-sections)
 else()
     target_link_options(orvlog PRIVATE
         -Wl,--version-script=${PROJECT_SOURCE_DIR}/orvlog/core/orvlog.map)
