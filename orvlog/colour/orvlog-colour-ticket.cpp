@@ -1,5 +1,94 @@
 #include "orvlog/colour/orvlog-colour-ticket.h"
 
-void ORVLOG_DumpColorTicket(ORVLOG_Session*, void*) {}
+#include "orvlog/colour/gxc/gxc-family.h"
+#include "orvlog/colour/gxc/gxc-ticket.h"
+#include "orvlog/colour/orvlog-ticket-stream.h"
+#include "orvlog/log/orvlog-attributes.h"
 
-void ORVLOG_FreeTicketList(ORVLOG_Session*) {}
+namespace
+{
+
+constexpr int32_t kNoFamily = -1;
+
+const ORVLOG_TicketEntry* find_entry(const ORVLOG_Session* session, uint32_t key)
+{
+    const ORVLOG_TicketEntry* entry = session->logged_tickets;
+    while (entry != nullptr && (entry->key != key || entry->id == 0))
+        entry = entry->next;
+    return entry;
+}
+
+// The new ticket's id, or 0 if it cannot be remembered.
+uint32_t add_entry(ORVLOG_Session* session, uint32_t key)
+{
+    GMM_Allocator* allocator = session->allocator;
+    auto* entry = static_cast<ORVLOG_TicketEntry*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_TicketEntry), 0));
+    if (entry == nullptr)
+        return 0;
+    const uint32_t latest = session->logged_tickets != nullptr ? session->logged_tickets->id : 0;
+    *entry = {session->logged_tickets, key, latest + 1};
+    session->logged_tickets = entry;
+    return entry->id;
+}
+
+void begin_ticket(ORVLOG_Writer* writer, uint32_t id)
+{
+    orvlog_writer_begin_element(writer, "GCM_ColorTicket");
+    orvlog_attr_uint(writer, "id", id);
+    orvlog_writer_end_tag(writer);
+}
+
+// The text goes to the log's stream as plain bytes, even into a coded log: readers of the log rely on it.
+void write_content(ORVLOG_Session* session, void* ticket)
+{
+    ORVLOG_TicketStream memory;
+    int32_t family = kNoFamily;
+    orvlog_ticket_stream_open(&memory, session->allocator);
+    if (session->ticket_serial_functions->serialise != nullptr)
+        session->ticket_serial_functions->serialise(ticket, &memory.stream, 1, 0);
+    if (gxc_family_of_ticket(session->ticket_functions, ticket, &family) == 0)
+        family = kNoFamily;
+    gxc_deserialise_ticket(session->allocator, &memory.stream, family, session->writer.stream,
+                           orvlog_writer_indent(session->writer.depth));
+    orvlog_ticket_stream_close(&memory);
+}
+
+// Without a key a ticket cannot be known again, and is written in full each time.
+bool key_of_ticket(const ORVLOG_Session* session, void* ticket, uint32_t* key)
+{
+    const ORVLOG_TicketFunctions* functions = session->ticket_functions;
+    return functions->key != nullptr && functions->key(ticket, key) != 0;
+}
+
+}  // namespace
+
+void ORVLOG_DumpColorTicket(ORVLOG_Session* session, void* ticket)
+{
+    if (ticket == nullptr || session->ticket_serial_functions == nullptr || session->ticket_functions == nullptr)
+        return;
+    ORVLOG_Writer* writer = &session->writer;
+    uint32_t key = 0;
+    const bool has_key = key_of_ticket(session, ticket, &key);
+    const ORVLOG_TicketEntry* known = has_key ? find_entry(session, key) : nullptr;
+    if (known != nullptr)
+        begin_ticket(writer, known->id);
+    else
+    {
+        begin_ticket(writer, has_key ? add_entry(session, key) : 0);
+        orvlog_writer_depth_up(writer);
+        write_content(session, ticket);
+        orvlog_writer_depth_down(writer);
+    }
+    orvlog_writer_close_element(writer, "GCM_ColorTicket");
+}
+
+void ORVLOG_FreeTicketList(ORVLOG_Session* session)
+{
+    GMM_Allocator* allocator = session->allocator;
+    while (session->logged_tickets != nullptr)
+    {
+        ORVLOG_TicketEntry* entry = session->logged_tickets;
+        session->logged_tickets = entry->next;
+        allocator->gmm_Free(allocator, entry);
+    }
+}

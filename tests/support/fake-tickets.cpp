@@ -41,7 +41,15 @@ FakeTickets::FakeTickets() : functions_{}, serial_{}
             render_words[i] = 100 + i;
         return owner->query_result;
     };
-    functions_.csd_list = [](void*, const GCM_Csd* const**, uintptr_t, uintptr_t) -> uint32_t { return 0; };
+    functions_.csd_list = [](void* ticket, const GCM_Csd* const** list, uintptr_t, uintptr_t)
+    {
+        FakeTickets* owner = of(ticket)->owner;
+        owner->csd_[0] = {};
+        owner->csd_[0].csd_NumBaseChans = owner->base_chans;
+        owner->csds_[0] = owner->has_definition ? owner->csd_ : nullptr;
+        *list = owner->csds_;
+        return owner->csd_list_result;
+    };
     functions_.key = [](void* ticket, uint32_t* key)
     {
         *key = of(ticket)->key;

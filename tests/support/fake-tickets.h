@@ -47,10 +47,16 @@ public:
     uint32_t serialised = 0;
     // First words of the two blocks of a query; the fourth word of the first is 4.
     uint32_t kind = 1;
+    // Of the list of definitions, which fails unless told otherwise.
+    uint32_t csd_list_result = 0;
+    uint8_t base_chans = 0;
+    bool has_definition = true;
 
 private:
     ORVLOG_TicketFunctions functions_;
     ORVLOG_TicketSerialFunctions serial_;
+    GCM_Csd csd_[1] = {};
+    const GCM_Csd* csds_[2] = {};
 };
 
 }  // namespace orvlog::test

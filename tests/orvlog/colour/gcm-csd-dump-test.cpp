@@ -1,0 +1,527 @@
+#include "orvlog/colour/gcm-csd-dump.h"
+
+#include "tests/support/guarded-block.h"
+#include "tests/support/memory-stream.h"
+#include "tests/support/test-allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+class CsdDump : public testing::Test
+{
+protected:
+    CsdDump()
+    {
+        orvlog_writer_init(&writer, allocator.get(), stream.get(), 0, 0);
+        pointer.cp_Csd = &csd;
+    }
+
+    std::string dump()
+    {
+        // The records lie at the end of a page, so that a read behind them is a fault.
+        GuardedBlock csd_block(&csd, sizeof csd);
+        GCM_CsdPointer copy = pointer;
+        copy.cp_Csd = csd_block.as<GCM_Csd>();
+        GuardedBlock block(&copy, sizeof copy);
+        stream.clear();
+        ORVLOG_DumpCsdPointer(&writer, block.as<GCM_CsdPointer>());
+        EXPECT_EQ(writer.depth, 0u);
+        EXPECT_EQ(writer.element_open, 0u);
+        EXPECT_EQ(writer.warnings, nullptr);
+        return stream.text();
+    }
+
+    TestAllocator allocator;
+    MemoryStream stream;
+    ORVLOG_Writer writer;
+    GCM_Csd csd = {};
+    GCM_CsdPointer pointer = {};
+};
+
+std::string element(const std::string& attributes, const std::string& content = "")
+{
+    return "<GCM_CsdPointer>\n  <GCM_Csd " + attributes + ">\n  </GCM_Csd>\n" + content + "</GCM_CsdPointer>\n";
+}
+
+TEST_F(CsdDump, NullsWriteNothing)
+{
+    ORVLOG_DumpCsdPointer(&writer, nullptr);
+    pointer.cp_Csd = nullptr;
+    ORVLOG_DumpCsdPointer(&writer, &pointer);
+    EXPECT_EQ(stream.text(), "");
+}
+
+TEST_F(CsdDump, File)
+{
+    csd.csd_Type = GCM_CSDTYPE_FILE;
+    csd.csd_NumBaseChans = 255;
+    csd.csd_HasSecondaryProfile = 1;
+    csd.csd_UseIlluminantInfo = 7;
+    csd.csd_DefaultRenderIntent = GCM_RI_USER_DEFINED_1;
+    csd.csd_IsDeviceLinkProfile = 1;
+    csd.csd_Defn.ProfileBufferSize = 99;
+    pointer.cp_Filename = "a<b>.icc";
+    EXPECT_EQ(dump(), R"X(<GCM_CsdPointer cp_Filename="a\x3cb\x3e.icc">
+  <GCM_Csd csd_Type="GCM_CSDTYPE_FILE" csd_NumBaseChans="255" csd_NumNamedChans="0" csd_HasSecondaryProfile="TRUE" csd_HasAlternateDefn="FALSE" csd_UseIlluminantInfo="TRUE" csd_DefaultRenderIntent="GCM_RI_USER_DEFINED_1" csd_IsDeviceLinkProfile="TRUE">
+  </GCM_Csd>
+</GCM_CsdPointer>
+)X");
+    pointer.cp_Filename = nullptr;
+    EXPECT_EQ(dump().find("<GCM_CsdPointer cp_Filename=\"\">\n"), 0u);
+}
+
+TEST_F(CsdDump, TypesAndIntentsByName)
+{
+    const char* const types[] = {"GCM_CSDTYPE_NO_BASE_CHANS", "GCM_CSDTYPE_POST_RENDER_LUT"};
+    const char* const intents[] = {"GCM_RI_PERCEPTUAL",       "GCM_RI_SATURATION",     "GCM_RI_COLORIMETRIC_ABS",
+                                   "GCM_RI_COLORIMETRIC_REL", "GCM_RI_USER_DEFINED_1", "UNKNOWN_VALUE(5)"};
+    for (uint32_t type = 6; type < 8; ++type)
+        for (uint32_t intent = 0; intent < 6; ++intent)
+        {
+            csd.csd_Type = type;
+            csd.csd_DefaultRenderIntent = intent;
+            EXPECT_EQ(dump(), element(std::string("csd_Type=\"") + types[type - 6] +
+                                      "\" csd_NumBaseChans=\"0\" csd_NumNamedChans=\"0\""
+                                      " csd_HasSecondaryProfile=\"FALSE\" csd_HasAlternateDefn=\"FALSE\""
+                                      " csd_UseIlluminantInfo=\"FALSE\" csd_DefaultRenderIntent=\"" +
+                                      intents[intent] + "\" csd_IsDeviceLinkProfile=\"FALSE\""));
+        }
+    csd.csd_Type = 9;
+    EXPECT_NE(dump().find("<GCM_Csd csd_Type=\"UNKNOWN_VALUE(9)\" "), std::string::npos);
+    csd.csd_Type = 0xFFFFFFFF;
+    EXPECT_NE(dump().find("<GCM_Csd csd_Type=\"UNKNOWN_VALUE(-1)\" "), std::string::npos);
+}
+
+// The attribute behind the last of those that each definition has.
+std::string last_attribute(const std::string& text)
+{
+    const std::string before = "csd_IsDeviceLinkProfile=\"FALSE\"";
+    const size_t at = text.find(before) + before.size();
+    return text.substr(at, text.find('\n', at) - at);
+}
+
+TEST_F(CsdDump, DefinitionsByName)
+{
+    const char* const formats[] = {"GNC_FORMAT_RGB",  "GNC_FORMAT_BGR", "GNC_FORMAT_GRAY", "GNC_FORMAT_CMYK",
+                                   "GNC_FORMAT_YMCK", "GNC_FORMAT_K",   "GNC_FORMAT_NONE", "UNKNOWN_VALUE(7)"};
+    for (uint32_t value = 0; value < 8; ++value)
+    {
+        csd.csd_Type = GCM_CSDTYPE_NONCOLORIMETRIC;
+        csd.csd_Defn.NonColorimetric = value;
+        EXPECT_EQ(last_attribute(dump()), std::string(" csd_Defn.NonColorimetric=\"") + formats[value] + "\">");
+    }
+    const char* const families[] = {"GCM_CIE_FAMILY_ABC",  "GCM_CIE_FAMILY_A",      "GCM_CIE_FAMILY_DEF",
+                                    "GCM_CIE_FAMILY_DEFG", "GCM_CIE_FAMILY_CALRGB", "GCM_CIE_FAMILY_CALGRAY",
+                                    "UNKNOWN_VALUE(6)"};
+    for (uint32_t value = 0; value < 7; ++value)
+    {
+        csd.csd_Type = GCM_CSDTYPE_CIELUT_DATA;
+        csd.csd_Defn.CieBased = value;
+        EXPECT_EQ(last_attribute(dump()), std::string(" csd_Defn.CieBased=\"") + families[value] + "\">");
+    }
+    const char* const inputs[] = {"GCM_CSF_GRAY", "GCM_CSF_RGB", "GCM_CSF_CMYK", "GCM_CSF_NAMED", "UNKNOWN_VALUE(4)"};
+    for (uint32_t value = 0; value < 5; ++value)
+    {
+        csd.csd_Type = GCM_CSDTYPE_INPUT;
+        csd.csd_Defn.Input = value;
+        EXPECT_EQ(last_attribute(dump()), std::string(" csd_Defn.Input=\"") + inputs[value] + "\">");
+    }
+}
+
+TEST_F(CsdDump, Analytical)
+{
+    csd.csd_Type = GCM_CSDTYPE_ANALYTICAL;
+    csd.csd_Defn.Analytical = {GCM_ACS_HVN_RGB, 0.5f, 1, 0.1f, 0, -0.0f, 1e-10f, -128, 127, -100, 100};
+    EXPECT_EQ(dump(), R"X(<GCM_CsdPointer>
+  <GCM_Csd csd_Type="GCM_CSDTYPE_ANALYTICAL" csd_NumBaseChans="0" csd_NumNamedChans="0" csd_HasSecondaryProfile="FALSE" csd_HasAlternateDefn="FALSE" csd_UseIlluminantInfo="FALSE" csd_DefaultRenderIntent="GCM_RI_PERCEPTUAL" csd_IsDeviceLinkProfile="FALSE">
+    <GCM_AnalyticalColorSpace acs_ColorSpace="GCM_ACS_HVN_RGB" acs_WhitePointX="0.5" acs_WhitePointY="1" acs_WhitePointZ="0.100000001" acs_BlackPointX="0" acs_BlackPointY="-0" acs_BlackPointZ="1.00000001e-10" acs_LabAMin="-128" acs_LabAMax="127" acs_LabBMin="-100" acs_LabBMax="100">
+    </GCM_AnalyticalColorSpace>
+  </GCM_Csd>
+</GCM_CsdPointer>
+)X");
+    const char* const names[] = {"GCM_ACS_XYZ",         "GCM_ACS_LAB",     "GCM_ACS_ADOBE_RGB",
+                                 "GCM_ACS_LINEAR_SRGB", "GCM_ACS_SRGB",    "GCM_ACS_SCRGB",
+                                 "GCM_ACS_SCRGB16",     "GCM_ACS_HVN_RGB", "UNKNOWN_VALUE(8)"};
+    for (uint32_t space = 0; space < 9; ++space)
+    {
+        csd.csd_Defn.Analytical.acs_ColorSpace = space;
+        EXPECT_NE(dump().find(std::string("acs_ColorSpace=\"") + names[space] + "\""), std::string::npos);
+    }
+}
+
+TEST_F(CsdDump, ProfileBuffer)
+{
+    std::vector<uint8_t> profile(51, 0xAB);
+    profile[50] = 0x01;
+    GuardedBlock block(profile.data(), profile.size());
+    csd.csd_Type = GCM_CSDTYPE_PROFILE_BUFFER;
+    csd.csd_Defn.ProfileBufferSize = 51;
+    pointer.cp_ProfileBuffer = block.data();
+    std::string row;
+    for (int i = 0; i < 50; ++i)
+        row += "ab ";
+    const std::string text = dump();
+    EXPECT_EQ(last_attribute(text), " csd_Defn.ProfileBufferSize=\"51\">");
+    EXPECT_NE(text.find("  </GCM_Csd>\n  <BufferUInt8 len=\"51\">\n" + row +
+                        "\n01 \n  </BufferUInt8>\n"
+                        "</GCM_CsdPointer>\n"),
+              std::string::npos);
+    csd.csd_Defn.ProfileBufferSize = 0;
+    EXPECT_EQ(dump().find("BufferUInt8"), std::string::npos);
+    csd.csd_Defn.ProfileBufferSize = 51;
+    pointer.cp_ProfileBuffer = nullptr;
+    EXPECT_EQ(dump().find("BufferUInt8"), std::string::npos);
+}
+
+constexpr const char* kConverted = "\n<!--\nORVLOG: WARNING: Converted a GCM_CSDTYPE_CALLBACK to a "
+                                   "GCM_CSDTYPE_PROFILE_BUFFER in order to dump it to the log.\n-->\n";
+
+TEST_F(CsdDump, CallbackStreamIsWrittenInPiecesOf512)
+{
+    MemoryStream profile(std::string(513, 'A'));
+    profile.get()->ops->gio_Seek(profile.get()->instance, 500, GIO_SEEK_SET);
+    csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+    csd.csd_Defn.CallbackBufferSize = 4711;
+    pointer.cp_CallbackStream = profile.get();
+    std::string rows;
+    for (int i = 0; i < 512; ++i)
+        rows += i % 50 == 0 && i != 0 ? "\n41 " : "41 ";
+    writer.element_open = 1;
+    EXPECT_EQ(dump(), std::string("<GCM_CsdPointer GCM_CsdPointer_callback_dumped_as_profile_buffer=\"TRUE\">\n"
+                                  "  <GCM_Csd csd_Type=\"GCM_CSDTYPE_PROFILE_BUFFER\" csd_NumBaseChans=\"0\""
+                                  " csd_NumNamedChans=\"0\" csd_HasSecondaryProfile=\"FALSE\""
+                                  " csd_HasAlternateDefn=\"FALSE\" csd_UseIlluminantInfo=\"FALSE\""
+                                  " csd_DefaultRenderIntent=\"GCM_RI_PERCEPTUAL\" csd_IsDeviceLinkProfile=\"FALSE\""
+                                  " csd_Defn.ProfileBufferSize=\"0\">\n"
+                                  "  </GCM_Csd>\n") +
+                          kConverted + "  <BufferUInt8 len=\"512\">\n" + rows + "\n  </BufferUInt8>\n" +
+                          "  <BufferUInt8 len=\"1\">\n41 \n  </BufferUInt8>\n</GCM_CsdPointer>\n");
+    EXPECT_EQ(profile.get()->ops->gio_Eof(profile.get()->instance), 0);
+    EXPECT_EQ(csd.csd_Type, uint32_t{GCM_CSDTYPE_CALLBACK});
+    EXPECT_EQ(csd.csd_Defn.CallbackBufferSize, 4711u);
+}
+
+TEST_F(CsdDump, AnEmptyCallbackStreamWritesNoBuffer)
+{
+    MemoryStream profile;
+    csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+    pointer.cp_CallbackStream = profile.get();
+    std::string text = dump();
+    EXPECT_EQ(text.find(std::string(kConverted) + "<GCM_CsdPointer GCM_CsdPointer_callback_dumped"), 0u);
+    EXPECT_EQ(text.find("<BufferUInt8"), std::string::npos);
+    pointer.cp_CallbackStream = nullptr;
+    EXPECT_EQ(dump(), text);
+    MemoryStream failing("abc");
+    failing.fail(1, true);
+    pointer.cp_CallbackStream = failing.get();
+    EXPECT_EQ(dump(), text);
+}
+
+TEST_F(CsdDump, NamesOfChannels)
+{
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_NumNamedChans = 2;
+    pointer.cp_NamedChans[0] = "Spot \"1\"";
+    EXPECT_NE(dump().find(R"X(  </GCM_Csd>
+  <GCM_CsdPointer.cp_NamedChans>
+    <CStr val="Spot \x221\x22">
+    </CStr>
+    <CStr val="">
+    </CStr>
+  </GCM_CsdPointer.cp_NamedChans>
+</GCM_CsdPointer>
+)X"),
+              std::string::npos);
+    csd.csd_NumNamedChans = 255;
+    const std::string text = dump();
+    size_t names = 0;
+    for (size_t at = text.find("<CStr"); at != std::string::npos; at = text.find("<CStr", at + 1))
+        ++names;
+    EXPECT_EQ(names, 8u);
+}
+
+TEST_F(CsdDump, AlternateAndTintTransformAreWrapped)
+{
+    GCM_Csd other = {};
+    other.csd_Type = GCM_CSDTYPE_INPUT;
+    other.csd_Defn.Input = GCM_CSF_RGB;
+    GCM_CsdPointer alternate = {};
+    alternate.cp_Csd = &other;
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_HasAlternateDefn = 1;
+    pointer.cp_AlternateDefn = &alternate;
+    pointer.cp_TintTransformAltDefn = &alternate;
+    const std::string inner = R"X(    <GCM_CsdPointer>
+      <GCM_Csd csd_Type="GCM_CSDTYPE_INPUT" csd_NumBaseChans="0" csd_NumNamedChans="0" csd_HasSecondaryProfile="FALSE" csd_HasAlternateDefn="FALSE" csd_UseIlluminantInfo="FALSE" csd_DefaultRenderIntent="GCM_RI_PERCEPTUAL" csd_IsDeviceLinkProfile="FALSE" csd_Defn.Input="GCM_CSF_RGB">
+      </GCM_Csd>
+    </GCM_CsdPointer>
+)X";
+    const std::string one = "  <ORVLOG_WRAPPER name=\"cp_AlternateDefn\">\n" + inner + "  </ORVLOG_WRAPPER>\n";
+    const std::string two = "  <ORVLOG_WRAPPER name=\"cp_TintTransformAltDefn\">\n" + inner + "  </ORVLOG_WRAPPER>\n";
+    std::string text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n" + one + "</GCM_CsdPointer>\n");
+    csd.csd_NumNamedChans = 1;
+    text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n" + one + two + "</GCM_CsdPointer>\n");
+    csd.csd_HasAlternateDefn = 0;
+    text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n" + two + "</GCM_CsdPointer>\n");
+    pointer.cp_TintTransformAltDefn = nullptr;
+    text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")),
+              "  </GCM_Csd>\n  <ORVLOG_WRAPPER name=\"cp_TintTransformAltDefn\">\n  </ORVLOG_WRAPPER>\n"
+              "</GCM_CsdPointer>\n");
+}
+
+TEST_F(CsdDump, WrapperHasItsNameEscaped)
+{
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    stream.clear();
+    ORVLOG_DumpCsdWrapper(&writer, &pointer, "a&b");
+    EXPECT_EQ(stream.text().find("<ORVLOG_WRAPPER name=\"a\\x26b\">\n  <GCM_CsdPointer>\n    <GCM_Csd "), 0u);
+    stream.clear();
+    ORVLOG_DumpCsdWrapper(&writer, nullptr, "none");
+    EXPECT_EQ(stream.text(), "<ORVLOG_WRAPPER name=\"none\">\n</ORVLOG_WRAPPER>\n");
+}
+
+TEST_F(CsdDump, ACircleOfDefinitionsEndsWithAWarning)
+{
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_HasAlternateDefn = 1;
+    csd.csd_NumNamedChans = 1;
+    pointer.cp_AlternateDefn = &pointer;
+    pointer.cp_TintTransformAltDefn = &pointer;
+    ORVLOG_DumpCsdPointer(&writer, &pointer);
+    const std::string text = stream.text();
+    size_t opened = 0;
+    size_t closed = 0;
+    size_t warned = 0;
+    for (size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
+    {
+        const std::string line = text.substr(at, text.find('\n', at) - at);
+        const size_t indent = line.find('<');
+        opened += indent != std::string::npos && line.substr(indent) == "<GCM_CsdPointer>" ? 1 : 0;
+        closed += indent != std::string::npos && line.substr(indent) == "</GCM_CsdPointer>" ? 1 : 0;
+        warned += line == "ORVLOG: WARNING: Colour space definitions refer to one another without end; the rest is "
+                          "left out."
+                      ? 1
+                      : 0;
+    }
+    EXPECT_EQ(opened, 1024u);
+    EXPECT_EQ(closed, 1024u);
+    EXPECT_EQ(warned, 1u);
+    EXPECT_EQ(writer.depth, 0u);
+}
+
+TEST_F(CsdDump, AMillionAlternatesEndWithAWarning)
+{
+    std::vector<GCM_CsdPointer> chain(1000000);
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_HasAlternateDefn = 1;
+    for (size_t i = 0; i < chain.size(); ++i)
+    {
+        chain[i].cp_Csd = &csd;
+        chain[i].cp_AlternateDefn = i + 1 < chain.size() ? &chain[i + 1] : nullptr;
+    }
+    ORVLOG_DumpCsdPointer(&writer, chain.data());
+    EXPECT_NE(stream.text().find("\n<!--\nORVLOG: WARNING: Colour space definitions refer to one another without end; "
+                                 "the rest is left out.\n-->\n"),
+              std::string::npos);
+    EXPECT_EQ(writer.depth, 0u);
+}
+
+class CieDump : public CsdDump
+{
+protected:
+    CieDump()
+    {
+        csd.csd_Type = GCM_CSDTYPE_CIELUT_DATA;
+        pointer.cp_CieLuts = &luts_pointer;
+        luts_pointer.clp_CieLuts = &luts;
+        luts_pointer.clp_DecodeABC_A = &values[0];
+        luts_pointer.clp_DecodeABC_B = &values[1];
+        luts_pointer.clp_DecodeABC_C = &values[2];
+        luts_pointer.clp_DecodeLMN_L = &values[3];
+        luts_pointer.clp_DecodeLMN_M = &values[4];
+        luts_pointer.clp_DecodeLMN_N = &values[5];
+        luts_pointer.clp_HIJKTable = table;
+    }
+
+    // What stands between the CIE record and its parent's close.
+    std::string content(uint32_t family)
+    {
+        csd.csd_Defn.CieBased = family;
+        const std::string text = dump();
+        const size_t begin = text.find("    </GCM_CieLuts>\n") + 19;
+        return text.substr(begin, text.find("  </GCM_CieLutsPointer>\n") - begin);
+    }
+
+    GCM_CieLuts luts = {};
+    GCM_CieLutsPointer luts_pointer = {};
+    float values[6] = {0, 1, 2, 3, 4, 5};
+    uint8_t table[60] = {};
+};
+
+std::string decode(const std::string& name, const std::string& value)
+{
+    return "    <" + name + ">\n      <BufferFloat len=\"1\">\n" + value + " \n      </BufferFloat>\n    </" + name +
+           ">\n";
+}
+
+TEST_F(CieDump, Record)
+{
+    luts.cl_DecodeBitDepth = 0;
+    for (int i = 0; i < 9; ++i)
+    {
+        luts.cl_MatrixABC[i] = static_cast<float>(i);
+        luts.cl_MatrixLMN[i] = static_cast<float>(i) / 2;
+    }
+    luts.cl_WhitePoint[0] = 0.9642f;
+    luts.cl_BlackPoint[2] = -1;
+    luts.cl_HIJKDimensions[0] = 255;
+    luts.cl_HIJKDimensions[3] = 10;
+    luts.cl_HIJKRange[7] = 100;
+    csd.csd_Defn.CieBased = GCM_CIE_FAMILY_CALGRAY;
+    const std::string text = dump();
+    EXPECT_EQ(text.substr(text.find("  <GCM_CieLutsPointer")),
+              R"X(  <GCM_CieLutsPointer GCM_CieFamily="GCM_CIE_FAMILY_CALGRAY">
+    <GCM_CieLuts cl_DecodeBitDepth="0" cl_WhitePoint="0.96420002 0 0 " cl_BlackPoint="0 0 -1 " cl_MatrixABC="0 1 2 3 4 5 6 7 8 " cl_MatrixLMN="0 0.5 1 1.5 2 2.5 3 3.5 4 " cl_HIJKDimensions="ff 00 00 0a " cl_HIJKRange="0 0 0 0 0 0 0 100 ">
+    </GCM_CieLuts>
+    <clp_DecodeABC_A>
+      <BufferFloat len="1">
+0 
+      </BufferFloat>
+    </clp_DecodeABC_A>
+  </GCM_CieLutsPointer>
+</GCM_CsdPointer>
+)X");
+}
+
+TEST_F(CieDump, TablesByFamily)
+{
+    const std::string a = decode("clp_DecodeABC_A", "0");
+    const std::string bc = decode("clp_DecodeABC_B", "1") + decode("clp_DecodeABC_C", "2");
+    const std::string lmn =
+        decode("clp_DecodeLMN_L", "3") + decode("clp_DecodeLMN_M", "4") + decode("clp_DecodeLMN_N", "5");
+    luts.cl_HIJKDimensions[0] = 2;
+    luts.cl_HIJKDimensions[1] = 1;
+    luts.cl_HIJKDimensions[2] = 3;
+    luts.cl_HIJKDimensions[3] = 2;
+    const std::string three = "    <clp_HIJKTable>\n      <BufferUInt8 len=\"6\">\n00 00 00 00 00 00 \n"
+                              "      </BufferUInt8>\n    </clp_HIJKTable>\n";
+    const std::string four =
+        "    <clp_HIJKTable>\n      <BufferUInt8 len=\"12\">\n00 00 00 00 00 00 00 00 00 00 00 00 \n"
+        "      </BufferUInt8>\n    </clp_HIJKTable>\n";
+    EXPECT_EQ(content(0), a + bc + lmn);
+    EXPECT_EQ(content(1), a + lmn);
+    EXPECT_EQ(content(2), a + bc + lmn + three);
+    EXPECT_EQ(content(3), a + bc + lmn + four);
+    EXPECT_EQ(content(4), a + bc);
+    EXPECT_EQ(content(5), a);
+    EXPECT_EQ(content(6), a + bc + lmn);
+    EXPECT_NE(dump().find("<GCM_CieLutsPointer GCM_CieFamily=\"UNKNOWN_VALUE(6)\">"), std::string::npos);
+}
+
+TEST_F(CieDump, TablesHaveAPowerOfTwoOfEntries)
+{
+    luts.cl_DecodeBitDepth = 2;
+    GuardedBlock block(sizeof(float) * 4);
+    for (int i = 0; i < 4; ++i)
+        block.as<float>()[i] = static_cast<float>(i) / 4;
+    luts_pointer.clp_DecodeABC_A = block.as<float>();
+    EXPECT_EQ(content(5),
+              "    <clp_DecodeABC_A>\n      <BufferFloat len=\"4\">\n0 0.25 0.5 0.75 \n      </BufferFloat>\n"
+              "    </clp_DecodeABC_A>\n");
+}
+
+TEST_F(CieDump, TablesThatCannotBeAreLeftOut)
+{
+    luts.cl_DecodeBitDepth = 31;
+    const std::string text = content(5);
+    EXPECT_NE(text.find("<BufferFloat len=\"0\">\n\n"), std::string::npos);
+    EXPECT_NE(text.find("\n<!--\nORVLOG: WARNING: The decode tables of a colour space definition are too large; they "
+                        "are left out.\n-->\n"),
+              std::string::npos);
+}
+
+TEST_F(CieDump, NullsLeaveTheirPartOut)
+{
+    luts_pointer.clp_CieLuts = nullptr;
+    csd.csd_Defn.CieBased = 2;
+    std::string text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")),
+              "  </GCM_Csd>\n  <GCM_CieLutsPointer GCM_CieFamily=\"GCM_CIE_FAMILY_DEF\">\n  </GCM_CieLutsPointer>\n"
+              "</GCM_CsdPointer>\n");
+    pointer.cp_CieLuts = nullptr;
+    text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n</GCM_CsdPointer>\n");
+    pointer.cp_CieLuts = &luts_pointer;
+    luts_pointer = {};
+    luts_pointer.clp_CieLuts = &luts;
+    luts.cl_HIJKDimensions[0] = luts.cl_HIJKDimensions[1] = luts.cl_HIJKDimensions[2] = 2;
+    EXPECT_NE(dump().find("<clp_HIJKTable>"), std::string::npos);
+}
+
+// What stands in the element of a post-render LUT with a table of so many bytes.
+class LutDump : public CsdDump
+{
+protected:
+    std::string content(uint8_t dimensions, uint8_t size, uint8_t depth, uint8_t channels, size_t bytes)
+    {
+        GuardedBlock table(bytes);
+        std::fill_n(table.data(), bytes, uint8_t{0x0F});
+        GCM_PostRenderLut lut = {dimensions, size, depth, table.data()};
+        csd.csd_Type = GCM_CSDTYPE_POST_RENDER_LUT;
+        csd.csd_NumBaseChans = channels;
+        pointer.cp_PostRenderLut = &lut;
+        const std::string text = dump();
+        return text.substr(text.find("  </GCM_Csd>\n") + 13);
+    }
+};
+
+TEST_F(LutDump, Element)
+{
+    EXPECT_EQ(content(2, 2, 8, 1, 4),
+              R"X(  <GCM_PostRenderLut prl_LutDimensions="2" prl_LutSize="2" prl_OutputBitDepth="8">
+    <BufferUInt8 len="4">
+0f 0f 0f 0f 
+    </BufferUInt8>
+  </GCM_PostRenderLut>
+</GCM_CsdPointer>
+)X");
+}
+
+TEST_F(LutDump, Sizes)
+{
+    EXPECT_NE(content(3, 17, 8, 3, 14739).find("<BufferUInt8 len=\"14739\">"), std::string::npos);
+    EXPECT_NE(content(1, 3, 16, 2, 12).find("<BufferUInt8 len=\"12\">"), std::string::npos);
+    EXPECT_NE(content(0, 9, 8, 1, 1).find("<BufferUInt8 len=\"1\">"), std::string::npos);
+    EXPECT_NE(content(1, 3, 15, 1, 3).find("<BufferUInt8 len=\"3\">"), std::string::npos);
+    EXPECT_EQ(content(1, 3, 7, 1, 0).find("<BufferUInt8"), std::string::npos);
+    EXPECT_EQ(content(2, 0, 8, 1, 0).find("<BufferUInt8"), std::string::npos);
+}
+
+TEST_F(LutDump, ATableThatCannotBeIsLeftOut)
+{
+    EXPECT_EQ(content(255, 255, 255, 255, 0),
+              R"X(  <GCM_PostRenderLut prl_LutDimensions="255" prl_LutSize="255" prl_OutputBitDepth="255">
+  </GCM_PostRenderLut>
+
+<!--
+ORVLOG: WARNING: The table of a post render LUT is too large; it is left out.
+-->
+</GCM_CsdPointer>
+)X");
+    pointer.cp_PostRenderLut = nullptr;
+    const std::string text = dump();
+    EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n</GCM_CsdPointer>\n");
+}
+
+}  // namespace

@@ -1,0 +1,252 @@
+#include "orvlog/colour/orvlog-colour-ticket.h"
+
+#include "tests/support/fake-tickets.h"
+#include "tests/support/test-session.h"
+#include "tests/support/ticket-bytes.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+std::string bytes_of(const TicketBytes& ticket)
+{
+    return std::string(ticket.bytes().begin(), ticket.bytes().end());
+}
+
+std::string smallest()
+{
+    return bytes_of(fixed_data().u32({0xFFFFFFFF}).u32({0}));
+}
+
+class ColourTicket : public testing::Test
+{
+protected:
+    ColourTicket()
+        : test(std::make_unique<TestSession>(Behind::kNothing, nullptr, tickets.functions(), tickets.serial()))
+    {
+    }
+
+    ORVLOG_Session* session()
+    {
+        return static_cast<ORVLOG_Session*>(test->session());
+    }
+    // What one dump adds to the log.
+    std::string dump(FakeTickets::Ticket* ticket)
+    {
+        test->forget();
+        ORVLOG_DumpColorTicket(session(), ticket);
+        if (!test->log().empty())
+        {
+            EXPECT_EQ(session()->writer.element_open, 0u);
+        }
+        EXPECT_EQ(session()->writer.depth, 1u);
+        return test->log();
+    }
+    FakeTickets::Ticket ticket(uint32_t key)
+    {
+        return {&tickets, key, smallest()};
+    }
+
+    FakeTickets tickets;
+    std::unique_ptr<TestSession> test;
+};
+
+// The element of a ticket that has been written before.
+std::string reference(uint32_t id)
+{
+    return "  <GCM_ColorTicket id=\"" + std::to_string(id) + "\">\n  </GCM_ColorTicket>\n";
+}
+
+TEST_F(ColourTicket, StandsInTheLogOnceAndIsReferredToAfterwards)
+{
+    FakeTickets::Ticket one = ticket(700);
+    EXPECT_EQ(dump(&one), R"X(  <GCM_ColorTicket id="1">
+    <GXC_ColorTickets>
+    	<(null)>
+    		<GCM_ColorTicket>
+    			<FixedSizeData>
+    				<PreRenderOverrideGrayPreserve Bool="TRUE" />
+    				<PostRenderGrayPreserve Bool="FALSE" />
+    				<PureBlackTextPreserve Bool="FALSE" />
+    				<PostConvInRenderer Bool="TRUE" />
+    				<UseOutputGbd Bool="FALSE" />
+    				<UseOverride Bool="FALSE" />
+    				<PreConvInPdl Bool="TRUE" />
+    				<PreConvImageOverrideInPdl Bool="FALSE" />
+    				<XformQuality GCM_QualityHint="GCM_QUAL_HIGH" />
+    				<XformPerformance GCM_PerformanceHint="GCM_PERF_LOW" />
+    			</FixedSizeData>
+    			<CSD_Data>
+    			</CSD_Data>
+    			<VariableSizedData>
+    			</VariableSizedData>
+    		</GCM_ColorTicket>
+    	</(null)>
+    </GXC_ColorTickets>
+  </GCM_ColorTicket>
+)X");
+    EXPECT_EQ(dump(&one), reference(1));
+    EXPECT_EQ(tickets.serialised, 1u);
+    FakeTickets::Ticket same_key = ticket(700);
+    EXPECT_EQ(dump(&same_key), reference(1));
+}
+
+TEST_F(ColourTicket, IdsCountFrom1)
+{
+    FakeTickets::Ticket first = ticket(9);
+    FakeTickets::Ticket second = ticket(8);
+    FakeTickets::Ticket third = ticket(0);
+    EXPECT_EQ(dump(&first).find("  <GCM_ColorTicket id=\"1\">\n    <GXC_"), 0u);
+    EXPECT_EQ(dump(&second).find("  <GCM_ColorTicket id=\"2\">\n    <GXC_"), 0u);
+    EXPECT_EQ(dump(&third).find("  <GCM_ColorTicket id=\"3\">\n    <GXC_"), 0u);
+    EXPECT_EQ(dump(&second), reference(2));
+    EXPECT_EQ(dump(&first), reference(1));
+    EXPECT_EQ(dump(&third), reference(3));
+    const ORVLOG_TicketEntry* head = session()->logged_tickets;
+    EXPECT_EQ(head->key, 0u);
+    EXPECT_EQ(head->next->key, 8u);
+    EXPECT_EQ(head->next->next->key, 9u);
+    EXPECT_EQ(head->next->next->next, nullptr);
+    ORVLOG_FreeTicketList(session());
+    EXPECT_EQ(session()->logged_tickets, nullptr);
+}
+
+TEST_F(ColourTicket, NamesTheFamily)
+{
+    FakeTickets::Ticket one = ticket(1);
+    tickets.kind = 1;
+    tickets.base_chans = 4;
+    tickets.csd_list_result = 1;
+    EXPECT_NE(dump(&one).find("    <GXC_ColorTickets>\n    \t<CMYKRenderColorSpace>\n"), std::string::npos);
+}
+
+TEST_F(ColourTicket, TheIndentOfTheLogStandsBeforeEachLine)
+{
+    FakeTickets::Ticket one = ticket(1);
+    session()->writer.depth = 24;
+    test->forget();
+    ORVLOG_DumpColorTicket(session(), &one);
+    EXPECT_EQ(test->log().find(std::string(48, ' ') + "<GCM_ColorTicket id=\"1\">\n" + std::string(50, ' ') +
+                               "<GXC_ColorTickets>\n" + std::string(50, ' ') + "\t<(null)>\n"),
+              0u);
+    session()->writer.depth = 40;
+    FakeTickets::Ticket two = ticket(2);
+    test->forget();
+    ORVLOG_DumpColorTicket(session(), &two);
+    EXPECT_EQ(test->log().find(std::string(50, ' ') + "<GCM_ColorTicket id=\"2\">\n" + std::string(50, ' ') +
+                               "<GXC_ColorTickets>\n"),
+              0u);
+    EXPECT_EQ(session()->writer.depth, 40u);
+    session()->writer.depth = 1;
+}
+
+TEST_F(ColourTicket, ASerialiserThatWritesNothingLeavesTheElementEmpty)
+{
+    FakeTickets::Ticket one = {&tickets, 1, ""};
+    EXPECT_EQ(dump(&one), reference(1));
+    tickets.serialise_result = 0;
+    FakeTickets::Ticket two = {&tickets, 2, ""};
+    EXPECT_EQ(dump(&two), reference(2));
+    EXPECT_EQ(dump(&two), reference(2));
+    EXPECT_EQ(tickets.serialised, 2u);
+}
+
+TEST_F(ColourTicket, AFailingSerialiserIsNotLookedAt)
+{
+    FakeTickets::Ticket one = ticket(1);
+    tickets.serialise_result = 0;
+    EXPECT_NE(dump(&one).find("</GXC_ColorTickets>"), std::string::npos);
+}
+
+TEST_F(ColourTicket, ADamagedTicketIsClosed)
+{
+    FakeTickets::Ticket one = {&tickets, 1, bytes_of(fixed_data().u32({0, 5}).repeat(0xFF, 1000))};
+    const std::string text = dump(&one);
+    const std::string end = "    \t</(null)>\n    </GXC_ColorTickets>\n  </GCM_ColorTicket>\n";
+    EXPECT_EQ(text.substr(text.size() - end.size()), end);
+}
+
+TEST_F(ColourTicket, WaitingWarningsComeBehindIt)
+{
+    FakeTickets::Ticket one = ticket(1);
+    dump(&one);
+    session()->writer.element_open = 1;
+    orvlog_writer_defer_warning(&session()->writer, ORVLOG_WARNING_FORMAT, "text");
+    EXPECT_EQ(dump(&one), reference(1) + "\n<!--\nORVLOG: WARNING: text\n-->\n");
+}
+
+TEST_F(ColourTicket, NullsWriteNothing)
+{
+    EXPECT_EQ(dump(nullptr), "");
+    FakeTickets::Ticket one = ticket(1);
+    session()->ticket_functions = nullptr;
+    EXPECT_EQ(dump(&one), "");
+    session()->ticket_functions = tickets.functions();
+    session()->ticket_serial_functions = nullptr;
+    EXPECT_EQ(dump(&one), "");
+    ORVLOG_TicketSerialFunctions empty = {};
+    session()->ticket_serial_functions = &empty;
+    EXPECT_EQ(dump(&one), reference(1));
+    session()->ticket_serial_functions = tickets.serial();
+}
+
+TEST_F(ColourTicket, ATicketThatCannotBeRememberedIsWrittenEachTime)
+{
+    FakeTickets::Ticket one = ticket(1);
+    for (int i = 0; i < 2; ++i)
+    {
+        test->allocator.refuse(1);
+        EXPECT_EQ(dump(&one).find("  <GCM_ColorTicket id=\"0\">\n    <GXC_ColorTickets>\n"), 0u);
+        EXPECT_EQ(session()->logged_tickets, nullptr);
+    }
+    tickets.key_result = 0;
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(dump(&one).find("  <GCM_ColorTicket id=\"0\">\n    <GXC_ColorTickets>\n"), 0u);
+    tickets.key_result = 1;
+    EXPECT_EQ(dump(&one).find("  <GCM_ColorTicket id=\"1\">\n    <GXC_ColorTickets>\n"), 0u);
+    EXPECT_EQ(dump(&one), reference(1));
+}
+
+TEST_F(ColourTicket, EveryRefusedAllocationIsSurvived)
+{
+    for (uint64_t n = 1;; ++n)
+    {
+        FakeTickets::Ticket one = {&tickets, static_cast<uint32_t>(n), bytes_of(rich_ticket())};
+        const uint64_t refused = test->allocator.refused();
+        test->allocator.refuse(n);
+        const std::string text = dump(&one);
+        EXPECT_EQ(text.find("  <GCM_ColorTicket id="), 0u);
+        const std::string end = "  </GCM_ColorTicket>\n";
+        EXPECT_EQ(text.substr(text.size() - end.size()), end);
+        if (test->allocator.refused() == refused)
+            break;
+        ASSERT_LT(n, 10u);
+    }
+    test->allocator.refuse(0);
+    test->shut_down();
+    EXPECT_EQ(test->allocator.outstanding(), 0u);
+}
+
+TEST_F(ColourTicket, EveryFailedStreamOperationIsSurvived)
+{
+    FakeTickets::Ticket probe = ticket(1);
+    const uint64_t before = test->stream.operations();
+    dump(&probe);
+    const uint64_t operations = test->stream.operations() - before;
+    for (uint64_t n = 1; n <= operations; ++n)
+    {
+        FakeTickets::Ticket one = ticket(static_cast<uint32_t>(n) + 1);
+        test->stream.fail(n);
+        dump(&one);
+    }
+    test->stream.fail(0);
+    EXPECT_EQ(dump(&probe), reference(1));
+}
+
+}  // namespace
