@@ -31,7 +31,7 @@ TEST(Geometry, ProductLetsTheFirstActFirst)
     const GGO_Matrix first = {{2, 3, 5, 7, 11, 13}};
     const GGO_Matrix then = {{17, 19, 23, 29, 31, 37}};
     const GGO_Matrix product = ggo_multiply(&first, &then);
-    const double expected[6] = {2 * 17 + 3 * 23, 2 * 19 + 3 * 29, 5 * 17 + 7 * 23,
+    const double expected[6] = {2 * 17 + 3 * 23, 2 * 19 + 3 * 29,        5 * 17 + 7 * 23,
                                 5 * 19 + 7 * 29, 11 * 17 + 13 * 23 + 31, 11 * 19 + 13 * 29 + 37};
     for (int i = 0; i < 6; ++i)
         EXPECT_EQ(product.m[i], expected[i]) << i;
