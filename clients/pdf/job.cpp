@@ -250,7 +250,7 @@ private:
     Run walk(PdfDocument& document, const ORV_Interface* table, bool with_progress)
     {
         Run run;
-        Painter painter(table, nullptr, sink());
+        Painter painter(table, sink());
         if (!painter.begin_document(1, nullptr))
         {
             run.errors.push_back("the renderer doesn't take the document");

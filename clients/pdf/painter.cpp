@@ -56,9 +56,8 @@ struct Painter::MaskOperand
     uint32_t mode = GOP_MASK_NONE;
 };
 
-Painter::Painter(const ORV_Interface* table, const GFI_FontEngineTable* font_engine,
-                 std::function<void(const std::string&)> complain)
-    : font_engine_(font_engine), complain_(std::move(complain))
+Painter::Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain)
+    : complain_(std::move(complain))
 {
     main_.table = table;
     main_.counted = true;
@@ -100,8 +99,8 @@ const CallCounts& Painter::counts() const
 bool Painter::begin_document(uint32_t document_id, void* colour_ticket)
 {
     colour_ticket_ = colour_ticket;
-    const uint32_t result =
-        main_.table->document_start.fn(nullptr, main_.table, &main_.document, document_id, font_engine_, nullptr);
+    const uint32_t result = main_.table->document_start.fn(nullptr, main_.table, &main_.document, document_id,
+                                                           font_engine_.table(), nullptr);
     count(main_, Call::document_start, result);
     return result != 0;
 }
@@ -355,15 +354,39 @@ void Painter::stencil(const Image& stencil, const GGO_Matrix& pixels_to_content,
 
 void Painter::text(const GlyphRun& run, const Colour& colour, const PaintState& state)
 {
-    GGO_Matrix place = run.em_to_content;
-    for (const PlacedGlyph& glyph : run.glyphs)
+    if (layers_.empty())
     {
-        if (!glyph.glyph->outline.empty())
-        {
-            fill(glyph.glyph->outline.transformed(place), glyph.glyph->winding, colour, state);
-        }
-        place = multiply(translation(glyph.advance.gvf_X, glyph.advance.gvf_Y), place);
+        return;
     }
+    const TextShape shape(font_engine_, run);
+    OperandRecord operand = OperandRecord::flat(colour, state.alpha);
+    const MaskOperand mask(state, false, next_id());
+    const GOP_Operator op = blend_operator(state.blend, mask.mode);
+    const uint32_t hints = clip_hint(state.clip);
+    GOP_OperandPointer* operand1 = operand.get(next_id());
+    const GGO_Point expected = shape.end_point();
+    for_each_drawing(Call::object_paint_and_stroke,
+                     [&](Drawing& drawing)
+                     {
+                         GGO_Point end{NAN, NAN};
+                         const uint32_t result = drawing.calls.object_paint_and_stroke.fn(
+                             &drawing.calls, GCM_OBJ_TEXT, GCM_OBJ_TEXT, hints, &op, nullptr, shape.get(), nullptr,
+                             nullptr, GPA_PLACEMENT_PS, clip_list(state.clip), ORV_PAINTFLAGS_FILL, &end, operand1,
+                             mask.operand, nullptr, nullptr, nullptr, nullptr);
+                         note_end_point(drawing, end, expected, mean_scale(shape.get()->sp_HeaderPtr->sh_Transform));
+                         return result;
+                     });
+}
+
+void Painter::note_end_point(const Drawing& drawing, GGO_Point end, GGO_Point expected, double inches_per_unit)
+{
+    if (!drawing.server->counted || std::isnan(end.gpf_X))
+    {
+        return;
+    }
+    const double distance = std::hypot(end.gpf_X - expected.gpf_X, end.gpf_Y - expected.gpf_Y) * inches_per_unit;
+    counts_.end_points++;
+    counts_.worst_end_point = std::max(counts_.worst_end_point, distance);
 }
 
 void Painter::begin_group(const Group& group)
@@ -421,7 +444,7 @@ bool Painter::begin_mask()
     {
         if (studios_[i] == nullptr)
         {
-            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_, complain_);
+            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_.table(), complain_);
             studio_servers_[i].table = studios_[i]->interface();
             studio_servers_[i].document = studios_[i]->document();
         }

@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "clients/pdf/font-engine.h"
 #include "clients/pdf/graphics.h"
 #include "clients/pdf/orv-records.h"
 #include "clients/pdf/soft-mask.h"
@@ -45,6 +46,10 @@ struct CallCounts
 {
     std::array<uint64_t, static_cast<size_t>(Call::count)> made{};
     uint64_t refused = 0;
+    // The ends of text runs, as the calls gave them back, against the client's own: how many, and the greatest
+    // distance in inches.
+    uint64_t end_points = 0;
+    double worst_end_point = 0;
 };
 
 // A page as the painter opens it.
@@ -76,10 +81,8 @@ struct Tiling
 class Painter
 {
 public:
-    // The engine must outlive the painter; null for none. `complain` takes what the renderer of soft masks
-    // has to say.
-    Painter(const ORV_Interface* table, const GFI_FontEngineTable* font_engine,
-            std::function<void(const std::string&)> complain);
+    // `complain` takes what the renderer of soft masks has to say.
+    Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain);
     ~Painter();
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
@@ -167,6 +170,7 @@ private:
                GOP_OperandPointer* operand1, GOP_OperandPointer* operand2);
     void paint_operand(uint8_t object_type, const GSH_ShapePointer* shape, GOP_OperandPointer* operand,
                        const PaintState& state);
+    void note_end_point(const Drawing& drawing, GGO_Point end, GGO_Point expected, double inches_per_unit);
     uint32_t clip_hint(const Clip& clip);
     uint32_t next_id();
     void close_layer();
@@ -175,7 +179,7 @@ private:
     ORV_FaceProperties face_of(const Layer& layer) const;
 
     Server main_;
-    const GFI_FontEngineTable* font_engine_;
+    FontEngine font_engine_;
     std::function<void(const std::string&)> complain_;
     std::unique_ptr<MaskStudio> studios_[2];
     Server studio_servers_[2];

@@ -343,6 +343,35 @@ private:
     bool open_ = false;
 };
 
+// Rows that are in memory.
+class HeldRows : public ImageRows
+{
+public:
+    HeldRows(std::vector<uint8_t> rows, size_t row_bytes) : rows_(std::move(rows)), row_bytes_(row_bytes) {}
+
+    bool restart() override
+    {
+        position_ = 0;
+        return true;
+    }
+
+    bool read_row(uint8_t* row, size_t size) override
+    {
+        if (position_ + row_bytes_ > rows_.size())
+        {
+            return false;
+        }
+        std::copy_n(&rows_[position_], std::min(size, row_bytes_), row);
+        position_ += row_bytes_;
+        return true;
+    }
+
+private:
+    std::vector<uint8_t> rows_;
+    size_t row_bytes_;
+    size_t position_ = 0;
+};
+
 // Rows whose samples have to be worked out: decode arrays, colour spaces without a form of their own in the
 // drawing interface, colours that count as transparent.
 class MappedRows : public ImageRows
@@ -655,6 +684,13 @@ private:
     std::map<CharCode, std::shared_ptr<const Glyph>> glyphs_;
 };
 
+// The glyphs of a Type 3 font that are simple enough to be glyphs; null for those that aren't.
+struct Type3Font
+{
+    int32_t id = 0;
+    std::map<CharCode, std::shared_ptr<const Glyph>> glyphs;
+};
+
 using Complain = std::function<void(const std::string&)>;
 
 Blend blend_of(GfxBlendMode mode)
@@ -715,17 +751,15 @@ public:
 
     void saveState(GfxState* state) override
     {
-        flush_text();
-        saved_.push_back({clip_, state->getFillOpacity(), blend_of(state->getBlendMode()), mask_});
+        saved_.push_back({{clip_, state->getFillOpacity(), blend_of(state->getBlendMode()), mask_}, matrix(state)});
     }
 
     void restoreState(GfxState*) override
     {
-        flush_text();
         if (!saved_.empty())
         {
-            clip_ = saved_.back().clip;
-            mask_ = saved_.back().mask;
+            clip_ = saved_.back().paint.clip;
+            mask_ = saved_.back().paint.mask;
             saved_.pop_back();
         }
         font_is_stale_ = true;
@@ -798,6 +832,7 @@ public:
 
     void clipToStrokePath(GfxState* state) override
     {
+        flush_capture();
         Path path = path_of(*state->getPath());
         drop_closing_lines(path);
         const GGO_Matrix to_content = matrix(state);
@@ -812,12 +847,14 @@ public:
     bool tilingPatternFill(GfxState* state, Gfx* gfx, Catalog*, GfxTilingPattern* pattern, const double* mat, int, int,
                            int, int, double x_step, double y_step) override
     {
+        flush_capture();
         paint_pattern(state, gfx, *pattern, mat, std::abs(x_step), std::abs(y_step));
         return true;
     }
 
     bool axialShadedFill(GfxState* state, GfxAxialShading* shading, double, double) override
     {
+        flush_capture();
         AxialGradient gradient;
         gradient.transform = matrix(state);
         shading->getCoords(&gradient.start.gpf_X, &gradient.start.gpf_Y, &gradient.end.gpf_X, &gradient.end.gpf_Y);
@@ -835,6 +872,7 @@ public:
 
     bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double, double) override
     {
+        flush_capture();
         RadialGradient gradient;
         gradient.transform = matrix(state);
         shading->getCoords(&gradient.centre1.gpf_X, &gradient.centre1.gpf_Y, &gradient.radius1, &gradient.centre2.gpf_X,
@@ -891,6 +929,7 @@ public:
     void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x, double origin_y,
                   CharCode code, int byte_count, const Unicode*, int) override
     {
+        flush_capture();
         const int render = state->getRender();
         if (render == 3 || !refresh_font(state))
         {
@@ -908,7 +947,8 @@ public:
         const bool strokes = ((render & 3) == 1 || (render & 3) == 2) && !state->getStrokeColorSpace()->isNonMarking();
         if (fills)
         {
-            add_to_run(state, glyph, em_to_content, {dx, dy}, code, byte_count);
+            add_to_run(state, {glyph, font_->id(), em_to_content, transform(matrix(state), GGO_Vector{dx, dy}), code,
+                               byte_count});
         }
         if (strokes)
         {
@@ -921,17 +961,73 @@ public:
         }
     }
 
-    bool beginType3Char(GfxState*, double, double, double, double, CharCode, const Unicode*, int) override
+    bool beginType3Char(GfxState* state, double, double, double dx, double dy, CharCode code, const Unicode*,
+                        int) override
     {
-        flush_text();
+        flush_capture();
+        const GGO_Matrix place = matrix(state);
+        const std::shared_ptr<GfxFont>& source = state->getFont();
+        if (source == nullptr || !finite(place) || determinant(place) == 0 || state->getRender() == 3)
+        {
+            return false;
+        }
+        std::shared_ptr<Type3Font>& type3 = type3_fonts_[{source->getID()->num, source->getID()->gen}];
+        if (type3 == nullptr)
+        {
+            type3 = std::make_shared<Type3Font>();
+            type3->id = -static_cast<int32_t>(type3_fonts_.size());
+        }
+        const GGO_Vector advance = transform(saved_.empty() ? place : saved_.back().matrix, GGO_Vector{dx, dy});
+        const auto known = type3->glyphs.find(code);
+        if (known != type3->glyphs.end())
+        {
+            if (known->second == nullptr)
+            {
+                flush_text();
+                return false;
+            }
+            add_type3_glyph(state, known->second, type3->id, place, advance, code);
+            return true;
+        }
+        capture_ = std::make_unique<Type3Capture>();
+        capture_->glyph = std::make_shared<Glyph>();
+        capture_->glyph->code = code;
+        capture_->font = type3;
+        capture_->glyph_to_content = place;
+        capture_->advance = advance;
+        capture_->code = code;
         return false;
     }
 
-    void endType3Char(GfxState*) override {}
+    void endType3Char(GfxState* state) override
+    {
+        if (capture_ == nullptr)
+        {
+            return;
+        }
+        const std::unique_ptr<Type3Capture> capture = std::move(capture_);
+        if (!capture->uncoloured)
+        {
+            give_up(*capture);
+            return;
+        }
+        capture->font->glyphs[capture->code] = capture->glyph;
+        add_type3_glyph(state, capture->glyph, capture->font->id, capture->glyph_to_content, capture->advance,
+                        capture->code);
+    }
 
-    void type3D0(GfxState*, double, double) override {}
+    void type3D0(GfxState*, double, double) override
+    {
+        flush_capture();
+    }
 
-    void type3D1(GfxState*, double, double, double, double, double, double) override {}
+    void type3D1(GfxState*, double, double, double, double, double, double) override
+    {
+        if (capture_ != nullptr)
+        {
+            capture_->uncoloured = true;
+        }
+    }
 
     //---- Images
 
@@ -942,15 +1038,21 @@ public:
         stencil.interpolate = interpolate;
         stencil.restartable = !inline_image;
         const GGO_Matrix to_content = matrix(state);
-        if (paintable(stencil, to_content))
+        if (!paintable(stencil, to_content))
         {
-            painter_->stencil(stencil, pixels_to(stencil, to_content), fill_colour(state), fill_state(state));
+            return;
+        }
+        const GGO_Matrix place = pixels_to(stencil, to_content);
+        if (!capture_stencil(stencil, place, fill_colour(state), fill_state(state)))
+        {
+            painter_->stencil(stencil, place, fill_colour(state), fill_state(state));
         }
     }
 
     void setSoftMaskFromImageMask(GfxState* state, Object*, Stream* stream, int width, int height, bool invert,
                                   bool inline_image, double*) override
     {
+        flush_capture();
         Image stencil = stencil_of(stream, width, height, invert);
         stencil.restartable = !inline_image;
         const GGO_Matrix to_content = matrix(state);
@@ -971,6 +1073,7 @@ public:
     void drawImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
                    bool interpolate, const int* mask_colours, bool inline_image) override
     {
+        flush_capture();
         Image image = image_of(stream, width, height, map, mask_colours);
         image.interpolate = interpolate;
         image.restartable = !inline_image;
@@ -985,6 +1088,7 @@ public:
                          bool interpolate, Stream* mask_stream, int mask_width, int mask_height, bool mask_invert,
                          bool mask_interpolate) override
     {
+        flush_capture();
         Image image = image_of(stream, width, height, map, nullptr);
         image.interpolate = interpolate;
         Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
@@ -996,6 +1100,7 @@ public:
                              bool interpolate, Stream* mask_stream, int mask_width, int mask_height,
                              GfxImageColorMap* mask_map, bool mask_interpolate) override
     {
+        flush_capture();
         Image image = image_of(stream, width, height, map, nullptr);
         image.interpolate = interpolate;
         Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr);
@@ -1012,8 +1117,9 @@ public:
     void beginTransparencyGroup(GfxState* state, const double* bbox, GfxColorSpace* blending_space, bool isolated,
                                 bool knockout, bool for_soft_mask) override
     {
+        flush_capture();
         flush_text();
-        const PaintState outside = saved_.empty() ? PaintState{} : saved_.back();
+        const PaintState outside = saved_.empty() ? PaintState{} : saved_.back().paint;
         const Clip inside = clips_above(clip_, outside.clip);
         OpenGroup open;
         open.is_mask = for_soft_mask;
@@ -1081,6 +1187,26 @@ public:
     }
 
 private:
+    struct SavedState
+    {
+        PaintState paint;
+        GGO_Matrix matrix;
+    };
+
+    // A glyph of a Type 3 font while its content stream is read. What it paints is held back until it is known
+    // whether it is a glyph that the drawing interface can say: fills only, or one stencil.
+    struct Type3Capture
+    {
+        std::shared_ptr<Glyph> glyph;
+        std::shared_ptr<Type3Font> font;
+        GGO_Matrix glyph_to_content{};
+        GGO_Vector advance{};
+        CharCode code = 0;
+        bool uncoloured = false;
+        bool has_fill = false;
+        std::vector<std::function<void()>> held_back;
+    };
+
     struct OpenGroup
     {
         bool is_mask = false;
@@ -1138,6 +1264,7 @@ private:
 
     void stroke_path(GfxState* state, const Path& path, const GGO_Matrix& to_content)
     {
+        flush_capture();
         if (path.empty() || !all_finite(path) || !finite(to_content))
         {
             return;
@@ -1161,7 +1288,11 @@ private:
         }
         Path path = path_of(*state->getPath()).transformed(matrix(state));
         drop_closing_lines(path);
-        if (!path.empty() && all_finite(path))
+        if (path.empty() || !all_finite(path))
+        {
+            return;
+        }
+        if (!capture_fill(path, winding, fill_colour(state), fill_state(state)))
         {
             painter_->fill(path, winding, fill_colour(state), fill_state(state));
         }
@@ -1170,6 +1301,7 @@ private:
     void clip_path(GfxState* state, Winding winding)
     {
         flush_text();
+        flush_capture();
         Path path = path_of(*state->getPath()).transformed(matrix(state));
         drop_closing_lines(path);
         if (all_finite(path))
@@ -1242,7 +1374,7 @@ private:
             return false;
         }
         pattern_depth_++;
-        const std::vector<PaintState> saved = std::move(saved_);
+        const std::vector<SavedState> saved = std::move(saved_);
         const PaintState outside = {clip_, 1, Blend::normal, mask_};
         const GGO_Matrix to_content = to_content_;
         std::vector<OpenGroup> groups = std::move(groups_);
@@ -1279,6 +1411,92 @@ private:
             inside->setStrokeColor(state->getFillColor());
         }
         cell.display(pattern.getContentStream());
+    }
+
+    //---- Type 3 glyphs
+
+    // A glyph that turns out to be more than a shape is painted as any other content, now and ever after.
+    void give_up(Type3Capture& capture)
+    {
+        flush_text();
+        capture.font->glyphs[capture.code] = nullptr;
+        for (const std::function<void()>& paint : capture.held_back)
+        {
+            paint();
+        }
+    }
+
+    void flush_capture()
+    {
+        if (capture_ != nullptr)
+        {
+            const std::unique_ptr<Type3Capture> capture = std::move(capture_);
+            give_up(*capture);
+        }
+    }
+
+    // True if the fill was taken into the glyph that is being captured.
+    bool capture_fill(const Path& path, Winding winding, const Colour& colour, const PaintState& state)
+    {
+        if (capture_ == nullptr)
+        {
+            return false;
+        }
+        Glyph& glyph = *capture_->glyph;
+        const bool fits = capture_->uncoloured && glyph.bitmap_width == 0 &&
+                          (!capture_->has_fill || (glyph.winding == winding && winding == Winding::non_zero));
+        if (!fits)
+        {
+            flush_capture();
+            return false;
+        }
+        capture_->has_fill = true;
+        glyph.winding = winding;
+        glyph.outline.append(path.transformed(inverse(capture_->glyph_to_content)));
+        capture_->held_back.push_back([this, path, winding, colour, state]
+                                      { painter_->fill(path, winding, colour, state); });
+        return true;
+    }
+
+    bool capture_stencil(const Image& stencil, const GGO_Matrix& pixels_to_content, const Colour& colour,
+                         const PaintState& state)
+    {
+        if (capture_ == nullptr)
+        {
+            return false;
+        }
+        Glyph& glyph = *capture_->glyph;
+        constexpr uint32_t greatest_side = 4096;
+        if (!capture_->uncoloured || capture_->has_fill || glyph.bitmap_width > 0 || stencil.width > greatest_side ||
+            stencil.height > greatest_side)
+        {
+            flush_capture();
+            return false;
+        }
+        const size_t row = stencil.row_bytes();
+        glyph.bitmap.resize(row * stencil.height);
+        stencil.rows->restart();
+        for (uint32_t y = 0; y < stencil.height && stencil.rows->read_row(&glyph.bitmap[y * row], row); y++)
+        {
+        }
+        glyph.bitmap_width = stencil.width;
+        glyph.bitmap_height = stencil.height;
+        glyph.bitmap_to_em = multiply(pixels_to_content, inverse(capture_->glyph_to_content));
+        Image held = stencil;
+        held.rows = std::make_shared<HeldRows>(capture_->glyph->bitmap, row);
+        capture_->held_back.push_back([this, held, pixels_to_content, colour, state]
+                                      { painter_->stencil(held, pixels_to_content, colour, state); });
+        return true;
+    }
+
+    void add_type3_glyph(GfxState* state, std::shared_ptr<const Glyph> glyph, int32_t font_id, const GGO_Matrix& place,
+                         GGO_Vector advance, CharCode code)
+    {
+        const bool pattern = state->getFillColorSpace()->getMode() == csPattern;
+        if (!pattern && !state->getFillColorSpace()->isNonMarking())
+        {
+            add_to_run(state, {std::move(glyph), font_id, place, advance, code, 1});
+        }
     }
 
     //---- Text
@@ -1324,31 +1542,54 @@ private:
         return true;
     }
 
-    void add_to_run(GfxState* state, std::shared_ptr<const Glyph> glyph, const GGO_Matrix& em_to_content,
-                    GGO_Vector user_advance, CharCode code, int byte_count)
+    // A glyph on its way into a run; the advance is in the content space.
+    struct NewGlyph
     {
-        const GGO_Matrix to_em = inverse(em_to_user_);
+        std::shared_ptr<const Glyph> glyph;
+        int32_t font_id;
+        GGO_Matrix em_to_content;
+        GGO_Vector advance;
+        CharCode code;
+        int byte_count;
+    };
+
+    static bool same_linear_part(const GGO_Matrix& one, const GGO_Matrix& other)
+    {
+        return std::equal(one.m, one.m + 4, other.m);
+    }
+
+    void add_to_run(GfxState* state, NewGlyph added)
+    {
+        constexpr size_t greatest_run = 60000;
+        if (!run_.glyphs.empty() &&
+            (run_.font_id != added.font_id || !same_linear_part(run_linear_, added.em_to_content) ||
+             run_.glyphs.size() >= greatest_run))
+        {
+            flush_text();
+        }
         if (run_.glyphs.empty())
         {
-            run_.em_to_content = em_to_content;
-            run_.font_id = font_->id();
+            run_.em_to_content = added.em_to_content;
+            run_linear_ = added.em_to_content;
+            run_.font_id = added.font_id;
+            run_.font_size = mean_scale(added.em_to_content) * points_per_inch;
             run_.vertical = state->getFont()->getWMode() != 0;
             run_colour_ = fill_colour(state);
             run_state_ = fill_state(state);
         }
         else
         {
-            const GGO_Point before = {run_origin_.gpf_X, run_origin_.gpf_Y};
-            const GGO_Vector step = {em_to_content.m[4] - before.gpf_X, em_to_content.m[5] - before.gpf_Y};
+            const GGO_Vector step = {added.em_to_content.m[4] - run_origin_.gpf_X,
+                                     added.em_to_content.m[5] - run_origin_.gpf_Y};
             run_.glyphs.back().advance = transform(inverse(run_.em_to_content), step);
         }
-        run_origin_ = {em_to_content.m[4], em_to_content.m[5]};
+        run_origin_ = {added.em_to_content.m[4], added.em_to_content.m[5]};
         PlacedGlyph placed;
-        placed.glyph = std::move(glyph);
-        placed.advance = transform(to_em, user_advance);
-        for (int i = byte_count - 1; i >= 0; i--)
+        placed.glyph = std::move(added.glyph);
+        placed.advance = transform(inverse(run_.em_to_content), added.advance);
+        for (int i = std::min(added.byte_count, 4) - 1; i >= 0; i--)
         {
-            placed.text.push_back(static_cast<uint8_t>(code >> (8 * std::min(i, 3))));
+            placed.text.push_back(static_cast<uint8_t>(added.code >> (8 * i)));
         }
         run_.glyphs.push_back(std::move(placed));
     }
@@ -1373,7 +1614,7 @@ private:
     Clip clip_;
     std::shared_ptr<const MaskImage> mask_;
     std::shared_ptr<const MaskImage> mask_of_stencil_;
-    std::vector<PaintState> saved_;
+    std::vector<SavedState> saved_;
     std::vector<OpenGroup> groups_;
     MaskPictures pictures_;
     std::unique_ptr<GfxColorSpace> pictures_space_;
@@ -1381,10 +1622,13 @@ private:
     uint64_t unnamed_patterns_ = 0;
 
     std::map<std::pair<int, int>, std::shared_ptr<FontEntry>> fonts_;
+    std::map<std::pair<int, int>, std::shared_ptr<Type3Font>> type3_fonts_;
+    std::unique_ptr<Type3Capture> capture_;
     std::shared_ptr<FontEntry> font_;
     bool font_is_stale_ = true;
     GGO_Matrix em_to_user_{};
     GlyphRun run_;
+    GGO_Matrix run_linear_{};
     GGO_Point run_origin_{};
     Colour run_colour_;
     PaintState run_state_;
