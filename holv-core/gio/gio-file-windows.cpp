@@ -1,46 +1,9 @@
 #include "holv-core/gio/gio-file-host.h"
-#include "holv-core/gio/gio-utf8.h"
+#include "holv-core/gio/gio-wide-path-windows.h"
 
 #include <io.h>
 #include <sys/stat.h>
 #include <wchar.h>
-
-namespace
-{
-
-constexpr uint32_t kLongestRemovedPath = 1024;
-
-bool is_utf8_of_at_most(const char* path, uint32_t limit)
-{
-    uint32_t units = 0;
-    for (uint32_t length; *path != '\0'; path += length)
-    {
-        const int32_t code_point = gio_utf8_decode(path, &length);
-        units += code_point < 0x10000 ? 1 : 2;
-        if (code_point < 0 || units > limit)
-            return false;
-    }
-    return true;
-}
-
-void to_utf16(const char* path, wchar_t* wide)
-{
-    for (uint32_t length; *path != '\0'; path += length)
-    {
-        const int32_t code_point = gio_utf8_decode(path, &length);
-        if (code_point < 0x10000)
-        {
-            *wide++ = static_cast<wchar_t>(code_point);
-            continue;
-        }
-        const auto above = static_cast<uint32_t>(code_point) - 0x10000;
-        *wide++ = static_cast<wchar_t>(((above >> 10) & 0x3FF) + 0xD800);
-        *wide++ = static_cast<wchar_t>((above & 0x3FF) + 0xDC00);
-    }
-    *wide = 0;
-}
-
-}  // namespace
 
 FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t units, uint32_t is_ascii, GMM_Allocator* allocator,
                     uint32_t* no_memory)
@@ -58,7 +21,7 @@ FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t units, uint3
         *no_memory = 1;
         return nullptr;
     }
-    to_utf16(path, wide);
+    gio_wide_convert(path, wide);
     FILE* file = _wfopen(wide, wide_modes[mode_index]);
     allocator->gmm_Free(allocator, wide);
     return file;
@@ -82,9 +45,6 @@ int64_t gio_host_size(FILE* file)
 
 int32_t gio_host_remove(const char* path)
 {
-    wchar_t wide[kLongestRemovedPath + 1];
-    if (!is_utf8_of_at_most(path, kLongestRemovedPath))
-        return remove(path);
-    to_utf16(path, wide);
-    return _wremove(wide);
+    wchar_t wide[GIO_WIDE_PATH_LIMIT + 1];
+    return gio_wide_path(path, wide) != 0 ? _wremove(wide) : remove(path);
 }
