@@ -41,6 +41,7 @@ std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
 int fail(const std::string& message);
 
 Run declare_record(CLI::App& app);
+Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
 }  // namespace tool

@@ -13,6 +13,8 @@ namespace
 constexpr std::array COMMANDS = {
     Command{"record", "log a PDF document's drawing calls, with its page images", "orvlog record letter.pdf",
             declare_record},
+    Command{"ticket", "show a serialised colour ticket as the text that a log holds",
+            "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
 };
 

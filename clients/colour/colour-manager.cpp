@@ -198,6 +198,21 @@ private:
     std::vector<std::optional<uint32_t>> places_;  // of the inputs among the definitions
 };
 
+std::unique_ptr<Ticket> make_record(const TicketContent& content, Bytes serialised)
+{
+    auto ticket = std::make_unique<Ticket>();
+    ticket->serialised = std::move(serialised);
+    ticket->render = content.description.render;
+    ticket->bit_depth = content.description.render_bit_depth;
+    ticket->has_alpha = content.description.render_has_alpha;
+    for (const Definition& definition : content.definitions)
+        ticket->definitions.push_back(record_of(definition));
+    for (const GCM_Csd& csd : ticket->definitions)
+        ticket->list.push_back(&csd);
+    ticket->list.push_back(nullptr);
+    return ticket;
+}
+
 }  // namespace
 
 uint8_t channels_of(Family family)
@@ -217,27 +232,25 @@ uint8_t channels_of(Family family)
 ColourManager::ColourManager() = default;
 ColourManager::~ColourManager() = default;
 
+ColourManager::Ticket* ColourManager::find(const Bytes& serialised) const
+{
+    for (const auto& ticket : tickets_)
+        if (ticket->serialised == serialised)
+            return ticket.get();
+    return nullptr;
+}
+
 void* ColourManager::make_ticket(const TicketDescription& description, std::vector<std::string>* complaints)
 {
     const TicketContent content = ContentMaker(description, complaints).make();
     Bytes bytes = serialise(content);
-    Ticket*& known = by_content_[bytes];
+    Ticket* known = find(bytes);
     if (known == nullptr)
     {
-        auto ticket = std::make_unique<Ticket>();
-        ticket->counts = &counts_;
-        ticket->key = static_cast<uint32_t>(tickets_.size() + 1);
-        ticket->serialised = std::move(bytes);
-        ticket->render = description.render;
-        ticket->bit_depth = description.render_bit_depth;
-        ticket->has_alpha = description.render_has_alpha;
-        for (const Definition& definition : content.definitions)
-            ticket->definitions.push_back(record_of(definition));
-        for (const GCM_Csd& csd : ticket->definitions)
-            ticket->list.push_back(&csd);
-        ticket->list.push_back(nullptr);
-        known = ticket.get();
-        tickets_.push_back(std::move(ticket));
+        tickets_.push_back(make_record(content, std::move(bytes)));
+        known = tickets_.back().get();
+        known->counts = &counts_;
+        known->key = static_cast<uint32_t>(tickets_.size());
     }
     retain_ticket(known);
     return known;

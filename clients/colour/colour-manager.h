@@ -9,7 +9,6 @@
 #include "orvlog/interface/orvlog.h"
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -100,8 +99,9 @@ public:
     struct Ticket;
 
 private:
+    Ticket* find(const Bytes& serialised) const;
+
     std::vector<std::unique_ptr<Ticket>> tickets_;
-    std::map<Bytes, Ticket*> by_content_;
     TicketCounts counts_;
 };
 

@@ -96,15 +96,4 @@ std::optional<ProfileFacts> read_profile(const Bytes& icc, std::string* why)
     return facts;
 }
 
-void white_point(double kelvin, float* xyz)
-{
-    cmsCIExyY chromaticity = {0.3127, 0.3290, 1};
-    cmsCIEXYZ white = {};
-    cmsWhitePointFromTemp(&chromaticity, kelvin);
-    cmsxyY2XYZ(&white, &chromaticity);
-    xyz[0] = static_cast<float>(white.X);
-    xyz[1] = static_cast<float>(white.Y);
-    xyz[2] = static_cast<float>(white.Z);
-}
-
 }  // namespace orvlog::colour

@@ -22,7 +22,4 @@ struct ProfileFacts
 // Nothing, and a reason in `why`, for bytes that are no profile of a gray, RGB or CMYK space.
 std::optional<ProfileFacts> read_profile(const Bytes& icc, std::string* why);
 
-// The white of daylight at so many kelvin, 4000 to 25000, as XYZ with a Y of 1.
-void white_point(double kelvin, float* xyz);
-
 }  // namespace orvlog::colour

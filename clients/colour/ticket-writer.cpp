@@ -1,7 +1,5 @@
 #include "clients/colour/ticket-writer.h"
 
-#include "clients/colour/icc-profile.h"
-
 #include <cstring>
 
 namespace orvlog::colour
@@ -16,7 +14,8 @@ constexpr uint32_t kTableEnd = 0xFFFFFFFF;
 constexpr uint32_t kExtensionsEnd = 0;
 constexpr uint32_t kIsDeviceLink = 74;
 constexpr uint32_t kBlackPoint = 80;
-constexpr double kDaylight = 6504;
+// XYZ of the white at x = 0.3127, y = 0.3290.
+constexpr float kSrgbWhite[3] = {0.950456F, 1, 1.089058F};
 
 enum Marker : uint32_t
 {
@@ -94,11 +93,9 @@ void write_profile_definition(ByteWriter* out, const Definition& definition)
 
 void write_srgb_definition(ByteWriter* out, const Definition& definition)
 {
-    float white[3];
-    white_point(kDaylight, white);
     write_head(out, GCM_CSDTYPE_ANALYTICAL, definition, false);
     out->u32(GCM_ACS_SRGB);
-    for (const float value : white)
+    for (const float value : kSrgbWhite)
         out->f32(value);
     out->u32(kBlackPoint);
     out->u32(3 * sizeof(float));

@@ -1,0 +1,51 @@
+#include "tests/clients/colour/test-profiles.h"
+
+#include <lcms2.h>
+
+namespace orvlog::test
+{
+
+namespace
+{
+
+colour::Bytes bytes_of(cmsHPROFILE profile)
+{
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    colour::Bytes bytes(size);
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
+}  // namespace
+
+colour::Bytes gray_profile()
+{
+    cmsToneCurve* curve = cmsBuildGamma(nullptr, 2.2);
+    const cmsHPROFILE profile = cmsCreateGrayProfile(cmsD50_xyY(), curve);
+    cmsSetHeaderRenderingIntent(profile, INTENT_SATURATION);
+    cmsFreeToneCurve(curve);
+    return bytes_of(profile);
+}
+
+colour::Bytes rgb_profile()
+{
+    const cmsHPROFILE profile = cmsCreate_sRGBProfile();
+    cmsSetHeaderRenderingIntent(profile, INTENT_RELATIVE_COLORIMETRIC);
+    return bytes_of(profile);
+}
+
+colour::Bytes cmyk_profile()
+{
+    const cmsHPROFILE profile = cmsCreateInkLimitingDeviceLink(cmsSigCmykData, 300);
+    cmsSetHeaderRenderingIntent(profile, INTENT_ABSOLUTE_COLORIMETRIC);
+    return bytes_of(profile);
+}
+
+colour::Bytes lab_profile()
+{
+    return bytes_of(cmsCreateLab4Profile(nullptr));
+}
+
+}  // namespace orvlog::test

@@ -1,0 +1,107 @@
+// orvlog ticket: a serialised colour ticket as the text that a log holds.
+
+#include "orvlog/colour/gxc/gxc-ticket.h"
+#include "tools/command.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tool
+{
+
+namespace
+{
+
+struct TicketOptions
+{
+    std::string file;
+    std::string family = "none";
+    std::string prefix;
+};
+
+const std::map<std::string, int32_t> FAMILIES = {{"gray", 0}, {"rgb", 1}, {"cmyk", 2}, {"named", 3}, {"none", -1}};
+
+struct CloseFile
+{
+    void operator()(std::FILE* file) const
+    {
+        if (file != stdin)
+            std::fclose(file);
+    }
+};
+
+// All bytes of a file; false with errno set.
+bool read_whole(const std::string& name, std::vector<uint8_t>* bytes)
+{
+    const std::unique_ptr<std::FILE, CloseFile> file(name == "-" ? stdin : std::fopen(name.c_str(), "rb"));
+    if (file == nullptr)
+        return false;
+    uint8_t piece[65536];
+    size_t got = 0;
+    while ((got = std::fread(piece, 1, sizeof piece, file.get())) != 0)
+        bytes->insert(bytes->end(), piece, piece + got);
+    return std::ferror(file.get()) == 0;
+}
+
+// A stream that lends the bytes.
+GIO_StreamOps lending_operations()
+{
+    GIO_StreamOps ops = {};
+    ops.gio_ReadBuffer = [](void* c, void** data, uint64_t* length) -> int32_t
+    {
+        auto* bytes = static_cast<std::vector<uint8_t>*>(c);
+        *data = bytes->data();
+        *length = bytes->size();
+        return 1;
+    };
+    return ops;
+}
+
+// The standard output, which is flushed once at the end.
+GIO_StreamOps printing_operations()
+{
+    GIO_StreamOps ops = {};
+    ops.gio_VPrintf = [](void*, const char* format, va_list args) -> int32_t
+    { return std::vfprintf(stdout, format, args); };
+    ops.gio_Flush = [](void*) -> int32_t { return 0; };
+    return ops;
+}
+
+int print_ticket(const TicketOptions& options)
+{
+    std::vector<uint8_t> bytes;
+    if (!read_whole(options.file, &bytes))
+        return fail(options.file + ": " + std::strerror(errno));
+    if (bytes.empty())
+        return fail(options.file + ": not a colour ticket: the file is empty");
+    const GIO_StreamOps lending = lending_operations();
+    const GIO_StreamOps printing = printing_operations();
+    GIO_Stream input = {&bytes, GIO_KIND_MEMORY, &lending};
+    GIO_Stream output = {nullptr, GIO_KIND_FORWARD_ONLY, &printing};
+    const uint32_t whole =
+        gxc_deserialise_ticket(nullptr, &input, FAMILIES.at(options.family), &output, options.prefix.c_str());
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        return fail(std::string("standard output: ") + std::strerror(errno));
+    return whole != 0 ? EXIT_DONE : fail(options.file + ": the colour ticket is damaged: it ends too early");
+}
+
+}  // namespace
+
+Run declare_ticket(CLI::App& app)
+{
+    auto options = std::make_shared<TicketOptions>();
+    app.add_option("FILE", options->file, "a serialised colour ticket; - for standard input")->required();
+    app.add_option("--family", options->family, "the family that the text names: gray, rgb, cmyk, named or none")
+        ->check(CLI::IsMember(FAMILIES))
+        ->type_name("NAME");
+    app.add_option("--prefix", options->prefix, "text before each line, as a log's indent")->type_name("TEXT");
+    return [options] { return print_ticket(*options); };
+}
+
+}  // namespace tool
