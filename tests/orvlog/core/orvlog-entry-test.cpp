@@ -1,10 +1,12 @@
 #include "orvlog/core/orvlog-entry.h"
 
+#include "holv-core/gio/gio-file.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/test-session.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <string>
 
@@ -463,6 +465,82 @@ TEST(CodedSession, LastByteIsWrittenAsOneItem)
               0U);
     ORVLOG_DLL_shutdown(orv.document_start.context);
     EXPECT_EQ(stream.pieces().back(), 1U);
+}
+
+constexpr char kTempName[] = "orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp";
+
+// A job of one document, logged directly or through a temporary file.
+std::string log_of_a_job(uint32_t via_temporary_log, uint32_t compress, uint32_t* result, uint64_t room = UINT64_MAX)
+{
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    ORV_Interface orv;
+    stream.set_room(room);
+    const ORVLOG_SessionOptions options = {
+        &orv,    nullptr, allocator.get(), identity.get(), stream.get(), nullptr, nullptr,
+        nullptr, nullptr, nullptr,         nullptr,        compress,     0,       via_temporary_log};
+    EXPECT_NE(orvlog_create_session_with(&options), 0U);
+    void* document = nullptr;
+    orv.document_start.fn(nullptr, &orv, &document, 1, nullptr, nullptr);
+    orv.document_finish.fn(&orv, document);
+    EXPECT_EQ(via_temporary_log != 0, stream.text().empty()) << "the client's stream waits for the merge";
+    *result = ORVLOG_DLL_shutdown(orv.document_start.context);
+    EXPECT_EQ(allocator.outstanding(), 0U);
+    EXPECT_FALSE(stream.closed());
+    return stream.text();
+}
+
+bool take_away(const char* path)
+{
+    return GIO_FileDelete(path) == 0;
+}
+
+TEST(TemporaryLog, BecomesTheClientsLogAtTheShutdown)
+{
+    uint32_t direct_result = 0;
+    uint32_t merged_result = 0;
+    const std::string direct = log_of_a_job(0, 0, &direct_result);
+    const std::string merged = log_of_a_job(1, 0, &merged_result);
+    EXPECT_EQ(direct_result, 1U);
+    EXPECT_EQ(merged_result, 1U);
+    std::string unix_lines = merged;
+    unix_lines.erase(std::remove(unix_lines.begin(), unix_lines.end(), '\r'), unix_lines.end());
+    EXPECT_EQ(unix_lines, direct);
+    EXPECT_FALSE(take_away(kTempName)) << "a merged temporary log is gone";
+}
+
+TEST(TemporaryLog, CanBeCodedInTheMerge)
+{
+    uint32_t result = 0;
+    const std::string coded = log_of_a_job(1, 1, &result);
+    EXPECT_EQ(result, 1U);
+    EXPECT_EQ(coded.substr(0, 35), "<ORV compression=\"Adaptive Huffman\"");
+    TestAllocator allocator;
+    EXPECT_EQ(decoded(&allocator, coded.substr(35), sizeof kRoot - 2), std::string(kRoot).substr(0, sizeof kRoot - 2));
+}
+
+TEST(TemporaryLog, StaysWhenTheMergeFails)
+{
+    uint32_t result = 1;
+    log_of_a_job(1, 0, &result, 100);
+    EXPECT_EQ(result, 0U);
+    EXPECT_TRUE(take_away(kTempName));
+}
+
+TEST(TemporaryLog, ThatCannotBeOpenedRefusesTheSession)
+{
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    ORV_Interface orv = {};
+    allocator.refuse(2);
+    const ORVLOG_SessionOptions options = {&orv,    nullptr, allocator.get(), identity.get(), stream.get(), nullptr,
+                                           nullptr, nullptr, nullptr,         nullptr,        nullptr,      0,
+                                           0,       1};
+    EXPECT_EQ(orvlog_create_session_with(&options), 0U);
+    EXPECT_EQ(stream.text(), "");
+    EXPECT_EQ(allocator.outstanding(), 0U);
 }
 
 TEST(Session, StandsFailingStreamOperations)
