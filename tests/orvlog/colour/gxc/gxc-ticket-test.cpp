@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 
 namespace
@@ -177,6 +179,41 @@ TEST_F(GxcTicket, NullPrefixIsEmpty)
     LentStream input(smallest());
     EXPECT_EQ(deserialise(&input, 1, nullptr), 1u);
     EXPECT_EQ(log.text().find("<GXC_ColorTickets>\n\t<RGB"), 0u);
+}
+
+// The bytes that a line of two-digit numbers says, up to three blanks.
+TicketBytes bytes_of_line(const std::string& line)
+{
+    TicketBytes bytes;
+    std::istringstream words(line.substr(0, line.find("   ")));
+    for (std::string word; words >> word;)
+        bytes.u8({static_cast<uint32_t>(std::stoul(word, nullptr, 16))});
+    return bytes;
+}
+
+TEST_F(GxcTicket, TheDocumentedExampleIsTrue)
+{
+    std::ifstream file(ORVLOG_SOURCE_DIR "/docs/ticket-text.md", std::ios::binary);
+    if (!file)
+        GTEST_SKIP() << "the documents are not at hand";
+    TicketBytes ticket;
+    std::string text;
+    int fences = -1;
+    for (std::string line; std::getline(file, line);)
+    {
+        if (line == "## An example")
+            fences = 0;
+        else if (fences >= 0 && line == "```")
+            ++fences;
+        else if (fences == 1)
+            ticket.append(bytes_of_line(line));
+        else if (fences == 3)
+            text += line + "\n";
+    }
+    EXPECT_EQ(ticket.size(), 64u);
+    LentStream input(ticket);
+    EXPECT_EQ(deserialise(&input, 1), 1u);
+    EXPECT_EQ(log.text(), text);
 }
 
 TEST_F(GxcTicket, AFailingLogDoesNotStopTheReader)
