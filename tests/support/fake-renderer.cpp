@@ -14,6 +14,11 @@ std::string number(const char* name, uint64_t value)
     return std::string(" ") + name + "=" + std::to_string(value);
 }
 
+std::string whole(const char* name, double value)
+{
+    return number(name, value < 1e9 ? static_cast<uint64_t>(value) : 0);
+}
+
 std::string address(const char* name, const void* value)
 {
     return number(name, reinterpret_cast<uintptr_t>(value));
@@ -104,8 +109,7 @@ void FakeRenderer::fill_drawing(ORV_DrawingInterface* drawing)
                                             number("orientation", orientation) +
                                             number("has_placement", has_placement) + number("placement", placement) +
                                             address("retransform", retransform) + number("tiling", tiling) +
-                                            number("x", static_cast<uint64_t>(x)) +
-                                            number("y", static_cast<uint64_t>(y)) + address("mask", mask) +
+                                            whole("x", x) + whole("y", y) + address("mask", mask) +
                                             address("color", color) + address("box", box));
     };
     drawing->group_finish.context = this;
@@ -129,9 +133,9 @@ void FakeRenderer::fill_drawing(ORV_DrawingInterface* drawing)
         r->last_clip = clip;
         return r->arrive("resource_paint", number("resource", resource_id) + number("hints", hints) +
                                                number("type", type) + address("retransform", retransform) +
-                                               number("tiling", tiling) + number("x", static_cast<uint64_t>(x)) +
-                                               number("y", static_cast<uint64_t>(y)) + address("mask", mask) +
-                                               address("color", color) + number("orientation", orientation));
+                                               number("tiling", tiling) + whole("x", x) + whole("y", y) +
+                                               address("mask", mask) + address("color", color) +
+                                               number("orientation", orientation));
     };
     drawing->drawing_error_context.context = this;
     drawing->drawing_error_context.fn = [](const ORV_DrawingInterface* table) -> void*
