@@ -106,7 +106,7 @@ bool gxc_read_float(GXC_Input* input, float* value)
 
 bool gxc_write_fields(GXC_Writer* writer, GXC_Input* input, const GXC_Field* fields, size_t count)
 {
-    const char* open[kDeepestGroup];
+    const char* open[kDeepestGroup] = {};
     size_t depth = 0;
     bool whole = true;
     for (size_t i = 0; i < count && whole; ++i)

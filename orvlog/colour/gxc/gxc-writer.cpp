@@ -57,8 +57,9 @@ uint32_t format_unsigned(char* at, uint32_t value)
 uint32_t format_bool(char* at, bool value)
 {
     const char* text = value ? "TRUE" : "FALSE";
-    const auto length = static_cast<uint32_t>(std::strlen(text));
-    std::memcpy(at, text, length);
+    uint32_t length = 0;
+    for (; text[length] != '\0'; ++length)
+        at[length] = text[length];
     return length;
 }
 

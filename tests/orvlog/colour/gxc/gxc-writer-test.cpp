@@ -166,7 +166,7 @@ TEST(GxcFloat, PrintsLiteralForms)
     EXPECT_EQ(format(of_bits(0x7F800001)), "nan");
 }
 
-TEST(GxcFloat, AgreesWithTheCLibrary)
+TEST(GxcFloat, SameAsTheCLibraryInAnyLocale)
 {
     std::mt19937 random(7);
     for (int i = 0; i < 100000; ++i)
@@ -175,7 +175,8 @@ TEST(GxcFloat, AgreesWithTheCLibrary)
         if (!std::isfinite(value))
             continue;
         char expected[64];
-        std::snprintf(expected, sizeof expected, "%f", static_cast<double>(value));
+        const int length = std::snprintf(expected, sizeof expected, "%f", static_cast<double>(value));
+        expected[length - 7] = '.';  // whatever the locale writes there
         ASSERT_EQ(format(value), expected);
     }
 }
