@@ -143,9 +143,8 @@ void orvlog_pop_group(ORVLOG_DrawingContext* drawing)
     if (frame->owns_font_wrapper != 0)
         font_wrapper_release(session, frame->font_wrapper);
     session->current_font_wrapper = font_wrapper_if_live(session, frame->saved_font_wrapper);
-    if (frame->replaced_operand != nullptr && frame->operand_kept == 0 &&
-        orvlog_operand_is_image(frame->replaced_operand))
-        ORVLOG_DeleteImagePool(reinterpret_cast<GOP_OperandImagePointer*>(frame->replaced_operand));
+    if (orvlog_operand_is_image(frame->replaced_operand))
+        ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(frame->replaced_operand), frame->operand_kept);
     orvlog_unlink_group_frame(drawing);
 }
 

@@ -89,8 +89,8 @@ void orvlog_release_operands(const ORVLOG_CallOperand* operands, uint32_t count)
     for (uint32_t i = 0; i < count; ++i)
     {
         const ORVLOG_CallOperand* operand = &operands[i];
-        if (operand->replaced != 0 && operand->kept == 0 && orvlog_operand_is_image(operand->operand))
-            ORVLOG_DeleteImagePool(reinterpret_cast<GOP_OperandImagePointer*>(operand->operand));
+        if (operand->replaced != 0 && orvlog_operand_is_image(operand->operand))
+            ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(operand->operand), operand->kept);
     }
 }
 

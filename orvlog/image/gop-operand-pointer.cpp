@@ -1,6 +1,8 @@
 #include "orvlog/image/gop-operand-pointer.h"
 
 #include "orvlog/colour/gcm-csd-dump.h"
+#include "orvlog/image/gop-image-dump.h"
+#include "orvlog/image/orvlog-image-read.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/gop-operand-dump.h"
@@ -106,9 +108,16 @@ void dump_grad_radial(ORVLOG_Writer* writer, const GOP_OperandGradRadialPointer*
     leave(writer, element);
 }
 
-uint32_t dump_image(ORVLOG_Session*, GOP_OperandImagePointer*)
+uint32_t dump_image(ORVLOG_Session* session, GOP_OperandImagePointer* record)
 {
-    return 1;
+    ORVLOG_DumpImagePointer(&session->writer, record, 1);
+    if (session->image.image_logging_mode != ORVLOG_MODE_BASE)
+        return 1;
+    const uint32_t result = orvlog_capture_image(record);
+    const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
+    if (wrapper != nullptr && wrapper->context->endless != 0)
+        orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT, "Image goes on beyond its size.");
+    return result;
 }
 
 void dump_paint(ORVLOG_Writer* writer, const GOP_OperandPointer* operand, uint32_t type)

@@ -2,14 +2,25 @@
 
 #pragma once
 
-#include "orvlog/interface/gop-image.h"
-#include "orvlog/session/orvlog-session.h"
+#include "orvlog/image/orvlog-image-context.h"
 
 #include <cstdint>
 
 // Exchanges an image operand for a wrapped one; others stay as they are. `kept_flag` is set to 0, and to 1 when
-// the renderer keeps the image.
+// the renderer keeps the image; it must live until ORVLOG_EndImageCall. Without memory the operand stays the
+// client's, and a warning is queued.
 void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** operand, uint32_t* kept_flag);
 
-// Frees all that belongs to a wrapped image at once.
-void ORVLOG_DeleteImagePool(GOP_OperandImagePointer* operand);
+// Wraps one record of a client's. The new one is linked behind the last record of `chain`, unless that is null.
+// 1, or 0 without memory or without an image in the record.
+uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* context,
+                          GOP_OperandImagePointer* client_record, GOP_OperandImagePointer** wrapped,
+                          GOP_OperandImagePointer* chain);
+
+// Says that the call which replaced the operand has ended: frees the image unless the renderer has kept it and has
+// not released it yet.
+void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept);
+
+// Frees all that belongs to a wrapped image at once, and closes its files. Gives the parent allocator. Records that
+// were not wrapped here are left alone.
+GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record);

@@ -1,0 +1,381 @@
+#include "orvlog/image/orvlog-image-callbacks.h"
+
+#include "holv-core/gio/gio-file.h"
+#include "orvlog/image/gop-image-dump.h"
+#include "orvlog/image/orvlog-image-wrapper.h"
+#include "orvlog/image/orvlog-side-file.h"
+#include "orvlog/log/orvlog-names.h"
+
+#include <cstdio>
+
+namespace
+{
+
+constexpr uint32_t kRow = 50;
+constexpr size_t kAsyncName = 70;
+
+constexpr ORVLOG_FlagEntry kObjectTypeEntries[] = {
+    ORVLOG_FLAG(GCM_OBJ_TEXT),
+    ORVLOG_FLAG(GCM_OBJ_LINE),
+    ORVLOG_FLAG(GCM_OBJ_GRAPHICS),
+    ORVLOG_FLAG(GCM_OBJ_IMAGE),
+};
+constexpr ORVLOG_FlagTable kObjectType = orvlog_flag_table(kObjectTypeEntries);
+
+// What a prepare was asked for.
+struct PrepareRequest
+{
+    uint32_t object_type;
+    uint32_t decompress;
+    uint32_t rescale;
+    float max_width_rescale;
+    float min_width_rescale;
+    float max_height_rescale;
+    float min_height_rescale;
+    uint32_t use_render_color_space;
+    uint32_t req_bit_depth;
+    uint32_t need_attr;
+};
+
+// One of the two buffers of a read.
+struct ReadBuffer
+{
+    const uint8_t* bytes;
+    uint32_t size;
+    int32_t row_step;
+    const int32_t* returned;
+};
+
+int32_t told(const ReadBuffer* buffer)
+{
+    return buffer->returned != nullptr ? *buffer->returned : 0;
+}
+
+// A client may say that it has returned more than the buffer holds, or less than nothing.
+uint32_t held(const ReadBuffer* buffer)
+{
+    const int32_t count = told(buffer);
+    if (count <= 0)
+        return 0;
+    return static_cast<uint32_t>(count) < buffer->size ? static_cast<uint32_t>(count) : buffer->size;
+}
+
+void begin(ORVLOG_ImageWrapper* wrapper, const char* element, uint32_t id, uint32_t result)
+{
+    orvlog_writer_begin_element(&wrapper->writer, element);
+    orvlog_attr_uint(&wrapper->writer, "Id", id);
+    orvlog_attr_bool(&wrapper->writer, "return", result);
+}
+
+void end_and_close(ORVLOG_Writer* writer, const char* element)
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+void dump_record_and_close(ORVLOG_Writer* writer, const char* element, const GOP_OperandImagePointer* record)
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    ORVLOG_DumpImagePointer(writer, record, 0);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+// The client may have changed its record in place: takes that over, but for what must stay the logger's.
+void refresh(GOP_OperandImagePointer* record, const ORVLOG_ImageWrapper* wrapper)
+{
+    const GOP_OperandImagePointer mine = *record;
+    auto* image = const_cast<GOP_OperandImage*>(mine.imp_Image);
+    *record = *wrapper->client_record;
+    if (record->imp_Image != nullptr)
+        *image = *record->imp_Image;
+    record->imp_Image = image;
+    record->imp_ImagePrepareFn = mine.imp_ImagePrepareFn;
+    record->imp_ImageReadFn = mine.imp_ImageReadFn;
+    record->imp_ImageFinishFn = mine.imp_ImageFinishFn;
+    record->imp_ImageResetFn = mine.imp_ImageResetFn;
+    record->imp_ImageKeepFn = mine.imp_ImageKeepFn;
+    record->imp_ImageReleaseFn = mine.imp_ImageReleaseFn;
+    record->imp_Context = mine.imp_Context;
+}
+
+void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, uint32_t replaced,
+                  const PrepareRequest* request, const GOP_OperandImagePointer* record)
+{
+    ORVLOG_Writer* writer = &wrapper->writer;
+    begin(wrapper, "GOP_ImagePrepareFn", id, result);
+    orvlog_attr_bool(writer, "operand_p_replaced", replaced);
+    orvlog_attr_flags(writer, "object_type", &kObjectType, request->object_type);
+    orvlog_attr_bool(writer, "decompress", request->decompress);
+    if (request->decompress == 0)
+        orvlog_attr_bool(writer, "rescale", request->rescale);
+    // The bounds follow a rescale even where decompress leaves out the word itself; readers of the log rely on it.
+    if (request->rescale != 0)
+    {
+        orvlog_attr_float(writer, "max_width_rescale", request->max_width_rescale);
+        orvlog_attr_float(writer, "min_width_rescale", request->min_width_rescale);
+        orvlog_attr_float(writer, "max_height_rescale", request->max_height_rescale);
+        orvlog_attr_float(writer, "min_height_rescale", request->min_height_rescale);
+    }
+    if (request->decompress == 0)
+    {
+        orvlog_attr_bool(writer, "use_render_color_space", request->use_render_color_space);
+        orvlog_attr_bit_depth(writer, "req_bit_depth", request->req_bit_depth);
+        orvlog_attr_bool(writer, "need_attr", request->need_attr);
+    }
+    dump_record_and_close(writer, "GOP_ImagePrepareFn", record);
+}
+
+void free_name(const ORVLOG_ImageWrapper* wrapper, char** name)
+{
+    GMM_Allocator* pool = wrapper->context->allocator;
+    if (*name != nullptr)
+        pool->gmm_Free(pool, *name);
+    *name = nullptr;
+}
+
+uint32_t open_files(ORVLOG_ImageWrapper* wrapper, bool with_attr)
+{
+    ORVLOG_ImageContext* context = wrapper->context;
+    if (ORVLOG_OpenSideFile(context, &wrapper->image_file, &wrapper->image_file_name, "img") == 0)
+    {
+        free_name(wrapper, &wrapper->image_file_name);
+        return 0;
+    }
+    if (!with_attr || ORVLOG_OpenSideFile(context, &wrapper->attr_file, &wrapper->attr_file_name, "attr") != 0)
+        return 1;
+    free_name(wrapper, &wrapper->attr_file_name);
+    orvlog_close_stream(&wrapper->image_file);
+    free_name(wrapper, &wrapper->image_file_name);
+    return 0;
+}
+
+// A file that is not open, since it never was or has been closed, gets nothing and is not named.
+void write_file(ORVLOG_ImageWrapper* wrapper, const char* attribute, const char* name, GIO_Stream* file,
+                const ReadBuffer* buffer)
+{
+    if (file == nullptr)
+        return;
+    orvlog_attr_string(&wrapper->writer, attribute, name);
+    orvlog_side_file_write(file, buffer->bytes, held(buffer));
+}
+
+void dump_buffer(ORVLOG_Writer* writer, const char* element, const ReadBuffer* buffer)
+{
+    orvlog_writer_depth_up(writer);
+    orvlog_writer_open_element(writer, element);
+    orvlog_writer_depth_up(writer);
+    orvlog_elem_bytes(writer, buffer->bytes, buffer->bytes != nullptr ? held(buffer) : 0, kRow);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+    orvlog_writer_depth_down(writer);
+}
+
+// Gives the result of the read as the renderer gets it.
+uint32_t dump_read(ORVLOG_ImageWrapper* wrapper, uint32_t result, uint32_t skip_pixels, const ReadBuffer* image,
+                   const ReadBuffer* attr)
+{
+    ORVLOG_Writer* writer = &wrapper->writer;
+    const bool with_attr = attr->bytes != nullptr;
+    const bool with_files = wrapper->context->params->has_file_prefix != 0;
+    begin(wrapper, "GOP_ImageReadFn", wrapper->id, result);
+    orvlog_attr_uint(writer, "skip_pixels", skip_pixels);
+    orvlog_attr_int(writer, "img_row_step", image->row_step);
+    orvlog_attr_int(writer, "img_returned", told(image));
+    if (with_attr)
+    {
+        orvlog_attr_int(writer, "attr_row_step", attr->row_step);
+        orvlog_attr_int(writer, "attr_returned", told(attr));
+    }
+    if (with_files && wrapper->files_open == 0 && open_files(wrapper, with_attr) == 0)
+        result = 0;
+    if (with_files && result != 0)
+    {
+        write_file(wrapper, "ImageFileName", wrapper->image_file_name, wrapper->image_file, image);
+        if (with_attr)
+            write_file(wrapper, "AttrFileName", wrapper->attr_file_name, wrapper->attr_file, attr);
+    }
+    orvlog_writer_end_tag(writer);
+    if (!with_files)
+    {
+        dump_buffer(writer, "img_buf", image);
+        if (with_attr)
+            dump_buffer(writer, "attr_buf", attr);
+    }
+    orvlog_writer_close_element(writer, "GOP_ImageReadFn");
+    wrapper->files_open = 1;
+    return result;
+}
+
+uint32_t word_of(const uint8_t* bytes)
+{
+    return uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
+}
+
+GIO_Stream* open_async_log(const ORVLOG_ImageContext* context, char* name)
+{
+    const uint8_t* id = context->session_id;
+    std::snprintf(name, kAsyncName, "orvlog-%08x-%08x-%08x-%08x-async-image-%010u.tmp", word_of(id + 12),
+                  word_of(id + 8), word_of(id + 4), word_of(id), context->counters[1]);
+    GIO_Stream* stream = nullptr;
+    if (gio_OpenFile(name, GIO_OPEN_WRITE, 1, context->stream_allocator, &stream) != GIO_OK)
+        return nullptr;
+    return stream;
+}
+
+void dump_keep(ORVLOG_ImageWrapper* wrapper, const char* name, uint32_t result)
+{
+    ORVLOG_Writer* writer = &wrapper->writer;
+    orvlog_writer_begin_element(writer, "GOP_ImageKeepFn");
+    orvlog_attr_uint(writer, "Id", wrapper->id);
+    if (name != nullptr)
+        orvlog_attr_string(writer, "async_img_log_file_name", name);
+    orvlog_attr_bool(writer, "return", result);
+    end_and_close(writer, "GOP_ImageKeepFn");
+}
+
+void raise(uint32_t** flag)
+{
+    if (*flag != nullptr)
+        **flag = 1;
+    *flag = nullptr;
+}
+
+}  // namespace
+
+uint32_t orvlog_image_prepare(GOP_OperandImagePointer** operand_p, uint32_t object_type, uint32_t decompress,
+                              uint32_t rescale, float max_width_rescale, float min_width_rescale,
+                              float max_height_rescale, float min_height_rescale, uint32_t use_render_color_space,
+                              uint32_t req_bit_depth, uint32_t need_attr)
+{
+    ORVLOG_ImageWrapper* wrapper = operand_p != nullptr ? orvlog_image_wrapper_of(*operand_p) : nullptr;
+    if (wrapper == nullptr)
+        return 0;
+    const PrepareRequest request = {object_type,
+                                    decompress,
+                                    rescale,
+                                    max_width_rescale,
+                                    min_width_rescale,
+                                    max_height_rescale,
+                                    min_height_rescale,
+                                    use_render_color_space,
+                                    req_bit_depth,
+                                    need_attr};
+    GOP_OperandImagePointer* client_record = wrapper->client_record;
+    uint32_t result = 0;
+    if (client_record->imp_ImagePrepareFn != nullptr)
+        result = client_record->imp_ImagePrepareFn(&client_record, object_type, decompress, rescale, max_width_rescale,
+                                                   min_width_rescale, max_height_rescale, min_height_rescale,
+                                                   use_render_color_space, req_bit_depth, need_attr);
+    const uint32_t id = wrapper->id;
+    const bool replaced = client_record != wrapper->client_record;
+    if (replaced)
+    {
+        GOP_OperandImagePointer* wrapped = nullptr;
+        if (ORVLOG_WrapImage(&wrapper->writer, wrapper->context, client_record, &wrapped, *operand_p) == 0)
+            return 0;
+        *operand_p = wrapped;
+    }
+    else
+    {
+        refresh(*operand_p, wrapper);
+        wrapper->id = wrapper->context->counters[1]++;
+    }
+    dump_prepare(wrapper, id, result, replaced ? 1 : 0, &request, *operand_p);
+    return result;
+}
+
+uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void*, uint32_t skip_pixels, uint8_t* image_buffer,
+                           uint32_t image_size, int32_t img_row_step, int32_t* img_returned, uint8_t* attr_buffer,
+                           uint32_t attr_size, int32_t attr_row_step, int32_t* attr_returned)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    if (wrapper == nullptr)
+        return 0;
+    GOP_OperandImagePointer* client = wrapper->client_record;
+    uint32_t result = 0;
+    if (client->imp_ImageReadFn != nullptr)
+        result =
+            client->imp_ImageReadFn(client, client->imp_Context, skip_pixels, image_buffer, image_size, img_row_step,
+                                    img_returned, attr_buffer, attr_size, attr_row_step, attr_returned);
+    const ReadBuffer image = {image_buffer, image_size, img_row_step, img_returned};
+    const ReadBuffer attr = {attr_buffer, attr_size, attr_row_step, attr_returned};
+    return dump_read(wrapper, result, skip_pixels, &image, &attr);
+}
+
+uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void*)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    if (wrapper == nullptr)
+        return 0;
+    GOP_OperandImagePointer* client = wrapper->client_record;
+    uint32_t result = 0;
+    if (client->imp_ImageFinishFn != nullptr)
+        result = client->imp_ImageFinishFn(client, client->imp_Context);
+    begin(wrapper, "GOP_ImageFinishFn", wrapper->id, result);
+    dump_record_and_close(&wrapper->writer, "GOP_ImageFinishFn", operand_p);
+    free_name(wrapper, &wrapper->image_file_name);
+    orvlog_close_stream(&wrapper->image_file);
+    free_name(wrapper, &wrapper->attr_file_name);
+    orvlog_close_stream(&wrapper->attr_file);
+    return 1;
+}
+
+uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void*)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    if (wrapper == nullptr)
+        return 0;
+    GOP_OperandImagePointer* client = wrapper->client_record;
+    uint32_t result = 0;
+    if (client->imp_ImageResetFn != nullptr)
+        result = client->imp_ImageResetFn(client, client->imp_Context);
+    begin(wrapper, "GOP_ImageResetFn", wrapper->id, result);
+    end_and_close(&wrapper->writer, "GOP_ImageResetFn");
+    return result;
+}
+
+uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    if (wrapper == nullptr)
+        return 0;
+    ORVLOG_ImageContext* context = wrapper->context;
+    char name[kAsyncName] = "";
+    // An image that has been kept has its log already.
+    const bool first = context->async_stream == nullptr;
+    if (first && (context->async_stream = open_async_log(context, name)) == nullptr)
+        return 0;
+    GOP_OperandImagePointer* client = wrapper->client_record;
+    const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
+    dump_keep(wrapper, first ? name : nullptr, result);
+    wrapper->writer.stream = context->async_stream;
+    // The coder of the session's log would lose track if the text of another file went through it.
+    wrapper->writer.coder = nullptr;
+    wrapper->writer.compress = 0;
+    context->released = 0;
+    raise(&context->kept_flag);
+    raise(&context->async_flag);
+    return result;
+}
+
+void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    if (wrapper == nullptr)
+        return nullptr;
+    ORVLOG_ImageContext* context = wrapper->context;
+    GOP_OperandImagePointer* client = wrapper->client_record;
+    if (context->released != 0)
+        return nullptr;
+    if (client->imp_ImageReleaseFn != nullptr)
+        client->imp_ImageReleaseFn(client);
+    orvlog_writer_begin_element(&wrapper->writer, "GOP_ImageReleaseFn");
+    orvlog_attr_uint(&wrapper->writer, "Id", wrapper->id);
+    end_and_close(&wrapper->writer, "GOP_ImageReleaseFn");
+    context->released = 1;
+    if (context->in_call == 0)
+        return ORVLOG_DeleteImagePool(operand_p);
+    return nullptr;
+}

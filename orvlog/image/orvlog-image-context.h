@@ -1,0 +1,58 @@
+// What belongs to an image that stands wrapped in the place of a client's. All of it lies in the image's private
+// allocator, so that it goes away at once, however the calls ended.
+
+#pragma once
+
+#include "orvlog/interface/gop-image.h"
+#include "orvlog/session/orvlog-session.h"
+
+#include <cstdint>
+
+// Words of a render description; the fourth counts the render channels.
+constexpr uint32_t ORVLOG_RENDER_WORDS = 5;
+constexpr uint32_t ORVLOG_RENDER_CHANNELS_WORD = 3;
+
+// One for each replaced image.
+struct ORVLOG_ImageContext
+{
+    uint32_t* kept_flag;   // of the call that replaced the operand; null after a keep
+    uint32_t* async_flag;  // the session's merge_mode; null after a keep
+    const ORVLOG_ImageParams* params;
+    uint32_t* counters;        // side file number, image id
+    GMM_Allocator* allocator;  // the private one
+    uint32_t object_type;      // for the prepare of a read-through
+    uint32_t render_description[ORVLOG_RENDER_WORDS];
+    uint8_t session_id[16];
+
+    GMM_Allocator* stream_allocator;        // of the session: records of streams must be aligned
+    GOP_OperandImagePointer* first_record;  // head of the chain of wrapped records
+    GIO_Stream* async_stream;               // the log of a kept image, while it is open
+    uint32_t in_call;                       // the call that replaced the operand has not ended
+    uint32_t released;                      // the renderer has no more use for the image
+    uint32_t endless;                       // a read-through was cut off
+    ORVLOG_ImageParams own_params;          // a kept image may outlive the session
+    uint32_t own_counters[2];
+};
+
+// One for each wrapped pointer record, which points at it as its context.
+struct ORVLOG_ImageWrapper
+{
+    GOP_OperandImagePointer* next;  // the next wrapped record of the image, made by a prepare
+    ORVLOG_Writer writer;           // as it stood when the wrapper was made; drops warnings
+    ORVLOG_ImageContext* context;
+    uint32_t id;
+    GOP_OperandImagePointer* client_record;
+    uint32_t files_open;  // 1 after the first read
+    GIO_Stream* image_file;
+    char* image_file_name;
+    GIO_Stream* attr_file;
+    char* attr_file_name;
+};
+
+// The wrapper of a record that was wrapped here; null for a client's own record, whose context is not looked at.
+ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record);
+
+// A block for a record, aligned; null without memory.
+void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size);
+
+void orvlog_close_stream(GIO_Stream** stream);
