@@ -1,63 +1,181 @@
 #include "orvlog/font/orvlog-font-wrapper.h"
 
+#include "orvlog/font/gfi-dump.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/records/ggo-dump.h"
+
 namespace
 {
 
-const GFI_FontEngineTable* inner_of(void* fe_context)
+FontEngineWrapper* wrapper_of(void* fe_context)
 {
-    return static_cast<FontEngineWrapper*>(fe_context)->inner_table;
+    return static_cast<FontEngineWrapper*>(fe_context);
 }
+
+void begin(const FontEngineWrapper* wrapper, const char* element, uint32_t result)
+{
+    ORVLOG_Writer* writer = &wrapper->session->writer;
+    orvlog_writer_begin_element(writer, element);
+    orvlog_attr_uint(writer, "GfpId", wrapper->GfpId);
+    orvlog_attr_bool(writer, "result", result);
+}
+
+uint32_t value_of(const uint32_t* word)
+{
+    return word != nullptr ? *word : 0;
+}
+
+// The node that holds both; the numbering of shapes is content with one of each, and readers of the log rely on
+// the warnings that follow from that.
+const font_id_pair* find_pair(const ORVLOG_Session* session, const GFI_FontSpecPointer* font_spec,
+                              const GFI_StringDescPointer* string_desc)
+{
+    const font_id_pair* pair = session->object_scratch;
+    while (pair != nullptr && (pair->font_spec != font_spec || pair->string_desc != string_desc))
+        pair = pair->next;
+    return pair;
+}
+
+void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font_spec,
+                        const GFI_StringDescPointer* string_desc)
+{
+    ORVLOG_Writer* writer = &session->writer;
+    const font_id_pair* pair = find_pair(session, font_spec, string_desc);
+    if (pair != nullptr)
+    {
+        orvlog_attr_uint(writer, "orvlog_font_spec_id", pair->font_spec_id);
+        orvlog_attr_uint(writer, "orvlog_string_desc_id", pair->string_desc_id);
+    }
+    orvlog_writer_self_close(writer);
+    if (pair == nullptr)
+        orvlog_writer_defer_warning(
+            writer, ORVLOG_WARNING_FORMAT,
+            "Could not match font_spec_ptr and string_desc in GFI_StringStartFn to a valid GSH_ShapePointer.");
+}
+
+// A glyph as the engine gave it. `changed` says whether a new transform came with it.
+void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
+                const uint32_t* flags, const GFI_GlyphDescPointer* glyph)
+{
+    orvlog_attr_bool(writer, "glyphdesc_transform_changed", value_of(changed));
+    if (value_of(changed) != 0)
+    {
+        ggo_attr_matrix(writer, "glyphdesc_to_face_pixel", to_face_pixel);
+        ggo_attr_transform_flags(writer, "glyphdesc_transform_flags", value_of(flags));
+    }
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_depth_up(writer);
+    dump_GFI_GlyphDescPointer(writer, glyph);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, element);
+}
+
+// The wrapped functions: the engine first, then the element, then the engine's result. An engine without the
+// function fails.
 
 uint32_t string_start(void* fe_context, const GFI_FontSpecPointer* font_spec_ptr,
                       const GGO_Matrix* stringdesc_to_face_pixel, uint32_t stringdesc_transform_flags, uint32_t scaled,
                       const GFI_StringDescPointer* string_desc, int32_t* unique_font_id,
                       GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags)
 {
-    const GFI_FontEngineTable* inner = inner_of(fe_context);
-    if (inner->GFI_StringStartFn == nullptr)
-        return 0;
-    return inner->GFI_StringStartFn(inner->fe_Context, font_spec_ptr, stringdesc_to_face_pixel,
-                                    stringdesc_transform_flags, scaled, string_desc, unique_font_id,
-                                    glyphdesc_to_face_pixel, glyphdesc_transform_flags);
+    const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    const GFI_FontEngineTable* inner = wrapper->inner_table;
+    uint32_t result = 0;
+    if (inner->GFI_StringStartFn != nullptr)
+        result = inner->GFI_StringStartFn(inner->fe_Context, font_spec_ptr, stringdesc_to_face_pixel,
+                                          stringdesc_transform_flags, scaled, string_desc, unique_font_id,
+                                          glyphdesc_to_face_pixel, glyphdesc_transform_flags);
+    ORVLOG_Writer* writer = &wrapper->session->writer;
+    begin(wrapper, "GFI_StringStartFn", result);
+    ggo_attr_matrix(writer, "stringdesc_to_face_pixel", stringdesc_to_face_pixel);
+    ggo_attr_transform_flags(writer, "stringdesc_transform_flags", stringdesc_transform_flags);
+    orvlog_attr_bool(writer, "scaled", scaled);
+    if (result != 0)
+    {
+        orvlog_attr_int(writer, "unique_font_id", unique_font_id != nullptr ? *unique_font_id : 0);
+        ggo_attr_matrix(writer, "glyphdesc_to_face_pixel", glyphdesc_to_face_pixel);
+        ggo_attr_transform_flags(writer, "glyphdesc_transform_flags", value_of(glyphdesc_transform_flags));
+    }
+    close_string_start(wrapper->session, font_spec_ptr, string_desc);
+    return result;
 }
 
 uint32_t glyph_index_get(void* fe_context, uint32_t* glyph_returned, uint32_t* glyph_index_out,
                          uint16_t* glyph_sub_pixel_variant, GGO_Vector* advance_vector,
                          GGO_BoxFloat* quick_bounding_box)
 {
-    const GFI_FontEngineTable* inner = inner_of(fe_context);
-    if (inner->GFI_GlyphIndexGetFn == nullptr)
-        return 0;
-    return inner->GFI_GlyphIndexGetFn(inner->fe_Context, glyph_returned, glyph_index_out, glyph_sub_pixel_variant,
-                                      advance_vector, quick_bounding_box);
+    const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    const GFI_FontEngineTable* inner = wrapper->inner_table;
+    uint32_t result = 0;
+    if (inner->GFI_GlyphIndexGetFn != nullptr)
+        result = inner->GFI_GlyphIndexGetFn(inner->fe_Context, glyph_returned, glyph_index_out, glyph_sub_pixel_variant,
+                                            advance_vector, quick_bounding_box);
+    ORVLOG_Writer* writer = &wrapper->session->writer;
+    begin(wrapper, "GFI_GlyphIndexGetFn", result);
+    if (result != 0)
+        orvlog_attr_bool(writer, "glyph_returned", value_of(glyph_returned));
+    if (result != 0 && value_of(glyph_returned) != 0)
+    {
+        orvlog_attr_uint(writer, "glyph_index_out", value_of(glyph_index_out));
+        orvlog_attr_uint(writer, "glyph_sub_pixel_variant",
+                         glyph_sub_pixel_variant != nullptr ? *glyph_sub_pixel_variant : 0);
+        ggo_attr_vector(writer, "advance_vector", advance_vector);
+        ggo_attr_box(writer, "quick_bounding_box", quick_bounding_box);
+    }
+    orvlog_writer_self_close(writer);
+    return result;
 }
 
 uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, uint32_t* glyph_returned,
                                 uint32_t* glyphdesc_transform_changed, GGO_Matrix* glyphdesc_to_face_pixel,
                                 uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer* glyph)
 {
-    const GFI_FontEngineTable* inner = inner_of(fe_context);
-    if (inner->GFI_GlyphGetFixedFormatFn == nullptr)
-        return 0;
-    return inner->GFI_GlyphGetFixedFormatFn(inner->fe_Context, required_desc_type, glyph_returned,
-                                            glyphdesc_transform_changed, glyphdesc_to_face_pixel,
-                                            glyphdesc_transform_flags, glyph);
+    static constexpr const char* const element = "GFI_GlyphGetFixedFormatFn";
+    const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    const GFI_FontEngineTable* inner = wrapper->inner_table;
+    uint32_t result = 0;
+    if (inner->GFI_GlyphGetFixedFormatFn != nullptr)
+        result = inner->GFI_GlyphGetFixedFormatFn(inner->fe_Context, required_desc_type, glyph_returned,
+                                                  glyphdesc_transform_changed, glyphdesc_to_face_pixel,
+                                                  glyphdesc_transform_flags, glyph);
+    ORVLOG_Writer* writer = &wrapper->session->writer;
+    begin(wrapper, element, result);
+    gfi_attr_glyph_desc_type(writer, "required_desc_type", required_desc_type);
+    if (result != 0)
+        orvlog_attr_bool(writer, "glyph_returned", value_of(glyph_returned));
+    if (result != 0 && value_of(glyph_returned) != 0)
+        dump_glyph(writer, element, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
+                   glyph);
+    else
+        orvlog_writer_self_close(writer);
+    return result;
 }
 
 uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* glyphdesc_transform_changed,
                    GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags,
                    GFI_GlyphDescPointer* glyph)
 {
-    const GFI_FontEngineTable* inner = inner_of(fe_context);
-    if (inner->GFI_GlyphGetFn == nullptr)
-        return 0;
-    return inner->GFI_GlyphGetFn(inner->fe_Context, requested_desc_type, glyphdesc_transform_changed,
-                                 glyphdesc_to_face_pixel, glyphdesc_transform_flags, glyph);
+    static constexpr const char* const element = "GFI_GlyphGetFn";
+    const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    const GFI_FontEngineTable* inner = wrapper->inner_table;
+    uint32_t result = 0;
+    if (inner->GFI_GlyphGetFn != nullptr)
+        result = inner->GFI_GlyphGetFn(inner->fe_Context, requested_desc_type, glyphdesc_transform_changed,
+                                       glyphdesc_to_face_pixel, glyphdesc_transform_flags, glyph);
+    ORVLOG_Writer* writer = &wrapper->session->writer;
+    begin(wrapper, element, result);
+    gfi_attr_glyph_desc_type(writer, "requested_desc_type", requested_desc_type);
+    if (result != 0)
+        dump_glyph(writer, element, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
+                   glyph);
+    else
+        orvlog_writer_self_close(writer);
+    return result;
 }
 
 const char* engine_id_get(void* fe_context)
 {
-    return font_engine_id(inner_of(fe_context));
+    return font_engine_id(wrapper_of(fe_context)->inner_table);
 }
 
 void fill_table(GFI_FontEngineTable* table, FontEngineWrapper* wrapper)

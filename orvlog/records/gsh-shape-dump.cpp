@@ -1,6 +1,7 @@
 #include "orvlog/records/gsh-shape-dump.h"
 
 #include "orvlog/font/gfi-dump.h"
+#include "orvlog/font/orvlog-glyph-capture.h"
 #include "orvlog/log/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
@@ -303,6 +304,7 @@ void dump_GSH_ShapePointer(ORVLOG_Session* session, const GSH_ShapePointer* poin
         dump_union(session, pointer);
     orvlog_writer_depth_down(writer);
     orvlog_writer_close_element(writer, "GSH_ShapePointer");
+    capture_shape_glyphs(session, pointer);
 }
 
 void dump_GSH_ShapeList(ORVLOG_Session* session, const GSH_ShapeList* list)
