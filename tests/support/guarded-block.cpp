@@ -23,8 +23,8 @@ GuardedBlock::GuardedBlock(size_t size) : mapped_((size + kPage - 1) / kPage * k
     const size_t open = mapped_ - kPage;
 #ifdef _WIN32
     mapping_ = VirtualAlloc(nullptr, mapped_, MEM_RESERVE, PAGE_NOACCESS);
-    const bool mapped = mapping_ != nullptr &&
-                        (open == 0 || VirtualAlloc(mapping_, open, MEM_COMMIT, PAGE_READWRITE) != nullptr);
+    const bool mapped =
+        mapping_ != nullptr && (open == 0 || VirtualAlloc(mapping_, open, MEM_COMMIT, PAGE_READWRITE) != nullptr);
 #else
     mapping_ = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     const bool mapped = mapping_ != MAP_FAILED && (open == 0 || mprotect(mapping_, open, PROT_READ | PROT_WRITE) == 0);

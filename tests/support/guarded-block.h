@@ -15,15 +15,27 @@ class GuardedBlock
 public:
     // The block starts as near its end allows: `size` bytes that end at the unmapped page.
     explicit GuardedBlock(size_t size);
-    GuardedBlock(const void* content, size_t size) : GuardedBlock(size) { std::memcpy(data(), content, size); }
+    GuardedBlock(const void* content, size_t size) : GuardedBlock(size)
+    {
+        std::memcpy(data(), content, size);
+    }
     GuardedBlock(const GuardedBlock&) = delete;
     GuardedBlock& operator=(const GuardedBlock&) = delete;
     ~GuardedBlock();
 
-    uint8_t* data() { return data_; }
-    size_t size() const { return size_; }
+    uint8_t* data()
+    {
+        return data_;
+    }
+    size_t size() const
+    {
+        return size_;
+    }
 
-    template <typename Record> Record* as() { return reinterpret_cast<Record*>(data_); }
+    template <typename Record> Record* as()
+    {
+        return reinterpret_cast<Record*>(data_);
+    }
 
 private:
     void* mapping_;

@@ -52,8 +52,7 @@ MemoryStream::MemoryStream() : ops_{}, handle_{this, GIO_KIND_FILE, &ops_}
         MemoryStream* s = of(c);
         return s->step() && size != 0 ? s->append(buffer, size * count) / size : 0;
     };
-    ops_.gio_Seek = [](void* c, int32_t offset, int32_t origin)
-    { return of(c)->ops_.gio_Seek64(c, offset, origin); };
+    ops_.gio_Seek = [](void* c, int32_t offset, int32_t origin) { return of(c)->ops_.gio_Seek64(c, offset, origin); };
     ops_.gio_Tell = [](void* c) { return static_cast<int32_t>(of(c)->position_); };
     ops_.gio_Seek64 = [](void* c, int64_t offset, int32_t origin)
     {

@@ -19,9 +19,15 @@ public:
     MemoryStream(const MemoryStream&) = delete;
     MemoryStream& operator=(const MemoryStream&) = delete;
 
-    GIO_Stream* get() { return &handle_; }
+    GIO_Stream* get()
+    {
+        return &handle_;
+    }
 
-    const std::string& text() const { return text_; }
+    const std::string& text() const
+    {
+        return text_;
+    }
     void clear()
     {
         text_.clear();
@@ -29,11 +35,20 @@ public:
         flushed_ = 0;
     }
     // How long the text was after each flush that found something new.
-    const std::vector<uint64_t>& flush_marks() const { return flush_marks_; }
+    const std::vector<uint64_t>& flush_marks() const
+    {
+        return flush_marks_;
+    }
     // Bytes written and not yet flushed.
-    uint64_t unflushed() const { return text_.size() - flushed_; }
+    uint64_t unflushed() const
+    {
+        return text_.size() - flushed_;
+    }
     // Length of each single print or write.
-    const std::vector<uint64_t>& pieces() const { return pieces_; }
+    const std::vector<uint64_t>& pieces() const
+    {
+        return pieces_;
+    }
 
     // Fails operation number n from now (the first is 1) and all others if `and_after`; 0 fails none.
     void fail(uint64_t n, bool and_after = false)
@@ -42,12 +57,27 @@ public:
         fail_after_ = and_after;
     }
     // Takes so many bytes in all, then takes fewer than offered.
-    void set_room(uint64_t bytes) { room_ = bytes; }
+    void set_room(uint64_t bytes)
+    {
+        room_ = bytes;
+    }
 
-    uint64_t operations() const { return operations_; }
-    uint64_t failed() const { return failed_; }
-    uint64_t flushes() const { return flushes_; }
-    bool closed() const { return closed_; }
+    uint64_t operations() const
+    {
+        return operations_;
+    }
+    uint64_t failed() const
+    {
+        return failed_;
+    }
+    uint64_t flushes() const
+    {
+        return flushes_;
+    }
+    bool closed() const
+    {
+        return closed_;
+    }
 
 private:
     static MemoryStream* of(void* c);

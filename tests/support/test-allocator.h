@@ -19,7 +19,10 @@ public:
     // Frees what is left, so that a test that looked at `outstanding` leaks nothing itself.
     ~TestAllocator();
 
-    GMM_Allocator* get() { return &record_; }
+    GMM_Allocator* get()
+    {
+        return &record_;
+    }
 
     // Refuses request number n (the first is 1) and all others if `and_after`; 0 refuses none.
     void refuse(uint64_t n, bool and_after = false)
@@ -30,16 +33,40 @@ public:
             refuse_at_ = 0;
     }
     // Refuses any request above this size.
-    void limit(uint64_t size) { limit_ = size; }
+    void limit(uint64_t size)
+    {
+        limit_ = size;
+    }
 
-    uint64_t requests() const { return requests_; }
-    uint64_t refused() const { return refused_; }
-    uint64_t outstanding() const { return blocks_.size(); }
-    uint64_t bytes() const { return bytes_; }
-    uint64_t peak_bytes() const { return peak_; }
-    uint64_t largest_request() const { return largest_; }
+    uint64_t requests() const
+    {
+        return requests_;
+    }
+    uint64_t refused() const
+    {
+        return refused_;
+    }
+    uint64_t outstanding() const
+    {
+        return blocks_.size();
+    }
+    uint64_t bytes() const
+    {
+        return bytes_;
+    }
+    uint64_t peak_bytes() const
+    {
+        return peak_;
+    }
+    uint64_t largest_request() const
+    {
+        return largest_;
+    }
     // Frees of blocks that this allocator does not hold.
-    uint64_t bad_frees() const { return bad_frees_; }
+    uint64_t bad_frees() const
+    {
+        return bad_frees_;
+    }
 
 private:
     static TestAllocator* of(GMM_Allocator* allocator);
