@@ -64,12 +64,12 @@ typedef struct GIO_StreamOps
     int64_t (*gio_Tell64)(void* c);                                                               // position or -1
     int32_t (*gio_Flush)(void* c);                                                                // 0 or -1
     char* (*gio_Gets)(char* buffer, int32_t size, void* c);                                       // buffer or null
-    int32_t (*gio_Puts)(const char* text, void* c);                    // non-negative or -1
-    int32_t (*gio_Getc)(void* c);                                      // byte or -1
-    int32_t (*gio_Putc)(int32_t byte, void* c);                        // byte or -1
-    const char* (*gio_GetPath)(void* c, uint32_t* path_kind);          // path or null; owned by the stream
-    int32_t (*gio_ReadBuffer)(void* c, void** data, uint64_t* length); // non-zero if data was lent
-    int32_t (*gio_VPrintf)(void* c, const char* format, va_list args); // printed length or -1
+    int32_t (*gio_Puts)(const char* text, void* c);                                               // non-negative or -1
+    int32_t (*gio_Getc)(void* c);                                                                 // byte or -1
+    int32_t (*gio_Putc)(int32_t byte, void* c);                                                   // byte or -1
+    const char* (*gio_GetPath)(void* c, uint32_t* path_kind);           // path or null; owned by the stream
+    int32_t (*gio_ReadBuffer)(void* c, void** data, uint64_t* length);  // non-zero if data was lent
+    int32_t (*gio_VPrintf)(void* c, const char* format, va_list args);  // printed length or -1
     void (*gio_ClearErr)(void* c);
     int32_t (*gio_Eof)(void* c);        // non-zero at the end, -1 on a bad instance
     int32_t (*gio_Error)(void* c);      // non-zero on error, -1 on a bad instance

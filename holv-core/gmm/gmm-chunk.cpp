@@ -57,7 +57,7 @@ void link_chunk(GMM_ChunkAllocator* record, void* block, uint64_t size)
     GMM_Chunk head = {as_chunk(&record->head), record->head.next, size};
     std::memcpy(block, &head, sizeof head);
     auto* chunk = static_cast<GMM_Chunk*>(block);
-    std::memcpy(&head.next->prev, &chunk, sizeof chunk);
+    std::memcpy(&head.next->prev, &chunk, sizeof(void*));
     record->head.next = chunk;
     record->total_bytes += size;
     record->remaining = size - sizeof(GMM_Chunk);

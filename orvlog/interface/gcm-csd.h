@@ -164,9 +164,9 @@ struct GCM_CsdPointer
     const char* cp_NamedChans[8];  // names of the named channels; the first is null when there are none in place
     const char* cp_Filename;       // GCM_CSDTYPE_FILE
     const void* cp_Unused1;
-    GIO_Stream* cp_CallbackStream;            // GCM_CSDTYPE_CALLBACK: holds the profile
-    const uint8_t* cp_ProfileBuffer;          // GCM_CSDTYPE_PROFILE_BUFFER
-    const GCM_CieLutsPointer* cp_CieLuts;     // GCM_CSDTYPE_CIELUT_DATA
+    GIO_Stream* cp_CallbackStream;              // GCM_CSDTYPE_CALLBACK: holds the profile
+    const uint8_t* cp_ProfileBuffer;            // GCM_CSDTYPE_PROFILE_BUFFER
+    const GCM_CieLutsPointer* cp_CieLuts;       // GCM_CSDTYPE_CIELUT_DATA
     const GCM_PostRenderLut* cp_PostRenderLut;  // GCM_CSDTYPE_POST_RENDER_LUT
     const void* cp_Unused2[3];
     const GCM_CsdPointer* cp_AlternateDefn;         // valid if csd_HasAlternateDefn is set

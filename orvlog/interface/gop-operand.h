@@ -44,7 +44,7 @@ enum
 };
 
 #define GOP_COLOR_INFO(space, flag) ((uint8_t)(((flag) << 6) | (space)))
-#define GOP_COLOR_INFO_SPACE(info) ((uint32_t)(info) & 0x3U)
+#define GOP_COLOR_INFO_SPACE(info) (0x3U & (uint32_t)(info))
 #define GOP_COLOR_INFO_FLAG(info) (((uint32_t)(info) >> 6) & 0x3U)
 
 // Flags of go_Hints.
@@ -203,8 +203,8 @@ typedef struct GOP_TilingParameters
 typedef struct GOP_OperandPointer
 {
     const GOP_Operand* op_Operand;
-    uint32_t op_UniqueId;  // chosen by the caller; equal numbers say that two calls use the same operand
-    GCM_CsdPointer op_Csd; // used when the colour space is GOP_OCS_OTHER
+    uint32_t op_UniqueId;   // chosen by the caller; equal numbers say that two calls use the same operand
+    GCM_CsdPointer op_Csd;  // used when the colour space is GOP_OCS_OTHER
 } GOP_OperandPointer;
 
 typedef struct GOP_OperandFlatPointer
@@ -241,12 +241,12 @@ typedef void (*GOP_TransferFn)(void);
 
 typedef struct GOP_Operator
 {
-    uint32_t op_OperatorType;      // GOP_ROP_*
-    uint16_t op_Operator;          // the operation within its family
-    uint8_t op_TransparencyType;   // GOP_TRANS_*
-    uint8_t op_TransparencyFlags;  // GOP_TRANS_FLAG_*
-    uint32_t op_MaskMode;          // GOP_MASK_*
-    uint32_t op_OperatorHints;     // GOP_OP_HINT_*
+    uint32_t op_OperatorType;            // GOP_ROP_*
+    uint16_t op_Operator;                // the operation within its family
+    uint8_t op_TransparencyType;         // GOP_TRANS_*
+    uint8_t op_TransparencyFlags;        // GOP_TRANS_FLAG_*
+    uint32_t op_MaskMode;                // GOP_MASK_*
+    uint32_t op_OperatorHints;           // GOP_OP_HINT_*
     GOP_TransferFn op_BitmapTransferFn;  // may be null
     GOP_TransferFn op_ColorTransferFn;   // may be null
 } GOP_Operator;

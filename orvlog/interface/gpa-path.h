@@ -151,9 +151,9 @@ typedef struct GPA_EllipticalSegment
 // The head of every edge.
 typedef struct GPA_Edge
 {
-    uint8_t ed_EdgeType;      // GPA_EDGE_*
-    uint8_t ed_EdgeFlag;      // GPA_SUPPRESS_STROKING_FLAG, and GPA_SUBPATH_* in the low seven bits
-    uint16_t ed_SegmentCount; // entries of the segment array
+    uint8_t ed_EdgeType;       // GPA_EDGE_*
+    uint8_t ed_EdgeFlag;       // GPA_SUPPRESS_STROKING_FLAG, and GPA_SUBPATH_* in the low seven bits
+    uint16_t ed_SegmentCount;  // entries of the segment array
 } GPA_Edge;
 
 // In all five edges the segment array stands eight bytes behind the start.
@@ -216,7 +216,7 @@ typedef struct GPA_PathPointer
 } GPA_PathPointer;
 
 // Bit fields of psp_Flags.
-#define GPA_PSP_START_CAP(flags) ((uint32_t)(flags) & 0xFU)
+#define GPA_PSP_START_CAP(flags) (0xFU & (uint32_t)(flags))
 #define GPA_PSP_END_CAP(flags) (((uint32_t)(flags) >> 4) & 0xFU)
 #define GPA_PSP_JOIN(flags) (((uint32_t)(flags) >> 8) & 0xFU)
 #define GPA_PSP_ADJUST(flags) (((uint32_t)(flags) >> 12) & 0x7U)

@@ -119,8 +119,8 @@ enum
 
 typedef struct ORV_FaceProperties
 {
-    uint32_t fp_FaceHints;              // ORV_FACE_HINT_*
-    GGO_Matrix fp_FaceInchToPixels;     // face space in inches to pixels
+    uint32_t fp_FaceHints;           // ORV_FACE_HINT_*
+    GGO_Matrix fp_FaceInchToPixels;  // face space in inches to pixels
     uint32_t fp_WidthInPixels;
     uint32_t fp_HeightInPixels;
     GGO_BoxFloat fp_TrimBox;  // inches
@@ -159,8 +159,7 @@ typedef uint32_t (*ORV_face_start_fn)(void* err, const ORV_Interface* table, voi
 
 // Opens a resource: a drawing that is recorded once and painted by ORV_resource_paint.
 typedef uint32_t (*ORV_resource_start_fn)(void* err, const ORV_Interface* table, void* document,
-                                          ORV_DrawingInterface* drawing_out,
-                                          const ORV_DrawingInterface* parent_drawing,
+                                          ORV_DrawingInterface* drawing_out, const ORV_DrawingInterface* parent_drawing,
                                           const GFI_FontEngineTable* font_engine_functions,
                                           const ORV_ResourceProperties* resource_properties, void* colour_ticket,
                                           uint32_t* resource_id_out);
