@@ -7,7 +7,13 @@ import re
 import check
 
 # A list may name one file of several that differ by the system: gio-file-$<...>.cpp.
-SYSTEM = r"\$[<{]\S+[>}]"
+CHOICE = re.compile(r"\$<.*>|\$\{\w+\}")
+
+
+def names_in(lists):
+    for word in check.text(lists).split():
+        yield "".join(re.escape(part) if i % 2 == 0 else r"[\w-]+"
+                      for i, part in enumerate(re.split(f"({CHOICE.pattern})", word.strip("()"))))
 
 
 def is_listed(source):
@@ -15,9 +21,8 @@ def is_listed(source):
     while True:
         lists = os.path.join(folder, "CMakeLists.txt")
         if os.path.exists(os.path.join(check.ROOT, lists)):
-            name = re.escape(os.path.relpath(source, folder or "."))
-            by_system = name.replace("posix", SYSTEM).replace("windows", SYSTEM)
-            if re.search(rf"(?:^|[\s/])(?:{name}|{by_system})(?:[\s)]|$)", check.text(lists), re.M):
+            name = os.path.relpath(source, folder or ".")
+            if any(re.fullmatch(rf"(?:.*/)?{pattern}", name) for pattern in names_in(lists)):
                 return True
         if not folder:
             return False
