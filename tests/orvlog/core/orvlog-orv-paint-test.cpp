@@ -414,6 +414,7 @@ TEST_F(PaintAndStroke, StrokingTransformShowsOnlyWhereGlyphsAreStroked)
     const GFI_StringDesc string = {};
     const GFI_StringDescPointer string_pointer = {&string, nullptr, nullptr};
     const GFI_FontSpecPointer font = {nullptr};
+    arguments.clip = nullptr;
     const char* attribute = " stroking_transform=\"1 2 3 4 5 6 \">";
     arguments.transform = &transform;
     stroke(face, arguments);
