@@ -734,6 +734,17 @@ public:
         text_clip_ = {};
     }
 
+    // Ends what a damaged page leaves open.
+    void finish_page()
+    {
+        flush_capture();
+        flush_text();
+        while (!groups_.empty())
+        {
+            endTransparencyGroup(nullptr);
+        }
+    }
+
     bool useShadedFills(int type) override
     {
         return type >= 1 && type <= 5;
@@ -1678,6 +1689,67 @@ const char* reason_of(int code)
     }
 }
 
+// Looks through resources, and those of the forms and patterns in them, for a blend mode.
+class BlendSearch
+{
+public:
+    bool found_in(Dict* resources, int depth = 0)
+    {
+        constexpr int greatest_depth = 8;
+        if (resources == nullptr || depth > greatest_depth)
+        {
+            return false;
+        }
+        return blends(resources->lookup("ExtGState")) || any_within(resources, "XObject", depth) ||
+               any_within(resources, "Pattern", depth);
+    }
+
+private:
+    static bool is_blend(const Object& mode)
+    {
+        return mode.isArray() || (mode.isName() && !mode.isName("Normal") && !mode.isName("Compatible"));
+    }
+
+    static bool blends(const Object& states)
+    {
+        for (int i = 0; states.isDict() && i < states.dictGetLength(); i++)
+        {
+            const Object state = states.dictGetVal(i);
+            if (state.isDict() && is_blend(state.dictLookup("BM")))
+            {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool any_within(Dict* resources, const char* kind, int depth)
+    {
+        const Object entries = resources->lookup(kind);
+        for (int i = 0; entries.isDict() && i < entries.dictGetLength(); i++)
+        {
+            const Object& reference = entries.dictGetValNF(i);
+            if (reference.isRef() && !seen_.insert(reference.getRef().num).second)
+            {
+                continue;
+            }
+            const Object entry = entries.dictGetVal(i);
+            if (!entry.isStream())
+            {
+                continue;
+            }
+            const Object inner = entry.streamGetDict()->lookup("Resources");
+            if (inner.isDict() && found_in(inner.getDict(), depth + 1))
+            {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::set<int> seen_;
+};
+
 struct Deadline
 {
     std::chrono::steady_clock::time_point end;
@@ -1743,8 +1815,20 @@ bool PdfDocument::paint_page(int page, Painter& painter, double seconds)
                                                           std::chrono::duration<double>(seconds));
     PaintingDevice& device = implementation_->device();
     device.set_painter(&painter);
+    // What blends, blends with what was painted before it and not with the paper.
+    Page* source = implementation_->document().getPage(page);
+    const bool blends = source != nullptr && BlendSearch().found_in(source->getResourceDict());
+    if (blends)
+    {
+        painter.begin_group({true, false, {1, 1, -1, -1}, PaintState{}});
+    }
     implementation_->document().displayPageSlice(&device, page, points_per_inch, points_per_inch, 0, true, false, false,
                                                  -1, -1, -1, -1, deadline_has_passed, &deadline);
+    device.finish_page();
+    if (blends)
+    {
+        painter.end_group();
+    }
     device.set_painter(nullptr);
     return !deadline.passed;
 }
