@@ -77,8 +77,7 @@ struct SpaceDefinition
     {
         icc_profile,
         calibrated_gray,
-        calibrated_rgb,
-        lab
+        calibrated_rgb
     };
 
     Kind kind = Kind::icc_profile;
@@ -86,8 +85,9 @@ struct SpaceDefinition
     double white[3] = {1, 1, 1};                     // the calibrated kinds
     double black[3] = {0, 0, 0};                     // the calibrated kinds
     double gamma[3] = {1, 1, 1};                     // calibrated_gray uses the first
-    double matrix[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};  // calibrated_rgb: to XYZ, a column for each channel
-    double lab_range[4] = {-100, 100, -100, 100};    // lab: a and b
+    double matrix[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};  // calibrated_rgb: X, Y, Z of each channel in turn
+
+    bool operator==(const SpaceDefinition&) const = default;
 };
 
 // A device family, by the number of channels 1, 3 or 4, with a definition when there is a better one.

@@ -3,6 +3,7 @@
 #include "clients/pdf/job.h"
 
 #include "clients/pdf/null-renderer.h"
+#include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler-device.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"
@@ -64,6 +65,8 @@ public:
         session.identity = result->identity_.source();
         session.log_stream = log;
         session.file_prefix = options.image_prefix.empty() ? nullptr : options.image_prefix.c_str();
+        session.ticket_functions = orvlog::colour::ColourManager::ticket_functions();
+        session.ticket_serial_functions = orvlog::colour::ColourManager::ticket_serial_functions();
         session.compress = options.compressed ? 1 : 0;
         session.mode = ORVLOG_MODE_TRANSPARENT;
         session.via_temporary_log = options.via_temporary_log ? 1 : 0;
@@ -126,6 +129,7 @@ public:
         {
             return result_;
         }
+        finish_tickets();
         run_without_logger();
         if (options_.check)
         {
@@ -220,6 +224,17 @@ private:
         return true;
     }
 
+    void finish_tickets()
+    {
+        const orvlog::colour::TicketCounts& counts = colour_manager_.counts();
+        result_.summary.tickets_retained = counts.retained;
+        result_.summary.tickets_released = counts.released;
+        if (!options_.ticket_folder.empty() && !save_tickets(colour_manager_, options_.ticket_folder))
+        {
+            result_.errors.push_back(options_.ticket_folder + ": the tickets can't be written");
+        }
+    }
+
     void finish_log(client_stream::FileStream& log)
     {
         if (!log.close())
@@ -251,7 +266,7 @@ private:
     {
         Run run;
         Painter painter(table, sink());
-        if (!painter.begin_document(1, nullptr))
+        if (!painter.begin_document(1))
         {
             run.errors.push_back("the renderer doesn't take the document");
             return run;
@@ -293,12 +308,20 @@ private:
         }
         geometry.width = static_cast<uint32_t>(width);
         geometry.height = static_cast<uint32_t>(height);
+        geometry.colour_ticket = make_page_ticket(colour_manager_, document.page_colours(page), sink());
+        paint_with_ticket(document, geometry, name, painter, run);
+        orvlog::colour::ColourManager::release(geometry.colour_ticket);
+    }
+
+    void paint_with_ticket(PdfDocument& document, const PageGeometry& geometry, const std::string& name,
+                           Painter& painter, Run& run)
+    {
         if (!painter.begin_page(geometry))
         {
             run.errors.push_back("the renderer doesn't take " + name);
             return;
         }
-        if (!document.paint_page(page, painter, options_.seconds_for_page))
+        if (!document.paint_page(static_cast<int>(geometry.number), painter, options_.seconds_for_page))
         {
             run.errors.push_back(name + " took too long and was broken off");
         }
@@ -328,6 +351,7 @@ private:
 
     const JobOptions& options_;
     JobResult result_;
+    orvlog::colour::ColourManager colour_manager_;
     Messages messages_;
     cairo_renderer::PageCollector logged_pages_;
     cairo_renderer::PageCollector plain_pages_;

@@ -51,6 +51,8 @@ struct JobSummary
     int64_t log_bytes = -1;
     double seconds = 0;
     double seconds_without_logger = 0;
+    uint64_t tickets_retained = 0;
+    uint64_t tickets_released = 0;
     std::vector<std::string> messages;  // what couldn't be passed on or painted as it stands, each kind once
     std::optional<CheckResult> check;
 };

@@ -119,6 +119,8 @@ public:
 
 private:
     struct Tables;
+    void fill_cie_tables(const SpaceDefinition& definition);
+
     ColourSpace space_;
     std::shared_ptr<Tables> tables_;
     GCM_CsdPointer pointer_{};

@@ -96,9 +96,8 @@ const CallCounts& Painter::counts() const
     return counts_;
 }
 
-bool Painter::begin_document(uint32_t document_id, void* colour_ticket)
+bool Painter::begin_document(uint32_t document_id)
 {
-    colour_ticket_ = colour_ticket;
     const uint32_t result = main_.table->document_start.fn(nullptr, main_.table, &main_.document, document_id,
                                                            font_engine_.table(), nullptr);
     count(main_, Call::document_start, result);
@@ -146,7 +145,7 @@ bool Painter::begin_page(const PageGeometry& page)
     drawing.server = &main_;
     const uint32_t result =
         main_.table->face_start.fn(nullptr, main_.table, main_.document, &drawing.calls, nullptr, page.number, &face,
-                                   colour_ticket_, GPA_PP_ORIENTATION_0_DEG, GPA_PLACEMENT_PS);
+                                   page.colour_ticket, GPA_PP_ORIENTATION_0_DEG, GPA_PLACEMENT_PS);
     count(main_, Call::face_start, result);
     if (result == 0)
     {

@@ -61,6 +61,7 @@ struct PageGeometry
     double inches_wide = 0;
     double inches_high = 0;
     double pixels_per_inch = 0;
+    void* colour_ticket = nullptr;
 };
 
 // A pattern cell or a form that is drawn once and painted many times.
@@ -87,7 +88,7 @@ public:
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
 
-    bool begin_document(uint32_t document_id, void* colour_ticket);
+    bool begin_document(uint32_t document_id);
     void end_document();
     bool begin_page(const PageGeometry& page);
     // Groups, masks and resources that are still open are ended too.
@@ -184,7 +185,6 @@ private:
     std::unique_ptr<MaskStudio> studios_[2];
     Server studio_servers_[2];
     std::vector<Layer> layers_;
-    void* colour_ticket_ = nullptr;
     uint32_t last_id_ = 0;
     CallCounts counts_;
 };

@@ -200,6 +200,130 @@ Colour gray_of(const GfxColorSpace& space, const GfxColor& value)
     return gray(channel(level));
 }
 
+constexpr size_t greatest_profile = 16U << 20;
+
+// The bytes of a profile of so many channels; empty if that isn't what the stream holds.
+std::vector<uint8_t> read_profile(const Object& object, int channels)
+{
+    std::vector<uint8_t> bytes;
+    if (!object.isStream())
+    {
+        return bytes;
+    }
+    Stream* stream = object.getStream();
+    stream->reset();
+    unsigned char piece[4096];
+    int got = 0;
+    while (bytes.size() < greatest_profile && (got = stream->doGetChars(sizeof piece, piece)) > 0)
+    {
+        bytes.insert(bytes.end(), piece, piece + got);
+    }
+    stream->close();
+    const char* signature = channels == 1 ? "GRAY" : channels == 3 ? "RGB " : "CMYK";
+    const bool sound = bytes.size() > 128 && bytes.size() < greatest_profile &&
+                       std::memcmp(&bytes[36], "acsp", 4) == 0 && std::memcmp(&bytes[16], signature, 4) == 0;
+    return sound ? bytes : std::vector<uint8_t>();
+}
+
+// The definitions of colour spaces, each made once.
+class SpaceStore
+{
+public:
+    explicit SpaceStore(PDFDoc* document) : document_(document) {}
+
+    // The space of a colour whose channels are passed as they stand.
+    ColourSpace space_of(GfxColorSpace& space)
+    {
+        ColourSpace result;
+        result.channels = static_cast<uint16_t>(space.getNComps());
+        switch (space.getMode())
+        {
+        case csICCBased:
+            result.definition = profile_of(static_cast<GfxICCBasedColorSpace&>(space));
+            break;
+        case csCalGray:
+            result.definition = kept(calibrated(static_cast<GfxCalGrayColorSpace&>(space)));
+            break;
+        case csCalRGB:
+            result.definition = kept(calibrated(static_cast<GfxCalRGBColorSpace&>(space)));
+            break;
+        default:
+            break;
+        }
+        return result;
+    }
+
+private:
+    std::shared_ptr<const SpaceDefinition> profile_of(GfxICCBasedColorSpace& space)
+    {
+        const Ref reference = space.getRef();
+        if (reference == Ref::INVALID())
+        {
+            return nullptr;
+        }
+        const auto known = profiles_.find(reference.num);
+        if (known != profiles_.end())
+        {
+            return known->second;
+        }
+        std::shared_ptr<SpaceDefinition> definition;
+        std::vector<uint8_t> bytes = read_profile(document_->getXRef()->fetch(reference), space.getNComps());
+        if (!bytes.empty())
+        {
+            definition = std::make_shared<SpaceDefinition>();
+            definition->profile = std::move(bytes);
+        }
+        profiles_[reference.num] = definition;
+        return definition;
+    }
+
+    static SpaceDefinition calibrated(GfxCalGrayColorSpace& space)
+    {
+        SpaceDefinition definition;
+        definition.kind = SpaceDefinition::Kind::calibrated_gray;
+        set_points(space, definition);
+        definition.gamma[0] = space.getGamma();
+        return definition;
+    }
+
+    static SpaceDefinition calibrated(GfxCalRGBColorSpace& space)
+    {
+        SpaceDefinition definition;
+        definition.kind = SpaceDefinition::Kind::calibrated_rgb;
+        set_points(space, definition);
+        definition.gamma[0] = space.getGammaR();
+        definition.gamma[1] = space.getGammaG();
+        definition.gamma[2] = space.getGammaB();
+        std::copy_n(space.getMatrix(), 9, definition.matrix);
+        return definition;
+    }
+
+    template <typename Space> static void set_points(Space& space, SpaceDefinition& definition)
+    {
+        const double white[3] = {space.getWhiteX(), space.getWhiteY(), space.getWhiteZ()};
+        const double black[3] = {space.getBlackX(), space.getBlackY(), space.getBlackZ()};
+        std::copy_n(white, 3, definition.white);
+        std::copy_n(black, 3, definition.black);
+    }
+
+    std::shared_ptr<const SpaceDefinition> kept(const SpaceDefinition& definition)
+    {
+        for (const std::shared_ptr<const SpaceDefinition>& known : calibrated_)
+        {
+            if (*known == definition)
+            {
+                return known;
+            }
+        }
+        calibrated_.push_back(std::make_shared<const SpaceDefinition>(definition));
+        return calibrated_.back();
+    }
+
+    PDFDoc* document_;
+    std::map<int, std::shared_ptr<const SpaceDefinition>> profiles_;
+    std::vector<std::shared_ptr<const SpaceDefinition>> calibrated_;
+};
+
 Colour in_alternate(const GfxColorSpace& space, GfxColorSpace* alternate, const GfxColor& value)
 {
     switch (alternate != nullptr ? alternate->getNComps() : 0)
@@ -219,6 +343,10 @@ bool passes_as_channels(GfxColorSpaceMode mode)
            mode == csDeviceCMYK || mode == csICCBased;
 }
 
+// A flat colour carries its definition with each paint; a profile above this size stands in the page's colour
+// ticket alone.
+constexpr size_t greatest_flat_profile = 64U << 10;
+
 // The colour, in the base space, that an index stands for.
 GfxColor entry_of(GfxIndexedColorSpace& indexed, const GfxColor& value)
 {
@@ -236,13 +364,17 @@ GfxColor entry_of(GfxIndexedColorSpace& indexed, const GfxColor& value)
     return entry;
 }
 
-Colour colour_of(GfxColorSpace* space, const GfxColor& value)
+Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces)
 {
     const GfxColorSpaceMode mode = space != nullptr ? space->getMode() : csPattern;
     if (passes_as_channels(mode))
     {
         Colour colour;
-        colour.space.channels = static_cast<uint16_t>(space->getNComps());
+        colour.space = spaces.space_of(*space);
+        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > greatest_flat_profile)
+        {
+            colour.space.definition = nullptr;
+        }
         if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
         {
             return rgb_of(*space, value);
@@ -260,7 +392,7 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value)
     case csIndexed:
     {
         GfxIndexedColorSpace* indexed = static_cast<GfxIndexedColorSpace*>(space);
-        return colour_of(indexed->getBase(), entry_of(*indexed, value));
+        return colour_of(indexed->getBase(), entry_of(*indexed, value), spaces);
     }
     case csSeparation:
         return in_alternate(*space, static_cast<GfxSeparationColorSpace*>(space)->getAlt(), value);
@@ -490,15 +622,9 @@ std::vector<uint8_t> index_table_of(GfxIndexedColorSpace& indexed, int bits)
     return table;
 }
 
-ColourSpace space_with(int channels)
-{
-    ColourSpace space;
-    space.channels = static_cast<uint16_t>(channels);
-    return space;
-}
-
 // An image with all that the colour map says, its samples untouched wherever the records can say them.
-Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, const int* mask_colours)
+Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, const int* mask_colours,
+               SpaceStore& spaces)
 {
     Image image;
     image.width = static_cast<uint32_t>(std::max(width, 0));
@@ -511,7 +637,7 @@ Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, con
         if (is_plain_space(space) && decodes_plainly(*map, 1.0))
         {
             image.bits = static_cast<uint8_t>(bits);
-            image.space = space_with(space->getNComps());
+            image.space = spaces.space_of(*space);
             image.rows = std::make_shared<RawRows>(stream, false);
             return image;
         }
@@ -520,14 +646,14 @@ Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, con
         {
             GfxIndexedColorSpace* table = static_cast<GfxIndexedColorSpace*>(space);
             image.bits = static_cast<uint8_t>(bits);
-            image.space = space_with(table->getBase()->getNComps());
+            image.space = spaces.space_of(*table->getBase());
             image.index_table = index_table_of(*table, bits);
             image.rows = std::make_shared<RawRows>(stream, false);
             return image;
         }
     }
-    const int channels = is_plain_space(space) ? space->getNComps() : 3;
-    image.space = space_with(channels);
+    // The lines of a colour map are in device colours.
+    image.space.channels = static_cast<uint16_t>(is_plain_space(space) ? space->getNComps() : 3);
     image.alpha_first = mask_colours != nullptr;
     image.rows = std::make_shared<MappedRows>(stream, image.width, map, image.space.channels, mask_colours);
     return image;
@@ -578,7 +704,7 @@ Colour halfway(const Colour& one, const Colour& other)
 class StopFinder
 {
 public:
-    explicit StopFinder(GfxUnivariateShading& shading) : shading_(shading) {}
+    StopFinder(GfxUnivariateShading& shading, SpaceStore& spaces) : shading_(shading), spaces_(spaces) {}
 
     std::vector<GradientStop> find()
     {
@@ -598,7 +724,7 @@ private:
         clearGfxColor(&value);
         const double t0 = shading_.getDomain0();
         shading_.getColor(t0 + position * (shading_.getDomain1() - t0), &value);
-        return {position, colour_of(shading_.getColorSpace(), value)};
+        return {position, colour_of(shading_.getColorSpace(), value, spaces_)};
     }
 
     void refine(const GradientStop& from, const GradientStop& to, int depth)
@@ -640,6 +766,7 @@ private:
     }
 
     GfxUnivariateShading& shading_;
+    SpaceStore& spaces_;
     std::vector<GradientStop> stops_;
 };
 
@@ -711,7 +838,8 @@ class PaintingDevice : public SplashOutputDev
 {
 public:
     PaintingDevice(PDFDoc* document, Complain complain)
-        : SplashOutputDev(splashModeRGB8, 4, false, white_), document_(document), complain_(std::move(complain))
+        : SplashOutputDev(splashModeRGB8, 4, false, white_), document_(document), spaces_(document),
+          complain_(std::move(complain))
     {
         startDoc(document);
     }
@@ -871,7 +999,7 @@ public:
         shading->getCoords(&gradient.start.gpf_X, &gradient.start.gpf_Y, &gradient.end.gpf_X, &gradient.end.gpf_Y);
         gradient.extend_start = shading->getExtend0();
         gradient.extend_end = shading->getExtend1();
-        gradient.stops = StopFinder(*shading).find();
+        gradient.stops = StopFinder(*shading, spaces_).find();
         painter_->gradient(gradient, fill_state(state));
         return true;
     }
@@ -890,7 +1018,7 @@ public:
                            &gradient.centre2.gpf_Y, &gradient.radius2);
         gradient.extend_start = shading->getExtend0();
         gradient.extend_end = shading->getExtend1();
-        gradient.stops = StopFinder(*shading).find();
+        gradient.stops = StopFinder(*shading, spaces_).find();
         painter_->gradient(gradient, fill_state(state));
         return true;
     }
@@ -1085,7 +1213,7 @@ public:
                    bool interpolate, const int* mask_colours, bool inline_image) override
     {
         flush_capture();
-        Image image = image_of(stream, width, height, map, mask_colours);
+        Image image = image_of(stream, width, height, map, mask_colours, spaces_);
         image.interpolate = interpolate;
         image.restartable = !inline_image;
         const GGO_Matrix to_content = matrix(state);
@@ -1100,7 +1228,7 @@ public:
                          bool mask_interpolate) override
     {
         flush_capture();
-        Image image = image_of(stream, width, height, map, nullptr);
+        Image image = image_of(stream, width, height, map, nullptr, spaces_);
         image.interpolate = interpolate;
         Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
         mask.interpolate = mask_interpolate;
@@ -1112,9 +1240,9 @@ public:
                              GfxImageColorMap* mask_map, bool mask_interpolate) override
     {
         flush_capture();
-        Image image = image_of(stream, width, height, map, nullptr);
+        Image image = image_of(stream, width, height, map, nullptr, spaces_);
         image.interpolate = interpolate;
-        Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr);
+        Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, spaces_);
         mask.interpolate = mask_interpolate;
         if (mask_map->getMatteColor() != nullptr)
         {
@@ -1240,9 +1368,9 @@ private:
         return state_with(state, state->getFillOpacity());
     }
 
-    static Colour fill_colour(GfxState* state)
+    Colour fill_colour(GfxState* state)
     {
-        return colour_of(state->getFillColorSpace(), *state->getFillColor());
+        return colour_of(state->getFillColorSpace(), *state->getFillColor(), spaces_);
     }
 
     static GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
@@ -1280,7 +1408,7 @@ private:
         {
             return;
         }
-        const Colour colour = colour_of(state->getStrokeColorSpace(), *state->getStrokeColor());
+        const Colour colour = colour_of(state->getStrokeColorSpace(), *state->getStrokeColor(), spaces_);
         const PaintState paint = state_with(state, state->getStrokeOpacity());
         if (keeps_circles(to_content))
         {
@@ -1619,6 +1747,7 @@ private:
     static inline SplashColor white_ = {255, 255, 255, 0};
 
     PDFDoc* document_;
+    SpaceStore spaces_;
     Complain complain_;
     Painter* painter_ = nullptr;
     GGO_Matrix to_content_{};
@@ -1750,6 +1879,140 @@ private:
     std::set<int> seen_;
 };
 
+// Gathers the profiles that a page's resources name.
+class ColourSearch
+{
+public:
+    explicit ColourSearch(PageColours& colours) : colours_(colours) {}
+
+    void look_through(Dict* resources, int depth = 0)
+    {
+        constexpr int greatest_depth = 4;
+        if (resources == nullptr || depth > greatest_depth)
+        {
+            return;
+        }
+        const Object spaces = resources->lookup("ColorSpace");
+        for (int i = 0; spaces.isDict() && i < spaces.dictGetLength(); i++)
+        {
+            const std::optional<size_t> found = take(spaces.dictGetVal(i));
+            const std::string name = spaces.dictGetKey(i);
+            if (depth == 0 && found)
+            {
+                note_default(name, *found);
+            }
+        }
+        const Object forms = resources->lookup("XObject");
+        for (int i = 0; forms.isDict() && i < forms.dictGetLength(); i++)
+        {
+            look_into(forms.dictGetValNF(i), forms.dictGetVal(i), depth);
+        }
+    }
+
+private:
+    static constexpr size_t greatest_count = 32;
+
+    void look_into(const Object& reference, const Object& form, int depth)
+    {
+        if (!form.isStream() || (reference.isRef() && !seen_.insert(reference.getRef().num).second))
+        {
+            return;
+        }
+        take(form.streamGetDict()->lookup("ColorSpace"));
+        const Object inner = form.streamGetDict()->lookup("Resources");
+        if (inner.isDict())
+        {
+            look_through(inner.getDict(), depth + 1);
+        }
+    }
+
+    void note_default(const std::string& name, size_t index)
+    {
+        if (name == "DefaultGray")
+        {
+            colours_.default_gray = index;
+        }
+        if (name == "DefaultRGB")
+        {
+            colours_.default_rgb = index;
+        }
+        if (name == "DefaultCMYK")
+        {
+            colours_.default_cmyk = index;
+        }
+    }
+
+    std::optional<size_t> take(const Object& space)
+    {
+        if (!space.isArray() || space.arrayGetLength() < 2 || !space.arrayGet(0).isName("ICCBased"))
+        {
+            return std::nullopt;
+        }
+        const Object& reference = space.arrayGetNF(1);
+        if (reference.isRef() && places_.count(reference.getRef().num) > 0)
+        {
+            return places_[reference.getRef().num];
+        }
+        const Object stream = space.arrayGet(1);
+        const Object channels = stream.isStream() ? stream.streamGetDict()->lookup("N") : Object();
+        if (!channels.isInt() || colours_.profiles.size() >= greatest_count)
+        {
+            return std::nullopt;
+        }
+        DocumentProfile profile = {static_cast<uint16_t>(channels.getInt()), read_profile(stream, channels.getInt())};
+        if (profile.icc.empty())
+        {
+            return std::nullopt;
+        }
+        colours_.profiles.push_back(std::move(profile));
+        if (reference.isRef())
+        {
+            places_[reference.getRef().num] = colours_.profiles.size() - 1;
+        }
+        return colours_.profiles.size() - 1;
+    }
+
+    PageColours& colours_;
+    std::set<int> seen_;
+    std::map<int, size_t> places_;
+};
+
+uint16_t channels_of_space(const Object& space)
+{
+    if (space.isArray() && space.arrayGetLength() >= 2 && space.arrayGet(0).isName("ICCBased"))
+    {
+        const Object stream = space.arrayGet(1);
+        const Object channels = stream.isStream() ? stream.streamGetDict()->lookup("N") : Object();
+        return channels.isInt() ? static_cast<uint16_t>(channels.getInt()) : uint16_t{0};
+    }
+    if (space.isName("DeviceGray"))
+    {
+        return 1;
+    }
+    if (space.isName("DeviceRGB"))
+    {
+        return 3;
+    }
+    return space.isName("DeviceCMYK") ? 4 : 0;
+}
+
+std::vector<uint8_t> output_intent_of(PDFDoc& document)
+{
+    const Object catalog = document.getXRef()->getCatalog();
+    const Object intents = catalog.isDict() ? catalog.dictLookup("OutputIntents") : Object();
+    for (int i = 0; intents.isArray() && i < intents.arrayGetLength(); i++)
+    {
+        const Object intent = intents.arrayGet(i);
+        const Object profile = intent.isDict() ? intent.dictLookup("DestOutputProfile") : Object();
+        const Object channels = profile.isStream() ? profile.streamGetDict()->lookup("N") : Object();
+        if (channels.isInt())
+        {
+            return read_profile(profile, channels.getInt());
+        }
+    }
+    return {};
+}
+
 struct Deadline
 {
     std::chrono::steady_clock::time_point end;
@@ -1806,6 +2069,22 @@ PageSize PdfDocument::page_size(int page) const
         std::swap(size.width, size.height);
     }
     return size;
+}
+
+PageColours PdfDocument::page_colours(int page)
+{
+    PageColours colours;
+    PDFDoc& document = implementation_->document();
+    Page* source = document.getPage(page);
+    if (source == nullptr)
+    {
+        return colours;
+    }
+    ColourSearch(colours).look_through(source->getResourceDict());
+    Dict* group = source->getGroup();
+    colours.group_channels = group != nullptr ? channels_of_space(group->lookup("CS")) : uint16_t{0};
+    colours.output_intent = output_intent_of(document);
+    return colours;
 }
 
 bool PdfDocument::paint_page(int page, Painter& painter, double seconds)

@@ -9,7 +9,9 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace pdf_client
 {
@@ -19,6 +21,24 @@ struct PageSize
 {
     double width = 0;
     double height = 0;
+};
+
+struct DocumentProfile
+{
+    uint16_t channels = 3;
+    std::vector<uint8_t> icc;
+};
+
+// What a page says of its colours: the profiles that its resources name, which of them stand for the device
+// families, the channels of its group's space (0: none given), and what the document was made for.
+struct PageColours
+{
+    std::vector<DocumentProfile> profiles;
+    std::optional<size_t> default_gray;
+    std::optional<size_t> default_rgb;
+    std::optional<size_t> default_cmyk;
+    uint16_t group_channels = 0;
+    std::vector<uint8_t> output_intent;
 };
 
 class PdfDocument
@@ -35,6 +55,7 @@ public:
     int page_count() const;
     // Pages count from 1. A page that can't be read has the size 0.
     PageSize page_size(int page) const;
+    PageColours page_colours(int page);
     // Paints one page, its annotations too, between the painter's begin_page and end_page. False if the page
     // took longer than `seconds` and was broken off.
     bool paint_page(int page, Painter& painter, double seconds);
