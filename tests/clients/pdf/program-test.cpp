@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+//
+// The program from outside: exit status and what it says, above all of files that can't be read.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace
+{
+
+const std::string sample = ORVLOG_SOURCE_DIR "/docs/sample.pdf";
+
+struct Outcome
+{
+    int status = -1;
+    std::string errors;
+};
+
+class ProgramTest : public testing::Test
+{
+protected:
+    ProgramTest()
+    {
+        folder_ = std::filesystem::temp_directory_path() / ("orvlog-record-" + std::to_string(getpid()));
+        std::filesystem::create_directories(folder_);
+    }
+    ~ProgramTest() override
+    {
+        std::filesystem::remove_all(folder_);
+    }
+
+    std::string file(const std::string& name) const
+    {
+        return (folder_ / name).string();
+    }
+
+    std::string write(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(file(name), std::ios::binary) << content;
+        return file(name);
+    }
+
+    Outcome run(const std::string& arguments) const
+    {
+        const std::string errors = file("errors.txt");
+        const std::string command = std::string(ORVLOG_RECORD_PROGRAM) + " " + arguments + " 2> " + errors;
+        const int status = std::system(command.c_str());
+        std::ifstream input(errors);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+                {std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()}};
+    }
+
+    Outcome record(const std::string& document, const std::string& more = "") const
+    {
+        return run(document + " -o " + file("log.xml") + " --dpi 30 " + more);
+    }
+
+private:
+    std::filesystem::path folder_;
+};
+
+TEST_F(ProgramTest, RecordsTheSample)
+{
+    const Outcome outcome = record(sample, "--check --summary " + file("summary.json"));
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(std::filesystem::exists(file("summary.json")));
+    EXPECT_FALSE(std::filesystem::exists(file("sample-001.png")));
+}
+
+TEST_F(ProgramTest, SavesTickets)
+{
+    EXPECT_EQ(record(sample, "--pages 1 --save-tickets " + file("tickets")).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(file("tickets/ticket-1.bin")));
+}
+
+TEST_F(ProgramTest, SaysThatAFileIsMissing)
+{
+    const Outcome outcome = record(file("none.pdf"));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: " + file("none.pdf") + ": No such file or directory\n");
+    EXPECT_FALSE(std::filesystem::exists(file("log.xml")));
+}
+
+TEST_F(ProgramTest, SaysThatAFileIsADirectoryOrEmpty)
+{
+    std::filesystem::create_directory(file("folder.pdf"));
+    const Outcome folder = record(file("folder.pdf"));
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_EQ(folder.errors, "orvlog-record: " + file("folder.pdf") + " is a directory\n");
+    const Outcome empty = record(write("empty.pdf", ""));
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_EQ(empty.errors, "orvlog-record: " + file("empty.pdf") + " is empty\n");
+}
+
+TEST_F(ProgramTest, SaysThatAFileIsDamaged)
+{
+    const Outcome outcome = record(write("text.pdf", "This is no PDF file at all.\n"));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: " + file("text.pdf") + " is damaged or is no PDF file\n");
+}
+
+TEST_F(ProgramTest, SaysThatAFileIsProtected)
+{
+    const std::string key(64, '5');
+    const std::string document =
+        "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\n"
+        "2 0 obj\n<< /Type /Pages /Count 0 /Kids [] >>\nendobj\n"
+        "3 0 obj\n<< /Filter /Standard /V 1 /R 2 /P -4 /O <" +
+        key + "> /U <" + key +
+        "> >>\nendobj\n"
+        "trailer\n<< /Size 4 /Root 1 0 R /Encrypt 3 0 R /ID [<00112233445566778899aabbccddeeff> "
+        "<00112233445566778899aabbccddeeff>] >>\n%%EOF\n";
+    const Outcome outcome = record(write("protected.pdf", document));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: " + file("protected.pdf") + " is protected by a password\n");
+}
+
+TEST_F(ProgramTest, SurvivesTheSampleCutShortAndBent)
+{
+    std::ifstream input(sample, std::ios::binary);
+    const std::string whole((std::istreambuf_iterator<char>(input)), std::istreambuf_iterator<char>());
+    for (size_t length = 500; length < whole.size(); length += 4711)
+    {
+        const Outcome cut = record(write("cut.pdf", whole.substr(0, length)), "--no-renderer");
+        EXPECT_TRUE(cut.status == 0 || cut.status == 1) << length << " " << cut.status;
+    }
+    for (size_t place = 60; place < whole.size(); place += 3331)
+    {
+        std::string bent = whole;
+        bent[place] = static_cast<char>(bent[place] ^ 0x15);
+        const Outcome outcome = record(write("bent.pdf", bent));
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << place << " " << outcome.status;
+    }
+}
+
+TEST_F(ProgramTest, RefusesPagesOfAbsurdSizes)
+{
+    const std::string document = "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\n"
+                                 "2 0 obj\n<< /Type /Pages /Count 1 /Kids [3 0 R] >>\nendobj\n"
+                                 "3 0 obj\n<< /Type /Page /Parent 2 0 R /MediaBox [0 0 1000000 1000000] >>\nendobj\n"
+                                 "trailer\n<< /Size 4 /Root 1 0 R >>\n%%EOF\n";
+    const Outcome outcome = record(write("large.pdf", document));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: page 1 is too large at 30 dots per inch\n");
+}
+
+TEST_F(ProgramTest, NoticesAFullDisk)
+{
+    const Outcome outcome = run(sample + " -o /dev/full --dpi 30 --pages 1");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n");
+}
+
+TEST_F(ProgramTest, SaysThatALogCannotBeWritten)
+{
+    const Outcome outcome = run(sample + " -o /no/such/folder/log.xml");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: /no/such/folder/log.xml: No such file or directory\n");
+}
+
+TEST_F(ProgramTest, WantsPagesInOrderAndInTheDocument)
+{
+    EXPECT_EQ(record(sample, "--pages 3-2").errors, "orvlog-record: pages are given as A or A-B, counting from 1\n");
+    EXPECT_EQ(record(sample, "--pages 0").status, 1);
+    EXPECT_EQ(record(sample, "--pages 9").errors, "orvlog-record: " + sample + " has only 3 pages\n");
+    EXPECT_NE(record(sample, "--mode other").status, 0);
+}
+
+TEST_F(ProgramTest, ShowsProgress)
+{
+    const Outcome outcome = record(sample, "--pages 1-2 --no-renderer --progress");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "\r[####################....................] page 1 of 2"
+                              "\r[########################################] page 2 of 2\n");
+}
+
+}  // namespace
