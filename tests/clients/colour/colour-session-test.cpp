@@ -107,4 +107,68 @@ TEST(ColourSession, ReferencesBalanceWhateverAllocationIsRefused)
     }
 }
 
+// The manager's tables, of which one call fails: the nth from now on.
+uint64_t calls_until_failure = 0;
+uint64_t failures = 0;
+uint64_t refused_releases = 0;
+
+bool fails()
+{
+    if (calls_until_failure == 0 || --calls_until_failure != 0)
+        return false;
+    ++failures;
+    return true;
+}
+
+const ORVLOG_TicketFunctions* inner()
+{
+    return ColourManager::ticket_functions();
+}
+
+ORVLOG_TicketFunctions failing_functions()
+{
+    ORVLOG_TicketFunctions f = {};
+    f.retain = [](void* ticket) { return fails() ? 0 : inner()->retain(ticket); };
+    f.release = [](void* ticket) -> uint32_t
+    {
+        if (!fails())
+            return inner()->release(ticket);
+        ++refused_releases;
+        return 0;
+    };
+    f.query = [](void* ticket, void* space, void* render)
+    { return fails() ? 0 : inner()->query(ticket, space, render); };
+    f.csd_list = [](void* ticket, const GCM_Csd* const** list, uintptr_t zero1, uintptr_t zero2)
+    { return fails() ? 0 : inner()->csd_list(ticket, list, zero1, zero2); };
+    f.key = [](void* ticket, uint32_t* key) { return fails() ? 0 : inner()->key(ticket, key); };
+    return f;
+}
+
+// A release that the manager refuses is not asked for again.
+TEST(ColourSession, ReferencesBalanceWhateverCallOfTheManagerFails)
+{
+    const ORVLOG_TicketFunctions functions = failing_functions();
+    ORVLOG_TicketSerialFunctions serial = {};
+    serial.serialise = [](void* ticket, GIO_Stream* stream, uintptr_t one, uintptr_t zero)
+    { return fails() ? 0 : ColourManager::ticket_serial_functions()->serialise(ticket, stream, one, zero); };
+    for (uint64_t n = 1;; ++n)
+    {
+        ColourManager manager;
+        std::vector<std::string> complaints;
+        void* ticket = manager.make_ticket(with_profile(), &complaints);
+        TestSession session(Behind::kNothing, nullptr, &functions, &serial);
+        failures = 0;
+        refused_releases = 0;
+        calls_until_failure = n;
+        run_job(&session, ticket);
+        session.shut_down();
+        ColourManager::release(ticket);
+        EXPECT_EQ(manager.counts().retained, manager.counts().released + refused_releases) << n;
+        EXPECT_EQ(session.allocator.outstanding(), 0u) << n;
+        if (failures == 0)
+            break;
+        ASSERT_LT(n, 1000u);
+    }
+}
+
 }  // namespace
