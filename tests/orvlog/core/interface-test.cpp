@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 
 namespace
@@ -30,6 +32,28 @@ TEST(SharedLibrary, LogsAndForwardsAWholeJob)
     EXPECT_EQ(log.compare(0, 33, "<ORV MIRDA_TOLMA_VERSION=\"10034\" "), 0);
     EXPECT_EQ(log.substr(log.size() - 7), "</ORV>\n");
     EXPECT_NE(log.find("  <ORV_face_start document_context=\"0\" drawing_context=\"1\" "), std::string::npos);
+}
+
+std::string expected_text(const char* name)
+{
+    std::ifstream file(std::string(ORVLOG_SOURCE_DIR) + "/tests/expected/" + name, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// The log of a job is the same bytes on every system.
+TEST(SharedLibrary, LogOfEveryCallIsTheExpectedText)
+{
+    for (const bool base : {false, true})
+    {
+        EveryCall job;
+        TestSession test(Behind::kRenderer, nullptr, job.ticket_functions(), nullptr);
+        EXPECT_TRUE(!base || test.set_base_mode());
+        job.run(&test.orv);
+        test.shut_down();
+        EXPECT_EQ(test.stream.text(), expected_text(base ? "every-call-base.xml" : "every-call-transparent.xml"));
+    }
 }
 
 TEST(SharedLibrary, SameJobGivesTheSameLog)
