@@ -12,6 +12,26 @@ constexpr uint32_t kBytesPerLine = 50;
 constexpr uint64_t kFloatsPerLine = 25;
 constexpr char kHexDigits[] = "0123456789abcdef";
 
+// Each byte as two digits and a blank; the fourth character is there to be copied over.
+struct HexTable
+{
+    char text[256][4];
+};
+
+constexpr HexTable make_hex_table()
+{
+    HexTable table = {};
+    for (uint32_t byte = 0; byte < 256; ++byte)
+    {
+        table.text[byte][0] = kHexDigits[byte >> 4];
+        table.text[byte][1] = kHexDigits[byte & 0xF];
+        table.text[byte][2] = ' ';
+    }
+    return table;
+}
+
+constexpr HexTable kHexTable = make_hex_table();
+
 // Collects text on the stack and gives it to the writer in large pieces.
 struct Line
 {
@@ -359,11 +379,7 @@ void orvlog_write_hex_rows(ORVLOG_Writer* writer, const uint8_t* bytes, uint64_t
         const auto count = static_cast<uint32_t>(length - at < row ? length - at : row);
         char* to = line_room(&line, 3 * kRowBytes + 1);
         for (uint32_t i = 0; i < count; ++i, to += 3)
-        {
-            to[0] = kHexDigits[bytes[at + i] >> 4];
-            to[1] = kHexDigits[bytes[at + i] & 0xF];
-            to[2] = ' ';
-        }
+            std::memcpy(to, kHexTable.text[bytes[at + i]], 4);
         line.length += coded && 3 * count > ORVLOG_CODED_PRINT_LIMIT ? ORVLOG_CODED_PRINT_LIMIT : 3 * count;
         if (row_size != 0)
             line_char(&line, '\n');

@@ -1,0 +1,130 @@
+#include "orvlog/core/orvlog-entry.h"
+#include "tests/support/fake-identity.h"
+#include "tests/support/fake-image.h"
+#include "tests/support/fake-renderer.h"
+#include "tests/support/memory-stream.h"
+#include "tests/support/temp-folder.h"
+#include "tests/support/test-allocator.h"
+#include "tests/support/test-session.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+void pull(GOP_OperandImagePointer* record)
+{
+    record->imp_ImagePrepareFn(&record, GCM_OBJ_IMAGE, 0, 0, 0, 0, 0, 0, 0, GNC_BMP_DEPTH_8, 0);
+    uint8_t row[4];
+    int32_t returned = 1;
+    while (returned > 0)
+        record->imp_ImageReadFn(record, record->imp_Context, 0, row, sizeof row, sizeof row, &returned, nullptr, 0, 0,
+                                nullptr);
+    record->imp_ImageFinishFn(record, record->imp_Context);
+}
+
+// A job of two images, pulled in their paints or, where they are kept, in the other order behind them.
+std::string run_job(bool keeps, uint32_t compress, uint32_t via_temporary_log)
+{
+    TempFolder folder;
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    FakeRenderer renderer;
+    ORV_Interface orv = {};
+    ORVLOG_SessionOptions options = {};
+    options.interface_out = &orv;
+    options.interface_in = renderer.get();
+    options.allocator = allocator.get();
+    options.identity = identity.get();
+    options.log_stream = stream.get();
+    options.compress = compress;
+    options.via_temporary_log = via_temporary_log;
+    EXPECT_EQ(orvlog_create_session_with(&options), 1U);
+    void* document = nullptr;
+    orv.document_start.fn(nullptr, &orv, &document, 7, nullptr, nullptr);
+    ORV_DrawingInterface drawing = {};
+    const ORV_FaceProperties face = letter_face();
+    orv.face_start.fn(nullptr, &orv, document, &drawing, nullptr, 1, &face, nullptr, 0, 0);
+    FakeImage first(4, 3);
+    FakeImage second(4, 1);
+    std::vector<GOP_OperandImagePointer*> kept;
+    renderer.on_draw(
+        [&](const char*)
+        {
+            auto* record = reinterpret_cast<GOP_OperandImagePointer*>(renderer.last_operands[0]);
+            if (!keeps)
+                return pull(record);
+            EXPECT_EQ(record->imp_ImageKeepFn(record), 1U);
+            kept.push_back(record);
+        });
+    const GOP_Operator op = {};
+    for (FakeImage* image : {&first, &second})
+    {
+        image->image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+        drawing.object_paint.fn(&drawing, 8, 0, &op, nullptr, 0, nullptr, image->operand(), nullptr, nullptr);
+    }
+    renderer.on_draw(nullptr);
+    while (!kept.empty())
+    {
+        pull(kept.back());
+        kept.back()->imp_ImageReleaseFn(kept.back());
+        kept.pop_back();
+    }
+    drawing.drawing_finish.fn(&drawing);
+    orv.document_finish.fn(&orv, document);
+    EXPECT_EQ(ORVLOG_DLL_shutdown(orv.document_start.context), 1U);
+    EXPECT_EQ(allocator.outstanding(), 0U);
+    EXPECT_TRUE(folder.names().empty());
+    return stream.text();
+}
+
+// The text without the elements that tell of keeping.
+std::string without_keeping(std::string text)
+{
+    for (const std::string name : {"GOP_ImageKeepFn", "GOP_ImageReleaseFn"})
+    {
+        for (size_t at = text.find("<" + name); at != std::string::npos; at = text.find("<" + name))
+        {
+            const size_t line = text.rfind('\n', at) + 1;
+            const size_t end = text.find("</" + name + ">\n", at) + name.size() + 4;
+            text.erase(line, end - line);
+        }
+    }
+    return text;
+}
+
+std::string decoded(const std::string& coded)
+{
+    TestAllocator allocator;
+    AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.get());
+    // The last bytes come out only while there is one more behind them.
+    const std::string bits = coded.substr(35) + '\0';
+    AHC_SetInput(coder, reinterpret_cast<const uint8_t*>(bits.data()), static_cast<uint32_t>(bits.size()));
+    std::string text;
+    uint8_t piece[100];
+    for (int32_t count; (count = AHC_Decode(coder, piece, sizeof piece)) > 0;)
+        text.append(reinterpret_cast<const char*>(piece), static_cast<size_t>(count));
+    AHC_DecoderDestroy(coder);
+    return text.substr(0, text.rfind("</ORV>\n") + 7);
+}
+
+TEST(KeptImageMerge, MergedLogEqualsThatOfTheSameJobWithoutKeeps)
+{
+    const std::string plain = run_job(false, 0, 0);
+    const std::string merged = run_job(true, 0, 1);
+    EXPECT_EQ(plain.find("GOP_ImageKeepFn"), std::string::npos);
+    EXPECT_NE(merged.find("<GOP_ImageKeepFn Id=\"10\"  return=\"TRUE\">\n"), std::string::npos);
+    EXPECT_EQ(without_keeping(merged), plain);
+}
+
+TEST(KeptImageMerge, CodedMergedLogHoldsTheSame)
+{
+    const std::string coded = run_job(true, 1, 1);
+    ASSERT_TRUE(coded.starts_with("<ORV compression=\"Adaptive Huffman\""));
+    EXPECT_EQ(without_keeping(decoded(coded)), run_job(false, 0, 0));
+}
+
+}  // namespace
