@@ -191,13 +191,14 @@ struct EscapeRun
 
 struct Output
 {
-    char* text;  // null: counts only
+    char* text;    // null: counts only
+    int64_t room;  // what is beyond is counted and not written
     int64_t length;
     int64_t behind_separator;  // 0 as long as there is none
 
     void put(char c)
     {
-        if (text != nullptr)
+        if (text != nullptr && length < room)
             text[length] = c;
         ++length;
     }
@@ -312,7 +313,10 @@ int32_t gio_ParseUrl(const char* text, GIO_UrlParts* parts)
 
 int64_t gio_NormalisePart(const GIO_UrlPart* part, uint32_t char_class, uint32_t syntax, uint32_t flags, char* out)
 {
-    Output output = {out, 0, 0};
+    const bool cut = (flags & GIO_NORMALISE_CUT) != 0;
+    const int64_t room =
+        cut && out != nullptr ? gio_NormalisePart(part, char_class, syntax, flags, nullptr) : INT64_MAX;
+    Output output = {out, room, 0, 0};
     EscapeRun run;
     for (uint32_t i = 0; i < part->length; ++i)
     {
@@ -329,7 +333,7 @@ int64_t gio_NormalisePart(const GIO_UrlPart* part, uint32_t char_class, uint32_t
     }
     if (run.pending())
         return -1;
-    if ((flags & GIO_NORMALISE_CUT) == 0)
+    if (!cut)
         return output.length;
     return output.behind_separator != 0 ? output.behind_separator : -1;
 }

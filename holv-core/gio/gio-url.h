@@ -75,7 +75,7 @@ enum
 // - `has_authority` is 1 for an authority that isn't empty, and always for "file:".
 int32_t gio_ParseUrl(const char* text, GIO_UrlParts* parts);
 
-// Copies a part to `out`, which has to be as long as the part, or null to learn the length; no terminator is
+// Copies a part to `out`, which has to be as long as the result, or null to learn its length; no terminator is
 // written. A plain character has to be in `char_class`. An escape of an unreserved character becomes that
 // character; any other stays or is decoded. In a path, the separator of `syntax` becomes "/"; for other parts
 // `syntax` is GIO_PATH_URL. Gives the length, or -1: for "%" without two digits, for bytes from 0x80 up that are

@@ -400,6 +400,19 @@ TEST(ResolveUrl, AQueryGivesThePathItsLength)
     EXPECT_EQ(show(parts), "<file>1 <>1 </p?qu>3 <> -");
 }
 
+TEST(ResolveUrl, NeedsNoMoreRoomThanItAsksFor)
+{
+    // The end of the base's path, which is cut, is longer than what is put behind it.
+    orvlog::test::GuardedBlock block(11);
+    GIO_UrlParts parts = {};
+    parts.text = block.as<char>();
+    uint32_t size = 11;
+    EXPECT_EQ(gio_ResolveUrl("x", GIO_PATH_URL, "http://h/a/a-long-last-segment", &parts, &size), GIO_ERR_NO_MEMORY);
+    EXPECT_EQ(size, 13U);
+    EXPECT_EQ(gio_ResolveUrl("x", GIO_PATH_URL, "http://h/a-long-last-segment", &parts, &size), GIO_OK);
+    EXPECT_STREQ(block.as<const char>(), "http://h/x");
+}
+
 TEST(ResolveUrl, NullArguments)
 {
     GIO_UrlParts parts = {};

@@ -1,0 +1,57 @@
+// What is asked of libcurl alone: Wine's WinINet takes bytes without a head for a page, follows a redirection in
+// circles, and keeps no limit while a server is silent.
+
+#include "tests/holv-core/gio/http-client-fixture.h"
+
+#include <chrono>
+
+namespace
+{
+
+using orvlog::test::HttpClient;
+
+TEST_F(HttpClient, GarbageGivesNoHandle)
+{
+    EXPECT_EQ(open_page("/garbage"), 1001);
+}
+
+TEST_F(HttpClient, CirclesGiveNoHandle)
+{
+    EXPECT_EQ(open_page("/turning"), 1001);
+    EXPECT_EQ(server_.requests().size(), 6U);
+}
+
+TEST_F(HttpClient, AnEarlyEndIsAFailure)
+{
+    ASSERT_EQ(open_page("/early"), 0);
+    EXPECT_EQ(read(1000), content_.substr(0, 10));
+    EXPECT_EQ(ops_->gio_Error(c_), 1);
+    EXPECT_EQ(ops_->gio_Eof(c_), 0);
+    EXPECT_EQ(ops_->gio_LastError(c_), 1001);
+}
+
+TEST_F(HttpClient, SilenceEndsAtTheLimit)
+{
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(open_page("/silent"), 1001);
+    ASSERT_EQ(open_page("/stall"), 0);
+    EXPECT_EQ(read(1000), content_.substr(0, 5));
+    EXPECT_EQ(ops_->gio_LastError(c_), 1001);
+    EXPECT_EQ(ops_->gio_Error(c_), 1);
+    EXPECT_EQ(ops_->gio_Eof(c_), 0);
+    close();
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(15));
+}
+
+TEST_F(HttpClient, AsksForRanges)
+{
+    ASSERT_EQ(open_page("/whole"), 0);
+    ASSERT_EQ(ops_->gio_Seek(c_, 300000, GIO_SEEK_SET), 0);
+    EXPECT_EQ(read(5), content_.substr(300000, 5));
+    const auto requests = server_.requests();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_EQ(requests[0].find("Range:"), std::string::npos);
+    EXPECT_NE(requests[1].find("Range: bytes=300000-\r\n"), std::string::npos);
+}
+
+}  // namespace
