@@ -50,6 +50,14 @@ void append_times(std::string& text, const RecordSummary& summary)
         append(text, "%-32s %10.3f s\n", "time without the logger", *summary.seconds_without_logger);
 }
 
+void append_check(std::string& text, const RecordSummary& summary)
+{
+    if (summary.pages_compared && summary.pixels_different)
+        append(text, "%-32s %10llu on %llu pages\n", "pixels that differ without it",
+               static_cast<unsigned long long>(*summary.pixels_different),
+               static_cast<unsigned long long>(*summary.pages_compared));
+}
+
 }  // namespace
 
 std::optional<RecordSummary> read_record_summary(const std::string& file)
@@ -64,6 +72,11 @@ std::optional<RecordSummary> read_record_summary(const std::string& file)
     summary.log_bytes = number_of<uint64_t>(object, "log_bytes");
     summary.seconds = number_of<double>(object, "seconds");
     summary.seconds_without_logger = number_of<double>(object, "seconds_without_logger");
+    if (const auto check = object.find("check"); check != object.end() && check->is_object())
+    {
+        summary.pages_compared = number_of<uint64_t>(*check, "pages");
+        summary.pixels_different = number_of<uint64_t>(*check, "pixels_different");
+    }
     if (const auto log = object.find("log"); log != object.end() && log->is_string())
         summary.log = log->get<std::string>();
     return summary;
@@ -86,6 +99,7 @@ std::string format_record_summary(const RecordSummary& summary)
     if (summary.log_bytes)
         append(text, "%-32s %10llu bytes\n", "log", static_cast<unsigned long long>(*summary.log_bytes));
     append_times(text, summary);
+    append_check(text, summary);
     if (!summary.log.empty())
         text += "log written to " + summary.log + "\n";
     return text;

@@ -19,6 +19,8 @@ struct RecordSummary
     std::optional<uint64_t> log_bytes;
     std::optional<double> seconds;                 // the job with the logger
     std::optional<double> seconds_without_logger;  // the same job again, without it
+    std::optional<uint64_t> pages_compared;        // by --check: pages drawn with and without the logger
+    std::optional<uint64_t> pixels_different;
 };
 
 // Reads a summary file. What the file doesn't hold stays empty; nothing at all when it is no JSON object.

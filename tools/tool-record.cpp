@@ -150,7 +150,7 @@ int record(RecordOptions options)
     if (status < 0)
         return fail(program + ": " + std::strerror(errno));
     if (const auto summary = read_record_summary(summary_file.name))
-        std::fputs(format_record_summary(*summary).c_str(), stdout);
+        std::fputs(format_record_summary(*summary).c_str(), options.log == "-" ? stderr : stdout);
     return status;
 }
 

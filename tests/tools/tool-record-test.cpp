@@ -1,0 +1,178 @@
+// orvlog record: its command line, what it hands to the program that reads PDF files, and real jobs.
+
+#include "tests/tools/run-tool.h"
+
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+const char* const kSample = ORVLOG_SOURCE_DIR "/docs/sample.pdf";
+
+// Stands in for orvlog-record: says with which words it was started, and leaves a summary.
+class RecordStandIn : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        set_script("printf '%s\\n' \"$@\" | grep -v '^--progress$' | sed '/^--summary$/,$d'\n");
+        setenv("ORVLOG_EXEC_PATH", folder.path("").c_str(), 1);
+        document = folder.write("a.pdf", "%PDF-");
+    }
+    void TearDown() override
+    {
+        unsetenv("ORVLOG_EXEC_PATH");
+    }
+    void set_script(const std::string& body)
+    {
+        const std::string script = folder.write("orvlog-record", "#!/bin/sh\n" + body);
+        ASSERT_EQ(chmod(script.c_str(), 0700), 0);
+    }
+
+    ScratchFolder folder;
+    std::string document;
+};
+
+TEST_F(RecordStandIn, NamesLogAndPagesAfterTheDocument)
+{
+    const ToolResult result = run_tool({"record", document});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    std::string here = folder.path("");
+    here.pop_back();
+    EXPECT_EQ(result.out, document + "\n-o\n" + folder.path("a.orvlog.xml") + "\n--mode\ntransparent\n--png\n" + here +
+                              "\n--dpi\n96\n");
+}
+
+TEST_F(RecordStandIn, HandsEveryOptionOn)
+{
+    const ToolResult result = run_tool({"record",
+                                        document,
+                                        "-o",
+                                        "x.xml",
+                                        "--pages",
+                                        "2-3",
+                                        "--mode",
+                                        "base",
+                                        "--images-beside",
+                                        "p",
+                                        "--png",
+                                        "d",
+                                        "--dpi",
+                                        "144",
+                                        "--check",
+                                        "--keep-images",
+                                        "--compressed",
+                                        "--via-temporary-log",
+                                        "--save-tickets",
+                                        "t"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, document +
+                              "\n-o\nx.xml\n--mode\nbase\n--pages\n2-3\n--images-beside\np\n--png\nd\n--dpi\n144\n"
+                              "--check\n--keep-images\n--compressed\n--via-temporary-log\n--save-tickets\nt\n");
+    EXPECT_EQ(run_tool({"record", document, "-o", "x", "--no-renderer"}).out,
+              document + "\n-o\nx\n--mode\ntransparent\n--no-renderer\n--dpi\n96\n");
+}
+
+TEST_F(RecordStandIn, PassesTheStatusOn)
+{
+    set_script("exit 7\n");
+    EXPECT_EQ(run_tool({"record", document}).status, 7);
+    set_script("kill -TERM $$\n");
+    EXPECT_EQ(run_tool({"record", document}).status, 128 + 15);
+}
+
+TEST_F(RecordStandIn, PrintsTheSummary)
+{
+    set_script("while [ \"$1\" != --summary ]; do shift; done\n"
+               "echo '{\"calls\": {\"ORV_face_start\": 2, \"ORV_object_paint\": 31}, \"pages\": 2, \"log\": \"x.xml\", "
+               "\"log_bytes\": 4711, \"seconds\": 1.5, \"seconds_without_logger\": 0.25, "
+               "\"check\": {\"same\": true, \"pages\": 2, \"pixels_different\": 0}}' >\"$2\"\n");
+    EXPECT_EQ(run_tool({"record", document}).out, "ORV_object_paint                         31\n"
+                                                  "ORV_face_start                            2\n"
+                                                  "calls in all                             33\n"
+                                                  "pages                                     2\n"
+                                                  "log                                    4711 bytes\n"
+                                                  "time                                  1.500 s\n"
+                                                  "time without the logger               0.250 s\n"
+                                                  "pixels that differ without it             0 on 2 pages\n"
+                                                  "log written to x.xml\n");
+}
+
+TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
+{
+    for (const char* pages : {"0", "3-2", "a", "1-", "-1", "1-2-3", "99999999999"})
+        EXPECT_EQ(run_tool({"record", document, "--pages", pages}).status, 2) << pages;
+    EXPECT_EQ(run_tool({"record", document, "--pages", "3-2"}).err,
+              "orvlog record: --pages: the last page comes before the first (see orvlog record --help)\n");
+    EXPECT_EQ(run_tool({"record", document, "--mode", "other"}).status, 2);
+    EXPECT_EQ(run_tool({"record", document, "--dpi", "0"}).status, 2);
+    EXPECT_EQ(run_tool({"record"}).status, 2);
+    EXPECT_EQ(run_tool({"record", document, "another.pdf"}).status, 2);
+    EXPECT_EQ(run_tool({"recrd"}).err, "orvlog: no command 'recrd' (see orvlog help)\n");
+    EXPECT_EQ(run_tool({}).status, 2);
+}
+
+TEST(ToolRecord, MissingFileGetsOneLine)
+{
+    const ToolResult result = run_tool({"record", "/nowhere/to/be.pdf"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "orvlog: /nowhere/to/be.pdf: No such file or directory\n");
+}
+
+TEST(ToolRecord, DamagedFileGetsOneLine)
+{
+    const ScratchFolder folder;
+    const ToolResult result = run_tool({"record", folder.write("bad.pdf", "this is no document")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err, "");
+    EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
+}
+
+TEST(ToolRecord, FullDiskIsNoticed)
+{
+    const ScratchFolder folder;
+    const ToolResult result = run_tool({"record", kSample, "-o", "/dev/full", "--png", folder.path("")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("/dev/full"), std::string::npos) << result.err;
+}
+
+TEST(ToolRecord, AnXmlParserReadsTheLogOfTheSample)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.path("sample.orvlog.xml");
+    const ToolResult result = run_tool({"record", kSample, "-o", log, "--png", folder.path(""), "--check"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.out.find("pixels that differ without it             0 on "), std::string::npos) << result.out;
+    xmlDocPtr document = xmlReadFile(log.c_str(), nullptr, XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_PEDANTIC);
+    ASSERT_NE(document, nullptr);
+    EXPECT_EQ(xmlGetLastError(), nullptr);
+    const xmlNode* root = xmlDocGetRootElement(document);
+    ASSERT_NE(root, nullptr);
+    EXPECT_STREQ(reinterpret_cast<const char*>(root->name), "ORV");
+    EXPECT_NE(read_file(folder.path("sample-001.png")), "");
+    xmlFreeDoc(document);
+    xmlCleanupParser();
+}
+
+TEST(ToolHelp, ListsCommandsAndShowsExamples)
+{
+    EXPECT_EQ(run_tool({"--version"}).out, "orvlog 1.0.0\n");
+    EXPECT_NE(run_tool({"help"}).out.find("\n  record    log a PDF document's drawing calls"), std::string::npos);
+    const ToolResult help = run_tool({"record", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("\nExample: orvlog record letter.pdf\n"), std::string::npos);
+    EXPECT_EQ(run_tool({"help", "record"}).out, help.out);
+    EXPECT_EQ(run_tool({"help", "nothing"}).err, "orvlog: no command 'nothing'\n");
+}
+
+}  // namespace
