@@ -1,6 +1,11 @@
 #include "orvlog/colour/orvlog-colour-ticket.h"
 
+#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/log/ahc-coder.h"
+#include "tests/support/fake-identity.h"
 #include "tests/support/fake-tickets.h"
+#include "tests/support/memory-stream.h"
+#include "tests/support/test-allocator.h"
 #include "tests/support/test-session.h"
 #include "tests/support/ticket-bytes.h"
 
@@ -247,6 +252,53 @@ TEST_F(ColourTicket, EveryFailedStreamOperationIsSurvived)
     }
     test->stream.fail(0);
     EXPECT_EQ(dump(&probe), reference(1));
+}
+
+// The text that a coded stream holds.
+std::string decoded(const std::string& coded)
+{
+    TestAllocator allocator;
+    AdaptiveHuffmanCoder* decoder = AHC_DecoderCreate(allocator.get());
+    std::string text;
+    uint8_t piece[256];
+    AHC_SetInput(decoder, reinterpret_cast<const uint8_t*>(coded.data()), static_cast<uint32_t>(coded.size()));
+    for (int32_t n = AHC_Decode(decoder, piece, sizeof piece); n > 0; n = AHC_Decode(decoder, piece, sizeof piece))
+        text.append(reinterpret_cast<const char*>(piece), static_cast<size_t>(n));
+    AHC_DecoderDestroy(decoder);
+    return text;
+}
+
+TEST(ColourTicketCoded, TheTextStandsAsPlainBytesInACodedLog)
+{
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    FakeTickets tickets;
+    FakeTickets::Ticket ticket = {&tickets, 1, smallest()};
+    ORV_Interface orv = {};
+    ASSERT_NE(orvlog_create_session(&orv, nullptr, allocator.get(), identity.get(), stream.get(), nullptr,
+                                    tickets.functions(), tickets.serial(), nullptr, nullptr, nullptr, 1,
+                                    ORVLOG_MODE_TRANSPARENT),
+              0u);
+    auto* session = static_cast<ORVLOG_Session*>(orv.document_start.context);
+    ORVLOG_DumpColorTicket(session, &ticket);
+    ORVLOG_DumpColorTicket(session, &ticket);
+    ORVLOG_DLL_shutdown(session);
+    const std::string begin = "    <GXC_ColorTickets>\n    \t<(null)>\n    \t\t<GCM_ColorTicket>\n";
+    const std::string end = "    \t\t</GCM_ColorTicket>\n    \t</(null)>\n    </GXC_ColorTickets>\n";
+    std::string log = stream.text();
+    const size_t from = log.find(begin);
+    const size_t to = log.find(end);
+    ASSERT_NE(from, std::string::npos);
+    ASSERT_NE(to, std::string::npos);
+    log.erase(from, to + end.size() - from);
+    constexpr size_t kPlainPrefix = 35;
+    const std::string text = decoded(log.substr(kPlainPrefix));
+    EXPECT_NE(text.find("  <GCM_ColorTicket id=\"1\">\n  </GCM_ColorTicket>\n  <GCM_ColorTicket id=\"1\">\n"
+                        "  </GCM_ColorTicket>\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(allocator.outstanding(), 0u);
 }
 
 }  // namespace
