@@ -39,7 +39,7 @@ FakeImage::FakeImage(uint32_t width, uint32_t height)
         }
         if (self->replacement != nullptr)
             *operand_p = self->replacement;
-        return self->prepare_result;
+        return self->answer(self->prepare_result);
     };
     record.imp_ImageReadFn = [](GOP_OperandImagePointer* operand_p, void* context, uint32_t, uint8_t* buffer,
                                 uint32_t size, int32_t, int32_t* returned, uint8_t* attr, uint32_t attr_size, int32_t,
@@ -52,18 +52,18 @@ FakeImage::FakeImage(uint32_t width, uint32_t height)
     record.imp_ImageFinishFn = [](GOP_OperandImagePointer* operand_p, void*) -> uint32_t
     {
         of(operand_p)->calls_ += "finish ";
-        return of(operand_p)->finish_result;
+        return of(operand_p)->answer(of(operand_p)->finish_result);
     };
     record.imp_ImageResetFn = [](GOP_OperandImagePointer* operand_p, void*) -> uint32_t
     {
         of(operand_p)->calls_ += "reset ";
         of(operand_p)->position_ = 0;
-        return of(operand_p)->reset_result;
+        return of(operand_p)->answer(of(operand_p)->reset_result);
     };
     record.imp_ImageKeepFn = [](GOP_OperandImagePointer* operand_p) -> uint32_t
     {
         of(operand_p)->calls_ += "keep ";
-        return of(operand_p)->keep_result;
+        return of(operand_p)->answer(of(operand_p)->keep_result);
     };
     record.imp_ImageReleaseFn = [](GOP_OperandImagePointer* operand_p) -> void*
     {
@@ -77,6 +77,11 @@ std::string FakeImage::take_calls()
     std::string result = calls_;
     calls_.clear();
     return result;
+}
+
+uint32_t FakeImage::answer(uint32_t result)
+{
+    return fuse != nullptr && --*fuse == 0 ? 0 : result;
 }
 
 uint32_t FakeImage::read(uint8_t* buffer, uint32_t size, int32_t* returned, uint8_t* attr, uint32_t attr_size,
@@ -93,7 +98,7 @@ uint32_t FakeImage::read(uint8_t* buffer, uint32_t size, int32_t* returned, uint
         attr_position_ += attr_count;
         *attr_returned = static_cast<int32_t>(claim != INT64_MAX ? claim : static_cast<int64_t>(attr_count));
     }
-    return reads_++ == fail_read ? 0 : read_result;
+    return reads_++ == fail_read ? 0 : answer(read_result);
 }
 
 }  // namespace orvlog::test

@@ -23,7 +23,7 @@ ScriptedFontEngine::ScriptedFontEngine()
         *font = -7;
         *matrix_out = self->matrix;
         *flags_out = 0x6;
-        return self->start_result;
+        return self->answer(self->start_result);
     };
     table.GFI_GlyphIndexGetFn = [](void* context, uint32_t* returned, uint32_t* index, uint16_t* variant,
                                    GGO_Vector* advance, GGO_BoxFloat* box) -> uint32_t
@@ -40,7 +40,7 @@ ScriptedFontEngine::ScriptedFontEngine()
                 box->gbf_MaxX = 9;
             ++self->next_;
         }
-        return self->index_result;
+        return self->answer(self->index_result);
     };
     table.GFI_GlyphGetFixedFormatFn = [](void* context, uint32_t type, uint32_t* returned, uint32_t* changed_out,
                                          GGO_Matrix* matrix_out, uint32_t* flags_out,
@@ -50,7 +50,7 @@ ScriptedFontEngine::ScriptedFontEngine()
         self->calls_ += "fixed" + std::to_string(type) + " ";
         *returned = self->fixed_returned[type % 5];
         self->deliver(changed_out, matrix_out, flags_out, out);
-        return self->fixed_results[type % 5];
+        return self->answer(self->fixed_results[type % 5]);
     };
     table.GFI_GlyphGetFn = [](void* context, uint32_t type, uint32_t* changed_out, GGO_Matrix* matrix_out,
                               uint32_t* flags_out, GFI_GlyphDescPointer* out) -> uint32_t
@@ -58,7 +58,7 @@ ScriptedFontEngine::ScriptedFontEngine()
         ScriptedFontEngine* self = of(context);
         self->calls_ += "glyph" + std::to_string(type) + " ";
         self->deliver(changed_out, matrix_out, flags_out, out);
-        return self->glyph_result;
+        return self->answer(self->glyph_result);
     };
 }
 

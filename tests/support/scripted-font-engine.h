@@ -36,6 +36,7 @@ public:
     uint32_t fixed_returned[5] = {1, 1, 1, 1, 1};  // by type
     const GFI_GlyphDesc* glyph = nullptr;          // what is delivered; its own bitmap unless told otherwise
     bool endless = false;
+    int64_t* fuse = nullptr;  // counts down with each call; the one that brings it to 0 fails
 
     // What the last start was given.
     GGO_Matrix start_matrix = {};
@@ -46,6 +47,10 @@ private:
     static ScriptedFontEngine* of(void* context)
     {
         return static_cast<ScriptedFontEngine*>(context);
+    }
+    uint32_t answer(uint32_t result) const
+    {
+        return fuse != nullptr && --*fuse == 0 ? 0 : result;
     }
     void deliver(uint32_t* changed_out, GGO_Matrix* matrix_out, uint32_t* flags_out, GFI_GlyphDescPointer* out) const;
 
