@@ -2,6 +2,7 @@
 
 #include "orvlog/colour/gxc/gxc-ticket.h"
 #include "tools/command.h"
+#include "tools/tool-input.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -26,28 +27,6 @@ struct TicketOptions
 };
 
 const std::map<std::string, int32_t> FAMILIES = {{"gray", 0}, {"rgb", 1}, {"cmyk", 2}, {"named", 3}, {"none", -1}};
-
-struct CloseFile
-{
-    void operator()(std::FILE* file) const
-    {
-        if (file != stdin)
-            std::fclose(file);
-    }
-};
-
-// All bytes of a file; false with errno set.
-bool read_whole(const std::string& name, std::vector<uint8_t>* bytes)
-{
-    const std::unique_ptr<std::FILE, CloseFile> file(name == "-" ? stdin : std::fopen(name.c_str(), "rb"));
-    if (file == nullptr)
-        return false;
-    uint8_t piece[65536];
-    size_t got = 0;
-    while ((got = std::fread(piece, 1, sizeof piece, file.get())) != 0)
-        bytes->insert(bytes->end(), piece, piece + got);
-    return std::ferror(file.get()) == 0;
-}
 
 // A stream that lends the bytes.
 GIO_StreamOps lending_operations()
@@ -76,8 +55,9 @@ GIO_StreamOps printing_operations()
 int print_ticket(const TicketOptions& options)
 {
     std::vector<uint8_t> bytes;
-    if (!read_whole(options.file, &bytes))
-        return fail(options.file + ": " + std::strerror(errno));
+    std::string why;
+    if (!read_input(options.file, &bytes, &why))
+        return fail(options.file + ": " + why);
     if (bytes.empty())
         return fail(options.file + ": not a colour ticket: the file is empty");
     const GIO_StreamOps lending = lending_operations();
@@ -96,7 +76,8 @@ int print_ticket(const TicketOptions& options)
 Run declare_ticket(CLI::App& app)
 {
     auto options = std::make_shared<TicketOptions>();
-    app.add_option("FILE", options->file, "a serialised colour ticket; - for standard input")->required();
+    app.add_option("FILE", options->file, "a serialised colour ticket: a path, a URL, or - for standard input")
+        ->required();
     app.add_option("--family", options->family, "the family that the text names: gray, rgb, cmyk, named or none")
         ->check(CLI::IsMember(FAMILIES))
         ->type_name("NAME");
