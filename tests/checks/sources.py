@@ -7,6 +7,7 @@ import re
 import check
 
 # A list may name one file of several that differ by the system: gio-file-$<...>.cpp.
+LISTS = check.files("CMakeLists.txt")
 CHOICE = re.compile(r"\$<.*>|\$\{\w+\}")
 
 
@@ -17,6 +18,10 @@ def names_in(lists):
 
 
 def is_listed(source):
+    """Named by its own folder or one above, or anywhere by its path from the project's root."""
+    rooted = "/" + source
+    if any(rooted in check.text(lists).replace("${PROJECT_SOURCE_DIR}", "").split() for lists in LISTS):
+        return True
     folder = os.path.dirname(source)
     while True:
         lists = os.path.join(folder, "CMakeLists.txt")
