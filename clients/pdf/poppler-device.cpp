@@ -2,6 +2,8 @@
 
 #include "clients/pdf/poppler-device.h"
 
+#include "clients/pdf/true-type.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -21,6 +23,8 @@
 #include <Page.h>
 #include <SplashOutputDev.h>
 #include <Stream.h>
+#include <fofi/FoFiTrueType.h>
+#include <goo/gmem.h>
 #include <splash/Splash.h>
 #include <splash/SplashFont.h>
 #include <splash/SplashFontFile.h>
@@ -772,10 +776,65 @@ private:
 
 //---- Fonts
 
+// The TrueType data behind a font's codes; nothing for fonts of other kinds.
+class TrueTypeData
+{
+public:
+    TrueTypeData(GfxFont& font, XRef* references)
+    {
+        const GfxFontType type = font.getType();
+        Ref embedded;
+        if ((type != fontTrueType && type != fontCIDType2) || !font.getEmbeddedFontID(&embedded))
+        {
+            return;
+        }
+        const std::optional<std::vector<unsigned char>> bytes = font.readEmbFontFile(references);
+        if (!bytes || bytes->size() > INT_MAX)
+        {
+            return;
+        }
+        if (type == fontTrueType)
+        {
+            const std::unique_ptr<FoFiTrueType> file =
+                FoFiTrueType::make(bytes->data(), static_cast<int>(bytes->size()));
+            int* map = file != nullptr ? static_cast<Gfx8BitFont&>(font).getCodeToGIDMap(file.get()) : nullptr;
+            if (map != nullptr)
+            {
+                codes_.assign(map, map + 256);
+                gfree(map);
+            }
+        }
+        else
+        {
+            GfxCIDFont& cid_font = static_cast<GfxCIDFont&>(font);
+            const int* map = cid_font.getCIDToGID();
+            const unsigned int count = cid_font.getCIDToGIDLen();
+            identity_ = map == nullptr;
+            codes_.assign(map, map + (map != nullptr ? count : 0));
+        }
+        glyphs_ = TrueTypeGlyphs(*bytes);
+    }
+
+    std::vector<uint8_t> entry(CharCode code) const
+    {
+        if (identity_)
+        {
+            return glyphs_.entry(code);
+        }
+        return code < codes_.size() && codes_[code] > 0 ? glyphs_.entry(static_cast<uint32_t>(codes_[code]))
+                                                        : std::vector<uint8_t>();
+    }
+
+private:
+    TrueTypeGlyphs glyphs_;
+    std::vector<int> codes_;
+    bool identity_ = false;
+};
+
 class FontEntry
 {
 public:
-    explicit FontEntry(SplashFontFile* file, int32_t id) : id_(id)
+    FontEntry(SplashFontFile* file, int32_t id, TrueTypeData true_type) : id_(id), true_type_(std::move(true_type))
     {
         SplashCoord size[4] = {outline_size, 0, 0, outline_size};
         const SplashCoord text[4] = {1, 0, 0, 1};
@@ -800,6 +859,7 @@ public:
             {
                 glyph->outline = path_of(*outline);
             }
+            glyph->true_type = true_type_.entry(code);
             entry = std::move(glyph);
         }
         return entry;
@@ -807,6 +867,7 @@ public:
 
 private:
     int32_t id_;
+    TrueTypeData true_type_;
     std::unique_ptr<SplashFont> font_;
     std::map<CharCode, std::shared_ptr<const Glyph>> glyphs_;
 };
@@ -1009,7 +1070,7 @@ public:
         return true;
     }
 
-    bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double, double) override
+    bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double s_min, double s_max) override
     {
         flush_capture();
         RadialGradient gradient;
@@ -1019,23 +1080,41 @@ public:
         gradient.extend_start = shading->getExtend0();
         gradient.extend_end = shading->getExtend1();
         gradient.stops = StopFinder(*shading, spaces_).find();
+        if (gradient.extend_start != gradient.extend_end && s_min < s_max)
+        {
+            extend_circles(gradient, s_min, s_max);
+        }
         painter_->gradient(gradient, fill_state(state));
         return true;
     }
 
-    bool radialShadedSupportExtend(GfxState*, GfxRadialShading*) override
+    bool radialShadedSupportExtend(GfxState*, GfxRadialShading* shading) override
     {
+        return shading->getExtend0() == shading->getExtend1();
+    }
+
+    bool functionShadedFill(GfxState* state, GfxFunctionShading* shading) override
+    {
+        flush_capture();
+        const GGO_Matrix to_content = multiply(matrix_of(shading->getMatrix()), matrix(state));
+        if (!finite(to_content))
+        {
+            return true;
+        }
+        in_a_group(state, [&](const PaintState& paint) { paint_cells(*shading, to_content, paint); });
         return true;
     }
 
-    bool functionShadedFill(GfxState*, GfxFunctionShading*) override
+    bool gouraudTriangleShadedFill(GfxState* state, GfxGouraudTriangleShading* shading) override
     {
-        return false;
-    }
-
-    bool gouraudTriangleShadedFill(GfxState*, GfxGouraudTriangleShading*) override
-    {
-        return false;
+        constexpr int greatest_count = 20000;
+        if (shading->isParameterized() || shading->getNTriangles() > greatest_count)
+        {
+            return false;
+        }
+        flush_capture();
+        in_a_group(state, [&](const PaintState& paint) { paint_triangles(*shading, matrix(state), paint); });
+        return true;
     }
 
     //---- Text
@@ -1459,6 +1538,108 @@ private:
         }
     }
 
+    //---- Shadings
+
+    // Takes the extended side into the circles themselves: a gradient with overlapping circles that goes on at
+    // one end only.
+    static void extend_circles(RadialGradient& gradient, double s_min, double s_max)
+    {
+        const GGO_Point from = gradient.centre1;
+        const GGO_Vector step = {gradient.centre2.gpf_X - from.gpf_X, gradient.centre2.gpf_Y - from.gpf_Y};
+        const double radius = gradient.radius1;
+        const double growth = gradient.radius2 - radius;
+        gradient.centre1 = {from.gpf_X + s_min * step.gvf_X, from.gpf_Y + s_min * step.gvf_Y};
+        gradient.centre2 = {from.gpf_X + s_max * step.gvf_X, from.gpf_Y + s_max * step.gvf_Y};
+        gradient.radius1 = std::max(0.0, radius + s_min * growth);
+        gradient.radius2 = std::max(0.0, radius + s_max * growth);
+        gradient.extend_start = false;
+        gradient.extend_end = false;
+        const auto place = [&](double s) { return std::clamp((s - s_min) / (s_max - s_min), 0.0, 1.0); };
+        std::vector<GradientStop> stops;
+        if (place(0) > 0)
+        {
+            stops.push_back({0, gradient.stops.front().colour});
+        }
+        for (const GradientStop& stop : gradient.stops)
+        {
+            stops.push_back({place(stop.position), stop.colour});
+        }
+        if (place(1) < 1)
+        {
+            stops.push_back({1, gradient.stops.back().colour});
+        }
+        gradient.stops = std::move(stops);
+    }
+
+    // Many small paints that overlap count as one thing where they don't simply cover what lies below.
+    template <typename Paint> void in_a_group(GfxState* state, Paint paint)
+    {
+        const PaintState outside = fill_state(state);
+        if (outside.alpha == 1 && outside.mask == nullptr && outside.blend == Blend::normal)
+        {
+            paint(outside);
+            return;
+        }
+        painter_->begin_group({true, false, {1, 1, -1, -1}, outside});
+        paint(PaintState{});
+        painter_->end_group();
+    }
+
+    // Steps so fine that no cell is wider than a few pixels. Each cell reaches under the next ones, so that no
+    // seams show.
+    void paint_cells(GfxFunctionShading& shading, const GGO_Matrix& to_content, const PaintState& paint)
+    {
+        constexpr double greatest_count = 96;
+        double x0 = 0;
+        double y0 = 0;
+        double x1 = 0;
+        double y1 = 0;
+        shading.getDomain(&x0, &y0, &x1, &y1);
+        const double pixels = painter_->pixels_per_unit();
+        const auto count_along = [&](GGO_Vector side)
+        {
+            const GGO_Vector along = transform(to_content, side);
+            const double length = std::hypot(along.gvf_X, along.gvf_Y) * pixels;
+            return std::isfinite(length) ? std::clamp(std::ceil(length / 2), 1.0, greatest_count) : 1.0;
+        };
+        const double columns = count_along({x1 - x0, 0});
+        const double rows = count_along({0, y1 - y0});
+        const double wide = (x1 - x0) / columns;
+        const double high = (y1 - y0) / rows;
+        for (double row = 0; row < rows; row++)
+        {
+            for (double column = 0; column < columns; column++)
+            {
+                const double x = x0 + column * wide;
+                const double y = y0 + row * high;
+                GfxColor value;
+                clearGfxColor(&value);
+                shading.getColor(x + wide / 2, y + high / 2, &value);
+                const Path cell = rectangle({x, y, std::min(x + 2 * wide, x1), std::min(y + 2 * high, y1)});
+                painter_->fill(cell.transformed(to_content), Winding::non_zero,
+                               colour_of(shading.getColorSpace(), value, spaces_), paint);
+            }
+        }
+    }
+
+    void paint_triangles(GfxGouraudTriangleShading& shading, const GGO_Matrix& to_content, const PaintState& paint)
+    {
+        for (int i = 0; i < shading.getNTriangles(); i++)
+        {
+            GGO_Point corner[3];
+            GfxColor value[3];
+            shading.getTriangle(i, &corner[0].gpf_X, &corner[0].gpf_Y, &value[0], &corner[1].gpf_X, &corner[1].gpf_Y,
+                                &value[1], &corner[2].gpf_X, &corner[2].gpf_Y, &value[2]);
+            Triangle triangle;
+            for (int n = 0; n < 3; n++)
+            {
+                triangle.corner[n] = transform(to_content, corner[n]);
+                triangle.colour[n] = colour_of(shading.getColorSpace(), value[n], spaces_);
+            }
+            painter_->gradient(triangle, paint);
+        }
+    }
+
     //---- Patterns
 
     std::string pattern_key(GfxState* state, const GfxTilingPattern& pattern, double scale)
@@ -1675,7 +1856,8 @@ private:
         std::shared_ptr<FontEntry>& entry = fonts_[{source->getID()->num, source->getID()->gen}];
         if (entry == nullptr)
         {
-            entry = std::make_shared<FontEntry>(current->getFontFile(), static_cast<int32_t>(fonts_.size()));
+            entry = std::make_shared<FontEntry>(current->getFontFile(), static_cast<int32_t>(fonts_.size()),
+                                                TrueTypeData(*source, document_->getXRef()));
         }
         font_ = entry;
         return true;
