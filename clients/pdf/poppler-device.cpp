@@ -1070,7 +1070,7 @@ public:
         return true;
     }
 
-    bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double s_min, double s_max) override
+    bool radialShadedFill(GfxState* state, GfxRadialShading* shading, double, double) override
     {
         flush_capture();
         RadialGradient gradient;
@@ -1080,17 +1080,17 @@ public:
         gradient.extend_start = shading->getExtend0();
         gradient.extend_end = shading->getExtend1();
         gradient.stops = StopFinder(*shading, spaces_).find();
-        if (gradient.extend_start != gradient.extend_end && s_min < s_max)
+        if (gradient.extend_start != gradient.extend_end)
         {
-            extend_circles(gradient, s_min, s_max);
+            extend_circles(state, gradient);
         }
         painter_->gradient(gradient, fill_state(state));
         return true;
     }
 
-    bool radialShadedSupportExtend(GfxState*, GfxRadialShading* shading) override
+    bool radialShadedSupportExtend(GfxState*, GfxRadialShading*) override
     {
-        return shading->getExtend0() == shading->getExtend1();
+        return true;
     }
 
     bool functionShadedFill(GfxState* state, GfxFunctionShading* shading) override
@@ -1540,14 +1540,37 @@ private:
 
     //---- Shadings
 
+    // How far beyond a circle a gradient has to go on, in steps from one circle to the other, until what it
+    // paints covers the clip, or the radius is down to 0.
+    static double extension(GfxState* state, GGO_Point centre, double radius, GGO_Vector step, double growth)
+    {
+        if (growth < 0)
+        {
+            return radius / -growth;
+        }
+        double x_min = 0;
+        double y_min = 0;
+        double x_max = 0;
+        double y_max = 0;
+        state->getUserClipBBox(&x_min, &y_min, &x_max, &y_max);
+        const double reach = std::hypot(x_max - x_min, y_max - y_min) + radius +
+                             std::hypot((x_min + x_max) / 2 - centre.gpf_X, (y_min + y_max) / 2 - centre.gpf_Y);
+        const double length = std::hypot(step.gvf_X, step.gvf_Y);
+        const double pace = growth > length ? std::max(growth - length, growth / 16) : std::max(growth, length);
+        return pace > 0 && std::isfinite(reach) ? std::min(reach / pace, 1000.0) : 0;
+    }
+
     // Takes the extended side into the circles themselves: a gradient with overlapping circles that goes on at
     // one end only.
-    static void extend_circles(RadialGradient& gradient, double s_min, double s_max)
+    static void extend_circles(GfxState* state, RadialGradient& gradient)
     {
         const GGO_Point from = gradient.centre1;
-        const GGO_Vector step = {gradient.centre2.gpf_X - from.gpf_X, gradient.centre2.gpf_Y - from.gpf_Y};
+        const GGO_Point to = gradient.centre2;
+        const GGO_Vector step = {to.gpf_X - from.gpf_X, to.gpf_Y - from.gpf_Y};
         const double radius = gradient.radius1;
         const double growth = gradient.radius2 - radius;
+        const double s_min = gradient.extend_start ? -extension(state, from, radius, step, -growth) : 0;
+        const double s_max = gradient.extend_end ? 1 + extension(state, to, gradient.radius2, step, growth) : 1;
         gradient.centre1 = {from.gpf_X + s_min * step.gvf_X, from.gpf_Y + s_min * step.gvf_Y};
         gradient.centre2 = {from.gpf_X + s_max * step.gvf_X, from.gpf_Y + s_max * step.gvf_Y};
         gradient.radius1 = std::max(0.0, radius + s_min * growth);
