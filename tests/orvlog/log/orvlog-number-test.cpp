@@ -79,6 +79,44 @@ TEST(Number, Integers)
     EXPECT_EQ(std::string(text, orvlog_format_hex(text, 0xFFFFFFFFU)), "0xffffffff");
 }
 
+TEST(Number, TiesGoToTheEvenDigit)
+{
+    EXPECT_EQ(of(12345678 + 1.0 / 1024), "12345678.000976562");
+    EXPECT_EQ(of(12345678 + 3.0 / 1024), "12345678.002929688");
+    EXPECT_EQ(of(-12345678 - 3.0 / 1024), "-12345678.002929688");
+    EXPECT_EQ(of(1000 + 1.0F / 64), "1000.01562");
+    EXPECT_EQ(of(1000 + 3.0F / 64), "1000.04688");
+}
+
+TEST(Number, RoundsUpIntoAFurtherDigit)
+{
+    EXPECT_EQ(of(std::nextafter(1.0, 0)), "0.99999999999999989");
+    EXPECT_EQ(of(std::nextafter(1000.0, 0)), "999.99999999999989");
+    EXPECT_EQ(of(std::nextafter(0.001, 0)), "0.0009999999999999998");
+    EXPECT_EQ(of(std::nextafter(0.0001, 0)), "9.9999999999999991e-05");
+    EXPECT_EQ(of(std::nextafter(1e17, 0)), "99999999999999984");
+    EXPECT_EQ(of(0.99999999F), "1");
+    EXPECT_EQ(of(9999.99999F), "10000");
+    EXPECT_EQ(of(999999999.5F), "1e+09");
+}
+
+// Numbers of the sizes that drawings have, and the neighbours of each power of ten.
+TEST(Number, SameAsTheCLibraryOnCoordinates)
+{
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 200000; ++i)
+    {
+        double value = std::ldexp(static_cast<double>(random() >> 11), -static_cast<int>(random() % 70));
+        if (i % 4 == 0)
+            value = std::nextafter(std::pow(10, static_cast<double>(i / 4 % 24) - 6), i % 8 == 0 ? 0 : 1e300);
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%.17g", value);
+        ASSERT_EQ(of(value), expected);
+        std::snprintf(expected, sizeof expected, "%.9g", static_cast<double>(static_cast<float>(value)));
+        ASSERT_EQ(of(static_cast<float>(value)), expected);
+    }
+}
+
 // The C library is the measure, but for the sign of a NaN, which not every one shows.
 TEST(Number, SameAsTheCLibraryOnRandomBits)
 {
