@@ -133,6 +133,18 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     return words;
 }
 
+// A log on the standard output has it for itself.
+void print_summary(const RecordOptions& options, const std::string& file)
+{
+    const auto summary = read_record_summary(file);
+    if (!summary)
+        return;
+    std::FILE* output = options.log == "-" ? stderr : stdout;
+    std::fputs(format_record_summary(*summary).c_str(), output);
+    if (!options.png_folder.empty() && summary->pages.value_or(0) > 0)
+        std::fprintf(output, "page images in %s\n", options.png_folder.c_str());
+}
+
 int record(RecordOptions options)
 {
     if (access(options.document.c_str(), R_OK) != 0)
@@ -149,8 +161,7 @@ int record(RecordOptions options)
     const int status = run_program(program, arguments_of(options, summary_file.name));
     if (status < 0)
         return fail(program + ": " + std::strerror(errno));
-    if (const auto summary = read_record_summary(summary_file.name))
-        std::fputs(format_record_summary(*summary).c_str(), options.log == "-" ? stderr : stdout);
+    print_summary(options, summary_file.name);
     return status;
 }
 

@@ -96,15 +96,17 @@ TEST_F(RecordStandIn, PrintsTheSummary)
                "echo '{\"calls\": {\"ORV_face_start\": 2, \"ORV_object_paint\": 31}, \"pages\": 2, \"log\": \"x.xml\", "
                "\"log_bytes\": 4711, \"seconds\": 1.5, \"seconds_without_logger\": 0.25, "
                "\"check\": {\"same\": true, \"pages\": 2, \"pixels_different\": 0}}' >\"$2\"\n");
-    EXPECT_EQ(run_tool({"record", document}).out, "ORV_object_paint                         31\n"
-                                                  "ORV_face_start                            2\n"
-                                                  "calls in all                             33\n"
-                                                  "pages                                     2\n"
-                                                  "log                                    4711 bytes\n"
-                                                  "time                                  1.500 s\n"
-                                                  "time without the logger               0.250 s\n"
-                                                  "pixels that differ without it             0 on 2 pages\n"
-                                                  "log written to x.xml\n");
+    EXPECT_EQ(run_tool({"record", document, "--png", "d"}).out,
+              "ORV_object_paint                         31\n"
+              "ORV_face_start                            2\n"
+              "calls in all                             33\n"
+              "pages                                     2\n"
+              "log                                    4711 bytes\n"
+              "time                                  1.500 s\n"
+              "time without the logger               0.250 s\n"
+              "pixels that differ without it             0 on 2 pages\n"
+              "log written to x.xml\n"
+              "page images in d\n");
 }
 
 TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
