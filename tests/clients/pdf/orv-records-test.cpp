@@ -213,8 +213,8 @@ TEST(OperandRecord, HoldsFlatColours)
     EXPECT_EQ(flat->fl_Color.bit_depth, 32);
     EXPECT_EQ(flat->fl_Color.has_alpha, 0);
     EXPECT_EQ(flat->fl_Color.channels.as_float[0], 1.0F);
-    EXPECT_EQ(flat->fl_Color.channels.as_float[1], 0.5F);
-    EXPECT_EQ(flat->fl_Color.channels.as_float[2], 0.25F);
+    EXPECT_EQ((flat->fl_Color.channels.as_float + 0)[1], 0.5F);
+    EXPECT_EQ((flat->fl_Color.channels.as_float + 0)[2], 0.25F);
 }
 
 TEST(OperandRecord, TellsBlackAndGrayFromOtherColours)
@@ -241,7 +241,7 @@ TEST(OperandRecord, PutsAlphaInFrontOfTheChannels)
     EXPECT_EQ(flat->fl_Color.num_chans, 2);
     EXPECT_EQ(flat->fl_Color.has_alpha, 1);
     EXPECT_EQ(flat->fl_Color.channels.as_float[0], 0.25F);
-    EXPECT_EQ(flat->fl_Color.channels.as_float[1], 0.5F);
+    EXPECT_EQ((flat->fl_Color.channels.as_float + 0)[1], 0.5F);
     OperandRecord mask = OperandRecord::constant_mask(0.75);
     const GOP_OperandFlat* constant = reinterpret_cast<const GOP_OperandFlat*>(mask.get(0)->op_Operand);
     EXPECT_EQ(constant->fl_Color.num_chans, 1);

@@ -177,6 +177,24 @@ TEST(SampleJob, LooksTheSameWithKeptImages)
     std::filesystem::current_path(before);
 }
 
+TEST(SampleJob, LooksTheSameWhenTheLogIsCodedAndMerged)
+{
+    const WorkingFolder folder;
+    JobOptions options = sample_job(folder);
+    options.keep_images = true;
+    options.via_temporary_log = true;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.folder());
+    expect_sound(run_job(options));
+    const int64_t plain = static_cast<int64_t>(content_of(options.log).size());
+    options.compressed = true;
+    const JobResult coded = run_job(options);
+    std::filesystem::current_path(before);
+    expect_sound(coded);
+    EXPECT_EQ(content_of(options.log).substr(0, 35), "<ORV compression=\"Adaptive Huffman\"");
+    EXPECT_LT(coded.summary.log_bytes, plain);
+}
+
 TEST(SampleJob, LogsWithoutARenderer)
 {
     const WorkingFolder folder;
