@@ -259,7 +259,8 @@ int32_t url_close(void* c)
 
 const GIO_StreamOps kOps = {
     .gio_Read = url_read,
-    .gio_Write = [](const void*, uint64_t, uint64_t, void* c) -> uint64_t { return static_cast<uint64_t>(refuse(c, 0)); },
+    .gio_Write = [](const void*, uint64_t, uint64_t, void* c) -> uint64_t
+    { return static_cast<uint64_t>(refuse(c, 0)); },
     .gio_Seek = url_seek,
     .gio_Tell = url_tell,
     .gio_Seek64 = [](void* c, int64_t, int32_t) { return not_supported(c); },
