@@ -41,6 +41,9 @@ std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
 int fail(const std::string& message);
 
 Run declare_record(CLI::App& app);
+Run declare_pack(CLI::App& app);
+Run declare_unpack(CLI::App& app);
+Run declare_merge(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 

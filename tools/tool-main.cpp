@@ -13,6 +13,12 @@ namespace
 constexpr std::array COMMANDS = {
     Command{"record", "log a PDF document's drawing calls, with its page images", "orvlog record letter.pdf",
             declare_record},
+    Command{"pack", "code a file as a log is coded on the fly", "orvlog pack letter.orvlog.xml -o letter.orvlog",
+            declare_pack},
+    Command{"unpack", "bring a coded log back as plain text", "orvlog unpack letter.orvlog -o letter.orvlog.xml",
+            declare_unpack},
+    Command{"merge", "make one log of a temporary log and the logs of its kept images",
+            "orvlog merge orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp -o letter.orvlog.xml", declare_merge},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},

@@ -1,0 +1,134 @@
+// orvlog pack, unpack and merge as programs.
+
+#include "tests/tools/run-tool.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+const std::string kPrefix = "<ORV compression=\"Adaptive Huffman\"";
+const std::string kLog = "<ORV A=\"1\">\n  <ORV_document_start document_id=\"7\">\n  </ORV_document_start>\n</ORV>\n";
+
+TEST(ToolPack, CodesAnyBytes)
+{
+    const ToolResult nothing = run_tool({"pack", "-", "-o", "-"}, "");
+    EXPECT_EQ(nothing.status, 0);
+    EXPECT_EQ(nothing.out, kPrefix + std::string(1, '\0'));
+    EXPECT_EQ(run_tool({"pack", "-", "-o", "-"}, "abracadabra").out, kPrefix + "\x61\xb1\x6e\x56\xc7\x36\x49\x37");
+    EXPECT_EQ(run_tool({"pack", "-", "-o", "-"}, std::string("A\0B", 3)).out, kPrefix + "\x41\xa1\x60");
+}
+
+TEST(ToolPack, ComesBackByUnpack)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write("log.xml", kLog);
+    EXPECT_EQ(run_tool({"pack", log, "-o", folder.path("coded")}).status, 0);
+    const ToolResult unpacked = run_tool({"unpack", folder.path("coded"), "-o", folder.path("back.xml")});
+    EXPECT_EQ(unpacked.status, 0);
+    EXPECT_EQ(unpacked.err, "");
+    EXPECT_EQ(read_file(folder.path("back.xml")), kLog);
+}
+
+TEST(ToolUnpack, GivesAPlainLogAsItIs)
+{
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", "-"}, kLog).out, kLog);
+}
+
+TEST(ToolUnpack, ReportsACutLogAndGivesWhatWasWhole)
+{
+    const ScratchFolder folder;
+    const std::string coded = run_tool({"pack", "-", "-o", "-"}, kLog).out;
+    const std::string cut = folder.write("cut", coded.substr(0, coded.size() - 12));
+    const ToolResult result = run_tool({"unpack", cut, "-o", folder.path("out")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("the log is cut short"), std::string::npos);
+    const std::string text = read_file(folder.path("out"));
+    EXPECT_FALSE(text.empty());
+    EXPECT_EQ(text, kLog.substr(0, text.size()));
+}
+
+TEST(ToolUnpack, RefusesWhatIsNoLogAndLeavesNothing)
+{
+    const ScratchFolder folder;
+    for (const char* content : {"", "something else", "<OR", "%PDF-1.4"})
+    {
+        const std::string file = folder.write("file", content);
+        const ToolResult result = run_tool({"unpack", file, "-o", folder.path("out")});
+        EXPECT_EQ(result.status, 1) << content;
+        EXPECT_EQ(result.err, "orvlog: " + file + ": not a log\n") << content;
+        EXPECT_FALSE(std::filesystem::exists(folder.path("out")));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("out.part")));
+    }
+}
+
+TEST(ToolUnpack, MissingFilesAndFullDisks)
+{
+    const ScratchFolder folder;
+    const ToolResult missing = run_tool({"unpack", folder.path("none"), "-o", folder.path("out")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "orvlog: " + folder.path("none") + ": No such file or directory\n");
+    const ToolResult nowhere = run_tool({"pack", "-", "-o", folder.path("no/such/out")}, "x");
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_NE(nowhere.err.find("No such file or directory"), std::string::npos);
+}
+
+constexpr char kTemp[] = "orvlog-4-3-2-1.tmp";
+constexpr char kImage[] = "orvlog-4-3-2-1-async-image-0000000011.tmp";
+
+std::string temporary_log(const std::string& image_log)
+{
+    return "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\" async_img_log_file_name=\"" + image_log +
+           "\" return=\"TRUE\">\n  </GOP_ImageKeepFn>\n  <Behind>\n  </Behind>\n</ORV>\n";
+}
+
+TEST(ToolMerge, PutsTheLogOfAKeptImageInItsPlace)
+{
+    const ScratchFolder folder;
+    folder.write(kTemp, temporary_log(kImage));
+    folder.write(kImage, "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n");
+    const ToolResult result = run_tool({"merge", folder.path(kTemp), "-o", folder.path("log.xml")});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(read_file(folder.path("log.xml")),
+              "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\"  return=\"TRUE\">\n  </GOP_ImageKeepFn>\n"
+              "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n  <Behind>\n  </Behind>\n</ORV>\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path(kTemp)));
+    EXPECT_FALSE(std::filesystem::exists(folder.path(kImage)));
+    EXPECT_FALSE(std::filesystem::exists(folder.path(std::string(kTemp) + ".merging")));
+}
+
+TEST(ToolMerge, CodesTheMergedLog)
+{
+    const ScratchFolder folder;
+    folder.write(kTemp, kLog);
+    EXPECT_EQ(run_tool({"merge", folder.path(kTemp), "-o", folder.path("coded"), "--compressed"}).status, 0);
+    EXPECT_EQ(read_file(folder.path("coded")), run_tool({"pack", "-", "-o", "-"}, kLog).out);
+}
+
+TEST(ToolMerge, FailureLosesNothing)
+{
+    const ScratchFolder folder;
+    folder.write(kTemp, temporary_log(kImage));
+    const ToolResult missing = run_tool({"merge", folder.path(kTemp), "-o", folder.path("log.xml")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("the log of a kept image is missing: orvlog-4-3-2-1-async-image-0000000011.tmp"),
+              std::string::npos);
+    EXPECT_TRUE(std::filesystem::exists(folder.path(kTemp)));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml.part")));
+    const std::string outside = folder.write("bent.tmp", temporary_log("../" + std::string(kImage)));
+    EXPECT_EQ(run_tool({"merge", outside, "-o", folder.path("log.xml")}).status, 1);
+    const std::string other = folder.write("other.tmp", "not a log");
+    const ToolResult refused = run_tool({"merge", other, "-o", folder.path("log.xml")});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "orvlog: " + other + ": not a log\n");
+    EXPECT_TRUE(std::filesystem::exists(other));
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+// A command's input as a stream of bytes, so that large files need little memory.
+
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <istream>
+#include <memory>
+#include <string>
+
+namespace tool
+{
+
+class Source
+{
+public:
+    // A path, "-" for the standard input, or a URL, which is read whole. Check `open`; `why` has one line of reason.
+    explicit Source(const std::string& name);
+
+    bool open() const
+    {
+        return stream_ != nullptr;
+    }
+    const std::string& why() const
+    {
+        return why_;
+    }
+    std::istream& stream()
+    {
+        return *stream_;
+    }
+    // Bytes of a file; 0 when the size is not known.
+    uint64_t size() const
+    {
+        return size_;
+    }
+
+private:
+    std::unique_ptr<std::istream> owned_;
+    std::istream* stream_ = nullptr;
+    std::string why_;
+    uint64_t size_ = 0;
+};
+
+// A bar on standard error for what takes longer than a second, when that is a terminal.
+class Progress
+{
+public:
+    explicit Progress(uint64_t whole);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+    void show(uint64_t done);
+
+private:
+    uint64_t whole_;
+    bool wanted_;
+    bool shown_ = false;
+    int64_t started_;
+    int64_t last_ = 0;
+};
+
+}  // namespace tool
