@@ -1,14 +1,18 @@
 #include "tools/child-program.h"
 #include "tools/command.h"
 #include "tools/record-summary.h"
+#include "tools/tool-input.h"
 
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <regex>
+#include <vector>
 
 namespace tool
 {
@@ -70,7 +74,7 @@ std::string check_pages(const std::string& text)
 
 void declare_options(CLI::App& app, RecordOptions& options)
 {
-    app.add_option("FILE", options.document, "the PDF document")->required();
+    app.add_option("FILE", options.document, "the PDF document: a path or a URL")->required();
     app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml")->type_name("LOG");
     app.add_option("--pages", options.pages, "only these pages, from 1")->type_name("A-B")->check(check_pages);
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
@@ -145,8 +149,44 @@ void print_summary(const RecordOptions& options, const std::string& file)
         std::fprintf(output, "page images in %s\n", options.png_folder.c_str());
 }
 
+// The last element of a URL's path: what its document is called here.
+std::string name_in(const std::string& url)
+{
+    const std::string name = url.substr(url.rfind('/') + 1);
+    return name.substr(0, name.find_first_of("?#"));
+}
+
+// A document that comes by a URL is fetched first, and what it leaves goes to the present folder.
+bool fetch(RecordOptions& options, const TemporaryFile& file, std::string* why)
+{
+    std::vector<uint8_t> bytes;
+    if (!read_input(options.document, &bytes, why))
+        return false;
+    const std::string name = name_in(options.document).empty() ? "document.pdf" : name_in(options.document);
+    if (options.log.empty())
+        options.log = without_pdf(name).string() + ".orvlog.xml";
+    if (options.png_folder.empty() && !options.no_renderer)
+        options.png_folder = ".";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> copy(std::fopen(file.name.c_str(), "wb"), std::fclose);
+    const bool whole = copy != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), copy.get()) == bytes.size();
+    if (!whole)
+        *why = std::strerror(errno);
+    options.document = file.name;
+    return whole;
+}
+
+bool is_url(const std::string& name)
+{
+    return name.rfind("http://", 0) == 0 || name.rfind("file://", 0) == 0;
+}
+
 int record(RecordOptions options)
 {
+    const TemporaryFile fetched;
+    const std::string given = options.document;
+    std::string why;
+    if (is_url(given) && !fetch(options, fetched, &why))
+        return fail(given + ": " + why);
     if (access(options.document.c_str(), R_OK) != 0)
         return fail(options.document + ": " + std::strerror(errno));
     if (options.log.empty())

@@ -166,6 +166,20 @@ TEST(ToolRecord, AnXmlParserReadsTheLogOfTheSample)
     xmlCleanupParser();
 }
 
+TEST(ToolRecord, TakesAUrl)
+{
+    const ScratchFolder folder;
+    const std::string from_url = folder.path("url.xml");
+    const std::string from_file = folder.path("file.xml");
+    EXPECT_EQ(run_tool({"record", std::string("file://") + kSample, "-o", from_url, "--no-renderer"}).status, 0);
+    EXPECT_EQ(run_tool({"record", kSample, "-o", from_file, "--no-renderer"}).status, 0);
+    EXPECT_NE(read_file(from_url), "");
+    EXPECT_EQ(read_file(from_url), read_file(from_file));
+    const ToolResult missing = run_tool({"record", "file:///no/such/file.pdf", "-o", from_url});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "orvlog: file:///no/such/file.pdf: No such file or directory\n");
+}
+
 TEST(ToolHelp, ListsCommandsAndShowsExamples)
 {
     EXPECT_EQ(run_tool({"--version"}).out, "orvlog 1.0.0\n");
