@@ -5,6 +5,7 @@
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/core/orvlog-root.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
+#include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-merge.h"
 
 #include <cstring>
@@ -267,6 +268,7 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     orvlog_resource_map_clear(session);
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
+    orvlog_detach_images(session);
     finish_coder(&session->writer);
     const uint32_t result = merge(session);
     session->allocator->gmm_Free(session->allocator, session);

@@ -351,9 +351,6 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
     dump_keep(wrapper, first ? name : nullptr, result);
     wrapper->writer.stream = context->async_stream;
-    // The coder of the session's log would lose track if the text of another file went through it.
-    wrapper->writer.coder = nullptr;
-    wrapper->writer.compress = 0;
     context->released = 0;
     raise(&context->kept_flag);
     raise(&context->async_flag);

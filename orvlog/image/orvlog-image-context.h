@@ -29,6 +29,8 @@ struct ORVLOG_ImageContext
     GIO_Stream* async_stream;               // the log of a kept image, while it is open
     uint32_t in_call;                       // the call that replaced the operand has not ended
     uint32_t released;                      // the renderer has no more use for the image
+    ORVLOG_ImageContext* next_live;         // the list that begins at the session's live_images
+    ORVLOG_ImageContext** live_link;        // what points here in it; null once the session has closed
     uint32_t endless;                       // a read-through was cut off
     ORVLOG_ImageParams own_params;          // a kept image may outlive the session
     uint32_t own_counters[2];

@@ -61,6 +61,40 @@ ORVLOG_ImageContext* make_context(ORVLOG_Session* session, GMM_Allocator* pool, 
     return context;
 }
 
+void enter_live(ORVLOG_Session* session, ORVLOG_ImageContext* context)
+{
+    context->next_live = session->live_images;
+    if (context->next_live != nullptr)
+        context->next_live->live_link = &context->next_live;
+    context->live_link = &session->live_images;
+    session->live_images = context;
+}
+
+void leave_live(ORVLOG_ImageContext* context)
+{
+    if (context->live_link == nullptr)
+        return;
+    *context->live_link = context->next_live;
+    if (context->next_live != nullptr)
+        context->next_live->live_link = context->live_link;
+    context->next_live = nullptr;
+    context->live_link = nullptr;
+}
+
+void detach(const ORVLOG_ImageContext* context, const GIO_Stream* stream)
+{
+    for (const GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
+    {
+        ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
+        if (wrapper == nullptr)
+            return;
+        wrapper->writer.coder = nullptr;
+        if (wrapper->writer.stream == stream)
+            wrapper->writer.stream = nullptr;
+        record = wrapper->next;
+    }
+}
+
 void close_files(ORVLOG_ImageContext* context)
 {
     for (GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
@@ -138,6 +172,7 @@ void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** op
     auto* client_record = reinterpret_cast<GOP_OperandImagePointer*>(*operand);
     if (context != nullptr && ORVLOG_WrapImage(&session->writer, context, client_record, &wrapped, nullptr) != 0)
     {
+        enter_live(session, context);
         *operand = reinterpret_cast<GOP_OperandPointer*>(wrapped);
         return;
     }
@@ -164,5 +199,15 @@ GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record)
         return nullptr;
     GMM_Allocator* pool = wrapper->context->allocator;
     close_files(wrapper->context);
+    leave_live(wrapper->context);
     return pool->gmm_Delete(pool);
+}
+
+void orvlog_detach_images(ORVLOG_Session* session)
+{
+    while (session->live_images != nullptr)
+    {
+        detach(session->live_images, session->writer.stream);
+        leave_live(session->live_images);
+    }
 }

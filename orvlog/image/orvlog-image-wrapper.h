@@ -24,3 +24,7 @@ void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept);
 // Frees all that belongs to a wrapped image at once, and closes its files. Gives the parent allocator. Records that
 // were not wrapped here are left alone.
 GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record);
+
+// Takes the session's stream and coder, which are about to go, from the images that outlive it. What a kept image has
+// still to say then goes to its own log as plain text.
+void orvlog_detach_images(ORVLOG_Session* session);

@@ -1,4 +1,5 @@
 #include "orvlog/core/orvlog-entry.h"
+#include "tests/support/decode-text.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/fake-renderer.h"
@@ -97,22 +98,6 @@ std::string without_keeping(std::string text)
     return text;
 }
 
-std::string decoded(const std::string& coded)
-{
-    TestAllocator allocator;
-    AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.get());
-    // The last bytes come out only while there is one more behind them.
-    const std::string bits = coded.substr(35) + '\0';
-    AHC_SetInput(coder, reinterpret_cast<const uint8_t*>(bits.data()), static_cast<uint32_t>(bits.size()));
-    std::string text;
-    uint8_t piece[100];
-    for (int32_t count; (count = AHC_Decode(coder, piece, sizeof piece)) > 0;)
-        text.append(reinterpret_cast<const char*>(piece), static_cast<size_t>(count));
-    AHC_DecoderDestroy(coder);
-    std::erase(text, '\r');
-    return text.substr(0, text.rfind("</ORV>\n") + 7);
-}
-
 TEST(KeptImageMerge, MergedLogEqualsThatOfTheSameJobWithoutKeeps)
 {
     const std::string plain = run_job(false, 0, 0);
@@ -126,7 +111,62 @@ TEST(KeptImageMerge, CodedMergedLogHoldsTheSame)
 {
     const std::string coded = run_job(true, 1, 1);
     ASSERT_TRUE(coded.starts_with("<ORV compression=\"Adaptive Huffman\""));
-    EXPECT_EQ(without_keeping(decoded(coded)), run_job(false, 0, 0));
+    EXPECT_EQ(without_keeping(decode_lines(coded.substr(35))), run_job(false, 0, 0));
+}
+
+// Coded as it is written, an image's own log takes bytes of the one stream of bits: the session's log has a hole where
+// the image spoke. What comes behind the shutdown is plain.
+TEST(KeptImageInCodedLog, SharesTheCoderWhileTheSessionIsOpenAndIsPlainBehindIt)
+{
+    TempFolder folder;
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    FakeRenderer renderer;
+    ORV_Interface orv = {};
+    ASSERT_EQ(orvlog_create_session(&orv, renderer.get(), allocator.get(), identity.get(), stream.get(), nullptr,
+                                    nullptr, nullptr, nullptr, nullptr, nullptr, 1, 0),
+              1U);
+    void* document = nullptr;
+    orv.document_start.fn(nullptr, &orv, &document, 7, nullptr, nullptr);
+    ORV_DrawingInterface drawing = {};
+    const ORV_FaceProperties face = letter_face();
+    orv.face_start.fn(nullptr, &orv, document, &drawing, nullptr, 1, &face, nullptr, 0, 0);
+    FakeImage image(4, 3);
+    image.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    GOP_OperandImagePointer* kept = nullptr;
+    renderer.on_draw(
+        [&](const char*)
+        {
+            kept = reinterpret_cast<GOP_OperandImagePointer*>(renderer.last_operands[0]);
+            EXPECT_EQ(kept->imp_ImageKeepFn(kept), 1U);
+        });
+    const GOP_Operator op = {};
+    drawing.object_paint.fn(&drawing, 8, 0, &op, nullptr, 0, nullptr, image.operand(), nullptr, nullptr);
+    renderer.on_draw(nullptr);
+    drawing.drawing_finish.fn(&drawing);
+    orv.document_finish.fn(&orv, document);
+    ASSERT_NE(kept, nullptr);
+    const std::string before = stream.text();
+    kept->imp_ImageFinishFn(kept, kept->imp_Context);
+    EXPECT_EQ(stream.text(), before);
+    EXPECT_EQ(ORVLOG_DLL_shutdown(orv.document_start.context), 1U);
+    const std::string after = stream.text().substr(before.size());
+    kept->imp_ImageReleaseFn(kept);
+    EXPECT_EQ(allocator.outstanding(), 0U);
+
+    ASSERT_EQ(folder.names().size(), 1U);
+    std::string side = folder.read(folder.names()[0]);
+    const size_t plain = side.find("  <GOP_ImageReleaseFn Id=\"10\">");
+    ASSERT_NE(plain, std::string::npos);
+    side.resize(plain);
+    // A text file may have put this in front of a coded byte.
+    for (size_t at = side.find("\r\n"); at != std::string::npos; at = side.find("\r\n"))
+        side.erase(at, 1);
+    const std::string text = decode_lines(before.substr(35) + side + after);
+    EXPECT_NE(text.find("<GOP_ImageKeepFn Id=\"10\" async_img_log_file_name=\""), std::string::npos);
+    EXPECT_NE(text.find("<GOP_ImageFinishFn Id=\"10\" return=\"TRUE\">"), std::string::npos);
+    EXPECT_TRUE(text.ends_with("\n  </GOP_ImageFinishFn>\n</ORV>\n")) << text;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/session/orvlog-frames.h"
+#include "tests/support/decode-text.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/record-log.h"
 #include "tests/support/temp-folder.h"
@@ -15,6 +16,7 @@ namespace
 {
 
 using orvlog::test::attribute_of;
+using orvlog::test::decode_lines;
 using orvlog::test::FakeImage;
 using orvlog::test::GuardedBlock;
 using orvlog::test::RecordLog;
@@ -568,7 +570,7 @@ TEST_F(Kept, KeepWithoutAFileFailsUntold)
     EXPECT_EQ(log.take(), "");
 }
 
-TEST_F(Kept, CoderOfTheSessionIsNotUsedForTheFile)
+TEST_F(Kept, SharesTheCoderOfTheSession)
 {
     AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(log.allocator.get());
     ASSERT_NE(coder, nullptr);
@@ -577,11 +579,55 @@ TEST_F(Kept, CoderOfTheSessionIsNotUsedForTheFile)
     wrap();
     record->imp_ImageKeepFn(record);
     ORVLOG_EndImageCall(record, kept);
+    const uint64_t size_before = log.stream.text().size();
+    record->imp_ImageReleaseFn(record);
+    record = nullptr;
+    EXPECT_EQ(log.stream.text().size(), size_before);
+    log.session.writer.coder = nullptr;
+    const std::string bits = log.take() + folder.read(kName) + static_cast<char>(AHC_EncoderFinish(coder));
+    EXPECT_EQ(decode_lines(bits),
+              "<GOP_ImageKeepFn Id=\"10\" async_img_log_file_name=\"orvlog-0f0e0d0c-0b0a0908-07060504-"
+              "03020100-async-image-0000000011.tmp\" return=\"TRUE\">\n</GOP_ImageKeepFn>\n"
+              "<GOP_ImageReleaseFn Id=\"10\">\n</GOP_ImageReleaseFn>\n");
+}
+
+TEST_F(Kept, WritesPlainTextOnceDetached)
+{
+    AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(log.allocator.get());
+    ASSERT_NE(coder, nullptr);
+    log.session.writer.coder = coder;
+    log.session.writer.compress = 1;
+    wrap();
+    record->imp_ImageKeepFn(record);
+    ORVLOG_EndImageCall(record, kept);
+    EXPECT_NE(log.session.live_images, nullptr);
+    orvlog_detach_images(&log.session);
+    EXPECT_EQ(log.session.live_images, nullptr);
     AHC_EncoderFinish(coder);
     log.session.writer.coder = nullptr;
     record->imp_ImageReleaseFn(record);
     record = nullptr;
     EXPECT_TRUE(folder.read(kName).starts_with("<GOP_ImageReleaseFn Id=\"10\">"));
+}
+
+TEST_F(Kept, RecordsOfTheChainThatStillWriteToTheSessionFallSilentOnceDetached)
+{
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    wrap();
+    GOP_OperandImagePointer* first = record;
+    fake.replacement = other.get();
+    prepare();
+    record->imp_ImageKeepFn(record);
+    ORVLOG_EndImageCall(first, kept);
+    log.take();
+    orvlog_detach_images(&log.session);
+    first->imp_ImageFinishFn(first, first->imp_Context);
+    EXPECT_EQ(log.take(), "");
+    record->imp_ImageReleaseFn(record);
+    record = nullptr;
+    const std::string text = folder.read("orvlog-0f0e0d0c-0b0a0908-07060504-03020100-async-image-0000000012.tmp");
+    EXPECT_TRUE(text.starts_with("<GOP_ImageReleaseFn Id=\"11\">")) << text;
 }
 
 TEST_F(Kept, KeptImageOutlivesTheSession)
