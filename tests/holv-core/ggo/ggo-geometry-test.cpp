@@ -48,6 +48,27 @@ TEST(Geometry, InverseDividesEachValueByTheDeterminant)
         EXPECT_EQ(inverse.m[i], expected[i]) << i;
 }
 
+TEST(Geometry, InverseOfASkewedMatrix)
+{
+    const GGO_Matrix m = {{1, 2, 3, 4, 5, 6}};
+    uint32_t invertible = 7;
+    const GGO_Matrix inverse = ggo_inverse(&m, &invertible);
+    EXPECT_EQ(invertible, 1U);
+    const double expected[6] = {-2, 1, 1.5, -0.5, 1, -2};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(inverse.m[i], expected[i]) << i;
+}
+
+// 49 times the rounded reciprocal of 49 is a little less than 1.
+TEST(Geometry, InverseFormsNoReciprocal)
+{
+    const GGO_Matrix m = {{49, 0, 0, 1, 0, 0}};
+    uint32_t invertible = 7;
+    const GGO_Matrix inverse = ggo_inverse(&m, &invertible);
+    EXPECT_EQ(invertible, 1U);
+    EXPECT_EQ(inverse.m[3], 1.0);
+}
+
 TEST(Geometry, SingularMatrixIsCopied)
 {
     const GGO_Matrix m = {{1, 2, 2, 4, 6, 8}};
@@ -116,6 +137,42 @@ TEST(Classification, EachRowOfTheTable)
     EXPECT_EQ(classify(0, 0, 0, 0, 1), 0x100U);
 }
 
+TEST(Classification, EachRowWithAShift)
+{
+    EXPECT_EQ(classify(1, 0, 0, 1, 0, 5), 0x02U);
+    EXPECT_EQ(classify(0, -1, 1, 0, 0, 5), 0x62U);
+    EXPECT_EQ(classify(0, 1, -1, 0, 0, -5), 0xE2U);
+    EXPECT_EQ(classify(-1, 0, 0, -1, -5), 0xA2U);
+    EXPECT_EQ(classify(1, 0, 0, -1, 0, 5), 0x0AU);
+    EXPECT_EQ(classify(-1, 0, 0, 1, 5), 0xAAU);
+    EXPECT_EQ(classify(2, 0, 0, 3, 0, 5), 0x06U);
+    EXPECT_EQ(classify(0, 1, 1, 0, 5), 0x6AU);
+    EXPECT_EQ(classify(0, -1, -1, 0, 5), 0xEAU);
+    EXPECT_EQ(classify(0, -2, 3, 0, 5), 0x66U);
+    EXPECT_EQ(classify(0, 2, -3, 0, 5), 0xE6U);
+    EXPECT_EQ(classify(-2, 0, 0, -3, 5), 0xA6U);
+    EXPECT_EQ(classify(2, 0, 0, -3, 5), 0x0EU);
+    EXPECT_EQ(classify(-2, 0, 0, 3, 5), 0xAEU);
+    EXPECT_EQ(classify(1, 1, 0, 1, 5), 0x100U);
+    EXPECT_EQ(classify(0, 2, 3, 0, 5), 0x6EU);
+    EXPECT_EQ(classify(0, -2, -3, 0, 5), 0xEEU);
+    EXPECT_EQ(classify(0, 0, 0, 0, 0, 1), 0x100U);
+}
+
+// Each of the guards that a row stands behind, failed by one value alone.
+TEST(Classification, OneValueOffItsPlaceIsGeneral)
+{
+    EXPECT_EQ(classify(1, 0.5, 0, 1), 0x100U);
+    EXPECT_EQ(classify(1, 0, -0.5, 1), 0x100U);
+    EXPECT_EQ(classify(0.5, 1, -1, 0), 0x100U);
+    EXPECT_EQ(classify(0, 1, -1, 0.5), 0x100U);
+    EXPECT_EQ(classify(0, 1, 0, 0), 0x100U);
+    EXPECT_EQ(classify(0, 0, -1, 0), 0x100U);
+    EXPECT_EQ(classify(0, 0, 0, 1), 0x100U);
+    EXPECT_EQ(classify(0, 0, 0, -1), 0x100U);
+    EXPECT_EQ(classify(1, 0, 0, 0), 0x100U);
+}
+
 TEST(Classification, Tolerance)
 {
     EXPECT_EQ(classify(0.0005, 0, 0, 0, 1), 0x100U);
@@ -125,7 +182,18 @@ TEST(Classification, Tolerance)
     EXPECT_EQ(classify(1, std::nextafter(e, 0.0), 0, 1), 1U);
     EXPECT_EQ(classify(1 + e, 0, 0, 1), 0x04U);
     EXPECT_EQ(classify(std::nextafter(1 + e, 0.0), 0, 0, 1), 1U);
+    EXPECT_EQ(classify(1 - e, 0, 0, 1), 0x04U);
+    EXPECT_EQ(classify(std::nextafter(1 - e, 1.0), 0, 0, 1), 1U);
+    EXPECT_EQ(classify(-1 - e, 0, 0, -1), 0xA4U);
+    EXPECT_EQ(classify(std::nextafter(-1 - e, 0.0), 0, 0, -1), 0xA0U);
+    EXPECT_EQ(classify(-1 + e, 0, 0, -1), 0xA4U);
+    EXPECT_EQ(classify(std::nextafter(-1 + e, -1.0), 0, 0, -1), 0xA0U);
+    EXPECT_EQ(classify(0, e, e, 0), 0x100U);
+    EXPECT_EQ(classify(0, std::nextafter(e, 1.0), std::nextafter(e, 1.0), 0), 0x6CU);
     const double t = 0.01F;
+    EXPECT_EQ(classify(1, 0, 0, 1, -t), 2U);
+    EXPECT_EQ(classify(1, 0, 0, 1, 0, t), 2U);
+    EXPECT_EQ(classify(1, 0, 0, 1, 0, std::nextafter(-t, 0.0)), 1U);
     EXPECT_EQ(classify(1, 0, 0, 1, t), 2U);
     EXPECT_EQ(classify(1, 0, 0, 1, std::nextafter(t, 0.0)), 1U);
     const double nan = std::numeric_limits<double>::quiet_NaN();

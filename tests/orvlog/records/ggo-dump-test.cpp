@@ -64,6 +64,9 @@ TEST(GgoDump, AttributesEndInABlank)
     Guarded<GGO_Vector> vector({-0.0, 1e300});
     ggo_attr_vector(log.writer(), "gd_Offset", vector.get());
     EXPECT_EQ(log.take(), " gd_Offset=\"-0 1.0000000000000001e+300 \"");
+    Guarded<GGO_BoxFloat> far({-1e100, 1e-100, 1e20, 5e-324});
+    ggo_attr_box(log.writer(), "quick_bounding_box", far.get());
+    EXPECT_EQ(log.take(), " quick_bounding_box=\"-1e+100 1e-100 1e+20 4.9406564584124654e-324 \"");
     Guarded<GGO_BoxFloat> box({1, 2, 3, 4});
     ggo_attr_box(log.writer(), "fp_TrimBox", box.get());
     EXPECT_EQ(log.take(), " fp_TrimBox=\"1 2 3 4 \"");
@@ -113,6 +116,10 @@ TEST(GgoDump, RotationIsOneFieldBehindTheFlags)
     EXPECT_EQ(flags(0x60), " f=\"[0x60] GGO_XFLAG_ROT_90 \"");
     EXPECT_EQ(flags(0xA0), " f=\"[0xa0] GGO_XFLAG_ROT_180 \"");
     EXPECT_EQ(flags(0xE0), " f=\"[0xe0] GGO_XFLAG_ROT_270 \"");
+    EXPECT_EQ(flags(0x140), " f=\"[0x140] GGO_XFLAG_GENERAL \"");
+    EXPECT_EQ(flags(0x6A), " f=\"[0x6a] GGO_XFLAG_XLATE GGO_XFLAG_FLIP_HORZ GGO_XFLAG_ROT_90 \"");
+    EXPECT_EQ(flags(0xFFFFFFFF), " f=\"[0xffffffff] GGO_XFLAG_IDENTITY GGO_XFLAG_XLATE GGO_XFLAG_SCALE "
+                                 "GGO_XFLAG_FLIP_HORZ GGO_XFLAG_FLIP_VERT GGO_XFLAG_GENERAL GGO_XFLAG_ROT_270 \"");
     EXPECT_EQ(flags(0x160), " f=\"[0x160] GGO_XFLAG_GENERAL GGO_XFLAG_ROT_90 \"");
     EXPECT_EQ(flags(0xAA), " f=\"[0xaa] GGO_XFLAG_XLATE GGO_XFLAG_FLIP_HORZ GGO_XFLAG_ROT_180 \"");
     EXPECT_EQ(flags(0x40), " f=\"[0x40] \"");

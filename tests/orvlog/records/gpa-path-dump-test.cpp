@@ -178,6 +178,26 @@ TEST(GpaPathDump, EllipticalEdge)
 )");
 }
 
+// Doubles that no short decimal holds come back from the log bit for bit; stroke parameters have nine digits.
+TEST(GpaPathDump, ValuesArePrintedAsStored)
+{
+    RecordLog log;
+    const GPA_EllipticalSegment arc = {1.0 / 3, 1e-300, -0.0, {1e100, -123456789.123456789}};
+    dump_GPA_EllipticalSegment(log.writer(), &arc);
+    EXPECT_EQ(log.take(), "<GPA_EllipticalSegment es_XRadius=\"0.33333333333333331\" es_YRadius=\"1e-300\" "
+                          "es_AngleToXAxis=\"-0\" es_EndPoint=\"1e+100 -123456789.12345679 \">\n"
+                          "</GPA_EllipticalSegment>\n");
+    GPA_PathStrokingParams params = {};
+    params.psp_StrokeWidth = 1.0F / 3;
+    params.psp_MiterLimit = 1e-30F;
+    params.psp_DashStart = 16777216.0F;
+    dump_GPA_PathStrokingParams(log.writer(), &params);
+    const std::string text = log.take();
+    EXPECT_EQ(attribute_of(text, "psp_StrokeWidth"), "0.333333343");
+    EXPECT_EQ(attribute_of(text, "psp_MiterLimit"), "1e-30");
+    EXPECT_EQ(attribute_of(text, "psp_DashStart"), "16777216");
+}
+
 TEST(GpaPathDump, EdgeWithoutSegmentsHasAnEmptyMember)
 {
     RecordLog log;
@@ -409,6 +429,23 @@ TEST(GpaPathDump, StrokingParamsWithoutDashesHaveAnEmptyBuffer)
   </psp_DashLength>
 </GPA_PathStrokingParams>
 )");
+}
+
+TEST(GpaPathDump, DashesStandInRowsOf25)
+{
+    RecordLog log;
+    GPA_PathStrokingParams head = {};
+    head.psp_DashCount = 26;
+    Parts parts;
+    parts.add_head(head, offsetof(GPA_PathStrokingParams, psp_DashLength));
+    for (int i = 0; i < 26; ++i)
+        parts.add(static_cast<float>(i));
+    Guarded<GPA_PathStrokingParams> params(parts);
+    dump_GPA_PathStrokingParams(log.writer(), params.get());
+    EXPECT_NE(log.take().find("  <psp_DashLength>\n    <BufferFloat len=\"26\">\n"
+                              "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 \n"
+                              "25 \n    </BufferFloat>\n  </psp_DashLength>\n"),
+              std::string::npos);
 }
 
 TEST(GpaPathDump, StrokingFlagFields)
