@@ -33,8 +33,8 @@ void ORVLOG_DumpColor(ORVLOG_Writer* writer, const GBC_Color* color)
 {
     if (color == nullptr)
         return;
-    const uint32_t alphas = color->has_alpha != 0 ? 1 : 0;
-    const uint32_t base_channels = color->num_chans > alphas ? color->num_chans - alphas : 0;
+    const uint32_t alphas = color->has_alpha != 0 && color->num_chans != 0 ? 1 : 0;
+    const uint32_t base_channels = color->num_chans - alphas;
     orvlog_writer_begin_element(writer, "GBC_Color");
     orvlog_attr_uint(writer, "bit_depth", color->bit_depth);
     orvlog_attr_uint(writer, "num_chans", color->num_chans);

@@ -154,6 +154,8 @@ const font_id_pair* number_pair(ORVLOG_Session* session, font_id_pair* found, co
     if (font_seen && string_seen)
         return found;
     GMM_Allocator* allocator = session->side_allocator;
+    if (allocator == nullptr)
+        return nullptr;
     auto* pair = static_cast<font_id_pair*>(allocator->gmm_Alloc(allocator, sizeof(font_id_pair), 0));
     if (pair == nullptr)
         return nullptr;

@@ -38,7 +38,8 @@ Parts& Parts::append(const void* part, size_t size)
 {
     const size_t before = bytes_.size();
     bytes_.resize(before + size);
-    std::memcpy(bytes_.data() + before, part, size);
+    if (size != 0)
+        std::memcpy(bytes_.data() + before, part, size);
     return *this;
 }
 

@@ -187,6 +187,31 @@ TEST(GfiDump, OtherGlyphsShowNoPath)
 )");
 }
 
+TEST(GfiDump, GlyphsWithoutAPathOrOfAnUnknownTypeLeaveItOut)
+{
+    RecordLog log;
+    GPA_PathPointer path_pointer = {};
+    Guarded<GFI_GlyphDesc> unknown(head(5));
+    const GFI_GlyphDescPointer pointer = {unknown.get(), &path_pointer};
+    dump_GFI_GlyphDescPointer(log.writer(), &pointer);
+    EXPECT_EQ(log.take(), R"(<GFI_GlyphDescPointer>
+  <GFI_GlyphDescPointer.gdp_GlyphDesc>
+  </GFI_GlyphDescPointer.gdp_GlyphDesc>
+</GFI_GlyphDescPointer>
+)");
+    Guarded<GFI_GlyphDescPath> path(GFI_GlyphDescPath{head(GFI_GDT_PATH), 0});
+    const GFI_GlyphDescPointer bare = {reinterpret_cast<const GFI_GlyphDesc*>(path.get()), nullptr};
+    dump_GFI_GlyphDescPointer(log.writer(), &bare);
+    EXPECT_EQ(log.take(), R"(<GFI_GlyphDescPointer>
+  <GFI_GlyphDescPointer.gdp_GlyphDesc>
+    <GFI_GlyphDescPath gdp_WindingRule="GPA_WINDING_ODD_EVEN">
+      <GFI_GlyphDesc gd_Type="GFI_GDT_PATH" gd_Offset="0 0 "/>
+    </GFI_GlyphDescPath>
+  </GFI_GlyphDescPointer.gdp_GlyphDesc>
+</GFI_GlyphDescPointer>
+)");
+}
+
 TEST(GfiDump, MissingGlyphIsWarnedOf)
 {
     RecordLog log;
@@ -372,6 +397,15 @@ TEST(GfiDump, FontSubstInfoLeavesOutWhatIsNotValid)
                               R"(fsi_EmSquareSize=")" +
                                   shown + "\">\n</GFI_FontSubstInfo>\n");
     }
+}
+
+TEST(GfiDump, DescriptionTypesUnderTheNameOfAnArgument)
+{
+    RecordLog log;
+    gfi_attr_glyph_desc_type(log.writer(), "required_desc_type", 4);
+    EXPECT_EQ(log.take(), " required_desc_type=\"GFI_GDT_RLE\"");
+    gfi_attr_glyph_desc_type(log.writer(), "requested_desc_type", 0x80000000);
+    EXPECT_EQ(log.take(), " requested_desc_type=\"UNKNOWN_VALUE(-2147483648)\"");
 }
 
 TEST(GfiDump, CharacterEncodings)

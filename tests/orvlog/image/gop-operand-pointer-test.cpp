@@ -14,6 +14,7 @@ using orvlog::test::Parts;
 using orvlog::test::RecordLog;
 
 constexpr uint8_t kRender = GOP_OCS_RENDER;
+constexpr uint8_t kOther = GOP_OCS_OTHER;
 
 struct Color
 {
@@ -195,6 +196,103 @@ TEST(GopOperandPointer, GradRadial)
   </GOP_OperandGradRadialPointer.grp_GradStop>
 </GOP_OperandGradRadialPointer>
 )");
+}
+
+// The lines of a definition that stands in a pointer record, one level in.
+constexpr const char* kDefinition =
+    R"(  <GCM_CsdPointer>
+    <GCM_Csd csd_Type="GCM_CSDTYPE_INPUT" csd_NumBaseChans="3" csd_NumNamedChans="0" )"
+    R"(csd_HasSecondaryProfile="FALSE" csd_HasAlternateDefn="FALSE" csd_UseIlluminantInfo="FALSE" )"
+    R"(csd_DefaultRenderIntent="GCM_RI_PERCEPTUAL" csd_IsDeviceLinkProfile="FALSE" csd_Defn.Input="GCM_CSF_RGB">
+    </GCM_Csd>
+  </GCM_CsdPointer>
+)";
+
+class ColourSpace : public testing::Test
+{
+protected:
+    ColourSpace()
+    {
+        definition.csd_Type = GCM_CSDTYPE_INPUT;
+        definition.csd_NumBaseChans = 3;
+        definition.csd_Defn.Input = GCM_CSF_RGB;
+    }
+    // Where the definition stands in the text of an operand: "none", or the line behind it.
+    std::string behind(const void* operand, const Parts& rest)
+    {
+        GOP_OperandPointer with_definition = pointer_to(operand, 1);
+        with_definition.op_Csd.cp_Csd = &definition;
+        Guarded<GOP_OperandPointer> pointer(Parts().add(with_definition).add_parts(rest));
+        const std::string text = dump(head(pointer));
+        const size_t at = text.find(kDefinition);
+        if (at == std::string::npos)
+            return text.find("GCM_Csd") == std::string::npos ? "none" : "other text";
+        const size_t line = at + std::string(kDefinition).size();
+        // What stands ahead of it is the operand.
+        EXPECT_NE(text.substr(0, at).rfind("  </GOP_Operand"), std::string::npos);
+        return text.substr(line, text.find('\n', line) - line);
+    }
+
+    GCM_Csd definition = {};
+    Parts two_nulls = Parts().add(uint64_t{0}).add(uint64_t{0});
+    Parts three_nulls = Parts().add_parts(two_nulls).add(uint64_t{0});
+};
+
+TEST_F(ColourSpace, OfAFlatOperand)
+{
+    GOP_OperandFlat operand = {};
+    for (uint8_t space = 0; space < 4; ++space)
+    {
+        operand.fl_Operand.go_ColorInfo = static_cast<uint8_t>(0xFC | space);
+        EXPECT_EQ(behind(&operand, Parts()), space == kOther ? "</GOP_OperandFlatPointer>" : "none");
+    }
+}
+
+TEST_F(ColourSpace, OfATwoPointGradient)
+{
+    GOP_OperandGrad2Pt operand = {};
+    operand.g2_Operand = {GOP_OPERAND_GRAD_2PT, kOther, 0, 0, 0};
+    EXPECT_EQ(behind(&operand, two_nulls), "none");
+    operand.g2_UseInterpColorSpace = 2;
+    EXPECT_EQ(behind(&operand, two_nulls), "</GOP_OperandGrad2PtPointer>");
+    operand.g2_Operand.go_ColorInfo = GOP_OCS_INPUT;
+    EXPECT_EQ(behind(&operand, two_nulls), "none");
+}
+
+TEST_F(ColourSpace, OfAMultistopGradient)
+{
+    GOP_OperandGradMultistop operand = {};
+    operand.gm_Operand = {GOP_OPERAND_GRAD_MULTISTOP, kOther, 0, 0, 0};
+    EXPECT_EQ(behind(&operand, Parts()), "none");
+    operand.gm_UseInterpColorSpace = 1;
+    EXPECT_EQ(behind(&operand, Parts()), "  <GOP_OperandGradMultistopPointer.gmp_GradStop>");
+    operand.gm_Operand.go_ColorInfo = kRender;
+    EXPECT_EQ(behind(&operand, Parts()), "none");
+}
+
+TEST_F(ColourSpace, OfAThreePointGradientGoesByItsCount)
+{
+    GOP_OperandGrad3Pt operand = {};
+    operand.g3_Operand = {GOP_OPERAND_GRAD_3PT, kOther, 1, 0, 0};
+    EXPECT_EQ(behind(&operand, three_nulls), "  <GOP_OperandGrad3PtPointer.g3p_Color>");
+    for (const uint16_t count : std::array<uint16_t, 4>{0, 2, 3, 257})
+    {
+        operand.g3_Operand.go_Count = count;
+        EXPECT_EQ(behind(&operand, three_nulls), "none");
+    }
+    operand.g3_Operand = {GOP_OPERAND_GRAD_3PT, kRender, 1, 0, 0};
+    EXPECT_EQ(behind(&operand, three_nulls), "none");
+}
+
+TEST_F(ColourSpace, OfARadialGradient)
+{
+    GOP_OperandGradRadial operand = {};
+    operand.gr_Operand = {GOP_OPERAND_GRAD_RADIAL, kOther, 0, 0, 0};
+    EXPECT_EQ(behind(&operand, Parts()), "none");
+    operand.gr_UseInterpColorSpace = 255;
+    EXPECT_EQ(behind(&operand, Parts()), "  <GOP_OperandGradRadialPointer.grp_GradStop>");
+    operand.gr_Operand.go_ColorInfo = GOP_OCS_INPUT;
+    EXPECT_EQ(behind(&operand, Parts()), "none");
 }
 
 TEST(GopOperandPointer, UnknownKindWritesNothing)

@@ -68,6 +68,24 @@ TEST(GbcColorDump, NoChannelsAtAll)
               "<GBC_Color bit_depth=\"32\" num_chans=\"0\" has_alpha=\"FALSE\" base_n=\"\" empty_chans=\"0\"/>\n");
 }
 
+TEST(GbcColorDump, AlphaWithoutAChannelIsNotRead)
+{
+    EXPECT_EQ(dump(color_head(0, 32, 1, 0)),
+              "<GBC_Color bit_depth=\"32\" num_chans=\"0\" has_alpha=\"TRUE\" base_n=\"\" empty_chans=\"0\"/>\n");
+    EXPECT_EQ(dump(color_head(0, 16, 255, 5)),
+              "<GBC_Color bit_depth=\"16\" num_chans=\"0\" has_alpha=\"TRUE\" base_n=\"\" empty_chans=\"0\"/>\n");
+}
+
+TEST(GbcColorDump, AsManyChannelsAsCanBe)
+{
+    Parts parts = color_head(65535, 16, 1, 0);
+    for (int i = 0; i < 65536; ++i)  // one more fills the record up to its alignment
+        parts.add(uint16_t{7});
+    const std::string text = dump(parts);
+    EXPECT_EQ(attribute_of(text, "alpha"), "7");
+    EXPECT_EQ(attribute_of(text, "base_n").size(), size_t{2} * 65534);
+}
+
 TEST(GbcColorDump, EmptyChannelsAreMaskedToTheChannels)
 {
     Parts three = color_head(3, 32, 0, 0xFFFFFFFF);

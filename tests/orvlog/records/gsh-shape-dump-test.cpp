@@ -61,6 +61,10 @@ TEST(GshShapeDump, Head)
         dump_GSH_Shape(log.writer(), shape.get());
         EXPECT_EQ(log.take_value("sh_ShapeType"), types[type]);
     }
+    shape.edit()->sh_ShapeType = 6;
+    shape.edit()->sh_Transform = {{1, 2, 3, 4, 5.5, -6}};
+    dump_GSH_Shape(log.writer(), shape.get());
+    EXPECT_EQ(log.take_value("sh_Transform"), "1 2 3 4 5.5 -6 ");
     shape.edit()->sh_ShapeType = 65535;
     dump_GSH_Shape(log.writer(), shape.get());
     EXPECT_EQ(log.take_value("sh_ShapeType"), "UNKNOWN_VALUE(65535)");
@@ -411,6 +415,17 @@ TEST_F(Glyphs, WithoutMemoryNoNumbersAreWritten)
     EXPECT_EQ(ids(0, 0), "(absent) (absent)");
     EXPECT_EQ(log.session.next_font_spec_id, 0U);
     EXPECT_EQ(log.session.next_string_desc_id, 0U);
+    EXPECT_EQ(ids(0, 0), "0 0");
+}
+
+// The session for dumps without a log has no allocator.
+TEST_F(Glyphs, WithoutAnAllocatorNoNumbersAreWritten)
+{
+    log.session.side_allocator = nullptr;
+    EXPECT_EQ(ids(0, 0), "(absent) (absent)");
+    EXPECT_EQ(log.session.object_scratch, nullptr);
+    EXPECT_EQ(log.session.next_font_spec_id, 0U);
+    log.session.side_allocator = log.allocator.get();
     EXPECT_EQ(ids(0, 0), "0 0");
 }
 
