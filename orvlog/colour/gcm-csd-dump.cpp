@@ -51,6 +51,21 @@ constexpr const char* kFormatNames[] = {
 constexpr ORVLOG_EnumTable kFormat = orvlog_enum_table(kFormatNames);
 static_assert(kFormat.max_value == GNC_FORMAT_NONE);
 
+constexpr const char* kSpaceTypeNames[] = {
+    "GCM_CST_ADDITIVE",
+    "GCM_CST_SUBTRACTIVE",
+    "GCM_CST_OTHER",
+};
+constexpr ORVLOG_EnumTable kSpaceType = orvlog_enum_table(kSpaceTypeNames);
+static_assert(kSpaceType.max_value == GCM_CST_OTHER);
+
+constexpr const char* kWhitePointNames[] = {
+    "GCM_WHITEPOINT_D65",
+    "GCM_WHITEPOINT_D50",
+};
+constexpr ORVLOG_EnumTable kWhitePoint = orvlog_enum_table(kWhitePointNames);
+static_assert(kWhitePoint.max_value == GCM_WHITEPOINT_D50);
+
 constexpr uint32_t kRowSize = 50;
 constexpr uint32_t kPieceSize = 512;
 constexpr uint32_t kMostNames = 8;
@@ -148,18 +163,19 @@ void dump_callback_csd(ORVLOG_Writer* writer, const GCM_Csd* csd)
 void dump_callback_stream(ORVLOG_Writer* writer, const GIO_Stream* stream)
 {
     uint8_t piece[kPieceSize];
-    if (stream == nullptr || stream->ops == nullptr)
+    if (stream == nullptr || stream->ops == nullptr || stream->ops->gio_Read == nullptr)
         return;
     const GIO_StreamOps* ops = stream->ops;
-    ops->gio_Seek(stream->instance, 0, GIO_SEEK_SET);
+    if (ops->gio_Seek != nullptr)
+        ops->gio_Seek(stream->instance, 0, GIO_SEEK_SET);
     for (uint32_t taken = 0; taken < ORVLOG_MAX_CSD_STREAM; taken += kPieceSize)
     {
         const uint64_t read = ops->gio_Read(piece, 1, kPieceSize, stream->instance);
-        if (read == 0)
+        if (read == 0 || read > kPieceSize)
             break;
-        orvlog_elem_bytes(writer, piece, static_cast<uint32_t>(read < kPieceSize ? read : kPieceSize), kRowSize);
+        orvlog_elem_bytes(writer, piece, static_cast<uint32_t>(read), kRowSize);
     }
-    if (ops->gio_Eof(stream->instance) != 0)
+    if (ops->gio_Eof != nullptr && ops->gio_ClearErr != nullptr && ops->gio_Eof(stream->instance) != 0)
         ops->gio_ClearErr(stream->instance);
 }
 
@@ -365,6 +381,16 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
 }
 
 }  // namespace
+
+void gcm_attr_color_space_type(ORVLOG_Writer* writer, const char* name, uint32_t type)
+{
+    orvlog_attr_enum(writer, name, &kSpaceType, type);
+}
+
+void gcm_attr_white_point(ORVLOG_Writer* writer, const char* name, uint32_t white_point)
+{
+    orvlog_attr_enum(writer, name, &kWhitePoint, white_point);
+}
 
 void ORVLOG_DumpCsdPointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
 {

@@ -15,6 +15,10 @@ constexpr uint32_t ORVLOG_MAX_CSD_COUNT = 1024;
 // The most bytes that are taken from the stream of a callback definition.
 constexpr uint32_t ORVLOG_MAX_CSD_STREAM = 256u << 20;
 
+// GCM_CST_* and GCM_WHITEPOINT_* under the name of an argument. No record of a call has them.
+void gcm_attr_color_space_type(ORVLOG_Writer* writer, const char* name, uint32_t type);
+void gcm_attr_white_point(ORVLOG_Writer* writer, const char* name, uint32_t white_point);
+
 // The GCM_CsdPointer element, with all that the record refers to; nothing when the record or its definition is
 // null. The stream of a callback definition is read from its start and left at its end.
 void ORVLOG_DumpCsdPointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer);

@@ -24,7 +24,7 @@ constexpr GXC_Field kFixedFields[] = {
 
 bool lend_block(GIO_Stream* stream, GXC_Input* input)
 {
-    if (stream == nullptr)
+    if (stream == nullptr || stream->ops == nullptr)
         return false;
     const GIO_StreamOps* ops = stream->ops;
     void* data = nullptr;

@@ -27,7 +27,7 @@ struct GXC_Writer
     uint32_t level;            // tabs of the next line; goes on counting above 16
 };
 
-// Prints and flushes; gives what gio_VPrintf gave.
+// Prints and flushes; gives what gio_VPrintf gave, or -1 where there is no stream that could print.
 int32_t gxc_print(GXC_Writer* writer, const char* format, ...) GXC_PRINTF(2, 3);
 
 // Tabs of the present level, 16 at most. Constant data.

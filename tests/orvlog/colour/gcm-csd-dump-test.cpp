@@ -99,6 +99,62 @@ TEST_F(CsdDump, TypesAndIntentsByName)
     EXPECT_NE(dump().find("<GCM_Csd csd_Type=\"UNKNOWN_VALUE(-1)\" "), std::string::npos);
 }
 
+TEST_F(CsdDump, EachTypeHasItsNameAndItsAttribute)
+{
+    const char* const starts[] = {"csd_Type=\"GCM_CSDTYPE_FILE\"",
+                                  "csd_Type=\"GCM_CSDTYPE_PROFILE_BUFFER\"",  // a callback, converted
+                                  "csd_Type=\"GCM_CSDTYPE_PROFILE_BUFFER\"",
+                                  "csd_Type=\"GCM_CSDTYPE_ANALYTICAL\"",
+                                  "csd_Type=\"GCM_CSDTYPE_NONCOLORIMETRIC\"",
+                                  "csd_Type=\"GCM_CSDTYPE_CIELUT_DATA\"",
+                                  "csd_Type=\"GCM_CSDTYPE_NO_BASE_CHANS\"",
+                                  "csd_Type=\"GCM_CSDTYPE_POST_RENDER_LUT\"",
+                                  "csd_Type=\"GCM_CSDTYPE_INPUT\"",
+                                  "csd_Type=\"UNKNOWN_VALUE(9)\""};
+    const char* const ends[] = {"",
+                                " csd_Defn.ProfileBufferSize=\"0\"",
+                                " csd_Defn.ProfileBufferSize=\"2\"",
+                                "",
+                                " csd_Defn.NonColorimetric=\"GNC_FORMAT_GRAY\"",
+                                " csd_Defn.CieBased=\"GCM_CIE_FAMILY_DEF\"",
+                                "",
+                                "",
+                                " csd_Defn.Input=\"GCM_CSF_CMYK\"",
+                                ""};
+    csd.csd_NumBaseChans = 4;
+    csd.csd_HasSecondaryProfile = 255;
+    csd.csd_Defn.ProfileBufferSize = 2;
+    for (uint32_t type = 0; type < 10; ++type)
+    {
+        csd.csd_Type = type;
+        EXPECT_NE(dump().find(std::string("  <GCM_Csd ") + starts[type] +
+                              " csd_NumBaseChans=\"4\" csd_NumNamedChans=\"0\" csd_HasSecondaryProfile=\"TRUE\""
+                              " csd_HasAlternateDefn=\"FALSE\" csd_UseIlluminantInfo=\"FALSE\""
+                              " csd_DefaultRenderIntent=\"GCM_RI_PERCEPTUAL\" csd_IsDeviceLinkProfile=\"FALSE\"" +
+                              ends[type] + ">\n"),
+                  std::string::npos)
+            << type;
+    }
+}
+
+TEST_F(CsdDump, AttributesOfColourSpaceTypeAndWhitePoint)
+{
+    const char* const types[] = {"GCM_CST_ADDITIVE", "GCM_CST_SUBTRACTIVE", "GCM_CST_OTHER", "UNKNOWN_VALUE(3)"};
+    for (uint32_t type = 0; type < 4; ++type)
+    {
+        stream.clear();
+        gcm_attr_color_space_type(&writer, "type", type);
+        EXPECT_EQ(stream.text(), std::string(" type=\"") + types[type] + "\"");
+    }
+    const char* const points[] = {"GCM_WHITEPOINT_D65", "GCM_WHITEPOINT_D50", "UNKNOWN_VALUE(2)"};
+    for (uint32_t point = 0; point < 3; ++point)
+    {
+        stream.clear();
+        gcm_attr_white_point(&writer, "point", point);
+        EXPECT_EQ(stream.text(), std::string(" point=\"") + points[point] + "\"");
+    }
+}
+
 // The attribute behind the last of those that each definition has.
 std::string last_attribute(const std::string& text)
 {
@@ -222,6 +278,34 @@ TEST_F(CsdDump, AnEmptyCallbackStreamWritesNoBuffer)
     failing.fail(1, true);
     pointer.cp_CallbackStream = failing.get();
     EXPECT_EQ(dump(), text);
+}
+
+TEST_F(CsdDump, ACallbackStreamMayLackOperations)
+{
+    MemoryStream profile("AB");
+    GIO_StreamOps ops = {};
+    GIO_Stream bare = {profile.get()->instance, profile.get()->kind, &ops};
+    csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+    pointer.cp_CallbackStream = &bare;
+    EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
+    ops.gio_Read = profile.get()->ops->gio_Read;
+    EXPECT_NE(dump().find("  <BufferUInt8 len=\"2\">\n41 42 \n  </BufferUInt8>\n"), std::string::npos);
+    bare.ops = nullptr;
+    EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
+}
+
+// More bytes than were asked for cannot have been read.
+TEST_F(CsdDump, ACallbackStreamThatLiesAboutItsBytesIsNotBelieved)
+{
+    MemoryStream profile("AB");
+    GIO_StreamOps ops = *profile.get()->ops;
+    ops.gio_Read = [](void*, uint64_t, uint64_t, void*) { return UINT64_MAX; };
+    GIO_Stream lying = {profile.get()->instance, profile.get()->kind, &ops};
+    csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+    pointer.cp_CallbackStream = &lying;
+    EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
+    ops.gio_Read = [](void*, uint64_t, uint64_t, void*) { return uint64_t{513}; };
+    EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
 }
 
 TEST_F(CsdDump, NamesOfChannels)

@@ -201,6 +201,16 @@ TEST_F(ColourTicket, NullsWriteNothing)
     session()->ticket_serial_functions = tickets.serial();
 }
 
+TEST_F(ColourTicket, ALogWithoutAStreamTakesNothing)
+{
+    FakeTickets::Ticket one = ticket(1);
+    GIO_Stream* stream = session()->writer.stream;
+    session()->writer.stream = nullptr;
+    EXPECT_EQ(dump(&one), "");
+    session()->writer.stream = stream;
+    EXPECT_EQ(dump(&one), reference(1));
+}
+
 TEST_F(ColourTicket, ATicketThatCannotBeRememberedIsWrittenEachTime)
 {
     FakeTickets::Ticket one = ticket(1);

@@ -174,6 +174,21 @@ TEST_F(GxcTicket, EmptyOperationsAreNotCalled)
     EXPECT_EQ(log.text(), "");
 }
 
+TEST_F(GxcTicket, StreamsWithoutOperationsAreNotUsed)
+{
+    LentStream input(smallest());
+    const GIO_StreamOps none = {};
+    GIO_Stream output = {nullptr, GIO_KIND_FILE, &none};
+    EXPECT_EQ(gxc_deserialise_ticket(allocator.get(), input.get(), 1, &output, ""), 1u);
+    EXPECT_EQ(input.position, 24);
+    output.ops = nullptr;
+    EXPECT_EQ(gxc_deserialise_ticket(allocator.get(), input.get(), 1, &output, ""), 1u);
+    EXPECT_EQ(gxc_deserialise_ticket(allocator.get(), input.get(), 1, nullptr, ""), 1u);
+    input.get()->ops = nullptr;
+    EXPECT_EQ(deserialise(&input, 1), 0u);
+    EXPECT_EQ(log.text(), "");
+}
+
 TEST_F(GxcTicket, NullPrefixIsEmpty)
 {
     LentStream input(smallest());
