@@ -193,20 +193,25 @@ bool LogEvents::read_event(Event& event)
     }
     if (line[indent] == '<')
         return read_tag(event, line);
+    return read_row(event, line);
+}
+
+bool LogEvents::read_row(Event& event, std::string_view line)
+{
     const bool in_buffer = depth_ > 0 && open_[depth_ - 1].starts_with("Buffer");
-    if (!in_buffer || !is_row(line))
-        damage("text that is neither a tag nor a row of numbers", place_);
+    const size_t size = in_buffer ? std::min(line.find('<'), line.size()) : line.size();
+    const bool line_end = size == line.size() && size < text_->seen().size();
     event.kind = EventKind::row;
-    event.text = without_return(line);
-    const size_t size = line.size();
-    const bool whole = size < text_->seen().size();
-    if (!whole)
+    event.text = without_return(line.substr(0, size));
+    if (!in_buffer || !is_row(event.text))
+        damage("text that is neither a tag nor a row of numbers", place_);
+    if (size == text_->seen().size())
     {
         // A row without its end may have lost part of its last number.
         const size_t last = event.text.find_last_of(' ');
         event.text = event.text.substr(0, last == std::string_view::npos ? 0 : last + 1);
     }
-    step(size + (whole ? 1 : 0), 1);
+    step(size + (line_end ? 1 : 0), line_end ? 1 : 0);
     return true;
 }
 

@@ -91,6 +91,7 @@ private:
 
     std::string_view line_at(size_t from);
     bool read_event(Event& event);
+    bool read_row(Event& event, std::string_view line);
     bool read_tag(Event& event, std::string_view line);
     bool read_open(Event& event, std::string_view line, size_t indent);
     bool read_open_in_parts(Event& event, std::string_view line, size_t indent);
