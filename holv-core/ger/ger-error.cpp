@@ -7,6 +7,8 @@
 namespace
 {
 
+constexpr uint64_t kLongestMessage = 0x7FFFFFFE;
+
 char* text_of(GER_Error* error)
 {
     return error->ge_Text;
@@ -26,9 +28,10 @@ void store(GER_Error* error, int32_t severity, int32_t module, int32_t code, con
     else if (error->ge_TextCapacity != 0)
     {
         // One byte more than the capacity holds the terminator.
-        if (std::vsnprintf(message, error->ge_TextCapacity + 1, format, args) < 0)
+        const uint64_t capacity = error->ge_TextCapacity < kLongestMessage ? error->ge_TextCapacity : kLongestMessage;
+        if (std::vsnprintf(message, capacity + 1, format, args) < 0)
             message[0] = '\0';
-        message[error->ge_TextCapacity] = '\0';
+        message[capacity] = '\0';
     }
     GER_LogPrint(error->ge_Log, error->ge_Level, error->ge_Channel, "GER %d:%d:%d '%s'", severity, module, code,
                  text_of(error));

@@ -44,6 +44,31 @@ float absolute(float value)
     return ggo_abs_float(value);
 }
 
+struct Square
+{
+    double high;
+    double low;
+};
+
+// The square without any loss, by halves of 26 bits. The value is far from overflow and underflow.
+Square square_of(double value)
+{
+    constexpr double kSplit = 0x1p+27 + 1;
+    const double turned = value * kSplit;
+    const double high = turned - (turned - value), low = value - high;
+    const double square = value * value;
+    return {square, ((high * high - square) + 2 * high * low) + low * low};
+}
+
+// The root of x*x + y*y for x >= y > 0, rounded once but for ties as good as never met.
+double root_of_squares(double x, double y)
+{
+    const double root = std::sqrt(x * x + y * y);
+    const Square xx = square_of(x), yy = square_of(y), rr = square_of(root);
+    const double rest = ((xx.high - rr.high) + yy.high) + ((xx.low + yy.low) - rr.low);
+    return root + rest / (2 * root);
+}
+
 // By bits and plain steps, so that it meets no fault that its operands and result don't call for.
 double hypotenuse(double x, double y)
 {
@@ -63,8 +88,7 @@ double hypotenuse(double x, double y)
     constexpr uint64_t kHuge = UINT64_C(1523) << 52, kTiny = UINT64_C(623) << 52;  // 2^500 and 2^-400
     const double down = larger > kHuge ? 0x1p-600 : larger < kTiny ? 0x1p+600 : 1;
     const double up = larger > kHuge ? 0x1p+600 : larger < kTiny ? 0x1p-600 : 1;
-    const double p = a * down, q = b * down;
-    return std::sqrt(p * p + q * q) * up;
+    return root_of_squares(a * down, b * down) * up;
 }
 
 // In double precision no square of a single number overflows or underflows.

@@ -25,9 +25,9 @@ int32_t copy_pieces(FILE* from, FILE* to)
     {
         const size_t count = std::fread(piece, 1, kPiece, from);
         if (std::ferror(from) != 0)
-            return gio_host_error();
+            return gio_host_failure();
         if (count != 0 && std::fwrite(piece, 1, count, to) != count)
-            return gio_host_error();
+            return gio_host_failure();
         if (std::feof(from) != 0)
             return GIO_OK;
     }
@@ -98,18 +98,18 @@ int32_t GIO_FileCopyPlain(const char* source, const char* target)
     gio_clear_error();
     FILE* from = gio_host_open_binary(source, 0);
     if (from == nullptr)
-        return gio_host_error();
+        return gio_host_failure();
     FILE* to = gio_host_open_binary(target, 1);
     if (to == nullptr)
     {
-        const int32_t code = gio_host_error();
+        const int32_t code = gio_host_failure();
         std::fclose(from);
         return code;
     }
     int32_t code = copy_pieces(from, to);
     std::fclose(from);
     if (std::fclose(to) != 0 && code == GIO_OK)
-        code = gio_host_error();
+        code = gio_host_failure();
     return code;
 }
 
@@ -135,8 +135,7 @@ int32_t GIO_FileExists(const char* path, uint32_t* is_directory)
     if (length > 1 && is_separator(plain[length - 1]))
         plain[length - 1] = '\0';
     gio_clear_error();
-    *is_directory = 0;
-    return gio_host_status(plain, is_directory) == 0 ? static_cast<int32_t>(GIO_OK) : gio_host_error();
+    return gio_host_status(plain, is_directory) == 0 ? static_cast<int32_t>(GIO_OK) : gio_host_failure();
 }
 
 int32_t GIO_PathJoin(const char* source, const char* directory, char* joined)
@@ -154,12 +153,16 @@ uint64_t GIO_RoundUp(uint64_t value, uint64_t unit)
 
 void GIO_ListInit(GIO_ListNode* head, GIO_ListNode* tail)
 {
+    if (head == nullptr || tail == nullptr)
+        return;
     *head = {nullptr, tail};
     *tail = {head, nullptr};
 }
 
 void GIO_ListAppend(GIO_ListNode* element, GIO_ListNode* tail)
 {
+    if (element == nullptr || tail == nullptr || tail->prev == nullptr)
+        return;
     *element = {tail->prev, tail};
     tail->prev->next = element;
     tail->prev = element;

@@ -26,7 +26,8 @@ int32_t GIO_FileCopyPlain(const char* source, const char* target);
 int32_t GIO_FileCopy(const char* source, const char* target, uint32_t overwrite);
 int32_t GIO_FileRename(const char* source, const char* target, uint32_t overwrite);
 
-// 0 when something stands at the path, whose length must be 1 to 1023; `is_directory` takes 1 or 0.
+// 0 when something stands at the path, whose length must be 1 to 1023; `is_directory` takes 1 or 0, and
+// otherwise stays as it was.
 int32_t GIO_FileExists(const char* path, uint32_t* is_directory);
 
 // Writes to `joined`, of GIO_PATH_ROOM bytes, the directory, a backslash if it does not end in a separator, and the
@@ -36,7 +37,7 @@ int32_t GIO_PathJoin(const char* source, const char* directory, char* joined);
 // The value rounded up to a multiple of the unit; the value itself if either is 0.
 uint64_t GIO_RoundUp(uint64_t value, uint64_t unit);
 
-// A doubly linked list between two sentinels.
+// A doubly linked list between two sentinels. Null arguments do nothing, nor does a tail that isn't set up.
 typedef struct GIO_ListNode GIO_ListNode;
 
 struct GIO_ListNode

@@ -76,6 +76,11 @@ int32_t file_seek64(void* c, int64_t offset, int32_t origin)
     FILE* file = file_of(c);
     if (file == nullptr)
         return -1;
+    if (origin < GIO_SEEK_SET || origin > GIO_SEEK_END)
+    {
+        gio_set_error(GIO_ERR_INVALID);
+        return -1;
+    }
     const GIO_Stream* handle = static_cast<const GIO_FileInstance*>(c)->handle;
     const bool forward_only = handle != nullptr && (handle->kind & GIO_KIND_FORWARD_ONLY) != 0;
     if (forward_only && (offset < 0 || (origin == GIO_SEEK_SET && offset < gio_host_tell(file))))
@@ -100,7 +105,10 @@ int64_t file_tell64(void* c)
 int32_t file_tell(void* c)
 {
     const int64_t position = file_tell64(c);
-    return position <= INT32_MAX ? static_cast<int32_t>(position) : -1;
+    if (position <= INT32_MAX)
+        return static_cast<int32_t>(position);
+    gio_set_error(GIO_ERR_RANGE);
+    return -1;
 }
 
 int32_t file_flush(void* c)
@@ -231,7 +239,7 @@ int32_t file_close(void* c)
         gio_set_error(GIO_ERR_BAD_HANDLE);
         return GIO_ERR_BAD_HANDLE;
     }
-    const int32_t result = gio_host_error();
+    const int32_t result = gio_host_failure();
     if (instance->path != nullptr)
         allocator->gmm_Free(allocator, instance->path);
     allocator->gmm_Free(allocator, instance->handle);
@@ -281,7 +289,7 @@ FILE* open_file(const char* path, uint32_t mode_index, GMM_Allocator* allocator,
     else if (no_memory != 0)
         *code = GIO_ERR_NO_MEMORY;
     else
-        *code = gio_host_error() != GIO_OK ? gio_host_error() : static_cast<int32_t>(GIO_ERR_OTHER);
+        *code = gio_host_failure() != GIO_OK ? gio_host_failure() : static_cast<int32_t>(GIO_ERR_OTHER);
     return file;
 }
 
@@ -366,5 +374,5 @@ int32_t GIO_FileDelete(const char* path)
     if (path == nullptr)
         return GIO_ERR_INVALID;
     gio_clear_error();
-    return gio_host_remove(path) == 0 ? static_cast<int32_t>(GIO_OK) : gio_host_error();
+    return gio_host_remove(path) == 0 ? static_cast<int32_t>(GIO_OK) : gio_host_failure();
 }

@@ -14,12 +14,11 @@ int32_t GIO_FormatBounded(char* buffer, uint64_t size, const char* format, ...)
 
 int32_t GIO_VFormatBounded(char* buffer, uint64_t size, const char* format, va_list args)
 {
-    if (size == 0)
-    {
-        buffer[0] = '\0';
+    if (buffer == nullptr)
         return 0;
-    }
     buffer[0] = '\0';
+    if (size == 0 || format == nullptr)
+        return 0;
     const int length = std::vsnprintf(buffer, size, format, args);
     if (length >= 0 && static_cast<uint64_t>(length) < size - 1)
         return length;
@@ -29,6 +28,8 @@ int32_t GIO_VFormatBounded(char* buffer, uint64_t size, const char* format, va_l
 
 void GIO_StreamPrint(GIO_Stream* stream, const char* format, ...)
 {
+    if (stream == nullptr || stream->ops == nullptr || format == nullptr)
+        return;
     va_list args;
     va_start(args, format);
     stream->ops->gio_VPrintf(stream->instance, format, args);

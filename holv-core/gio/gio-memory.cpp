@@ -102,7 +102,7 @@ int32_t memory_seek64(void* c, int64_t offset, int32_t origin)
         return refuse_seek(m);
     const uint64_t base = origin == GIO_SEEK_SET ? 0 : origin == GIO_SEEK_CUR ? m->position : m->size;
     const uint64_t distance = offset < 0 ? 0 - static_cast<uint64_t>(offset) : static_cast<uint64_t>(offset);
-    if (offset < 0 ? distance > base : distance > m->size || base > m->size - distance)
+    if (base > m->size || (offset < 0 ? distance > base : distance > m->size - base))
         return refuse_seek(m);
     m->position = offset < 0 ? base - distance : base + distance;
     return 0;
@@ -121,7 +121,8 @@ int64_t memory_tell64(void* c)
 
 int32_t memory_tell(void* c)
 {
-    return static_cast<int32_t>(memory_tell64(c));
+    const int64_t position = memory_tell64(c);
+    return position <= INT32_MAX ? static_cast<int32_t>(position) : -1;
 }
 
 int32_t memory_flush(void* c)
@@ -165,8 +166,12 @@ int32_t memory_puts(const char* text, void* c)
         m->last_error = GIO_ERR_INVALID;
         return -1;
     }
-    for (; *text != '\0' && !is_at_end(m); ++text)
+    for (; *text != '\0'; ++text)
+    {
+        if (is_at_end(m))
+            return -1;
         m->data[m->position++] = static_cast<uint8_t>(*text);
+    }
     return 0;
 }
 
@@ -185,9 +190,10 @@ int32_t memory_putc(int32_t byte, void* c)
     GIO_MemoryInstance* m = of(c);
     if (m == nullptr || is_at_end(m))
         return -1;
-    m->data[m->position++] = static_cast<uint8_t>(byte);
+    const auto stored = static_cast<uint8_t>(byte);
+    m->data[m->position++] = stored;
     is_at_end(m);
-    return byte;
+    return stored;
 }
 
 const char* memory_get_path(void* c, uint32_t* path_kind)
@@ -205,15 +211,13 @@ const char* memory_get_path(void* c, uint32_t* path_kind)
 int32_t memory_read_buffer(void* c, void** data, uint64_t* length)
 {
     GIO_MemoryInstance* m = of(c);
-    if (m == nullptr)
+    if (m == nullptr || is_at_end(m))
         return 0;
     if (data == nullptr || length == nullptr)
     {
         m->last_error = GIO_ERR_INVALID;
         return 0;
     }
-    if (is_at_end(m))
-        return 0;
     *data = m->data + m->position;
     *length = m->size - m->position;
     return 1;
@@ -272,10 +276,10 @@ int64_t memory_size(void* c)
 
 int32_t memory_close(void* c)
 {
-    const GIO_MemoryInstance* m = of(c);
-    if (m == nullptr)
+    auto* m = static_cast<GIO_MemoryInstance*>(c);
+    if (m == nullptr || m->kind != GIO_MEMORY_TAG)
         return -1;
-    if (m->allocator == nullptr || m->self == nullptr)
+    if (of(c) == nullptr || m->allocator == nullptr || m->self == nullptr)
         return GIO_ERR_BAD_HANDLE;
     m->allocator->gmm_Free(m->allocator, m->self);
     return GIO_OK;

@@ -40,6 +40,13 @@ int32_t gio_host_error(void)
     return errno == ENAMETOOLONG ? static_cast<int32_t>(GIO_ERR_BAD_NAME) : gio_map_errno(errno);
 }
 
+int32_t gio_host_failure(void)
+{
+    if (errno == ENOSYS || errno == EOPNOTSUPP)
+        return GIO_ERR_UNSUPPORTED;
+    return errno == ELOOP ? static_cast<int32_t>(GIO_ERR_OTHER) : gio_host_error();
+}
+
 void gio_set_error(int32_t code)
 {
     errno = code;

@@ -16,6 +16,10 @@ int32_t gio_map_errno(int32_t number);
 // the codes name, and takes codes that the streams themselves have stored for what they are.
 int32_t gio_host_error(void);
 
+// The same right after a call of the host has failed, when the variable can hold none but the host's numbers: one
+// that the host uses for another error than the code of the same number is no such code.
+int32_t gio_host_failure(void);
+
 // The calling thread's error variable.
 void gio_set_error(int32_t code);
 void gio_clear_error(void);

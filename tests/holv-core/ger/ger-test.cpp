@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -44,6 +45,36 @@ protected:
     MemoryStream stream;
     GER_Log* log = nullptr;
 };
+
+TEST_F(ErrorLog, RecordsHaveTheirLayout)
+{
+    EXPECT_EQ(offsetof(GER_Error, ge_Log), 8U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Channel), 16U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Level), 20U);
+    EXPECT_EQ(offsetof(GER_Error, ge_TextCapacity), 24U);
+    EXPECT_EQ(offsetof(GER_Error, ge_PrefixLength), 32U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Severity), 36U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Module), 40U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Code), 44U);
+    EXPECT_EQ(offsetof(GER_Error, ge_Text), 48U);
+    EXPECT_EQ(offsetof(GER_Log, gl_Allocator), 0U);
+    EXPECT_EQ(offsetof(GER_Log, gl_OsServices), 8U);
+    EXPECT_EQ(offsetof(GER_Log, gl_Lock), 16U);
+    EXPECT_EQ(offsetof(GER_Log, gl_OutputHook), 24U);
+    EXPECT_EQ(offsetof(GER_Log, gl_HookContext), 32U);
+    EXPECT_EQ(offsetof(GER_Log, gl_LockTimeout), 40U);
+    EXPECT_EQ(offsetof(GER_Log, gl_DefaultLevel), 44U);
+    EXPECT_EQ(offsetof(GER_Log, gl_ChannelLevels), 48U);
+    EXPECT_EQ(offsetof(GER_Log, gl_DefaultChannel), 56U);
+    EXPECT_EQ(offsetof(GER_Log, gl_ChannelCount), 60U);
+    EXPECT_EQ(offsetof(GER_Log, gl_ChannelCapacity), 64U);
+    EXPECT_EQ(offsetof(GER_Log, gl_Outputs), 72U);
+    EXPECT_EQ(sizeof(GER_Log), 80U);
+    EXPECT_EQ(offsetof(GER_OsServices, create), 48U);
+    EXPECT_EQ(offsetof(GER_OsServices, destroy), 56U);
+    EXPECT_EQ(offsetof(GER_OsServices, release), 72U);
+    EXPECT_EQ(offsetof(GER_OsServices, take), 80U);
+}
 
 TEST_F(ErrorLog, CreationFillsTheRecord)
 {
@@ -145,6 +176,30 @@ TEST_F(ErrorLog, ChannelBeyondTheCapacityGetsTheDefaultOutput)
     EXPECT_EQ(log->gl_Outputs[2].instance, other.get()->instance);
 }
 
+TEST_F(ErrorLog, WithoutAnyOutputTheLineIsDropped)
+{
+    const GIO_Stream empty = {nullptr, 0, nullptr};
+    EXPECT_EQ(GER_LogSetOutput(log, &empty, 0, 0), 0);
+    EXPECT_EQ(GER_LogPrint(log, 1, 0, "x"), 0);
+    EXPECT_EQ(GER_LogPrint(log, 1, 3, "x"), 0);
+    EXPECT_EQ(log->gl_ChannelCapacity, 4);
+    EXPECT_EQ(GER_LogPrint(log, 1, -1, "x"), 0);
+    EXPECT_EQ(GER_LogSetOutput(log, stream.get(), 0, 0), 0);
+    EXPECT_EQ(GER_LogPrint(log, 1, 3, "now"), 0);
+    EXPECT_EQ(take(), "now");
+}
+
+TEST_F(ErrorLog, LevelsAreComparedAsSigned)
+{
+    EXPECT_EQ(GER_LogSetDefaultLevel(log, 0x80000000), 0);
+    EXPECT_EQ(GER_LogPrint(log, 0, 0, "x"), 0);
+    EXPECT_EQ(GER_LogPrint(log, -5, 0, "x"), 0);
+    EXPECT_EQ(take(), "");
+    EXPECT_EQ(GER_LogSetDefaultLevel(log, 0x7FFFFFFF), 0);
+    EXPECT_EQ(GER_LogPrint(log, 0x7FFFFFFF, 0, "y"), 0);
+    EXPECT_EQ(take(), "y");
+}
+
 TEST_F(ErrorLog, NegativeChannelIsTheDefaultOne)
 {
     EXPECT_EQ(GER_LogPrint(log, 1, -7, "x"), 0);
@@ -241,6 +296,8 @@ TEST_F(ErrorLog, DestroyReportsTheLock)
 
 struct Hooked
 {
+    const GER_OsServices* services = nullptr;
+    int32_t held = 0;
     std::string text;
     int32_t level = 0;
     int32_t channel = 0;
@@ -251,15 +308,18 @@ TEST_F(ErrorLog, HookReplacesTheWrite)
 {
     Hooked hooked;
     GER_Log* other = nullptr;
-    const auto hook = [](GIO_Stream* output, void* context, const GER_OsServices*, int32_t level, int32_t channel,
-                         const char* text, uint64_t length) -> int32_t
+    const auto hook = [](GIO_Stream* output, void* context, const GER_OsServices* services, int32_t level,
+                         int32_t channel, const char* text, uint64_t length) -> int32_t
     {
-        *static_cast<Hooked*>(context) = {std::string(text, length), level, channel, output};
+        const int32_t held = reinterpret_cast<const FakeLocks*>(services)->held;
+        *static_cast<Hooked*>(context) = {services, held, std::string(text, length), level, channel, output};
         return 1234;
     };
     ASSERT_EQ(GER_LogCreate(stream.get(), allocator.get(), &locks.services, 0, hook, &hooked, &other), 0);
     EXPECT_EQ(GER_LogPrint(other, 2, -3, "to the %s", "hook"), 1234);
     EXPECT_EQ(hooked.text, "to the hook");
+    EXPECT_EQ(hooked.services, &locks.services);
+    EXPECT_EQ(hooked.held, 1) << "the lock is held meanwhile";
     EXPECT_EQ(hooked.level, 2);
     EXPECT_EQ(hooked.channel, 0);
     EXPECT_EQ(hooked.output, other->gl_Outputs);
@@ -367,6 +427,26 @@ TEST_F(Record, WithoutLogTheRecordIsKept)
     GER_ErrorRaise(error, 2, 2, 4, "y");
     EXPECT_EQ(error->ge_Code, 4);
     locks.take_result = 5;
+}
+
+TEST_F(Record, LongLinesAreCutAndTheTextStays)
+{
+    GER_Error* error = make(2000);
+    GER_ErrorSet(error, 1, 2, 3, "%s", std::string(1500, 'm').c_str());
+    EXPECT_EQ(std::string(error->ge_Text), std::string(1500, 'm'));
+    EXPECT_EQ(take(), "GER 1:2:3 '" + std::string(1023 - 11, 'm'));
+}
+
+TEST_F(Record, NegativeNumbers)
+{
+    GER_Error* error = make(10);
+    GER_ErrorSet(error, -1, -2, -3, "x");
+    EXPECT_EQ(error->ge_Severity, -1);
+    EXPECT_EQ(take(), "GER -1:-2:-3 'x'");
+    GER_ErrorRaise(error, -2, 5, 6, "y");
+    EXPECT_EQ(take(), "GER (Error Ignored)-1:-2:-3 'x'");
+    GER_ErrorRaise(error, 1, 5, 6, "y");
+    EXPECT_EQ(take(), "GER 1:5:6 'y'");
 }
 
 TEST_F(Record, GoesOutOnItsChannelAndLevel)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <unistd.h>
 
 namespace
 {
@@ -37,6 +38,15 @@ TEST(FilePosix, DirectoryCannotBeWritten)
     EXPECT_EQ(gio_OpenFile("/", GIO_OPEN_WRITE, 0, allocator.get(), &stream), 1002);
 }
 
+TEST(FilePosix, LoopsOfLinksAreNoCodeOfTheSameNumber)
+{
+    orvlog::test::TestAllocator allocator;
+    GIO_Stream* stream = nullptr;
+    ASSERT_EQ(symlink("gio-file-loop.tmp", "gio-file-loop.tmp"), 0);
+    EXPECT_EQ(gio_OpenFile("gio-file-loop.tmp", GIO_OPEN_READ, 0, allocator.get(), &stream), 1002);
+    EXPECT_EQ(GIO_FileDelete("gio-file-loop.tmp"), 0);
+}
+
 TEST(FilePosix, PositionsBeyondTwoGigabytes)
 {
     orvlog::test::TestAllocator allocator;
@@ -49,6 +59,7 @@ TEST(FilePosix, PositionsBeyondTwoGigabytes)
     EXPECT_EQ(stream->ops->gio_Putc('x', stream->instance), 'x');
     EXPECT_EQ(stream->ops->gio_Tell64(stream->instance), far + 1);
     EXPECT_EQ(stream->ops->gio_Tell(stream->instance), -1);
+    EXPECT_EQ(stream->ops->gio_LastError(stream->instance), 34);
     stream->ops->gio_Flush(stream->instance);
     EXPECT_EQ(stream->ops->gio_Size(stream->instance), far + 1);
     stream->ops->gio_Close(stream->instance);

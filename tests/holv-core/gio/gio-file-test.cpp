@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -105,6 +106,30 @@ TEST_F(File, PathsBeyondAsciiOpen)
     EXPECT_EQ(GIO_FileDelete(path), 2);
 }
 
+TEST_F(File, InstanceHasItsLayout)
+{
+    EXPECT_EQ(offsetof(GIO_FileInstance, tag), 0U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, allocator), 8U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, handle), 16U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, file), 24U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, path), 32U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, path_kind), 40U);
+    EXPECT_EQ(offsetof(GIO_FileInstance, open_mode), 44U);
+    EXPECT_EQ(sizeof(GIO_FileInstance), 48U);
+}
+
+TEST_F(File, TableOfOneStreamCanBeChanged)
+{
+    GIO_Stream* one = open(GIO_OPEN_WRITE);
+    GIO_Stream* other = open(GIO_OPEN_WRITE);
+    const_cast<GIO_StreamOps*>(one->ops)->gio_Getc = [](void*) -> int32_t { return 77; };
+    EXPECT_EQ(one->ops->gio_Getc(one->instance), 77);
+    EXPECT_EQ(other->ops->gio_Getc(other->instance), -1);
+    EXPECT_EQ(gio_stdout()->ops, gio_stderr()->ops);
+    one->ops->gio_Close(one->instance);
+    other->ops->gio_Close(other->instance);
+}
+
 TEST_F(File, StreamIsOneBlockWithATableOfItsOwn)
 {
     GIO_Stream* one = open(GIO_OPEN_WRITE);
@@ -142,6 +167,9 @@ TEST_F(File, ReadAndWriteCheckTheirArguments)
     gio_clear_error();
     EXPECT_EQ(stream->ops->gio_Write(&byte, 0, 1, stream->instance), 0U);
     EXPECT_EQ(stream->ops->gio_LastError(stream->instance), 22);
+    gio_clear_error();
+    EXPECT_EQ(stream->ops->gio_Write(&byte, 1, 0, stream->instance), 0U);
+    EXPECT_EQ(stream->ops->gio_LastError(stream->instance), 22);
     stream->ops->gio_Close(stream->instance);
 }
 
@@ -155,6 +183,63 @@ TEST_F(File, BothAppendModesWriteAtTheEnd)
         EXPECT_EQ(stream->ops->gio_Write("two", 1, 3, stream->instance), 3U);
         stream->ops->gio_Close(stream->instance);
         EXPECT_EQ(content(), "onetwo");
+    }
+}
+
+// What each mode does to a file that stands and to one that doesn't.
+TEST_F(File, EachModeOpensAsItsNameSays)
+{
+    for (const uint32_t text : {0U, 1U})
+    {
+        const auto open_result = [&](uint32_t mode)
+        {
+            GIO_Stream* stream = nullptr;
+            const int32_t code = gio_OpenFile(path, mode, text, allocator.get(), &stream);
+            if (stream != nullptr)
+                stream->ops->gio_Close(stream->instance);
+            return code;
+        };
+        GIO_FileDelete(path);
+        EXPECT_EQ(open_result(0), 2);
+        EXPECT_EQ(open_result(3), 2);
+        for (const uint32_t creating : {1U, 2U, 4U, 5U})
+        {
+            EXPECT_EQ(open_result(creating), 0) << creating;
+            EXPECT_EQ(GIO_FileDelete(path), 0) << creating;
+        }
+        for (const uint32_t keeping : {0U, 2U, 3U, 5U})
+        {
+            fill("kept");
+            EXPECT_EQ(open_result(keeping), 0);
+            EXPECT_EQ(content(), "kept") << keeping;
+        }
+        for (const uint32_t emptying : {1U, 4U})
+        {
+            fill("gone");
+            EXPECT_EQ(open_result(emptying), 0);
+            EXPECT_EQ(content(), "") << emptying;
+        }
+    }
+}
+
+TEST_F(File, EachModeReadsOrWrites)
+{
+    for (const uint32_t text : {0U, 1U})
+    {
+        for (const uint32_t mode : {0U, 1U, 2U, 3U, 4U, 5U})
+        {
+            fill("abc");
+            GIO_Stream* stream = open(mode, text);
+            char byte = '#';
+            const bool reads = mode != 1 && mode != 2;
+            const bool empty = mode == 1 || mode == 4;
+            stream->ops->gio_Seek(stream->instance, 0, GIO_SEEK_SET);
+            EXPECT_EQ(stream->ops->gio_Read(&byte, 1, 1, stream->instance), reads && !empty ? 1U : 0U) << mode;
+            stream->ops->gio_Seek(stream->instance, 0, GIO_SEEK_END);
+            EXPECT_EQ(stream->ops->gio_Write("d", 1, 1, stream->instance), mode != 0 ? 1U : 0U) << mode;
+            stream->ops->gio_Close(stream->instance);
+            EXPECT_EQ(content(), mode == 0 ? "abc" : empty ? "d" : "abcd") << mode;
+        }
     }
 }
 
@@ -188,7 +273,13 @@ TEST_F(File, PositionsAndSize)
     EXPECT_EQ(ops->gio_Size(stream->instance), 10);
     EXPECT_EQ(ops->gio_Seek64(stream->instance, 2, GIO_SEEK_SET), 0);
     EXPECT_EQ(ops->gio_Getc(stream->instance), '2');
-    EXPECT_EQ(ops->gio_Seek(stream->instance, 0, 9), -1);
+    for (const int32_t origin : {-1, 3, 9})
+    {
+        gio_clear_error();
+        EXPECT_EQ(ops->gio_Seek(stream->instance, 0, origin), -1);
+        EXPECT_EQ(ops->gio_LastError(stream->instance), 22);
+        EXPECT_EQ(ops->gio_Seek64(stream->instance, 0, origin), -1);
+    }
     EXPECT_EQ(ops->gio_Seek(stream->instance, -1, GIO_SEEK_SET), -1);
     EXPECT_EQ(ops->gio_Eof(stream->instance), 0);
     ops->gio_Seek(stream->instance, 0, GIO_SEEK_END);

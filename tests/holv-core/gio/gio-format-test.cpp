@@ -51,6 +51,26 @@ TEST(FormatBounded, SizeOfZeroPutsATerminatorAllTheSame)
     EXPECT_EQ(buffer[0], '\0');
 }
 
+TEST(FormatBounded, NothingToPrintOrNowhere)
+{
+    char buffer[] = "x";
+    const char* no_format = nullptr;
+    EXPECT_EQ(GIO_FormatBounded(buffer, 2, no_format), 0);
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(GIO_FormatBounded(nullptr, 2, "%s", "abc"), 0);
+}
+
+TEST(StreamPrint, NothingToPrintOrNowhere)
+{
+    orvlog::test::MemoryStream stream;
+    const char* no_format = nullptr;
+    GIO_StreamPrint(stream.get(), no_format);
+    GIO_StreamPrint(nullptr, "%s", "abc");
+    GIO_Stream unset = {nullptr, 0, nullptr};
+    GIO_StreamPrint(&unset, "%s", "abc");
+    EXPECT_EQ(stream.text(), "");
+}
+
 TEST(StreamPrint, PassesToTheStream)
 {
     orvlog::test::MemoryStream stream;

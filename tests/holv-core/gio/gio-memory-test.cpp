@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -64,6 +65,19 @@ protected:
     const GIO_StreamOps* ops = nullptr;
     void* c = nullptr;
 };
+
+TEST_F(Memory, InstanceHasItsLayout)
+{
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, kind), 0U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, allocator), 8U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, self), 16U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, data), 24U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, size), 32U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, position), 40U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, last_error), 48U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, at_end), 52U);
+    EXPECT_EQ(offsetof(GIO_MemoryInstance, error_flag), 56U);
+}
 
 TEST_F(Memory, OpeningFillsTheInstance)
 {
@@ -193,10 +207,17 @@ TEST_F(Memory, PutsBytesAndTexts)
 {
     EXPECT_EQ(ops->gio_Puts("abc", c), 0);
     EXPECT_EQ(ops->gio_Tell(c), 3);
-    EXPECT_EQ(ops->gio_Puts("0123456789", c), 0);
+    EXPECT_EQ(ops->gio_Puts("0123456", c), 0) << "fits";
     EXPECT_EQ(content(), "abc0123456");
     EXPECT_EQ(ops->gio_Puts("x", c), -1);
     EXPECT_EQ(ops->gio_Eof(c), 1);
+    EXPECT_EQ(ops->gio_Puts("", c), -1);
+    ops->gio_ClearErr(c);
+    ops->gio_Seek(c, 8, GIO_SEEK_SET);
+    EXPECT_EQ(ops->gio_Puts("xyz", c), -1) << "cut at the data's end";
+    EXPECT_EQ(ops->gio_Eof(c), 1);
+    EXPECT_EQ(ops->gio_Tell(c), 10);
+    EXPECT_EQ(content(), "abc01234xy");
     ops->gio_Seek(c, 0, GIO_SEEK_SET);
     EXPECT_EQ(ops->gio_Puts(nullptr, c), -1);
     EXPECT_EQ(ops->gio_LastError(c), 22);
@@ -219,6 +240,9 @@ TEST_F(Memory, SingleBytes)
     EXPECT_EQ(ops->gio_Eof(c), 1);
     EXPECT_EQ(ops->gio_Putc('z', c), -1);
     EXPECT_EQ(content(), "xy");
+    ops->gio_Seek(c, 0, GIO_SEEK_SET);
+    EXPECT_EQ(ops->gio_Putc(-1, c), 255);
+    EXPECT_EQ(content(), "\xffy");
 }
 
 TEST_F(Memory, UnsupportedCalls)
@@ -250,8 +274,11 @@ TEST_F(Memory, LendsWhatIsLeft)
     EXPECT_EQ(ops->gio_LastError(c), 22);
     EXPECT_EQ(ops->gio_ReadBuffer(c, &data, nullptr), 0);
     ops->gio_Seek(c, 10, GIO_SEEK_SET);
+    ops->gio_ClearErr(c);
     EXPECT_EQ(ops->gio_ReadBuffer(c, &data, &length), 0);
     EXPECT_EQ(ops->gio_Eof(c), 1);
+    EXPECT_EQ(ops->gio_ReadBuffer(c, nullptr, nullptr), 0);
+    EXPECT_EQ(ops->gio_LastError(c), 0) << "the end is seen first";
 }
 
 TEST_F(Memory, PrintsIntoTheRest)
@@ -296,11 +323,37 @@ TEST_F(Memory, OtherKindsAreRefused)
         EXPECT_EQ(ops->gio_Eof(o), -1);
         EXPECT_EQ(ops->gio_Error(o), -1);
         EXPECT_EQ(ops->gio_Size(o), -1);
-        EXPECT_EQ(ops->gio_Close(o), -1);
+        EXPECT_EQ(ops->gio_Close(o), wrong_kind ? -1 : 9);
         ops->gio_ClearErr(o);
         EXPECT_EQ(other.last_error, wrong_kind ? 0U : 9U);
     }
     EXPECT_EQ(ops->gio_Getc(nullptr), -1);
+}
+
+TEST_F(Memory, APlaceBeyondTheDataIsAnEnd)
+{
+    char buffer[4];
+    instance()->position = 11;
+    EXPECT_EQ(ops->gio_Read(buffer, 1, 1, c), 0U);
+    EXPECT_EQ(ops->gio_Write(buffer, 1, 1, c), 0U);
+    EXPECT_EQ(ops->gio_Getc(c), -1);
+    EXPECT_EQ(ops->gio_Putc('x', c), -1);
+    EXPECT_EQ(ops->gio_Puts("x", c), -1);
+    EXPECT_EQ(ops->gio_Gets(buffer, 4, c), nullptr);
+    EXPECT_EQ(print("x"), -1);
+    EXPECT_EQ(ops->gio_Seek(c, 0, GIO_SEEK_CUR), -1);
+    EXPECT_EQ(ops->gio_Seek(c, 0, GIO_SEEK_SET), 0);
+    EXPECT_EQ(content(), "0123456789");
+}
+
+TEST_F(Memory, NarrowTellKnowsNoFarPlaces)
+{
+    instance()->position = 0x80000000;
+    EXPECT_EQ(ops->gio_Tell(c), -1);
+    EXPECT_EQ(ops->gio_Tell64(c), 0x80000000);
+    instance()->position = 0x7FFFFFFF;
+    EXPECT_EQ(ops->gio_Tell(c), 0x7FFFFFFF);
+    instance()->position = 0;
 }
 
 TEST_F(Memory, CloseOfAnIncompleteInstanceGivesNine)

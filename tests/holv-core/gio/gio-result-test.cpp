@@ -50,4 +50,40 @@ TEST(Result, HostErrorReadsTheErrorVariable)
     EXPECT_EQ(gio_host_error(), 0);
 }
 
+TEST(Result, HostFailureKnowsOnlyTheHostsNumbers)
+{
+    errno = ENOSYS;
+    EXPECT_EQ(gio_host_failure(), 40);
+    errno = EOPNOTSUPP;
+    EXPECT_EQ(gio_host_failure(), 40);
+    errno = ELOOP;
+    EXPECT_EQ(gio_host_failure(), 1002);
+    errno = ENAMETOOLONG;
+    EXPECT_EQ(gio_host_failure(), 38);
+    errno = ENOENT;
+    EXPECT_EQ(gio_host_failure(), 2);
+    errno = EBADF;
+    EXPECT_EQ(gio_host_failure(), 9);
+    errno = ENOMEM;
+    EXPECT_EQ(gio_host_failure(), 12);
+    errno = EACCES;
+    EXPECT_EQ(gio_host_failure(), 13);
+    errno = EFAULT;
+    EXPECT_EQ(gio_host_failure(), 14);
+    errno = EINVAL;
+    EXPECT_EQ(gio_host_failure(), 22);
+    errno = ENFILE;
+    EXPECT_EQ(gio_host_failure(), 23);
+    errno = EMFILE;
+    EXPECT_EQ(gio_host_failure(), 24);
+    errno = EFBIG;
+    EXPECT_EQ(gio_host_failure(), 27);
+    errno = ENOSPC;
+    EXPECT_EQ(gio_host_failure(), 28);
+    errno = ERANGE;
+    EXPECT_EQ(gio_host_failure(), 34);
+    errno = 0;
+    EXPECT_EQ(gio_host_failure(), 0);
+}
+
 }  // namespace
