@@ -94,6 +94,7 @@ void release_open_work(ORVLOG_Session* session)
     }
     while (session->live_documents != nullptr)
         orvlog_close_document(session->live_documents);
+    orvlog_close_images(session);
     font_wrapper_release_all(session);
     orvlog_clear_colour_frames(session);
     orvlog_session_clear_scratch(session);
@@ -268,7 +269,6 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     orvlog_resource_map_clear(session);
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
-    orvlog_detach_images(session);
     finish_coder(&session->writer);
     const uint32_t result = merge(session);
     session->allocator->gmm_Free(session->allocator, session);

@@ -219,7 +219,7 @@ GIO_Stream* open_async_log(const ORVLOG_ImageContext* context, char* name)
     std::snprintf(name, kAsyncName, "orvlog-%08x-%08x-%08x-%08x-async-image-%010u.tmp", word_of(id + 12),
                   word_of(id + 8), word_of(id + 4), word_of(id), context->counters[1]);
     GIO_Stream* stream = nullptr;
-    if (gio_OpenFile(name, GIO_OPEN_WRITE, 1, context->stream_allocator, &stream) != GIO_OK)
+    if (gio_OpenFile(name, GIO_OPEN_WRITE, 1, context->session_allocator, &stream) != GIO_OK)
         return nullptr;
     return stream;
 }
@@ -349,8 +349,12 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
+    // An element without a name has its place in that log, whichever record of the image it came by.
+    if (!first)
+        wrapper->writer.stream = context->async_stream;
     dump_keep(wrapper, first ? name : nullptr, result);
     wrapper->writer.stream = context->async_stream;
+    context->granted |= result;
     context->released = 0;
     raise(&context->kept_flag);
     raise(&context->async_flag);
@@ -372,6 +376,7 @@ void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
     orvlog_attr_uint(&wrapper->writer, "Id", wrapper->id);
     end_and_close(&wrapper->writer, "GOP_ImageReleaseFn");
     context->released = 1;
+    context->granted = 0;
     if (context->in_call == 0)
         return ORVLOG_DeleteImagePool(operand_p);
     return nullptr;

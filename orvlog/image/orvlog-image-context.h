@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "orvlog/image/orvlog-image-handle.h"
 #include "orvlog/interface/gop-image.h"
 #include "orvlog/session/orvlog-session.h"
 
@@ -24,15 +25,16 @@ struct ORVLOG_ImageContext
     uint32_t render_description[ORVLOG_RENDER_WORDS];
     uint8_t session_id[16];
 
-    GMM_Allocator* stream_allocator;        // of the session: records of streams must be aligned
+    GMM_Allocator* session_allocator;       // for streams and handles, which must be aligned
     GOP_OperandImagePointer* first_record;  // head of the chain of wrapped records
+    ORVLOG_ImageHandle** kept_images;       // the session's list
     GIO_Stream* async_stream;               // the log of a kept image, while it is open
     uint32_t in_call;                       // the call that replaced the operand has not ended
+    uint32_t granted;                       // the client has agreed to a keep
     uint32_t released;                      // the renderer has no more use for the image
-    ORVLOG_ImageContext* next_live;         // the list that begins at the session's live_images
-    ORVLOG_ImageContext** live_link;        // what points here in it; null once the session has closed
+    uint32_t listed;                        // its handles belong to the session's list
     uint32_t endless;                       // a read-through was cut off
-    ORVLOG_ImageParams own_params;          // a kept image may outlive the session
+    ORVLOG_ImageParams own_params;          // those of the session may change while an image is kept
     uint32_t own_counters[2];
 };
 
@@ -51,7 +53,8 @@ struct ORVLOG_ImageWrapper
     char* attr_file_name;
 };
 
-// The wrapper of a record that was wrapped here; null for a client's own record, whose context is not looked at.
+// The wrapper of a record that was wrapped here and whose image is still there. Null for all others, which are not
+// looked into: a client's own record, and what a renderer holds on to beyond its end.
 ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record);
 
 // A block for a record, aligned; null without memory.

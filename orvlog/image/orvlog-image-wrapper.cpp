@@ -56,64 +56,69 @@ ORVLOG_ImageContext* make_context(ORVLOG_Session* session, GMM_Allocator* pool, 
         std::memcpy(context->render_description, session->colour_frames->ticket_space,
                     sizeof context->render_description);
     std::memcpy(context->session_id, session->session_id, sizeof context->session_id);
-    context->stream_allocator = session->side_allocator;
+    context->session_allocator = session->side_allocator;
+    context->kept_images = &session->kept_images;
     context->in_call = 1;
     return context;
 }
 
-void enter_live(ORVLOG_Session* session, ORVLOG_ImageContext* context)
+// Images that may be kept have handles of their own, so that the renderer's records stay readable when the image has
+// gone; the others have them in the pool.
+ORVLOG_ImageHandle* make_handle(const ORVLOG_ImageContext* context, const GOP_OperandImagePointer* client_record)
 {
-    context->next_live = session->live_images;
-    if (context->next_live != nullptr)
-        context->next_live->live_link = &context->next_live;
-    context->live_link = &session->live_images;
-    session->live_images = context;
+    const bool asynchronous = (client_record->imp_Image->im_Flags & GOP_OP_FLAGS_ASYNCH_ACCESS) != 0;
+    GMM_Allocator* own = asynchronous ? context->session_allocator : nullptr;
+    void* block = own != nullptr ? own->gmm_Alloc(own, sizeof(ORVLOG_ImageHandle), 0)
+                                 : orvlog_image_alloc(context->allocator, sizeof(ORVLOG_ImageHandle));
+    if (block == nullptr)
+        return nullptr;
+    auto* handle = static_cast<ORVLOG_ImageHandle*>(block);
+    std::memset(handle, 0, sizeof *handle);
+    handle->record = *client_record;
+    handle->image = *client_record->imp_Image;
+    handle->record.imp_Image = &handle->image;
+    handle->allocator = own;
+    return handle;
 }
 
-void leave_live(ORVLOG_ImageContext* context)
+void free_handles(ORVLOG_ImageHandle* handle)
 {
-    if (context->live_link == nullptr)
-        return;
-    *context->live_link = context->next_live;
-    if (context->next_live != nullptr)
-        context->next_live->live_link = context->live_link;
-    context->next_live = nullptr;
-    context->live_link = nullptr;
-}
-
-void detach(const ORVLOG_ImageContext* context, const GIO_Stream* stream)
-{
-    for (const GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
+    while (handle != nullptr)
     {
-        ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
-        if (wrapper == nullptr)
-            return;
-        wrapper->writer.coder = nullptr;
-        if (wrapper->writer.stream == stream)
-            wrapper->writer.stream = nullptr;
-        record = wrapper->next;
+        ORVLOG_ImageHandle* next = handle->next_record;
+        if (handle->allocator != nullptr)
+            handle->allocator->gmm_Free(handle->allocator, handle);
+        handle = next;
     }
 }
 
-void close_files(ORVLOG_ImageContext* context)
+// Closes what is open and makes the records unknown; gives the first handle of their chain.
+ORVLOG_ImageHandle* close_records(ORVLOG_ImageContext* context)
 {
+    ORVLOG_ImageHandle* first = nullptr;
+    ORVLOG_ImageHandle** link = &first;
     for (GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
     {
-        ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
+        ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
+        auto* wrapper = static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context);
         orvlog_close_stream(&wrapper->image_file);
         orvlog_close_stream(&wrapper->attr_file);
+        orvlog_image_handle_leave(handle);
+        handle->record.imp_Context = nullptr;
+        *link = handle;
+        link = &handle->next_record;
         record = wrapper->next;
     }
     orvlog_close_stream(&context->async_stream);
+    return first;
 }
 
 }  // namespace
 
 ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record)
 {
-    if (record == nullptr || record->imp_ImagePrepareFn != orvlog_image_prepare)
-        return nullptr;
-    return static_cast<ORVLOG_ImageWrapper*>(record->imp_Context);
+    const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
+    return handle != nullptr ? static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context) : nullptr;
 }
 
 void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
@@ -131,17 +136,14 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
 {
     if (client_record == nullptr || client_record->imp_Image == nullptr)
         return 0;
-    GMM_Allocator* pool = context->allocator;
-    auto* record = static_cast<GOP_OperandImagePointer*>(orvlog_image_alloc(pool, sizeof(GOP_OperandImagePointer)));
-    auto* image = static_cast<GOP_OperandImage*>(orvlog_image_alloc(pool, sizeof(GOP_OperandImage)));
-    auto* wrapper = static_cast<ORVLOG_ImageWrapper*>(orvlog_image_alloc(pool, sizeof(ORVLOG_ImageWrapper)));
+    auto* wrapper =
+        static_cast<ORVLOG_ImageWrapper*>(orvlog_image_alloc(context->allocator, sizeof(ORVLOG_ImageWrapper)));
     // What was got lies in the pool and goes with it.
-    if (record == nullptr || image == nullptr || wrapper == nullptr)
+    ORVLOG_ImageHandle* handle = wrapper != nullptr ? make_handle(context, client_record) : nullptr;
+    if (handle == nullptr)
         return 0;
+    GOP_OperandImagePointer* record = &handle->record;
     std::memset(wrapper, 0, sizeof *wrapper);
-    *image = *client_record->imp_Image;
-    *record = *client_record;
-    record->imp_Image = image;
     fill_callbacks(record, client_record);
     record->imp_Context = wrapper;
     wrapper->writer = *writer;
@@ -150,6 +152,7 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
     wrapper->context = context;
     wrapper->client_record = client_record;
     wrapper->id = context->counters[1]++;
+    orvlog_image_handle_enter(handle);
     if (chain != nullptr)
         append(chain, record);
     else
@@ -172,7 +175,6 @@ void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** op
     auto* client_record = reinterpret_cast<GOP_OperandImagePointer*>(*operand);
     if (context != nullptr && ORVLOG_WrapImage(&session->writer, context, client_record, &wrapped, nullptr) != 0)
     {
-        enter_live(session, context);
         *operand = reinterpret_cast<GOP_OperandPointer*>(wrapped);
         return;
     }
@@ -186,10 +188,18 @@ void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept)
     const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
     if (wrapper == nullptr)
         return;
-    if (kept == 0 || wrapper->context->released != 0)
+    ORVLOG_ImageContext* context = wrapper->context;
+    context->in_call = 0;
+    // A renderer that has asked to keep an image may come back with it, whatever it was told.
+    if (context->async_stream != nullptr)
+    {
+        ORVLOG_ImageHandle* handle = orvlog_image_handle_find(context->first_record);
+        handle->next_image = *context->kept_images;
+        *context->kept_images = handle;
+        context->listed = 1;
+    }
+    if (kept == 0 || context->granted == 0 || context->released != 0)
         ORVLOG_DeleteImagePool(record);
-    else
-        wrapper->context->in_call = 0;
 }
 
 GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record)
@@ -197,17 +207,22 @@ GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record)
     const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
     if (wrapper == nullptr)
         return nullptr;
-    GMM_Allocator* pool = wrapper->context->allocator;
-    close_files(wrapper->context);
-    leave_live(wrapper->context);
+    ORVLOG_ImageContext* context = wrapper->context;
+    GMM_Allocator* pool = context->allocator;
+    const bool listed = context->listed != 0;
+    ORVLOG_ImageHandle* first = close_records(context);
+    if (!listed)
+        free_handles(first);
     return pool->gmm_Delete(pool);
 }
 
-void orvlog_detach_images(ORVLOG_Session* session)
+void orvlog_close_images(ORVLOG_Session* session)
 {
-    while (session->live_images != nullptr)
+    while (session->kept_images != nullptr)
     {
-        detach(session->live_images, session->writer.stream);
-        leave_live(session->live_images);
+        ORVLOG_ImageHandle* handle = session->kept_images;
+        session->kept_images = handle->next_image;
+        ORVLOG_DeleteImagePool(&handle->record);
+        free_handles(handle);
     }
 }

@@ -17,14 +17,14 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
                           GOP_OperandImagePointer* client_record, GOP_OperandImagePointer** wrapped,
                           GOP_OperandImagePointer* chain);
 
-// Says that the call which replaced the operand has ended: frees the image unless the renderer has kept it and has
-// not released it yet.
+// Says that the call which replaced the operand has ended: frees the image unless the renderer has kept it, the client
+// has agreed to that, and it has not been released yet.
 void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept);
 
 // Frees all that belongs to a wrapped image at once, and closes its files. Gives the parent allocator. Records that
 // were not wrapped here are left alone.
 GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record);
 
-// Takes the session's stream and coder, which are about to go, from the images that outlive it. What a kept image has
-// still to say then goes to its own log as plain text.
-void orvlog_detach_images(ORVLOG_Session* session);
+// At the end of the session: frees the images that were kept and never released, and closes their logs, without a
+// word. What renderers still hold of any image is not known from then on: its callbacks give 0 and do nothing.
+void orvlog_close_images(ORVLOG_Session* session);

@@ -23,7 +23,7 @@ uint32_t ORVLOG_OpenSideFile(ORVLOG_ImageContext* context, GIO_Stream** stream, 
     if (*name == nullptr)
         return 0;
     std::snprintf(*name, size, "%s-%s-%d.bin", params->file_prefix, kind, static_cast<int>(context->counters[0]++));
-    if (gio_OpenFile(*name, GIO_OPEN_WRITE, 0, context->stream_allocator, stream) == GIO_OK)
+    if (gio_OpenFile(*name, GIO_OPEN_WRITE, 0, context->session_allocator, stream) == GIO_OK)
         return 1;
     *stream = nullptr;
     return 0;

@@ -13,7 +13,7 @@ struct ORVLOG_ColourFrame;
 struct ORVLOG_DocumentContext;
 struct ORVLOG_DrawingContext;
 struct ORVLOG_GroupFrame;
-struct ORVLOG_ImageContext;
+struct ORVLOG_ImageHandle;
 struct ORVLOG_TicketEntry;
 
 // Values of logging_mode. Anything but base counts as transparent.
@@ -106,7 +106,7 @@ struct ORVLOG_Session
     FontEngineWrapper* live_font_wrappers;   // all wrappers that have not been destroyed
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded
-    ORVLOG_ImageContext* live_images;        // all replaced images that have not been deleted
+    ORVLOG_ImageHandle* kept_images;         // all images that a renderer has asked to keep, released or not
     ORVLOG_ColourFrame* unreleased_frames;   // popped frames whose ticket could not be released
     void* held_tickets[ORVLOG_MAX_HELD_TICKETS];
     uint32_t held_ticket_count;

@@ -1,5 +1,7 @@
 #include "tests/support/record-log.h"
 
+#include "orvlog/image/orvlog-image-wrapper.h"
+
 #include <gtest/gtest.h>
 
 namespace orvlog::test
@@ -15,6 +17,7 @@ RecordLog::RecordLog(uint32_t depth) : session{}, depth_(depth)
 
 RecordLog::~RecordLog()
 {
+    orvlog_close_images(&session);
     orvlog_session_clear_scratch(&session);
     EXPECT_EQ(allocator.outstanding(), 0U);
     EXPECT_EQ(allocator.bad_frees(), 0U);

@@ -1,0 +1,320 @@
+// Renderers that come back with an image when it is gone: in a job as it runs, with all memory watched.
+
+#include "orvlog/core/orvlog-entry.h"
+#include "tests/support/fake-image.h"
+#include "tests/support/temp-folder.h"
+#include "tests/support/test-session.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace
+{
+
+using namespace orvlog::test;
+
+// The callbacks as a renderer finds them, apart from the record.
+struct Callbacks
+{
+    explicit Callbacks(const GOP_OperandImagePointer* record)
+        : prepare(record->imp_ImagePrepareFn), read(record->imp_ImageReadFn), finish(record->imp_ImageFinishFn),
+          reset(record->imp_ImageResetFn), keep(record->imp_ImageKeepFn), release(record->imp_ImageReleaseFn)
+    {
+    }
+    // What all of them give for a record; the buffers stay as they are.
+    std::string answers(GOP_OperandImagePointer* record) const
+    {
+        uint8_t row[2] = {0x55, 0x55};
+        int32_t returned = -7;
+        std::string text;
+        text += std::to_string(read(record, nullptr, 0, row, 2, 2, &returned, nullptr, 0, 0, nullptr));
+        text += std::to_string(finish(record, nullptr)) + std::to_string(reset(record, nullptr));
+        text += std::to_string(keep(record)) + (release(record) == nullptr ? "0" : "1");
+        text += std::to_string(prepare(&record, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0));
+        EXPECT_EQ(returned, -7);
+        EXPECT_EQ(row[0], 0x55);
+        return text;
+    }
+
+    GOP_ImagePrepareFn prepare;
+    GOP_ImageReadFn read;
+    GOP_ImageFinishFn finish;
+    GOP_ImageResetFn reset;
+    GOP_ImageKeepFn keep;
+    GOP_ImageReleaseFn release;
+};
+
+class ImageEnd : public testing::Test
+{
+protected:
+    ImageEnd() : client(Behind::kRenderer, "side")
+    {
+        fake.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+        client.start_document();
+        client.start_face(&drawing);
+    }
+    ~ImageEnd() override
+    {
+        shut_down();
+    }
+    void shut_down()
+    {
+        if (ended)
+            return;
+        ended = true;
+        drawing.drawing_finish.fn(&drawing);
+        client.finish_document();
+        EXPECT_EQ(client.shut_down(), 1U);
+        EXPECT_EQ(client.allocator.outstanding(), 0U);
+        EXPECT_EQ(client.allocator.bad_frees(), 0U);
+    }
+    // A paint in which the renderer does `act`; gives the record that it saw.
+    GOP_OperandImagePointer* paint(const std::function<void(GOP_OperandImagePointer*)>& act)
+    {
+        GOP_OperandImagePointer* seen = nullptr;
+        client.renderer.on_draw(
+            [&](const char*)
+            {
+                seen = reinterpret_cast<GOP_OperandImagePointer*>(client.renderer.last_operands[0]);
+                act(seen);
+            });
+        EXPECT_EQ(drawing.object_paint.fn(&drawing, 8, 0, &op, nullptr, 0, nullptr, fake.operand(), nullptr, nullptr),
+                  1U);
+        client.renderer.on_draw(nullptr);
+        return seen;
+    }
+    static void keep(GOP_OperandImagePointer* record)
+    {
+        EXPECT_EQ(record->imp_ImageKeepFn(record), 1U);
+    }
+    static void read(GOP_OperandImagePointer* record)
+    {
+        uint8_t row[2];
+        int32_t returned = 0;
+        EXPECT_EQ(record->imp_ImageReadFn(record, record->imp_Context, 0, row, 2, 2, &returned, nullptr, 0, 0, nullptr),
+                  1U);
+    }
+
+    TempFolder folder;
+    TestSession client;
+    ORV_DrawingInterface drawing = {};
+    FakeImage fake{2, 2};
+    const GOP_Operator op = {};
+    bool ended = false;
+};
+
+TEST_F(ImageEnd, ReleaseRepeatedBehindTheCall)
+{
+    GOP_OperandImagePointer* record = paint(keep);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+    EXPECT_EQ(fake.take_calls(), "keep release ");
+    const std::string text = folder.read(folder.names()[0]);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    EXPECT_EQ(Callbacks(record).answers(record), "000000");
+    // Other images come and go in the meantime.
+    paint(read);
+    fake.take_calls();
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    EXPECT_EQ(fake.take_calls(), "");
+    EXPECT_EQ(record->imp_Image->im_ImageWidthPixels, 2U);
+    EXPECT_EQ(folder.read(folder.names()[0]), text);
+}
+
+TEST_F(ImageEnd, ReleaseRepeatedBehindTheSession)
+{
+    GOP_OperandImagePointer* record = paint(keep);
+    const Callbacks callbacks(record);
+    record->imp_ImageReleaseFn(record);
+    fake.take_calls();
+    shut_down();
+    EXPECT_EQ(callbacks.answers(record), "000000");
+    EXPECT_EQ(fake.take_calls(), "");
+}
+
+TEST_F(ImageEnd, ReleasedWithinTheCallAndAgainBehindIt)
+{
+    GOP_OperandImagePointer* record = paint(
+        [](GOP_OperandImagePointer* seen)
+        {
+            keep(seen);
+            EXPECT_EQ(seen->imp_ImageReleaseFn(seen), nullptr);
+        });
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    EXPECT_EQ(Callbacks(record).answers(record), "000000");
+    EXPECT_EQ(fake.take_calls(), "keep release ");
+}
+
+TEST_F(ImageEnd, RefusedKeepEndsWithTheCall)
+{
+    fake.keep_result = 0;
+    const uint64_t before = client.allocator.outstanding();
+    GOP_OperandImagePointer* record = paint(
+        [](GOP_OperandImagePointer* seen)
+        {
+            EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U);
+            read(seen);
+        });
+    // No pool and no open file: the record alone.
+    EXPECT_EQ(client.allocator.outstanding(), before + 1);
+    ASSERT_EQ(folder.names().size(), 2U);
+    EXPECT_EQ(folder.read("side-img-10.bin"), "\x01\x02");
+    const std::string text = folder.read(folder.names()[0]);
+    EXPECT_NE(text.find("<GOP_ImageReadFn Id=\"10\" return=\"TRUE\""), std::string::npos);
+    EXPECT_EQ(text.find("GOP_ImageReleaseFn"), std::string::npos);
+    EXPECT_NE(client.log().find("-async-image-0000000011.tmp\" return=\"FALSE\">"), std::string::npos);
+    // The client has not agreed to anything that a release could end.
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    EXPECT_EQ(Callbacks(record).answers(record), "000000");
+    EXPECT_EQ(fake.take_calls(), "keep read ");
+}
+
+TEST_F(ImageEnd, ManyRefusedKeepsLeaveNoFileOpen)
+{
+    fake.keep_result = 0;
+    for (int i = 0; i < 1500; ++i)
+        paint([](GOP_OperandImagePointer* seen) { EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U); });
+    EXPECT_EQ(folder.names().size(), 1500U);
+    fake.keep_result = 1;
+    paint(keep);
+}
+
+TEST_F(ImageEnd, RefusedKeepBehindAGrantedOneEndsNothing)
+{
+    GOP_OperandImagePointer* record = paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            keep(seen);
+            fake.keep_result = 0;
+            EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U);
+        });
+    read(record);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+    EXPECT_EQ(fake.take_calls(), "keep keep read release ");
+}
+
+TEST_F(ImageEnd, ReleasedAndRefusedWithinTheCall)
+{
+    paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            keep(seen);
+            seen->imp_ImageReleaseFn(seen);
+            fake.keep_result = 0;
+            EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U);
+        });
+    EXPECT_EQ(fake.take_calls(), "keep release keep ");
+}
+
+TEST_F(ImageEnd, ReleasedAndKeptAgainWithinTheCall)
+{
+    GOP_OperandImagePointer* record = paint(
+        [](GOP_OperandImagePointer* seen)
+        {
+            keep(seen);
+            seen->imp_ImageReleaseFn(seen);
+            keep(seen);
+        });
+    read(record);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+    EXPECT_EQ(fake.take_calls(), "keep release keep read release ");
+}
+
+TEST_F(ImageEnd, KeptAndNeverReleased)
+{
+    GOP_OperandImagePointer* first = paint(keep);
+    GOP_OperandImagePointer* second = paint(keep);
+    const Callbacks callbacks(first);
+    read(first);
+    read(second);
+    fake.take_calls();
+    shut_down();
+    EXPECT_EQ(fake.take_calls(), "");
+    EXPECT_EQ(folder.read("side-img-10.bin"), "\x01\x02");
+    EXPECT_EQ(folder.read("side-img-20.bin"), "\x03\x04");
+    ASSERT_EQ(folder.names().size(), 4U);
+    const std::string text = folder.read(folder.names()[0]);
+    EXPECT_TRUE(text.starts_with("  <GOP_ImageReadFn Id=\"10\" ")) << text;
+    EXPECT_NE(text.find("</GOP_ImageReadFn>"), std::string::npos);
+    EXPECT_EQ(callbacks.answers(first), "000000");
+    EXPECT_EQ(callbacks.answers(second), "000000");
+    EXPECT_EQ(folder.read(folder.names()[0]), text);
+}
+
+TEST_F(ImageEnd, ExchangedAndKeptAndNeverReleased)
+{
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    fake.replacement = other.get();
+    GOP_OperandImagePointer* exchanged = nullptr;
+    GOP_OperandImagePointer* first = paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            exchanged = seen;
+            seen->imp_ImagePrepareFn(&exchanged, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+            keep(exchanged);
+        });
+    ASSERT_NE(first, exchanged);
+    GOP_OperandImagePointer* third = first;
+    EXPECT_EQ(first->imp_ImagePrepareFn(&third, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0), 1U);
+    const Callbacks callbacks(first);
+    read(third);
+    shut_down();
+    for (GOP_OperandImagePointer* record : {first, exchanged, third})
+        EXPECT_EQ(callbacks.answers(record), "000000");
+}
+
+TEST_F(ImageEnd, ExchangedAndKeptAndReleased)
+{
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    fake.replacement = other.get();
+    GOP_OperandImagePointer* exchanged = nullptr;
+    GOP_OperandImagePointer* first = paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            exchanged = seen;
+            seen->imp_ImagePrepareFn(&exchanged, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+            keep(exchanged);
+        });
+    EXPECT_EQ(exchanged->imp_ImageReleaseFn(exchanged), client.allocator.get());
+    EXPECT_EQ(other.take_calls(), "keep release ");
+    EXPECT_EQ(Callbacks(first).answers(first), "000000");
+    EXPECT_EQ(Callbacks(exchanged).answers(exchanged), "000000");
+}
+
+TEST_F(ImageEnd, ImageThatWasNotKeptIsUnknownBehindItsCall)
+{
+    Callbacks callbacks(fake.get());
+    const uint64_t before = client.allocator.outstanding();
+    GOP_OperandImagePointer* record = paint([&](GOP_OperandImagePointer* seen) { callbacks = Callbacks(seen); });
+    EXPECT_EQ(client.allocator.outstanding(), before);
+    EXPECT_EQ(callbacks.answers(record), "000000");
+    EXPECT_EQ(fake.take_calls(), "");
+}
+
+TEST_F(ImageEnd, MaskOfAGroupThatNeverFinishes)
+{
+    GOP_Operator mask = {};
+    mask.op_MaskMode = GOP_MASK_IN;
+    uint32_t group = 0;
+    GOP_OperandImagePointer* record = nullptr;
+    client.renderer.on_draw(
+        [&](const char*)
+        {
+            record = reinterpret_cast<GOP_OperandImagePointer*>(client.renderer.last_operands[1]);
+            keep(record);
+        });
+    drawing.group_start.fn(&drawing, 1, &group, nullptr, 0, 0, 0, 0, nullptr, 0, 0, 0, nullptr, &mask, fake.operand(),
+                           nullptr, 0, 0, 0, nullptr, nullptr, nullptr);
+    client.renderer.on_draw(nullptr);
+    ASSERT_NE(record, nullptr);
+    const Callbacks callbacks(record);
+    read(record);
+    ended = true;
+    EXPECT_EQ(client.shut_down(), 1U);
+    EXPECT_EQ(client.allocator.outstanding(), 0U);
+    EXPECT_EQ(callbacks.answers(record), "000000");
+}
+
+}  // namespace
