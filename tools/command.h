@@ -20,9 +20,22 @@ enum ExitStatus
     EXIT_SIGNAL = 128  // plus the number of the signal that ended the program run by the command
 };
 
+struct ExitMeaning
+{
+    int status;
+    const char* meaning;
+};
+
+// What help and manual say of the statuses.
+std::span<const ExitMeaning> exit_meanings();
+
 // What a command does once its command line is read; gives the exit status.
 using Run = std::function<int()>;
 
+// Help, manual pages and completions come from this and from what `declare` does; see usage.h. What it leaves as the
+// parser's footer is the longer description: paragraphs that tell what is read and written. The name of a value says
+// what completions offer for it: files for FILE, LOG, what ends like them, CODED, PATH, PREFIX and TICKET; folders for
+// DIR and FOLDER; the words of CLI::IsMember; nothing for any other.
 struct Command
 {
     const char* name;               // "record"
@@ -34,7 +47,7 @@ struct Command
 // All commands, in the order in which help shows them.
 std::span<const Command> commands();
 
-// The option parser of one command, with its help in place. `run` takes what the command gave.
+// The option parser of one command. `run` takes what the command gave.
 std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
 
 // Writes "orvlog: " and the message as one line on standard error, and gives EXIT_FAILED.

@@ -1,4 +1,5 @@
 #include "tools/command.h"
+#include "tools/usage.h"
 
 #include <array>
 #include <cstdio>
@@ -24,7 +25,11 @@ constexpr std::array COMMANDS = {
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
 };
 
-constexpr const char* STATUSES = "Exit status: 0 done; 1 failed, with one line on standard error; 2 bad command line.";
+constexpr std::array EXIT_MEANINGS = {
+    ExitMeaning{EXIT_DONE, "done"},
+    ExitMeaning{EXIT_FAILED, "failed, with one line on standard error"},
+    ExitMeaning{EXIT_BAD_USE, "bad command line"},
+};
 
 int print_version()
 {
@@ -52,7 +57,7 @@ int run_command(const Command& command, int argc, char** argv)
     }
     catch (const CLI::CallForHelp&)
     {
-        std::fputs(app->help().c_str(), stdout);
+        std::fputs(help_text(usage_of(command)).c_str(), stdout);
         return EXIT_DONE;
     }
     catch (const CLI::ParseError& error)
@@ -89,12 +94,16 @@ std::span<const Command> commands()
     return COMMANDS;
 }
 
+std::span<const ExitMeaning> exit_meanings()
+{
+    return EXIT_MEANINGS;
+}
+
 std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
 {
     auto app = std::make_unique<CLI::App>(command.summary, std::string("orvlog ") + command.name);
     app->set_help_flag("-h,--help", "show this text");
     run = command.declare(*app);
-    app->footer(std::string("Example: ") + command.example + "\n" + STATUSES);
     return app;
 }
 

@@ -132,7 +132,9 @@ Run declare_merge(CLI::App& app)
     app.add_option("TEMPLOG", options->file,
                    "a temporary log, with the logs of its kept images beside it; all are gone once merged")
         ->required();
-    app.add_option("-o,--output", options->output, "the merged log, or - for standard output")->required();
+    app.add_option("-o,--output", options->output, "the merged log, or - for standard output")
+        ->type_name("FILE")
+        ->required();
     app.add_flag("--compressed", options->compressed, "code the merged log");
     return [options] { return merge(*options); };
 }

@@ -61,7 +61,9 @@ Run declare_pack(CLI::App& app)
 {
     auto options = std::make_shared<PackOptions>();
     app.add_option("FILE", options->file, "what to code: a path, a URL, or - for standard input")->required();
-    app.add_option("-o,--output", options->output, "the coded file, or - for standard output")->required();
+    app.add_option("-o,--output", options->output, "the coded file, or - for standard output")
+        ->type_name("CODED")
+        ->required();
     return [options] { return pack(*options); };
 }
 

@@ -78,7 +78,6 @@ void declare_options(CLI::App& app, RecordOptions& options)
     app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml")->type_name("LOG");
     app.add_option("--pages", options.pages, "only these pages, from 1")->type_name("A-B")->check(check_pages);
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
-        ->type_name("transparent|base")
         ->check(CLI::IsMember({"transparent", "base"}))
         ->capture_default_str();
     app.add_option("--images-beside", options.image_prefix, "image data goes to files PREFIX-..., not into the log")

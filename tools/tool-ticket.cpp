@@ -78,9 +78,9 @@ Run declare_ticket(CLI::App& app)
     auto options = std::make_shared<TicketOptions>();
     app.add_option("FILE", options->file, "a serialised colour ticket: a path, a URL, or - for standard input")
         ->required();
-    app.add_option("--family", options->family, "the family that the text names: gray, rgb, cmyk, named or none")
+    app.add_option("--family", options->family, "the family that the text names")
         ->check(CLI::IsMember(FAMILIES))
-        ->type_name("NAME");
+        ->capture_default_str();
     app.add_option("--prefix", options->prefix, "text before each line, as a log's indent")->type_name("TEXT");
     return [options] { return print_ticket(*options); };
 }

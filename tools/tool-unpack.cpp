@@ -66,7 +66,9 @@ Run declare_unpack(CLI::App& app)
 {
     auto options = std::make_shared<UnpackOptions>();
     app.add_option("CODED", options->file, "a log, coded or plain: a path, a URL, or - for standard input")->required();
-    app.add_option("-o,--output", options->output, "the log as plain text, or - for standard output")->required();
+    app.add_option("-o,--output", options->output, "the log as plain text, or - for standard output")
+        ->type_name("LOG")
+        ->required();
     return [options] { return unpack(*options); };
 }
 

@@ -61,17 +61,16 @@ std::string read_file(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-ToolResult run_tool(const std::vector<std::string>& arguments, const std::string& input)
+ToolResult run_program(const std::vector<std::string>& words, const std::string& input)
 {
     const ScratchFolder folder;
     std::string command;
-    add_quoted(&command, ORVLOG_TOOL);
-    for (const std::string& argument : arguments)
+    for (const std::string& word : words)
     {
+        add_quoted(&command, word);
         command.push_back(' ');
-        add_quoted(&command, argument);
     }
-    command.append(" <");
+    command.push_back('<');
     add_quoted(&command, folder.write("in", input));
     command.append(" >");
     add_quoted(&command, folder.path("out"));
@@ -83,6 +82,13 @@ ToolResult run_tool(const std::vector<std::string>& arguments, const std::string
     result.out = read_file(folder.path("out"));
     result.err = read_file(folder.path("err"));
     return result;
+}
+
+ToolResult run_tool(const std::vector<std::string>& arguments, const std::string& input)
+{
+    std::vector<std::string> words = {ORVLOG_TOOL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return run_program(words, input);
 }
 
 }  // namespace orvlog::test

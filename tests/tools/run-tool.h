@@ -15,6 +15,10 @@ struct ToolResult
     std::string err;
 };
 
+// A program found on the PATH, and what it is given.
+ToolResult run_program(const std::vector<std::string>& words, const std::string& input = "");
+
+// The orvlog command.
 ToolResult run_tool(const std::vector<std::string>& arguments, const std::string& input = "");
 
 // A folder that is gone with its object.
