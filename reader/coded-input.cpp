@@ -12,6 +12,8 @@ namespace
 {
 
 constexpr std::string_view coded_prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
+// How a log's text begins behind the prefix when there was no memory for a coder.
+constexpr std::string_view plain_start = "<ORV MIRDA_TOLMA_VERSION=\"";
 
 }  // namespace
 
@@ -21,7 +23,8 @@ CodedInput::CodedInput(std::istream& source) : raw_(source)
     if (head.starts_with(coded_prefix))
     {
         raw_.skip(coded_prefix.size());
-        coded_.emplace(raw_);
+        if (!raw_.look(plain_start.size()).starts_with(plain_start))
+            coded_.emplace(raw_);
     }
     else if (head.size() > 5 && coded_prefix.starts_with(head))
     {

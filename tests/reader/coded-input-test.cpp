@@ -135,6 +135,15 @@ TEST(CodedInput, GivesACodedLog)
     }
 }
 
+TEST(CodedInput, GivesTheTextOfALogThatGotNoCoder)
+{
+    const Log log = read_log("<ORV compression=\"Adaptive Huffman\"" + log_text);
+    EXPECT_EQ(log.text, log_text);
+    EXPECT_EQ(log.ending, Ending::whole);
+    EXPECT_FALSE(log.coded);
+    EXPECT_EQ(log.used, 35 + log_text.size());
+}
+
 TEST(CodedInput, GivesAKnownStream)
 {
     // The stream of "abracadabra", which is no log.
