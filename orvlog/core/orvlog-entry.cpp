@@ -78,6 +78,13 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     return true;
 }
 
+int32_t comment(void* writer, const char* format, va_list args)
+{
+    if (writer == nullptr || format == nullptr)
+        return -1;
+    return orvlog_writer_vcomment(static_cast<ORVLOG_Writer*>(writer), format, args);
+}
+
 ORVLOG_Session* session_of(const ORV_Interface* table)
 {
     return static_cast<ORVLOG_Session*>(table->document_start.context);
@@ -128,7 +135,7 @@ uint32_t merge(ORVLOG_Session* session)
 uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
 {
     GMM_Allocator* allocator = options->allocator;
-    if (options->interface_out == nullptr)
+    if (options->interface_out == nullptr || options->interface_out == options->interface_in)
         return 0;
     if (options->interface_in != nullptr)
         *options->interface_out = *options->interface_in;
@@ -145,8 +152,7 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
     }
     if (options->comment_fn_out != nullptr && options->comment_ctx_out != nullptr)
     {
-        *options->comment_fn_out = [](void* writer, const char* format, va_list args)
-        { return orvlog_writer_vcomment(static_cast<ORVLOG_Writer*>(writer), format, args); };
+        *options->comment_fn_out = comment;
         *options->comment_ctx_out = &session->writer;
     }
     options->interface_out->base = {options->interface_in, 0};

@@ -8,20 +8,18 @@
 namespace
 {
 
-void attr_document(ORVLOG_Writer* writer, const void* document)
+void attr_document(ORVLOG_Session* session, const void* document)
 {
-    if (document != nullptr)
-        orvlog_attr_uint(writer, "document_context",
-                         static_cast<const ORVLOG_DocumentContext*>(document)->document_context);
+    const ORVLOG_DocumentContext* open = orvlog_find_document(session, document);
+    if (open != nullptr)
+        orvlog_attr_uint(&session->writer, "document_context", open->document_context);
 }
 
-void attr_parent(ORVLOG_Writer* writer, const ORV_DrawingInterface* parent)
+void attr_parent(ORVLOG_Session* session, const ORV_DrawingInterface* parent)
 {
-    if (parent == nullptr)
-        return;
-    const auto* drawing = static_cast<const ORVLOG_DrawingContext*>(parent->object_paint.context);
-    if (drawing != nullptr)
-        orvlog_attr_uint(writer, "parent_drawing", drawing->drawing_context);
+    const ORVLOG_DrawingContext* open = orvlog_find_drawing(session, parent);
+    if (open != nullptr)
+        orvlog_attr_uint(&session->writer, "parent_drawing", open->drawing_context);
 }
 
 ORVLOG_EngineArgument install_engine(ORVLOG_DrawingContext* drawing, const GFI_FontEngineTable* engine)
@@ -39,7 +37,9 @@ ORVLOG_EngineArgument install_engine(ORVLOG_DrawingContext* drawing, const GFI_F
 uint32_t document_start(void* err, const ORV_Interface* table, void** document_out, uint32_t document_id,
                         const GFI_FontEngineTable* font_engine_functions, void* document_extra)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->document_start.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::document_start);
+    if (session == nullptr)
+        return 0;
     ORVLOG_DocumentContext* document = document_out != nullptr ? orvlog_open_document(session) : nullptr;
     if (document_out != nullptr)
         *document_out = document;
@@ -82,10 +82,12 @@ uint32_t document_start(void* err, const ORV_Interface* table, void** document_o
 
 uint32_t document_finish(const ORV_Interface* table, void* document)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->document_finish.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::document_finish);
+    if (session == nullptr)
+        return 0;
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "ORV_document_finish");
-    attr_document(writer, document);
+    attr_document(session, document);
     orvlog_writer_end_tag(writer);
     orvlog_writer_close_element(writer, "ORV_document_finish");
 
@@ -97,23 +99,26 @@ uint32_t document_finish(const ORV_Interface* table, void* document)
     if (renderer != nullptr && renderer->document_finish.fn != nullptr)
         result = renderer->document_finish.fn(renderer, session->document_handle);
 
-    font_wrapper_release(session, session->current_font_wrapper);
+    ORVLOG_DocumentContext* open = orvlog_find_document(session, document);
+    if (open != nullptr)
+    {
+        font_wrapper_end_scope(session, open->font_wrapper, nullptr);
+        orvlog_close_document(open);
+    }
     session->current_font_wrapper = nullptr;
-    if (document == nullptr)
-        return result;
-    font_wrapper_release(session, static_cast<ORVLOG_DocumentContext*>(document)->font_wrapper);
-    orvlog_close_document(static_cast<ORVLOG_DocumentContext*>(document));
     return result;
 }
 
 uint32_t resource_destroy(void* err, const ORV_Interface* table, void* document,
                           const ORV_DrawingInterface* parent_drawing, uint32_t resource_id)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->resource_destroy.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::resource_destroy);
+    if (session == nullptr)
+        return 0;
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "ORV_resource_destroy");
-    attr_document(writer, document);
-    attr_parent(writer, parent_drawing);
+    attr_document(session, document);
+    attr_parent(session, parent_drawing);
     orvlog_attr_uint(writer, "resource_id", resource_id);
     orvlog_writer_end_tag(writer);
     orvlog_writer_close_element(writer, "ORV_resource_destroy");
@@ -151,7 +156,9 @@ uint32_t face_start(void* err, const ORV_Interface* table, void* document, ORV_D
                     const ORV_FaceProperties* face_properties, void* colour_ticket,
                     uint32_t pixel_placement_orientation, uint32_t pixel_placement)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->face_start.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::face_start);
+    if (session == nullptr)
+        return 0;
     orvlog_session_clear_scratch(session);
     ORVLOG_DrawingContext* drawing = drawing_out != nullptr ? orvlog_open_drawing(session, err) : nullptr;
     if (drawing == nullptr)
@@ -164,7 +171,7 @@ uint32_t face_start(void* err, const ORV_Interface* table, void* document, ORV_D
 
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "ORV_face_start");
-    attr_document(writer, document);
+    attr_document(session, document);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
     orvlog_attr_font_engine(writer, engine.logged);
     orvlog_attr_uint(writer, "face_seq_number", face_seq_number);
@@ -220,7 +227,9 @@ uint32_t resource_start(void* err, const ORV_Interface* table, void* document, O
                         const ORV_ResourceProperties* resource_properties, void* colour_ticket,
                         uint32_t* resource_id_out)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->resource_start.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::resource_start);
+    if (session == nullptr)
+        return 0;
     ORVLOG_DrawingContext* drawing = drawing_out != nullptr ? orvlog_open_drawing(session, err) : nullptr;
     if (drawing == nullptr)
         return 0;
@@ -235,9 +244,9 @@ uint32_t resource_start(void* err, const ORV_Interface* table, void* document, O
 
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "ORV_resource_start");
-    attr_document(writer, document);
+    attr_document(session, document);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
-    attr_parent(writer, parent_drawing);
+    attr_parent(session, parent_drawing);
     orvlog_attr_font_engine(writer, engine.logged);
     orvlog_attr_uint(writer, "resource_id", resource_id);
     orvlog_writer_end_tag(writer);
@@ -264,7 +273,9 @@ uint32_t memory_context_start(void* err, const ORV_Interface* table, void* docum
                               const GFI_FontEngineTable* font_engine_functions, void* colour_ticket, uintptr_t word8,
                               uintptr_t word9, uintptr_t word10, uintptr_t word11, uintptr_t word12, uintptr_t word13)
 {
-    auto* session = static_cast<ORVLOG_Session*>(table->memory_context_start.context);
+    ORVLOG_Session* session = orvlog_session_of(table, &ORV_Interface::memory_context_start);
+    if (session == nullptr)
+        return 0;
     const ORV_Interface* second = session->second_interface;
     if (second != nullptr)
     {
@@ -285,7 +296,7 @@ uint32_t memory_context_start(void* err, const ORV_Interface* table, void* docum
     orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "ORV_memory_context_start parameters are not logged");
     orvlog_push_colour_frame(session, colour_ticket);
     orvlog_writer_begin_element(writer, "ORV_memory_context_start");
-    attr_document(writer, document);
+    attr_document(session, document);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
     orvlog_writer_end_tag(writer);
     orvlog_writer_close_element(writer, "ORV_memory_context_start");

@@ -126,8 +126,8 @@ void release_drawing(ORVLOG_DrawingContext* drawing)
         orvlog_pop_group(drawing);
     if (drawing->font_wrapper != nullptr)
     {
-        font_wrapper_release(session, drawing->font_wrapper);
-        session->current_font_wrapper = font_wrapper_if_live(session, drawing->saved_font_wrapper);
+        font_wrapper_end_scope(session, drawing->font_wrapper, drawing->saved_font_wrapper);
+        session->current_font_wrapper = drawing->saved_font_wrapper;
     }
     orvlog_close_drawing(drawing);
 }
@@ -141,8 +141,8 @@ void orvlog_pop_group(ORVLOG_DrawingContext* drawing)
     if (frame == nullptr)
         return;
     if (frame->owns_font_wrapper != 0)
-        font_wrapper_release(session, frame->font_wrapper);
-    session->current_font_wrapper = font_wrapper_if_live(session, frame->saved_font_wrapper);
+        font_wrapper_end_scope(session, frame->font_wrapper, frame->saved_font_wrapper);
+    session->current_font_wrapper = frame->saved_font_wrapper;
     if (orvlog_operand_is_image(frame->replaced_operand))
         ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(frame->replaced_operand), frame->operand_kept);
     orvlog_unlink_group_frame(drawing);
@@ -158,7 +158,9 @@ uint32_t orvlog_group_start(const ORV_DrawingInterface* table, uint32_t group_un
                             const GBC_Color* separation_mask, const GBC_Color* separation_color,
                             const GGO_BoxFloat* bounding_box_hint)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->group_start.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::group_start);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_GroupStartCall call = {group_unique_id,
                                   group_out,
                                   nullptr,
@@ -196,7 +198,9 @@ uint32_t orvlog_group_start(const ORV_DrawingInterface* table, uint32_t group_un
 
 uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay_out)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->group_finish.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::group_finish);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_Session* session = drawing->session;
     orvlog_session_clear_scratch(session);
     uint32_t no_replay = 0;
@@ -225,7 +229,8 @@ uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay
 
 void* orvlog_drawing_error_context(const ORV_DrawingInterface* table)
 {
-    return static_cast<ORVLOG_DrawingContext*>(table->drawing_error_context.context)->error_context;
+    const ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_error_context);
+    return drawing != nullptr ? drawing->error_context : nullptr;
 }
 
 // Finish joins the results of both receivers; discard lets the renderer's replace the other's. Clients rely on
@@ -233,7 +238,9 @@ void* orvlog_drawing_error_context(const ORV_DrawingInterface* table)
 
 uint32_t orvlog_drawing_finish(const ORV_DrawingInterface* table)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->drawing_finish.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_finish);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_Session* session = drawing->session;
     orvlog_pop_colour_frame(session);
     dump_ending(drawing, "ORV_drawing_finish");
@@ -250,7 +257,9 @@ uint32_t orvlog_drawing_finish(const ORV_DrawingInterface* table)
 
 uint32_t orvlog_drawing_discard(const ORV_DrawingInterface* table)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->drawing_discard.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_discard);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_Session* session = drawing->session;
     orvlog_pop_colour_frame(session);
     dump_ending(drawing, "ORV_drawing_discard");

@@ -190,7 +190,9 @@ uint32_t orvlog_object_paint(const ORV_DrawingInterface* table, uint8_t object_t
                              const GSH_ShapeList* clip, GOP_OperandPointer* operand1, GOP_OperandPointer* operand2,
                              GOP_OperandPointer* operand3)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->object_paint.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::object_paint);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_ObjectPaintCall call = {object_type_and_flag,
                                    object_hints,
                                    op,
@@ -222,7 +224,9 @@ uint32_t orvlog_object_paint_and_stroke(const ORV_DrawingInterface* table, uint8
                                         GOP_OperandPointer* fill_operand3, GOP_OperandPointer* stroke_operand1,
                                         GOP_OperandPointer* stroke_operand2, GOP_OperandPointer* stroke_operand3)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->object_paint_and_stroke.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::object_paint_and_stroke);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_ObjectPaintAndStrokeCall call = {fill_object_type,
                                             stroke_object_type,
                                             object_hints,
@@ -266,7 +270,9 @@ uint32_t orvlog_resource_paint(const ORV_DrawingInterface* table, uint32_t resou
                                const GBC_Color* separation_mask, const GBC_Color* separation_color,
                                uint32_t pixel_placement_orientation)
 {
-    auto* drawing = static_cast<ORVLOG_DrawingContext*>(table->resource_paint.context);
+    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::resource_paint);
+    if (drawing == nullptr)
+        return 0;
     ORVLOG_Session* session = drawing->session;
     ORVLOG_ResourcePaintCall call = {resource_id,
                                      hints,

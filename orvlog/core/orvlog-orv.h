@@ -11,6 +11,18 @@
 
 #include <cstdint>
 
+// What stands in the context word of the entry on which a call is made; null without a table, and then the call
+// gives 0.
+template <typename Entry> ORVLOG_Session* orvlog_session_of(const ORV_Interface* table, Entry ORV_Interface::*entry)
+{
+    return table != nullptr ? static_cast<ORVLOG_Session*>((table->*entry).context) : nullptr;
+}
+template <typename Entry>
+ORVLOG_DrawingContext* orvlog_drawing_of(const ORV_DrawingInterface* table, Entry ORV_DrawingInterface::*entry)
+{
+    return table != nullptr ? static_cast<ORVLOG_DrawingContext*>((table->*entry).context) : nullptr;
+}
+
 // Fills entries 1 to 6 of a document table, and all entries of a drawing table.
 void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session);
 void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing);

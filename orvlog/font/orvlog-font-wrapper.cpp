@@ -3,6 +3,7 @@
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/records/ggo-dump.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {
@@ -198,6 +199,12 @@ void unlink(ORVLOG_Session* session, const FontEngineWrapper* wrapper)
         *link = wrapper->next_live;
 }
 
+void exchange(const GFI_FontEngineTable** place, const GFI_FontEngineTable* table, const GFI_FontEngineTable* outer)
+{
+    if (*place == table)
+        *place = outer;
+}
+
 }  // namespace
 
 uint32_t font_wrapper_create(ORVLOG_Session* session, const GFI_FontEngineTable** table_slot,
@@ -243,20 +250,18 @@ const char* font_engine_id(const GFI_FontEngineTable* table)
     return table->fp_EngineIdGet != nullptr ? table->fp_EngineIdGet(table->fe_Context) : nullptr;
 }
 
-void font_wrapper_release(ORVLOG_Session* session, const GFI_FontEngineTable* table)
+void font_wrapper_end_scope(ORVLOG_Session* session, const GFI_FontEngineTable* table, const GFI_FontEngineTable* outer)
 {
-    font_wrapper_destroy(font_wrapper_if_live(session, table));
-}
-
-const GFI_FontEngineTable* font_wrapper_if_live(const ORVLOG_Session* session, const GFI_FontEngineTable* table)
-{
-    for (const FontEngineWrapper* wrapper = session->live_font_wrappers; wrapper != nullptr;
-         wrapper = wrapper->next_live)
+    if (table == nullptr)
+        return;
+    exchange(&session->current_font_wrapper, table, outer);
+    for (ORVLOG_DrawingContext* drawing = session->live_drawings; drawing != nullptr; drawing = drawing->next_live)
     {
-        if (wrapper->wrapped_table == table)
-            return table;
+        exchange(&drawing->saved_font_wrapper, table, outer);
+        for (ORVLOG_GroupFrame* frame = drawing->group_frames; frame != nullptr; frame = frame->next)
+            exchange(&frame->saved_font_wrapper, table, outer);
     }
-    return nullptr;
+    font_wrapper_destroy(table);
 }
 
 void font_wrapper_release_all(ORVLOG_Session* session)

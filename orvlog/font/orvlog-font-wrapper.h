@@ -30,8 +30,9 @@ uint32_t font_wrapper_id(const GFI_FontEngineTable* table);
 // The text by which an engine names itself, or null. Takes wrapped tables and others.
 const char* font_engine_id(const GFI_FontEngineTable* table);
 
-// Scopes may end in any order: these two know whether a wrapped table still lives.
-void font_wrapper_release(ORVLOG_Session* session, const GFI_FontEngineTable* table);  // destroys it if it lives
-const GFI_FontEngineTable* font_wrapper_if_live(const ORVLOG_Session* session, const GFI_FontEngineTable* table);
+// At the end of the scope that made it: destroys a wrapped table and puts `outer`, the one that was in force around
+// the scope, in its place wherever another scope would restore it. So scopes may end in any order. Null does nothing.
+void font_wrapper_end_scope(ORVLOG_Session* session, const GFI_FontEngineTable* table,
+                            const GFI_FontEngineTable* outer);
 // At the end of the session: destroys all that still live.
 void font_wrapper_release_all(ORVLOG_Session* session);

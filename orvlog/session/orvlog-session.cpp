@@ -17,6 +17,13 @@ template <typename Record> void unlink_live(Record** link, const Record* record)
         *link = record->next_live;
 }
 
+template <typename Record> Record* find_live(Record* list, const void* record)
+{
+    while (list != nullptr && list != record)
+        list = list->next_live;
+    return list;
+}
+
 }  // namespace
 
 ORVLOG_Session* orvlog_standalone_session(void)
@@ -93,6 +100,16 @@ void orvlog_close_drawing(ORVLOG_DrawingContext* drawing)
     ORVLOG_Session* session = drawing->session;
     unlink_live(&session->live_drawings, drawing);
     session->side_allocator->gmm_Free(session->side_allocator, drawing);
+}
+
+ORVLOG_DocumentContext* orvlog_find_document(const ORVLOG_Session* session, const void* document)
+{
+    return find_live(session->live_documents, document);
+}
+
+ORVLOG_DrawingContext* orvlog_find_drawing(const ORVLOG_Session* session, const ORV_DrawingInterface* drawing)
+{
+    return drawing != nullptr ? find_live(session->live_drawings, drawing->object_paint.context) : nullptr;
 }
 
 bool orvlog_resource_map_add(ORVLOG_Session* session, uint32_t resource_id, uint32_t renderer_resource_id)

@@ -167,6 +167,10 @@ void orvlog_close_document(ORVLOG_DocumentContext* document);
 ORVLOG_DrawingContext* orvlog_open_drawing(ORVLOG_Session* session, void* error_context);
 void orvlog_close_drawing(ORVLOG_DrawingContext* drawing);
 
+// What a client names, if it is open; null for what has ended, for another's and for null, which are not looked at.
+ORVLOG_DocumentContext* orvlog_find_document(const ORVLOG_Session* session, const void* document);
+ORVLOG_DrawingContext* orvlog_find_drawing(const ORVLOG_Session* session, const ORV_DrawingInterface* drawing);
+
 // The resource map. Adding gives false without memory; finding and removing look for the client's number.
 bool orvlog_resource_map_add(ORVLOG_Session* session, uint32_t resource_id, uint32_t renderer_resource_id);
 const ORVLOG_ResourceMapEntry* orvlog_resource_map_find(const ORVLOG_Session* session, uint32_t resource_id);
