@@ -158,6 +158,54 @@ TEST_F(ObjectPaint, LogsItsAttributesAndStaysOpenForTheForward)
     EXPECT_EQ(test.renderer.last_table, &drawing()->renderer_table);
 }
 
+// The numbers of the texts in the log since the last call, in their order.
+std::string text_numbers(TestSession* test)
+{
+    const std::string log = test->log();
+    const std::string before = "<GSH_ShapePointer.sp_U.glyph ";
+    std::string numbers;
+    for (size_t at = log.find(before); at != std::string::npos; at = log.find(before, at + 1))
+        numbers += log.substr(at + before.size(), log.find('>', at) - at - before.size()) + "\n";
+    test->forget();
+    return numbers;
+}
+
+TEST_F(ObjectPaint, TextsAreNumberedAnewInEachPaint)
+{
+    const GSH_Shape glyphs = {GSH_SHAPE_GLYPHS, 0, ggo_identity()};
+    const GFI_StringDesc desc = {};
+    const GFI_FontSpecPointer font = {};
+    const GFI_StringDescPointer string = {&desc, nullptr, nullptr};
+    const GFI_StringDescPointer other = {&desc, nullptr, nullptr};
+    GSH_ShapePointer text = {};
+    text.sp_HeaderPtr = &glyphs;
+    text.sp_U.glyph = {&font, &string};
+    GSH_ShapeList text_clip = {};
+    text_clip.sl_Shape = text;
+    text_clip.sl_Shape.sp_U.glyph.string_desc = &other;
+    arguments.path = &text;
+    arguments.clip = &text_clip;
+    paint(face, arguments);
+    EXPECT_EQ(text_numbers(&test), "orvlog_font_spec_id=\"0\" orvlog_string_desc_id=\"0\"\n"
+                                   "orvlog_font_spec_id=\"0\" orvlog_string_desc_id=\"1\"\n");
+    paint(face, arguments);
+    EXPECT_EQ(text_numbers(&test), "orvlog_font_spec_id=\"1\" orvlog_string_desc_id=\"2\"\n"
+                                   "orvlog_font_spec_id=\"1\" orvlog_string_desc_id=\"3\"\n");
+    // The clip of a group goes on with the texts of the paint before it; a resource that is painted does not.
+    uint32_t group = 0;
+    face.group_start.fn(&face, 0, &group, nullptr, 0, 0, 0, 0, nullptr, 0, 0, 0, nullptr, nullptr, nullptr, &text_clip,
+                        0, 0, 0, nullptr, nullptr, nullptr);
+    EXPECT_EQ(text_numbers(&test), "orvlog_font_spec_id=\"1\" orvlog_string_desc_id=\"3\"\n");
+    ResourceArguments resource;
+    resource.clip = &text_clip;
+    paint_resource(face, resource);
+    EXPECT_EQ(text_numbers(&test), "orvlog_font_spec_id=\"2\" orvlog_string_desc_id=\"4\"\n");
+    StrokeArguments stroked;
+    stroked.path = &text;
+    stroke(face, stroked);
+    EXPECT_EQ(text_numbers(&test), "orvlog_font_spec_id=\"3\" orvlog_string_desc_id=\"5\"\n");
+}
+
 TEST_F(ObjectPaint, HintsOfZeroNameTheEmptySet)
 {
     arguments.type = 255;

@@ -157,6 +157,65 @@ TEST(GxcCsd, Noncolorimetric)
               std::string::npos);
 }
 
+TEST(GxcCsd, CieDataWithNamesSecondaryProfileAndASkippedVersion80)
+{
+    TicketBytes t;
+    t.u32({5}).u8({1, 1, 1, 0}).u32({0}).u32({5}).text("Ink").text("b.icc");
+    t.u32({0}).repeat(0, 132).u32({0});  // a record with empty tables
+    t.u32({80, 3}).u8({7, 7, 7}).u32({71, 1}).u8({0}).u32({0});
+    const std::string text = csd(t);
+    EXPECT_EQ(text.substr(0, text.find("\t\t<GCM_CieLuts>\n")), R"X(<GCM_CsdPointer>
+	<Type GCM_CsdType="GCM_CSDTYPE_CIELUT_DATA" />
+	<NumBaseChans UInt8="1" />
+	<NumNamedChans UInt8="1" />
+	<HasSecondaryProfile Bool="TRUE" />
+	<HasAlternateDefn Bool="FALSE" />
+	<DefaultRenderIntent GCM_RenderIntent="GCM_RI_PERCEPTUAL" />
+	<Defn>
+		<CieBased GCM_CieFamily="GCM_CIE_FAMILY_CALGRAY" />
+	</Defn>
+	<NamedChans>
+		<ChanName String="Ink" />
+	</NamedChans>
+	<SecondaryProfile String="b.icc" />
+	<GCM_CieLutsPointer>
+)X");
+    EXPECT_EQ(text.substr(text.find("\t\t</GCM_CieLuts>\n")), R"X(		</GCM_CieLuts>
+		<DecodeABC_A float_array="" />
+		<Extensions>
+		</Extensions>
+	</GCM_CieLutsPointer>
+	<Extensions>
+		<ExtensionVersion UInt32="71" />
+		<ExtensionSize UInt32="1" />
+		<ExtensionElements>
+			<UseIlluminantInfo Bool="FALSE" />
+		</ExtensionElements>
+	</Extensions>
+</GCM_CsdPointer>
+)X");
+}
+
+TEST(GxcCsd, TheSecondaryProfileStandsAheadOfTheProfile)
+{
+    TicketBytes t;
+    t.u32({2}).u8({3, 1, 1, 0}).u32({0}).u32({2}).text("Ink").text("b.icc").u8({0xA0, 0x0B}).u32({0});
+    const std::string text = csd(t);
+    EXPECT_NE(text.find(R"X(	<Defn>
+		<ProfileBufferSize UInt32="2" />
+	</Defn>
+	<NamedChans>
+		<ChanName String="Ink" />
+	</NamedChans>
+	<SecondaryProfile String="b.icc" />
+	<ProfileBuffer>A00B</ProfileBuffer>
+	<Extensions>
+	</Extensions>
+)X"),
+              std::string::npos)
+        << text;
+}
+
 TEST(GxcCsd, UnknownTypesHaveNoDefinition)
 {
     for (const uint32_t type : {1u, 7u, 8u, 9u, 0xFFFFFFFFu})
