@@ -1,66 +1,11 @@
 #include "orvlog/colour/gxc/gxc-cie.h"
 
+#include "orvlog/colour/gxc/gxc-layout.h"
+
 namespace
 {
 
-// Values of the definition's family.
-enum : uint32_t
-{
-    kAbc,
-    kA,
-    kDef,
-    kDefg,
-    kCalRgb,
-    kCalGray
-};
-
 constexpr uint64_t kTerminatorSize = 4;
-
-constexpr GXC_Field kPoints[] = {
-    {GXC_OPEN, "WhitePoint", nullptr},    {GXC_FLOAT, "WhitePoint_X", nullptr}, {GXC_FLOAT, "WhitePoint_Y", nullptr},
-    {GXC_FLOAT, "WhitePoint_Z", nullptr}, {GXC_CLOSE, nullptr, nullptr},        {GXC_OPEN, "BlackPoint", nullptr},
-    {GXC_FLOAT, "BlackPoint_X", nullptr}, {GXC_FLOAT, "BlackPoint_Y", nullptr}, {GXC_FLOAT, "BlackPoint_Z", nullptr},
-    {GXC_CLOSE, nullptr, nullptr},
-};
-
-constexpr GXC_Field kRanges[] = {
-    {GXC_OPEN, "HIJKRange", nullptr}, {GXC_FLOAT, "H_Lower", nullptr}, {GXC_FLOAT, "H_Upper", nullptr},
-    {GXC_FLOAT, "I_Lower", nullptr},  {GXC_FLOAT, "I_Upper", nullptr}, {GXC_FLOAT, "J_Lower", nullptr},
-    {GXC_FLOAT, "J_Upper", nullptr},  {GXC_FLOAT, "K_Lower", nullptr}, {GXC_FLOAT, "K_Upper", nullptr},
-    {GXC_CLOSE, nullptr, nullptr},
-};
-
-constexpr uint32_t bit(uint32_t family)
-{
-    return 1U << family;
-}
-
-constexpr uint32_t kEveryFamily = UINT32_MAX;
-
-struct DecodeTable
-{
-    const char* name;
-    uint32_t families;  // one bit for each
-};
-
-// Table G goes with the family that has three dimensions: readers of the log rely on it.
-constexpr DecodeTable kDecodeTables[] = {
-    {"DecodeABC_A", kEveryFamily},
-    {"DecodeABC_B", bit(kAbc) | bit(kDef) | bit(kDefg) | bit(kCalRgb)},
-    {"DecodeABC_C", bit(kAbc) | bit(kDef) | bit(kDefg) | bit(kCalRgb)},
-    {"DecodeLMN_L", bit(kAbc) | bit(kA) | bit(kDef) | bit(kDefg)},
-    {"DecodeLMN_M", bit(kAbc) | bit(kA) | bit(kDef) | bit(kDefg)},
-    {"DecodeLMN_N", bit(kAbc) | bit(kA) | bit(kDef) | bit(kDefg)},
-    {"DecodeDEFG_D", bit(kDef) | bit(kDefg)},
-    {"DecodeDEFG_E", bit(kDef) | bit(kDefg)},
-    {"DecodeDEFG_F", bit(kDef) | bit(kDefg)},
-    {"DecodeDEFG_G", bit(kDef)},
-};
-
-bool has_table(const DecodeTable* table, uint32_t family)
-{
-    return table->families == kEveryFamily || (family <= kCalGray && (table->families & bit(family)) != 0);
-}
 
 // A row has no blank before its first value and no quotes: readers of the log rely on the form.
 bool write_matrix_row(GXC_Writer* writer, GXC_Input* input)
@@ -115,25 +60,24 @@ bool write_head(GXC_Writer* writer, GXC_Input* input, uint32_t* bit_depth, uint8
     gxc_begin(writer, "DecodeBitDepth");
     gxc_value_uint32(writer, *bit_depth);
     gxc_end(writer);
-    return gxc_write_fields(writer, input, kPoints) && write_matrix(writer, input, "MatrixABC") &&
+    return gxc_write_fields(writer, input, gxc_cie_point_fields) && write_matrix(writer, input, "MatrixABC") &&
            write_matrix(writer, input, "MatrixLMN") && write_dimensions(writer, input, dimensions) &&
-           gxc_write_fields(writer, input, kRanges);
+           gxc_write_fields(writer, input, gxc_cie_range_fields);
 }
 
 bool write_hijk_table(GXC_Writer* writer, GXC_Input* input, uint32_t family, const uint8_t* dimensions)
 {
-    if (family != kDef && family != kDefg)
+    if (family != GXC_CIE_DEF && family != GXC_CIE_DEFG)
         return true;
-    const uint64_t size =
-        uint64_t{3} * dimensions[0] * dimensions[1] * dimensions[2] * (family == kDefg ? dimensions[3] : 1);
-    return gxc_write_array(writer, input, "HIJKTable", GXC_ENTRY_UINT8, size, 0);
+    return gxc_write_array(writer, input, "HIJKTable", GXC_ENTRY_UINT8, gxc_hijk_size(family, dimensions), 0);
 }
 
 bool write_tables(GXC_Writer* writer, GXC_Input* input, uint32_t family, uint32_t bit_depth, const uint8_t* dimensions)
 {
-    const uint32_t entries = (1U << (bit_depth & 31)) - 1;
-    for (const DecodeTable& table : kDecodeTables)
-        if (has_table(&table, family) && !gxc_write_array(writer, input, table.name, GXC_ENTRY_FLOAT, entries, 0))
+    const uint32_t entries = gxc_decode_entries(bit_depth);
+    for (const GXC_DecodeTable& table : gxc_decode_tables)
+        if (gxc_family_has_table(&table, family) &&
+            !gxc_write_array(writer, input, table.name, GXC_ENTRY_FLOAT, entries, 0))
             return false;
     return write_hijk_table(writer, input, family, dimensions);
 }

@@ -1,6 +1,7 @@
 #include "orvlog/colour/gxc/gxc-csd.h"
 
 #include "orvlog/colour/gxc/gxc-cie.h"
+#include "orvlog/colour/gxc/gxc-layout.h"
 
 namespace
 {
@@ -15,16 +16,6 @@ enum : uint32_t
     kTypePostRenderLut = 7
 };
 
-enum : uint32_t
-{
-    kExtensionsEnd = 0,
-    kUseIlluminantInfo = 71,
-    kIsDeviceLinkProfile = 74,
-    kByType = 80
-};
-
-constexpr uint32_t kTableEnd = 0xFFFFFFFF;
-
 // The fixed part of a definition.
 struct Head
 {
@@ -33,30 +24,6 @@ struct Head
     uint8_t num_named_chans;
     bool has_secondary_profile;
     bool has_alternate_defn;
-};
-
-constexpr GXC_Field kHeadFields[] = {
-    {GXC_ENUM, "Type", "GCM_CsdType"},       {GXC_UINT8, "NumBaseChans", nullptr},
-    {GXC_UINT8, "NumNamedChans", nullptr},   {GXC_BOOL, "HasSecondaryProfile", nullptr},
-    {GXC_BOOL, "HasAlternateDefn", nullptr}, {GXC_ENUM, "DefaultRenderIntent", "GCM_RenderIntent"},
-};
-
-constexpr GXC_Field kAnalyticalFields[] = {
-    {GXC_OPEN, "Defn", nullptr},
-    {GXC_OPEN, "Analytical", nullptr},
-    {GXC_ENUM, "ColorSpace", "GCM_AnalyticalColorSpaceType"},
-    {GXC_OPEN, "WhitePoint", nullptr},
-    {GXC_FLOAT, "WhitePoint_X", nullptr},
-    {GXC_FLOAT, "WhitePoint_Y", nullptr},
-    {GXC_FLOAT, "WhitePoint_Z", nullptr},
-    {GXC_CLOSE, nullptr, nullptr},
-    {GXC_CLOSE, nullptr, nullptr},
-    {GXC_CLOSE, nullptr, nullptr},
-};
-
-constexpr GXC_Field kBlackPointFields[] = {
-    {GXC_OPEN, "BlackPoint", nullptr},    {GXC_FLOAT, "BlackPoint_X", nullptr}, {GXC_FLOAT, "BlackPoint_Y", nullptr},
-    {GXC_FLOAT, "BlackPoint_Z", nullptr}, {GXC_CLOSE, nullptr, nullptr},
 };
 
 constexpr GXC_Field kFilename[] = {{GXC_STRING, "Filename", nullptr}};
@@ -74,7 +41,7 @@ bool write_head(GXC_Writer* writer, GXC_Input* input, Head* head)
                        gxc_read_uint8(&copy, &flags[1]);
     head->has_secondary_profile = flags[0] == 1;
     head->has_alternate_defn = flags[1] == 1;
-    return gxc_write_fields(writer, input, kHeadFields) && known;
+    return gxc_write_fields(writer, input, gxc_csd_head_fields) && known;
 }
 
 // A definition of one 32-bit word: `word` receives it.
@@ -93,7 +60,7 @@ bool write_definition(GXC_Writer* writer, GXC_Input* input, uint32_t type, uint3
     case kTypeProfileBuffer:
         return write_word_definition(writer, input, {GXC_UINT32, "ProfileBufferSize", nullptr}, word);
     case kTypeAnalytical:
-        return gxc_write_fields(writer, input, kAnalyticalFields);
+        return gxc_write_fields(writer, input, gxc_analytical_fields);
     case kTypeNoncolorimetric:
         return write_word_definition(writer, input, {GXC_ENUM, "NonColorimetric", "GNC_Format"}, word);
     case kTypeCieLutData:
@@ -154,18 +121,18 @@ bool write_csd_body(GXC_Writer* writer, GXC_Input* input, Head* head)
 
 bool extension_is_known(uint32_t version, uint32_t type)
 {
-    return version == kUseIlluminantInfo || version == kIsDeviceLinkProfile ||
-           (version == kByType && (type == kTypeAnalytical || type == kTypePostRenderLut));
+    return version == GXC_USE_ILLUMINANT_INFO || version == GXC_IS_DEVICE_LINK_PROFILE ||
+           (version == GXC_BY_TYPE && (type == kTypeAnalytical || type == kTypePostRenderLut));
 }
 
 bool write_payload(GXC_Writer* writer, GXC_Input* input, uint32_t version, uint32_t type, uint8_t num_base_chans)
 {
-    if (version == kUseIlluminantInfo)
+    if (version == GXC_USE_ILLUMINANT_INFO)
         return gxc_write_fields(writer, input, kUseIlluminantInfoField);
-    if (version == kIsDeviceLinkProfile)
+    if (version == GXC_IS_DEVICE_LINK_PROFILE)
         return gxc_write_fields(writer, input, kIsDeviceLinkProfileField);
     if (type == kTypeAnalytical)
-        return gxc_write_fields(writer, input, kBlackPointFields);
+        return gxc_write_fields(writer, input, gxc_black_point_fields);
     return gxc_write_post_render_lut(writer, input, num_base_chans);
 }
 
@@ -183,20 +150,6 @@ void write_uint8(GXC_Writer* writer, const char* name, uint8_t value)
     gxc_end(writer);
 }
 
-// base^exponent as a double gives it, through 64 bits into 32; what passes 63 bits gives 0.
-uint32_t power(uint8_t base, uint8_t exponent)
-{
-    constexpr uint64_t kLimit = uint64_t{1} << 63;
-    uint64_t product = 1;
-    for (uint8_t i = 0; i < exponent; ++i)
-    {
-        if (base != 0 && product > (kLimit - 1) / base)
-            return 0;
-        product *= base;
-    }
-    return static_cast<uint32_t>(static_cast<uint64_t>(static_cast<double>(product)));
-}
-
 }  // namespace
 
 bool gxc_write_csd_table(GXC_Writer* writer, GXC_Input* input)
@@ -204,7 +157,7 @@ bool gxc_write_csd_table(GXC_Writer* writer, GXC_Input* input)
     uint32_t marker = 0;
     gxc_open(writer, "CSD_Data");
     bool whole = gxc_read_uint32(input, &marker);
-    while (whole && marker != kTableEnd)
+    while (whole && marker != GXC_TABLE_END)
     {
         write_uint32(writer, "Marker", marker);
         whole = gxc_write_csd(writer, input) && gxc_read_uint32(input, &marker);
@@ -242,7 +195,7 @@ bool gxc_write_csd_extensions(GXC_Writer* writer, GXC_Input* input, uint32_t typ
     uint32_t size = 0;
     while (gxc_read_uint32(input, &version))
     {
-        if (version == kExtensionsEnd)
+        if (version == GXC_EXTENSIONS_END)
             return true;
         if (!gxc_read_uint32(input, &size))
             return false;
@@ -279,7 +232,7 @@ bool gxc_write_post_render_lut(GXC_Writer* writer, GXC_Input* input, uint8_t num
     }
     if (whole)
     {
-        const uint32_t bytes = ((power(head[1], head[0]) * head[2]) >> 3) * num_base_chans;
+        const uint32_t bytes = gxc_lut_size(head[0], head[1], head[2], num_base_chans);
         // As many numbers as the table has bytes: readers of the log rely on it.
         whole = head[2] == 16
                     ? gxc_write_array(writer, input, "Lut", GXC_ENTRY_UINT16, bytes >> 1, bytes - (bytes >> 1))

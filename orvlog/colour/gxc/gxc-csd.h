@@ -18,6 +18,5 @@ bool gxc_write_csd(GXC_Writer* writer, GXC_Input* input);
 // that are not known write nothing.
 bool gxc_write_csd_extensions(GXC_Writer* writer, GXC_Input* input, uint32_t type, uint8_t num_base_chans);
 
-// A table of output values. Its size is size^dimensions, modulo 2^32, times the depth divided by 8, times the
-// number of channels, all modulo 2^32. At a depth of 16 the block holds half as many values as are printed.
+// A table of output values. At a depth of 16 the block holds half as many values as are printed.
 bool gxc_write_post_render_lut(GXC_Writer* writer, GXC_Input* input, uint8_t num_base_chans);

@@ -46,12 +46,23 @@ struct GXC_Field
     const char* family;
 };
 
+struct GXC_FieldList
+{
+    const GXC_Field* fields;
+    size_t count;
+};
+
 // Reads and writes fields in order, one line each.
 bool gxc_write_fields(GXC_Writer* writer, GXC_Input* input, const GXC_Field* fields, size_t count);
 
 template <size_t Count> bool gxc_write_fields(GXC_Writer* writer, GXC_Input* input, const GXC_Field (&fields)[Count])
 {
     return gxc_write_fields(writer, input, fields, Count);
+}
+
+inline bool gxc_write_fields(GXC_Writer* writer, GXC_Input* input, const GXC_FieldList& list)
+{
+    return gxc_write_fields(writer, input, list.fields, list.count);
 }
 
 // The string form of the text that ends at the next zero; of what there is if none comes.

@@ -1,26 +1,12 @@
 #include "orvlog/colour/gxc/gxc-ticket.h"
 
 #include "orvlog/colour/gxc/gxc-csd.h"
+#include "orvlog/colour/gxc/gxc-layout.h"
 #include "orvlog/colour/gxc/gxc-names.h"
 #include "orvlog/colour/gxc/gxc-variable.h"
 
 namespace
 {
-
-constexpr GXC_Field kFixedFields[] = {
-    {GXC_OPEN, "FixedSizeData", nullptr},
-    {GXC_BOOL, "PreRenderOverrideGrayPreserve", nullptr},
-    {GXC_BOOL, "PostRenderGrayPreserve", nullptr},
-    {GXC_BOOL, "PureBlackTextPreserve", nullptr},
-    {GXC_BOOL, "PostConvInRenderer", nullptr},
-    {GXC_BOOL, "UseOutputGbd", nullptr},
-    {GXC_BOOL, "UseOverride", nullptr},
-    {GXC_BOOL, "PreConvInPdl", nullptr},
-    {GXC_BOOL, "PreConvImageOverrideInPdl", nullptr},
-    {GXC_ENUM, "XformQuality", "GCM_QualityHint"},
-    {GXC_ENUM, "XformPerformance", "GCM_PerformanceHint"},
-    {GXC_CLOSE, nullptr, nullptr},
-};
 
 bool lend_block(GIO_Stream* stream, GXC_Input* input)
 {
@@ -69,7 +55,7 @@ bool write_parts(GXC_Writer* writer, GXC_Input* input)
 
 bool gxc_write_fixed_data(GXC_Writer* writer, GXC_Input* input)
 {
-    return gxc_write_fields(writer, input, kFixedFields);
+    return gxc_write_fields(writer, input, gxc_fixed_fields);
 }
 
 bool gxc_write_ticket(GXC_Writer* writer, GXC_Input* input, int32_t family)
