@@ -90,8 +90,8 @@ Run declare_help(CLI::App& app)
 {
     auto options = std::make_shared<HelpOptions>();
     app.footer("Without a command it lists them all.\n\n"
-               "The manual pages and the completions are written from the same declarations as this help; both come "
-               "with an installation. To try them from a build: source <(orvlog help --completion bash).");
+               "The manual pages and the completions come with an installation; both are written from the same "
+               "declarations as this help. Without one, source <(orvlog help --completion bash) does for bash.");
     app.add_option("COMMAND", options->topic, "the command to tell about")->check(CLI::IsMember(names()));
     app.add_option("--man", options->man_folder, "write the manual pages to DIR")->type_name("DIR");
     app.add_option("--completion", options->shell, "write what completes command lines in this shell")

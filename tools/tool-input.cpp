@@ -112,6 +112,11 @@ bool path_of(const std::string& url, std::string* path)
 
 }  // namespace
 
+bool is_url(const std::string& name)
+{
+    return name.rfind("http:", 0) == 0 || name.rfind("file:", 0) == 0;
+}
+
 bool read_input(const std::string& name, std::vector<uint8_t>* bytes, std::string* why)
 {
     GIO_UrlParts parts;

@@ -3,6 +3,8 @@
 #include "clients/stream/file-stream.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "tools/command.h"
+#include "tools/temporary-folder.h"
+#include "tools/tool-input.h"
 #include "tools/tool-output.h"
 #include "tools/tool-source.h"
 
@@ -91,28 +93,35 @@ private:
     std::set<fs::path> taken_;
 };
 
-int merge(const MergeOptions& options)
+// Names of the logs of kept images, and where they lie. False with the reason in `why`.
+bool find_parts(const fs::path& log, const fs::path& folder, std::set<std::string>* names, std::string* why)
 {
-    const fs::path log = options.file;
+    if (!find_image_logs(log, names))
     {
-        const Source source(options.file);
-        if (!source.open())
-            return fail(options.file + ": " + source.why());
+        *why = "not a log";
+        return false;
     }
+    for (const std::string& name : *names)
+    {
+        *why = "the log of a kept image is missing: " + name;
+        if (fs::path(name).filename() != name || !fs::is_regular_file(folder / name))
+            return false;
+    }
+    return true;
+}
+
+int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path& folder)
+{
     std::set<std::string> names;
-    if (!find_image_logs(log, &names))
-        return fail(options.file + ": not a log");
-    for (const std::string& name : names)
-    {
-        if (fs::path(name).filename() != name || !fs::is_regular_file(log.parent_path() / name))
-            return fail(options.file + ": the log of a kept image is missing: " + name);
-    }
+    std::string why;
+    if (!find_parts(log, folder, &names, &why))
+        return fail(options.file + ": " + why);
     Output output(options.output == "-" ? options.output : fs::absolute(options.output).string());
     if (!output.open())
         return fail(options.output + ": " + std::strerror(errno));
     Workshop workshop(log);
     for (const std::string& name : names)
-        workshop.take(log.parent_path() / name);
+        workshop.take(folder / name);
     workshop.enter();
     client_stream::MallocAllocator memory;
     errno = 0;
@@ -124,14 +133,29 @@ int merge(const MergeOptions& options)
     return EXIT_DONE;
 }
 
+// What is no file here is brought first, and its image logs are those of the present folder.
+int merge(const MergeOptions& options)
+{
+    Source source(options.file);
+    if (!source.open())
+        return fail(options.file + ": " + source.why());
+    if (options.file != "-" && !is_url(options.file))
+        return merge_parts(options, options.file, fs::path(options.file).parent_path());
+    const TemporaryFolder brought;
+    if (!brought.keep(source.stream(), "log"))
+        return fail(options.file + ": " + std::strerror(errno));
+    return merge_parts(options, brought.path("log"), "");
+}
+
 }  // namespace
 
 Run declare_merge(CLI::App& app)
 {
     auto options = std::make_shared<MergeOptions>();
-    app.add_option("TEMPLOG", options->file,
-                   "a temporary log, with the logs of its kept images beside it; all are gone once merged")
-        ->required();
+    app.footer("TEMPLOG is what was logged while images were kept: it names the logs of these images, which lie beside "
+               "it, or in the present folder when it comes from standard input or a URL. All the files that went into "
+               "the merged log are deleted once it is whole; when anything fails they are as they were.");
+    app.add_option("TEMPLOG", options->file, "a temporary log: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options->output, "the merged log, or - for standard output")
         ->type_name("FILE")
         ->required();

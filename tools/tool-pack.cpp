@@ -60,6 +60,11 @@ int pack(const PackOptions& options)
 Run declare_pack(CLI::App& app)
 {
     auto options = std::make_shared<PackOptions>();
+    app.footer("Takes any bytes. The coded file begins with the 35 bytes by which a coded log is known, and ends with "
+               "the last "
+               "byte of the coded stream. A byte 0 that is not the first leaves no trace in the stream, as in a log, "
+               "which has "
+               "none.");
     app.add_option("FILE", options->file, "what to code: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options->output, "the coded file, or - for standard output")
         ->type_name("CODED")

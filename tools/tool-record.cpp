@@ -1,7 +1,10 @@
 #include "tools/child-program.h"
 #include "tools/command.h"
 #include "tools/record-summary.h"
+#include "tools/temporary-folder.h"
 #include "tools/tool-input.h"
+#include "tools/tool-output.h"
+#include "tools/tool-source.h"
 
 #include <unistd.h>
 
@@ -10,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <regex>
 #include <vector>
@@ -21,6 +25,8 @@ namespace
 {
 
 using std::filesystem::path;
+
+constexpr size_t PIECE = 1 << 16;
 
 struct RecordOptions
 {
@@ -39,28 +45,6 @@ struct RecordOptions
     bool temporary_log = false;
 };
 
-// A file that is there for as long as this object.
-struct TemporaryFile
-{
-    TemporaryFile()
-    {
-        name = (std::filesystem::temp_directory_path() / "orvlog-summary-XXXXXX").string();
-        const int file = mkstemp(name.data());
-        if (file < 0)
-            throw std::filesystem::filesystem_error("no temporary file", name,
-                                                    std::error_code(errno, std::generic_category()));
-        close(file);
-    }
-    ~TemporaryFile()
-    {
-        unlink(name.c_str());
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    std::string name;
-};
-
 std::string check_pages(const std::string& text)
 {
     static const std::regex form("([1-9][0-9]{0,8})(-([1-9][0-9]{0,8}))?");
@@ -74,8 +58,9 @@ std::string check_pages(const std::string& text)
 
 void declare_options(CLI::App& app, RecordOptions& options)
 {
-    app.add_option("FILE", options.document, "the PDF document: a path or a URL")->required();
-    app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml")->type_name("LOG");
+    app.add_option("FILE", options.document, "the PDF document: a path, a URL, or - for standard input")->required();
+    app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml; - for standard output")
+        ->type_name("LOG");
     app.add_option("--pages", options.pages, "only these pages, from 1")->type_name("A-B")->check(check_pages);
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
         ->check(CLI::IsMember({"transparent", "base"}))
@@ -139,52 +124,82 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
 // A log on the standard output has it for itself.
 void print_summary(const RecordOptions& options, const std::string& file)
 {
-    const auto summary = read_record_summary(file);
+    auto summary = read_record_summary(file);
     if (!summary)
         return;
     std::FILE* output = options.log == "-" ? stderr : stdout;
+    summary->log = options.log == "-" ? "the standard output" : summary->log;
     std::fputs(format_record_summary(*summary).c_str(), output);
     if (!options.png_folder.empty() && summary->pages.value_or(0) > 0)
         std::fprintf(output, "page images in %s\n", options.png_folder.c_str());
 }
 
-// The last element of a URL's path: what its document is called here.
-std::string name_in(const std::string& url)
+bool put_out(const std::string& file)
 {
-    const std::string name = url.substr(url.rfind('/') + 1);
-    return name.substr(0, name.find_first_of("?#"));
+    std::ifstream log(file, std::ios::binary);
+    Output output("-");
+    std::vector<char> piece(PIECE);
+    while (log.read(piece.data(), PIECE), log.gcount() > 0)
+    {
+        if (!output.write(piece.data(), static_cast<size_t>(log.gcount())))
+            break;
+    }
+    return output.finish();
 }
 
-// A document that comes by a URL is fetched first, and what it leaves goes to the present folder.
-bool fetch(RecordOptions& options, const TemporaryFile& file, std::string* why)
+// What the document is called here: the last element of a URL's path.
+std::string name_of(const std::string& document)
 {
-    std::vector<uint8_t> bytes;
-    if (!read_input(options.document, &bytes, why))
+    const std::string last = document.substr(document.rfind('/') + 1);
+    const std::string name = last.substr(0, last.find_first_of("?#"));
+    return name.empty() || name == "-" || name == "." || name == ".." ? "document.pdf" : name;
+}
+
+// A document that is no file here is brought first, and what it leaves goes to the present folder.
+bool bring(RecordOptions& options, const TemporaryFolder& folder, std::string* why)
+{
+    Source source(options.document);
+    *why = source.why();
+    if (!source.open())
         return false;
-    const std::string name = name_in(options.document).empty() ? "document.pdf" : name_in(options.document);
+    const std::string name = name_of(options.document);
     if (options.log.empty())
         options.log = without_pdf(name).string() + ".orvlog.xml";
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = ".";
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> copy(std::fopen(file.name.c_str(), "wb"), std::fclose);
-    const bool whole = copy != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), copy.get()) == bytes.size();
-    if (!whole)
-        *why = std::strerror(errno);
-    options.document = file.name;
+    options.document = folder.path(name);
+    const bool whole = folder.keep(source.stream(), name);
+    *why = std::strerror(errno);
     return whole;
 }
 
-bool is_url(const std::string& name)
+// Starts the program that draws. What writes a log goes back and forth in it, so that one for the standard output is
+// a file first.
+int draw(const RecordOptions& options)
 {
-    return name.rfind("http://", 0) == 0 || name.rfind("file://", 0) == 0;
+    const std::string program = find_program("orvlog-record", "../clients/pdf");
+    if (program.empty())
+        return fail("orvlog-record, which reads PDF documents, is not installed");
+    const TemporaryFolder folder;
+    const std::string summary = folder.path("summary");
+    RecordOptions handed_on = options;
+    if (options.log == "-")
+        handed_on.log = folder.path("log");
+    const int status = run_program(program, arguments_of(handed_on, summary));
+    if (status < 0)
+        return fail(program + ": " + std::strerror(errno));
+    if (options.log == "-" && !put_out(handed_on.log))
+        return fail(std::string("standard output: ") + std::strerror(errno));
+    print_summary(options, summary);
+    return status;
 }
 
 int record(RecordOptions options)
 {
-    const TemporaryFile fetched;
+    const TemporaryFolder brought;
     const std::string given = options.document;
     std::string why;
-    if (is_url(given) && !fetch(options, fetched, &why))
+    if ((given == "-" || is_url(given)) && !bring(options, brought, &why))
         return fail(given + ": " + why);
     if (access(options.document.c_str(), R_OK) != 0)
         return fail(options.document + ": " + std::strerror(errno));
@@ -193,15 +208,7 @@ int record(RecordOptions options)
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = folder_of(options.document);
 
-    const std::string program = find_program("orvlog-record", "../clients/pdf");
-    if (program.empty())
-        return fail("orvlog-record, which reads PDF documents, is not installed");
-    const TemporaryFile summary_file;
-    const int status = run_program(program, arguments_of(options, summary_file.name));
-    if (status < 0)
-        return fail(program + ": " + std::strerror(errno));
-    print_summary(options, summary_file.name);
-    return status;
+    return draw(options);
 }
 
 }  // namespace
@@ -209,6 +216,18 @@ int record(RecordOptions options)
 Run declare_record(CLI::App& app)
 {
     auto options = std::make_shared<RecordOptions>();
+    app.footer("Draws the pages of the document through the logger. Leaves the log FILE.orvlog.xml and the page images "
+               "FILE-001.png onwards, both beside FILE; a document that comes from standard input or by a URL leaves "
+               "them in the "
+               "present folder, and is called document.pdf when it has no name. Then prints how often each call was "
+               "made, the size "
+               "of the log, and the time with and without the logger; on standard error when the log is the standard "
+               "output.\n\n"
+               "What reads the document is the program orvlog-record, which is started from the folder that "
+               "ORVLOG_EXEC_PATH names, "
+               "the folder of orvlog, libexec/orvlog beside that folder, or the PATH. Its exit status is passed on, "
+               "and 128 plus "
+               "the number of the signal if one ended it.");
     declare_options(app, *options);
     return [options] { return record(*options); };
 }

@@ -28,11 +28,6 @@ int64_t now_ms()
     return std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
 }
 
-bool is_url(const std::string& name)
-{
-    return name.rfind("http:", 0) == 0 || name.rfind("file:", 0) == 0;
-}
-
 }  // namespace
 
 Source::Source(const std::string& name)

@@ -76,6 +76,9 @@ int print_ticket(const TicketOptions& options)
 Run declare_ticket(CLI::App& app)
 {
     auto options = std::make_shared<TicketOptions>();
+    app.footer("The text goes to the standard output. A ticket doesn't tell the colour family that it belongs to, but "
+               "its text "
+               "does: --family names it. Of a damaged ticket it gives what could be read, and the exit status 1.");
     app.add_option("FILE", options->file, "a serialised colour ticket: a path, a URL, or - for standard input")
         ->required();
     app.add_option("--family", options->family, "the family that the text names")

@@ -65,6 +65,11 @@ int unpack(const UnpackOptions& options)
 Run declare_unpack(CLI::App& app)
 {
     auto options = std::make_shared<UnpackOptions>();
+    app.footer("A coded log comes out as the text that was logged, with the colour tickets that stand in it as text; a "
+               "plain log "
+               "comes out as it is. Of a log that is cut short or damaged it gives what is whole, one line that says "
+               "so, and the "
+               "exit status 1. What is no log leaves no file.");
     app.add_option("CODED", options->file, "a log, coded or plain: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options->output, "the log as plain text, or - for standard output")
         ->type_name("LOG")

@@ -22,8 +22,7 @@ TEST(ToolHelp, ShowsWhatACommandTakes)
     ASSERT_NE(arguments, std::string::npos);
     EXPECT_EQ(help.out.substr(arguments),
               "\nArguments:\n"
-              "  TEMPLOG               a temporary log, with the logs of its kept images beside\n"
-              "                        it; all are gone once merged\n"
+              "  TEMPLOG               a temporary log: a path, a URL, or - for standard input\n"
               "\nOptions:\n"
               "  -h, --help            show this text\n"
               "  -o, --output FILE     the merged log, or - for standard output\n"

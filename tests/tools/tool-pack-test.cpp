@@ -111,6 +111,25 @@ TEST(ToolMerge, CodesTheMergedLog)
     EXPECT_EQ(read_file(folder.path("coded")), run_tool({"pack", "-", "-o", "-"}, kLog).out);
 }
 
+TEST(ToolMerge, TakesTheStandardInput)
+{
+    const ScratchFolder folder;
+    const std::string here = std::filesystem::current_path();
+    folder.write(kImage, "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n");
+    std::filesystem::current_path(folder.path(""));
+    const ToolResult result = run_tool({"merge", "-", "-o", "-"}, temporary_log(kImage));
+    std::filesystem::current_path(here);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out,
+              "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\"  return=\"TRUE\">\n  </GOP_ImageKeepFn>\n"
+              "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n  <Behind>\n  </Behind>\n</ORV>\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path(kImage)));
+    const ToolResult other = run_tool({"merge", "-", "-o", folder.path("log.xml")}, "not a log");
+    EXPECT_EQ(other.status, 1);
+    EXPECT_EQ(other.err, "orvlog: -: not a log\n");
+}
+
 TEST(ToolMerge, FailureLosesNothing)
 {
     const ScratchFolder folder;

@@ -180,6 +180,29 @@ TEST(ToolRecord, TakesAUrl)
     EXPECT_EQ(missing.err, "orvlog: file:///no/such/file.pdf: No such file or directory\n");
 }
 
+TEST(ToolRecord, TakesTheStandardInput)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.path("piped.xml");
+    const std::string document = read_file(kSample);
+    EXPECT_EQ(run_tool({"record", "-", "-o", log, "--no-renderer"}, document).status, 0);
+    const ToolResult piped = run_tool({"record", "-", "-o", "-", "--no-renderer"}, document);
+    EXPECT_EQ(piped.status, 0);
+    EXPECT_NE(piped.err.find("calls in all"), std::string::npos);
+    EXPECT_EQ(piped.out.substr(0, 5), "<ORV ");
+    EXPECT_EQ(piped.out, read_file(log));
+    const ToolResult nothing = run_tool({"record", "-", "-o", log});
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_EQ(nothing.err.find('\n'), nothing.err.size() - 1);
+}
+
+TEST_F(RecordStandIn, NamesWhatADocumentFromElsewhereLeaves)
+{
+    set_script("echo \"${1##*/}|$2|$3|$6|$7\"; cat \"$1\"\n");
+    EXPECT_EQ(run_tool({"record", "file://" + document}).out, "a.pdf|-o|a.orvlog.xml|--png|.\n%PDF-");
+    EXPECT_EQ(run_tool({"record", "-"}, "%PDF-1").out, "document.pdf|-o|document.orvlog.xml|--png|.\n%PDF-1");
+}
+
 TEST(ToolHelp, ListsCommandsAndShowsExamples)
 {
     EXPECT_EQ(run_tool({"--version"}).out, "orvlog 1.0.0\n");

@@ -1,0 +1,35 @@
+#include "tools/temporary-folder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+
+namespace tool
+{
+
+TemporaryFolder::TemporaryFolder()
+{
+    std::string form = (std::filesystem::temp_directory_path() / "orvlog-XXXXXX").string();
+    if (mkdtemp(form.data()) == nullptr)
+        throw std::filesystem::filesystem_error("no temporary folder", form,
+                                                std::error_code(errno, std::generic_category()));
+    folder_ = form;
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+}
+
+bool TemporaryFolder::keep(std::istream& bytes, const std::string& name) const
+{
+    errno = 0;
+    std::ofstream file(path(name), std::ios::binary);
+    if (bytes.peek() != std::istream::traits_type::eof())
+        file << bytes.rdbuf();
+    file.close();
+    return file.good() && !bytes.bad();
+}
+
+}  // namespace tool
