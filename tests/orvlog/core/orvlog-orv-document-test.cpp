@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 
 namespace
@@ -437,7 +438,7 @@ TEST_F(Resource, PlacementRuleIsGated)
 
 TEST_F(Resource, MaxRescaleOfZeroOrLessLeavesTheIdentity)
 {
-    for (const float rescale : {0.0F, -2.0F})
+    for (const float rescale : {0.0F, -0.0F, -2.0F, std::numeric_limits<float>::quiet_NaN()})
     {
         resource.rp_MaxRescale = rescale;
         start(&drawing);
