@@ -68,9 +68,10 @@ void pull_glyph(ORVLOG_Session* session)
 bool pull_string(ORVLOG_Session* session, const GGO_Matrix* to_face_pixel, GGO_Point* pen)
 {
     const GFI_FontEngineTable* engine = session->current_font_wrapper;
+    // An engine that leaves the word alone has a glyph.
+    uint32_t glyph_returned = 1;
     for (uint32_t count = 0; count < ORVLOG_MAX_CAPTURED_GLYPHS; ++count)
     {
-        uint32_t glyph_returned = 0;
         uint32_t glyph_index = 0;
         uint16_t sub_pixel_variant = 0;
         GGO_Vector advance = {0, 0};

@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 namespace
 {
 
@@ -279,7 +282,158 @@ TEST_F(Capture, GlyphsInAClipAreCaptured)
               text.find("\n    </GSH_ShapeList.sl_Shape>\n"));
 }
 
-TEST(CaptureInCalls, EndPointGoesBackToTheClient)
+// An engine that leaves `glyph_returned` alone until the string is done.
+TEST_F(Capture, WordLeftAloneMeansAGlyph)
+{
+    static int left = 0;
+    left = 2;
+    engine.table.GFI_GlyphIndexGetFn = [](void*, uint32_t* returned, uint32_t*, uint16_t*, GGO_Vector* advance,
+                                          GGO_BoxFloat*) -> uint32_t
+    {
+        *advance = {5, 0};
+        if (left-- == 0)
+            *returned = 0;
+        return 1;
+    };
+    const std::string text = dump();
+    EXPECT_EQ(count(text, "<GFI_GlyphIndexGetFn GfpId=\"0\" result=\"TRUE\" glyph_returned=\"TRUE\" "), 2U);
+    EXPECT_EQ(count(text, "<GFI_GlyphIndexGetFn GfpId=\"0\" result=\"TRUE\" glyph_returned=\"FALSE\"/>\n"), 1U);
+    EXPECT_EQ(engine.take_calls(), "start glyph1 glyph1 ");
+    EXPECT_EQ(end().gpf_X, 2);
+}
+
+TEST_F(Capture, WarningsStandDirectlyBehindTheirElements)
+{
+    log.session.glyph_fixed_format = 7;
+    engine.advances = {{1, 0}};
+    engine.glyph_result = 0;
+    engine.fixed_results[GFI_GDT_FBE] = 0;
+    engine.fixed_results[GFI_GDT_PATH] = 0;
+    for (uint32_t& returned : engine.fixed_returned)
+        returned = 0;
+    const std::string text = dump();
+    EXPECT_EQ(text.substr(text.find("<GFI_GlyphGetFixedFormatFn")),
+              R"(<GFI_GlyphGetFixedFormatFn GfpId="0" result="FALSE" required_desc_type="GFI_GDT_FBE"/>
+
+<!--
+ORVLOG: WARNING: GFI_GlyphGetFixedFormatFn FBE call returned failure. This msg logged once only.
+-->
+<GFI_GlyphGetFixedFormatFn GfpId="0" result="TRUE" required_desc_type="GFI_GDT_BITMAP" glyph_returned="FALSE"/>
+<GFI_GlyphGetFixedFormatFn GfpId="0" result="FALSE" required_desc_type="GFI_GDT_PATH"/>
+
+<!--
+ORVLOG: WARNING: GFI_GlyphGetFixedFormatFn PATH call returned failure. This msg logged once only.
+-->
+<GFI_GlyphGetFn GfpId="0" result="FALSE" requested_desc_type="GFI_GDT_BITMAP"/>
+
+<!--
+ORVLOG: WARNING: GFI_GlyphGetFn returned failure. This msg logged once only.
+-->
+<GFI_GlyphIndexGetFn GfpId="0" result="TRUE" glyph_returned="FALSE"/>
+)");
+}
+
+// Transforms that no pen survives: the text says what it says.
+TEST_F(Capture, OriginGoesThroughTheWholeMapping)
+{
+    const double infinite = std::numeric_limits<double>::infinity();
+    log.session.object_transform = {{infinite, 0, 0, 1, 20, 30}};
+    dump();
+    EXPECT_TRUE(std::isnan(end().gpf_X));
+    EXPECT_EQ(engine.start_matrix.m[0], infinite);
+}
+
+class CaptureInCalls : public testing::Test
+{
+protected:
+    CaptureInCalls()
+    {
+        pointer.sp_HeaderPtr = &shape;
+        pointer.sp_U.glyph.font_spec_ptr = &font;
+        pointer.sp_U.glyph.string_desc = &string;
+        engine.advances = {{5, 0}};
+        engine.matrix = {{10, 0, 0, 10, 0, 0}};
+        client.set_base_mode();
+        client.orv.document_start.fn(nullptr, &client.orv, &client.document, 7, engine.get(), nullptr);
+        client.start_face(&drawing);
+    }
+    ORVLOG_Session* session()
+    {
+        return static_cast<ORVLOG_Session*>(client.session());
+    }
+    void paint()
+    {
+        drawing.object_paint.fn(&drawing, 1, 0, nullptr, &pointer, 0, nullptr, nullptr, nullptr, nullptr);
+    }
+
+    TestSession client;
+    ScriptedFontEngine engine;
+    ORV_DrawingInterface drawing = {};
+    GSH_Shape shape = {GSH_SHAPE_GLYPHS, 0, {{1, 0, 0, 1, 2, 3}}};
+    GFI_FontSpecPointer font = {};
+    GFI_StringDesc desc = {};
+    GFI_StringDescPointer string = {&desc, nullptr, nullptr};
+    GSH_ShapePointer pointer = {};
+};
+
+TEST_F(CaptureInCalls, EndPointIsKeptWithoutAPlaceForIt)
+{
+    session()->glyph_end_point = {8, 9};
+    EXPECT_EQ(drawing.object_paint_and_stroke.fn(&drawing, 1, 1, 0, nullptr, nullptr, &pointer, nullptr, nullptr, 0,
+                                                 nullptr, ORV_PAINTFLAGS_FILL, nullptr, nullptr, nullptr, nullptr,
+                                                 nullptr, nullptr, nullptr),
+              1U);
+    EXPECT_NEAR(session()->glyph_end_point.gpf_X, 0.5, 1e-12);
+    EXPECT_NEAR(session()->glyph_end_point.gpf_Y, 0, 1e-12);
+}
+
+TEST_F(CaptureInCalls, EndPointIsThatOfThePathAndNotOfTheClip)
+{
+    GSH_Shape clip_shape = {GSH_SHAPE_GLYPHS, 0, {{1, 0, 0, 1, 7, 7}}};
+    GSH_ShapeList clip = {};
+    clip.sl_Shape = pointer;
+    clip.sl_Shape.sp_HeaderPtr = &clip_shape;
+    GSH_Shape fill = {GSH_SHAPE_IMAGE_RECT, 0, {{1, 0, 0, 1, 0, 0}}};
+    GSH_ImageRectShape image_rect = {};
+    image_rect.irs_Shape = fill;
+    GSH_ShapePointer rect = {};
+    rect.sp_HeaderPtr = &image_rect.irs_Shape;
+    GGO_Point end = {6, 6};
+    drawing.object_paint_and_stroke.fn(&drawing, 1, 1, 0, nullptr, nullptr, &rect, nullptr, nullptr, 0, &clip,
+                                       ORV_PAINTFLAGS_FILL, &end, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(end.gpf_X, 0);
+    EXPECT_EQ(end.gpf_Y, 0);
+    EXPECT_NE(session()->glyph_end_point.gpf_X, 0) << "the clip has moved it since";
+}
+
+TEST_F(CaptureInCalls, ListOfSightingsIsEmptiedByFacesPaintsAndEndsOfGroups)
+{
+    uint32_t replay = 0;
+    ORV_DrawingInterface other = {};
+    paint();
+    EXPECT_NE(session()->object_scratch, nullptr);
+    EXPECT_EQ(session()->object_scratch->next, nullptr);
+    paint();
+    EXPECT_EQ(session()->object_scratch->next, nullptr) << "of one paint alone";
+    drawing.group_start.fn(&drawing, 1, nullptr, nullptr, 0, 0, 0, 0, nullptr, 0, 0, 0, nullptr, nullptr, nullptr,
+                           nullptr, 0, 0, 0, nullptr, nullptr, nullptr);
+    EXPECT_NE(session()->object_scratch, nullptr);
+    drawing.group_finish.fn(&drawing, &replay);
+    EXPECT_EQ(session()->object_scratch, nullptr);
+    paint();
+    drawing.resource_paint.fn(&drawing, 9, 0, 0, nullptr, nullptr, nullptr, nullptr, 0, 0, 0, nullptr, nullptr, 0);
+    EXPECT_EQ(session()->object_scratch, nullptr);
+    paint();
+    client.start_face(&other);
+    EXPECT_EQ(session()->object_scratch, nullptr);
+    paint();
+    drawing.object_paint_and_stroke.fn(&drawing, 1, 1, 0, nullptr, nullptr, nullptr, nullptr, nullptr, 0, nullptr, 0,
+                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(session()->object_scratch, nullptr);
+    other.drawing_finish.fn(&other);
+}
+
+TEST(CaptureOfADocument, EndPointGoesBackToTheClient)
 {
     TestSession client;
     ASSERT_TRUE(client.set_base_mode());
