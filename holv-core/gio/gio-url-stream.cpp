@@ -90,11 +90,16 @@ uint64_t url_read(void* buffer, uint64_t item_size, uint64_t item_count, void* c
     return got / item_size;
 }
 
+bool is_forward_only(const GIO_UrlInstance* u)
+{
+    return u->owner == nullptr || (u->owner->kind & GIO_KIND_FORWARD_ONLY) != 0;
+}
+
 int32_t set_position(GIO_UrlInstance* u, int64_t distance, int32_t origin)
 {
     GIO_HttpState* http = u->http;
     const bool backwards = distance < 0 || (origin == GIO_SEEK_SET && distance < http->position);
-    if ((u->owner->kind & GIO_KIND_FORWARD_ONLY) != 0 && backwards)
+    if (is_forward_only(u) && backwards)
     {
         u->last_error = GIO_ERR_INVALID;
         return -1;
@@ -144,7 +149,7 @@ void close_handles(GIO_HttpState* http)
 
 bool open_handles(GIO_HttpState* http, const char* url)
 {
-    http->internet_handle = http->client->http_Open(kAgent);
+    http->internet_handle = url != nullptr ? http->client->http_Open(kAgent) : nullptr;
     if (http->internet_handle != nullptr)
         http->request_handle = http->client->http_OpenUrl(http->internet_handle, url);
     return http->request_handle != nullptr;
@@ -229,7 +234,7 @@ void url_clear_error(void* c)
 int64_t url_size(void* c)
 {
     GIO_UrlInstance* u = of(c);
-    if (u == nullptr)
+    if (u == nullptr || u->owner == nullptr)
         return -1;
     const int64_t remembered = u->http->position;
     const uint32_t kind = u->owner->kind;
@@ -245,7 +250,7 @@ int64_t url_size(void* c)
 int32_t url_close(void* c)
 {
     GIO_UrlInstance* u = of(c);
-    if (u == nullptr)
+    if (u == nullptr || u->allocator == nullptr || u->owner == nullptr || u->url == nullptr)
         return GIO_ERR_BAD_HANDLE;
     GMM_Allocator* allocator = u->allocator;
     GIO_Stream* owner = u->owner;
@@ -289,6 +294,8 @@ int32_t gio_OpenHttp(const char* url, uint64_t url_size_in_bytes, GMM_Allocator*
     if (out_stream != nullptr)
         *out_stream = nullptr;
     if (url == nullptr || url_size_in_bytes == 0 || allocator == nullptr || out_stream == nullptr)
+        return GIO_ERR_INVALID;
+    if (url[url_size_in_bytes - 1] != '\0')
         return GIO_ERR_INVALID;
     auto* block = static_cast<UrlBlock*>(allocator->gmm_Alloc(allocator, sizeof(UrlBlock), 0));
     auto* copy = static_cast<char*>(allocator->gmm_Alloc(allocator, url_size_in_bytes, 0));

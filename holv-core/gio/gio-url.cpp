@@ -313,6 +313,8 @@ int32_t gio_ParseUrl(const char* text, GIO_UrlParts* parts)
 
 int64_t gio_NormalisePart(const GIO_UrlPart* part, uint32_t char_class, uint32_t syntax, uint32_t flags, char* out)
 {
+    if (part == nullptr || (part->text == nullptr && part->length != 0))
+        return -1;
     const bool cut = (flags & GIO_NORMALISE_CUT) != 0;
     const int64_t room =
         cut && out != nullptr ? gio_NormalisePart(part, char_class, syntax, flags, nullptr) : INT64_MAX;
@@ -368,6 +370,8 @@ uint32_t gio_RemoveDotSegments(char* buffer, uint32_t length, uint32_t syntax)
 
 int32_t gio_IsAbsolutePath(const char* name, uint32_t* absolute)
 {
+    if (name == nullptr || absolute == nullptr)
+        return GIO_ERR_INVALID;
     *absolute = 1;
     if (name[0] == '\\')
         return GIO_OK;

@@ -79,7 +79,7 @@ int32_t gio_ParseUrl(const char* text, GIO_UrlParts* parts);
 // written. A plain character has to be in `char_class`. An escape of an unreserved character becomes that
 // character; any other stays or is decoded. In a path, the separator of `syntax` becomes "/"; for other parts
 // `syntax` is GIO_PATH_URL. Gives the length, or -1: for "%" without two digits, for bytes from 0x80 up that are
-// not well-formed UTF-8, for an escaped 0 that would be decoded, for GIO_NORMALISE_CUT without any "/".
+// not well-formed UTF-8, for an escaped 0 that would be decoded, for GIO_NORMALISE_CUT without any "/", for null.
 int64_t gio_NormalisePart(const GIO_UrlPart* part, uint32_t char_class, uint32_t syntax, uint32_t flags, char* out);
 
 // Removes "." and ".." segments in place and gives the new length; no terminator is read or written. All leading
@@ -105,7 +105,7 @@ int32_t gio_ResolveUrl(const char* name, uint32_t name_kind, const char* base, G
 int32_t gio_ResolvePath(const char* name, const char* base, char* buffer, uint32_t* inout_size);
 
 // Whether a local name is absolute: it starts with "\", or its first ":" has a "\" or "/" behind it. Gives
-// 0, or GIO_ERR_BAD_NAME for a ":" with anything else behind it.
+// 0, GIO_ERR_BAD_NAME for a ":" with anything else behind it, or GIO_ERR_INVALID for null.
 int32_t gio_IsAbsolutePath(const char* name, uint32_t* absolute);
 
 #ifdef __cplusplus

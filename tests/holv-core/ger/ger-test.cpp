@@ -10,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 #include <string>
 
@@ -138,6 +140,16 @@ TEST_F(ErrorLog, LinesAreCutAt1023)
     EXPECT_EQ(take(), std::string(1023, 'a'));
     EXPECT_EQ(GER_LogPrint(log, 1, 0, "%s", std::string(1024, 'b').c_str()), 0);
     EXPECT_EQ(take(), std::string(1023, 'b'));
+}
+
+TEST_F(ErrorLog, FormatThatFailsPrintsNothing)
+{
+    const char* no_character = "%lc";
+    if (std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)) >= 0)
+        GTEST_SKIP() << "the host's print takes any character";
+    EXPECT_EQ(GER_LogPrint(log, 1, 0, no_character, static_cast<wint_t>(0xDC00)), 1000);
+    EXPECT_EQ(take(), "");
+    EXPECT_EQ(locks.held, 0);
 }
 
 TEST_F(ErrorLog, LevelsFilter)

@@ -240,6 +240,53 @@ TEST(PackedDivision, AMillionRandomOperandsAgainstWideIntegers)
     }
 }
 
+// The division by its bounds, its scan and its rounding, in plain integers of 128 bits.
+uint32_t want_packed(int32_t numerator, int64_t determinant, bool guarded, uint32_t* flags)
+{
+    const Wide size = (determinant < 0 ? -static_cast<Wide>(determinant) : determinant) / 65536;
+    const Wide dividend = static_cast<Wide>(numerator) * 1073741824;
+    const Wide quotient = size == 0 ? dividend : dividend / (determinant < 0 ? -size : size);
+    *flags = 0;
+    if (quotient > (guarded ? 2147319807 : 2147483647) || quotient < (guarded ? -2147319808LL : -2147483648LL))
+    {
+        *flags = 1;
+        return quotient > 0 ? 1048561 : 1048577;
+    }
+    // A mantissa of 16 bits with its first bit set, if positive; the same one's complement, if negative.
+    int s = 1;
+    while (s > -14 && (quotient < 0 ? -quotient - 1 : quotient) < static_cast<Wide>(1) << (s + 29))
+        --s;
+    const Wide unit = static_cast<Wide>(1) << (s + 14);
+    Wide mantissa = quotient / unit;
+    const bool exact = mantissa * unit == quotient;
+    if (quotient < 0 && !exact)
+        --mantissa;
+    if (quotient > 0 && !exact && (mantissa < 65535 || s < 1))
+        ++mantissa;
+    if (mantissa == 65536)
+    {
+        mantissa = 32768;
+        ++s;
+    }
+    return static_cast<uint32_t>(mantissa * 16 + (s & 15)) & 2097151;
+}
+
+TEST(PackedDivision, AMillionRandomOperandsToTheBit)
+{
+    std::mt19937_64 random(17);
+    for (int i = 0; i < 1000000; ++i)
+    {
+        const auto numerator = static_cast<int32_t>(static_cast<uint32_t>(random())) >> (random() % 32);
+        const bool guarded = (random() & 1) != 0;
+        const int64_t determinant = i % 3 == 0 ? INT64_C(1) << 46 : static_cast<int64_t>(random()) >> (random() % 64);
+        uint32_t flags = 99, want_flags = 99;
+        const uint32_t want = want_packed(numerator, determinant, guarded, &want_flags);
+        ASSERT_EQ(ggo_packed_divide(numerator, determinant, guarded ? 1 : 0, &flags), want)
+            << numerator << " / " << determinant;
+        ASSERT_EQ(flags, want_flags) << numerator << " / " << determinant;
+    }
+}
+
 TEST(FixedMatrix, InvertsTheLinearPart)
 {
     const GGO_MatrixFixed matrix = {{2 * kOne, kOne, 0, 4 * kOne, 99, 99}};
@@ -354,6 +401,81 @@ TEST(FixedMatrix, BoxesReportAndEmptyOnesStay)
     ggo_transform_box_fixed(&twice, {0, 0, 0, kMax}, nullptr, &flags);
     EXPECT_EQ(flags, 1U);
     EXPECT_EQ(ggo_transform_box_fixed(&twice, {1, 2, 3, 4}, nullptr, nullptr).gbx_MaxY, 8);
+}
+
+// The steps in 128 bits, with what each has to report.
+struct Told
+{
+    uint32_t flags = 0;
+
+    Wide mul(Wide a, Wide b)
+    {
+        const Wide p = a < 0 ? -a : a, q = b < 0 ? -b : b;
+        const Wide kept = (p * q) >> 32;
+        const auto value = static_cast<int64_t>(static_cast<uint64_t>((a < 0) != (b < 0) ? -kept : kept));
+        if ((p >> 32) * (q >> 32) >= 2147483648 || value == std::numeric_limits<int64_t>::min())
+            flags |= 1;
+        if (value == 0 && a != 0 && b != 0)
+            flags |= 2;
+        return value;
+    }
+    Wide add(Wide a, Wide b)
+    {
+        constexpr Wide kMost = std::numeric_limits<int64_t>::max();
+        if (a + b > kMost || a + b < -kMost)
+            flags |= 1;
+        return static_cast<int64_t>(static_cast<uint64_t>(a + b));
+    }
+    int32_t narrow(Wide wide, int bits)
+    {
+        const Wide kept = wide / (static_cast<Wide>(1) << bits);
+        const auto value = static_cast<int32_t>(static_cast<uint32_t>(kept));
+        if (kept > kMax || kept < -static_cast<Wide>(kMax))
+            flags |= 1;
+        if (value == 0 && wide != 0)
+            flags |= 2;
+        return value;
+    }
+    int32_t axis(const GGO_MatrixFixed& m, int axis, int32_t x, int32_t y)
+    {
+        const Wide of_x = mul(static_cast<Wide>(x) << 24, static_cast<Wide>(m.m[axis]) << 16);
+        const Wide of_y = mul(static_cast<Wide>(y) << 24, static_cast<Wide>(m.m[axis + 2]) << 16);
+        return narrow(add(add(of_x, of_y), static_cast<Wide>(m.m[axis + 4]) << 24), 24);
+    }
+};
+
+TEST(FixedMatrix, RandomPointsAndProductsStepByStep)
+{
+    std::mt19937_64 random(29);
+    const auto operand = [&random] { return static_cast<int32_t>(static_cast<uint32_t>(random())) >> (random() % 32); };
+    for (int i = 0; i < 200000; ++i)
+    {
+        GGO_MatrixFixed one, other, product;
+        for (int32_t& value : one.m)
+            value = operand();
+        for (int32_t& value : other.m)
+            value = operand();
+        const int32_t x = operand(), y = operand();
+        Told point;
+        const int32_t to_x = point.axis(one, 0, x, y), to_y = point.axis(one, 1, x, y);
+        uint32_t flags = 99;
+        ASSERT_EQ(ggo_transform_point_fixed(&one, ggo_pack_point_fixed(x, y), &flags),
+                  ggo_pack_point_fixed(to_x, to_y));
+        ASSERT_EQ(flags, point.flags);
+        Told told;
+        const uint32_t product_flags = ggo_multiply_fixed(&one, &other, &product);
+        for (int entry = 0; entry < 4; ++entry)
+        {
+            const int row = entry & 2, column = entry & 1;
+            const Wide first = told.mul(static_cast<Wide>(one.m[row]) << 16, static_cast<Wide>(other.m[column]) << 16);
+            const Wide second =
+                told.mul(static_cast<Wide>(one.m[row + 1]) << 16, static_cast<Wide>(other.m[column + 2]) << 16);
+            ASSERT_EQ(product.m[entry], told.narrow(told.add(first, second), 16)) << entry;
+        }
+        ASSERT_EQ(product.m[4], told.axis(other, 0, one.m[4], one.m[5]));
+        ASSERT_EQ(product.m[5], told.axis(other, 1, one.m[4], one.m[5]));
+        ASSERT_EQ(product_flags, told.flags);
+    }
 }
 
 TEST(FixedMatrix, RandomPointsAgainstWideIntegers)

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -45,6 +47,24 @@ TEST(FilePosix, LoopsOfLinksAreNoCodeOfTheSameNumber)
     ASSERT_EQ(symlink("gio-file-loop.tmp", "gio-file-loop.tmp"), 0);
     EXPECT_EQ(gio_OpenFile("gio-file-loop.tmp", GIO_OPEN_READ, 0, allocator.get(), &stream), 1002);
     EXPECT_EQ(GIO_FileDelete("gio-file-loop.tmp"), 0);
+}
+
+TEST(FilePosix, AppendingWhereNothingSeeksWritesNothing)
+{
+    orvlog::test::TestAllocator allocator;
+    const char* path = "gio-file-fifo.tmp";
+    unlink(path);
+    ASSERT_EQ(mkfifo(path, 0600), 0);
+    const int reader = open(path, O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    GIO_Stream* stream = nullptr;
+    ASSERT_EQ(gio_OpenFile(path, GIO_OPEN_APPEND, 0, allocator.get(), &stream), 0);
+    EXPECT_EQ(stream->ops->gio_Write("x", 1, 1, stream->instance), 0U);
+    stream->ops->gio_Close(stream->instance);
+    char byte = 0;
+    EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing was written";
+    close(reader);
+    EXPECT_EQ(GIO_FileDelete(path), 0);
 }
 
 TEST(FilePosix, PositionsBeyondTwoGigabytes)

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstring>
 #include <string>
 #include <tuple>
@@ -61,6 +62,53 @@ struct Opened
         return result;
     }
 };
+
+TEST(UrlStream, RecordsHaveTheirLayout)
+{
+    EXPECT_EQ(offsetof(GIO_UrlInstance, kind), 0U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, allocator), 8U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, owner), 16U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, http), 24U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, url), 32U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, last_error), 40U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, eof_flag), 44U);
+    EXPECT_EQ(offsetof(GIO_UrlInstance, error_flag), 48U);
+    EXPECT_EQ(offsetof(GIO_HttpState, internet_handle), 0U);
+    EXPECT_EQ(offsetof(GIO_HttpState, request_handle), 8U);
+    EXPECT_EQ(offsetof(GIO_HttpState, position), 16U);
+}
+
+TEST(UrlStream, IncompleteInstances)
+{
+    Opened o("a\nbc");
+    auto* whole = static_cast<GIO_UrlInstance*>(o.c);
+    char buffer[8];
+    GIO_UrlInstance part = *whole;
+    part.owner = nullptr;
+    EXPECT_EQ(o.ops->gio_Seek(&part, -1, 0), -1);
+    EXPECT_EQ(part.last_error, 22U);
+    EXPECT_EQ(o.ops->gio_Size(&part), -1);
+    EXPECT_EQ(o.ops->gio_Close(&part), 9);
+    part = *whole;
+    part.allocator = nullptr;
+    EXPECT_EQ(o.ops->gio_Close(&part), 9);
+    part = *whole;
+    part.url = nullptr;
+    EXPECT_EQ(o.ops->gio_Close(&part), 9);
+    EXPECT_EQ(o.ops->gio_Gets(buffer, 8, &part), nullptr) << "nothing to open afresh";
+    EXPECT_EQ(part.last_error, 1001U);
+}
+
+TEST(UrlStream, TheTextHasToEndWhereItsSizeSays)
+{
+    TestAllocator allocator;
+    ScriptedHttp http("abc");
+    GIO_Stream* stream = nullptr;
+    EXPECT_EQ(gio_OpenHttp("http://h", 8, allocator.get(), &stream), 22);
+    EXPECT_EQ(stream, nullptr);
+    ASSERT_EQ(gio_OpenHttp("http://h", 9, allocator.get(), &stream), 0);
+    EXPECT_EQ(stream->ops->gio_Close(stream->instance), 0);
+}
 
 TEST(UrlStream, OpensAndCloses)
 {

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -101,6 +103,68 @@ std::string resolve_path(const char* name, const char* base)
     EXPECT_EQ(code, GIO_OK) << name;
     EXPECT_EQ(size, std::strlen(buffer) + 1);
     return buffer;
+}
+
+TEST(UrlRecords, HaveTheirLayout)
+{
+    EXPECT_EQ(offsetof(GIO_UrlPart, text), 0U);
+    EXPECT_EQ(offsetof(GIO_UrlPart, length), 8U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, text), 0U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, text_size), 8U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, scheme), 16U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, scheme_kind), 32U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, authority), 40U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, path), 56U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, path_syntax), 72U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, query), 80U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, fragment), 96U);
+    EXPECT_EQ(offsetof(GIO_UrlParts, has_authority), 112U);
+    EXPECT_EQ(sizeof(GIO_UrlParts), 120U);
+}
+
+// Each of the 256 bytes, plain, in each class.
+TEST(Normalise, ClassesOfAllBytes)
+{
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    const std::string in_path = letters + "!$&'()+,-./:;=@[]^_`{}~";
+    const std::pair<uint32_t, std::string> classes[] = {{1, letters + "+-."}, {2, letters + "+-.:@[]_"},
+                                                        {4, in_path},         {8, in_path},
+                                                        {16, in_path},        {32, letters + "-._~"}};
+    for (const auto& [char_class, members] : classes)
+        for (int byte = 0; byte < 256; ++byte)
+        {
+            const std::string text(1, static_cast<char>(byte));
+            const bool member = byte != '%' && members.find(text[0]) != std::string::npos;
+            EXPECT_EQ(normalise(text, char_class), member ? text : "bad") << char_class << " " << byte;
+        }
+}
+
+// Each of the 256 escapes alone: unreserved ones are replaced, those from 0x80 up are no UTF-8.
+TEST(Normalise, AllEscapes)
+{
+    const std::string unreserved = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~";
+    for (int byte = 0; byte < 256; ++byte)
+    {
+        const char digits[] = "0123456789abcdef";
+        const std::string text = {'%', digits[byte / 16], digits[byte % 16]};
+        const std::string character(1, static_cast<char>(byte));
+        const bool replaced = byte != 0 && unreserved.find(character) != std::string::npos;
+        EXPECT_EQ(path(text), replaced ? character : byte < 0x80 ? text : "bad") << byte;
+        EXPECT_EQ(path(text, GIO_NORMALISE_DECODE), byte != 0 && byte < 0x80 ? character : "bad") << byte;
+        EXPECT_EQ(normalise(text, GIO_CLASS_AUTHORITY), replaced && byte != '~'    ? character
+                                                        : byte < 0x80 && !replaced ? text
+                                                                                   : "bad")
+            << byte;
+    }
+}
+
+TEST(Normalise, NullParts)
+{
+    const GIO_UrlPart none = {nullptr, 0};
+    const GIO_UrlPart broken = {nullptr, 5};
+    EXPECT_EQ(gio_NormalisePart(nullptr, GIO_CLASS_PATH, GIO_PATH_URL, 0, nullptr), -1);
+    EXPECT_EQ(gio_NormalisePart(&none, GIO_CLASS_PATH, GIO_PATH_URL, 0, nullptr), 0);
+    EXPECT_EQ(gio_NormalisePart(&broken, GIO_CLASS_PATH, GIO_PATH_URL, 0, nullptr), -1);
 }
 
 TEST(ParseUrl, WholeUrls)
@@ -422,6 +486,29 @@ TEST(ResolveUrl, NullArguments)
     EXPECT_EQ(gio_ResolveUrl("http://h", 3, nullptr, &parts, nullptr), 22);
     EXPECT_EQ(gio_ResolveUrl("http://h", 3, nullptr, &parts, &size), 22);
     EXPECT_EQ(size, 9U);
+}
+
+TEST(AbsolutePath, SaysSo)
+{
+    const auto absolute = [](const char* name)
+    {
+        uint32_t is_absolute = 9;
+        const int32_t code = gio_IsAbsolutePath(name, &is_absolute);
+        return code == 0 ? std::to_string(is_absolute) : "code " + std::to_string(code);
+    };
+    EXPECT_EQ(absolute("\\"), "1");
+    EXPECT_EQ(absolute("\\x:y"), "1");
+    EXPECT_EQ(absolute("c:\\x"), "1");
+    EXPECT_EQ(absolute("c:/x"), "1");
+    EXPECT_EQ(absolute(":/"), "1");
+    EXPECT_EQ(absolute("x"), "0");
+    EXPECT_EQ(absolute("/x"), "0");
+    EXPECT_EQ(absolute(""), "0");
+    EXPECT_EQ(absolute("c:"), "code 38");
+    EXPECT_EQ(absolute("c:x"), "code 38");
+    EXPECT_EQ(absolute("c:x:\\y"), "code 38");
+    EXPECT_EQ(absolute(nullptr), "code 22");
+    EXPECT_EQ(gio_IsAbsolutePath("x", nullptr), 22);
 }
 
 TEST(ResolvePath, AbsoluteNames)
