@@ -9,12 +9,16 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -337,6 +341,57 @@ TEST_F(ErrorLog, HookReplacesTheWrite)
     EXPECT_EQ(hooked.output, other->gl_Outputs);
     EXPECT_EQ(take(), "");
     EXPECT_EQ(GER_LogDestroy(other), 0);
+}
+
+// Locks that hold threads back.
+struct ThreadLocks
+{
+    ThreadLocks() : services{}
+    {
+        services.create = [](const GER_OsServices*, void*, void** lock, uintptr_t, uintptr_t) -> int32_t
+        {
+            *lock = new std::timed_mutex;
+            return 5;
+        };
+        services.destroy = [](const GER_OsServices*, void* lock) -> int32_t
+        {
+            delete static_cast<std::timed_mutex*>(lock);
+            return 5;
+        };
+        services.release = [](const GER_OsServices*, void* lock) -> int32_t
+        {
+            static_cast<std::timed_mutex*>(lock)->unlock();
+            return 5;
+        };
+        services.take = [](const GER_OsServices*, void* lock, uintptr_t, uint32_t timeout) -> int32_t
+        { return static_cast<std::timed_mutex*>(lock)->try_lock_for(std::chrono::milliseconds(timeout)) ? 5 : 1; };
+    }
+
+    GER_OsServices services;
+};
+
+TEST_F(ErrorLog, ManyThreadsPrintAndGrow)
+{
+    ThreadLocks thread_locks;
+    GER_Log* shared = nullptr;
+    ASSERT_EQ(GER_LogCreate(stream.get(), allocator.get(), &thread_locks.services, 60000, nullptr, nullptr, &shared),
+              0);
+    std::vector<std::thread> threads;
+    for (int32_t t = 0; t < 4; ++t)
+        threads.emplace_back(
+            [shared, t]
+            {
+                for (int32_t i = 0; i < 500; ++i)
+                    GER_LogPrint(shared, 1, i * 4 + t, "line %d\n", t);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(shared->gl_ChannelCapacity, 2000);
+    const std::string text = take();
+    EXPECT_EQ(text.size(), 2000U * 7);
+    for (size_t at = 0; at < text.size(); at += 7)
+        ASSERT_EQ(text.substr(at, 5), "line ");
+    EXPECT_EQ(GER_LogDestroy(shared), 0);
 }
 
 // An error record with so much room for its text, its last byte the last of a page.

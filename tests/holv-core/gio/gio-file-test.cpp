@@ -125,7 +125,6 @@ TEST_F(File, TableOfOneStreamCanBeChanged)
     const_cast<GIO_StreamOps*>(one->ops)->gio_Getc = [](void*) -> int32_t { return 77; };
     EXPECT_EQ(one->ops->gio_Getc(one->instance), 77);
     EXPECT_EQ(other->ops->gio_Getc(other->instance), -1);
-    EXPECT_EQ(gio_stdout()->ops, gio_stderr()->ops);
     one->ops->gio_Close(one->instance);
     other->ops->gio_Close(other->instance);
 }
@@ -444,8 +443,18 @@ TEST_F(File, StandardStreamsStayOpen)
         EXPECT_EQ(stream->ops->gio_GetPath(stream->instance, &kind), nullptr);
         EXPECT_EQ(kind, 4U);
     }
-    EXPECT_EQ(gio_stdin_instance()->tag, 1U);
-    EXPECT_EQ(gio_stdin_instance()->allocator, nullptr);
+    EXPECT_EQ(gio_stdout()->ops, gio_stderr()->ops) << "one table for all";
+    const auto expect_standard = [](const GIO_FileInstance* instance, const FILE* file)
+    {
+        EXPECT_EQ(instance->tag, 1U);
+        EXPECT_EQ(instance->allocator, nullptr);
+        EXPECT_EQ(instance->file, file);
+        EXPECT_EQ(instance->path, nullptr);
+        EXPECT_EQ(instance->path_kind, 4U);
+    };
+    expect_standard(gio_stdin_instance(), stdin);
+    expect_standard(static_cast<GIO_FileInstance*>(gio_stdout()->instance), stdout);
+    expect_standard(static_cast<GIO_FileInstance*>(gio_stderr()->instance), stderr);
 }
 
 TEST_F(File, TextModeReadsWhatItWrote)

@@ -42,6 +42,15 @@ TEST(FileUtilsPosix, MovesCrossVolumes)
     fs::remove_all(other);
 }
 
+TEST(FileUtilsPosix, AFullDeviceIsReported)
+{
+    std::ofstream("gio-file-utils-posix-test.tmp") << "content";
+    EXPECT_EQ(GIO_FileCopyPlain("gio-file-utils-posix-test.tmp", "/dev/full"), 28);
+    EXPECT_EQ(GIO_FileCopy("gio-file-utils-posix-test.tmp", "/dev/full", 1), 28);
+    EXPECT_EQ(GIO_FileCopy("gio-file-utils-posix-test.tmp", "/dev/full", 0), 13);
+    fs::remove("gio-file-utils-posix-test.tmp");
+}
+
 TEST(FileUtilsPosix, DirectoryAsASourceIsNoFile)
 {
     EXPECT_EQ(GIO_FileCopyPlain("/", "gio-file-utils-posix-test.tmp"), 1002);
