@@ -269,6 +269,16 @@ TEST_F(ErrorLog, DefaultChannelMoves)
     EXPECT_EQ(GER_LogSetChannelLevel(log, 1, 9999), 22);
 }
 
+TEST_F(ErrorLog, NullLogsAreRefused)
+{
+    EXPECT_EQ(GER_LogDestroy(nullptr), 22);
+    EXPECT_EQ(GER_LogSetOutput(nullptr, stream.get(), 0, 0), 22);
+    EXPECT_EQ(GER_LogSetDefaultLevel(nullptr, 1), 22);
+    EXPECT_EQ(GER_LogSetChannelLevel(nullptr, 1, 0), 22);
+    EXPECT_EQ(GER_LogSetDefaultChannel(nullptr, 0), 22);
+    EXPECT_EQ(locks.held, 0);
+}
+
 TEST_F(ErrorLog, LockThatCannotBeHadLosesTheLine)
 {
     locks.take_result = 1;
@@ -463,6 +473,14 @@ TEST_F(Record, TextIsCutAtTheCapacity)
     GER_ErrorSet(error, 1, 2, 3, "%s", "abcdefgh");
     EXPECT_STREQ(error->ge_Text, "p:abcde");
     EXPECT_EQ(error->ge_Text[2 + 5], '\0');
+}
+
+TEST_F(Record, TerminatorStandsBehindTheCapacity)
+{
+    GER_Error* error = make(6, "p:");
+    std::memset(error->ge_Text + 2, '#', 7);
+    GER_ErrorSet(error, 1, 2, 3, "ab");
+    EXPECT_EQ(std::string(error->ge_Text, 9), std::string("p:ab\0###\0", 9));
 }
 
 TEST_F(Record, WithoutFormatTheTextEndsBehindThePrefix)

@@ -289,8 +289,11 @@ TEST(Trapping, FaultsAreCaughtAndNothingIsWritten)
 TEST(Trapping, AnExactDenormalResultIsAFault)
 {
     // The sine is 2^-1060 exactly, which raises no flag while faults are masked.
-    expect_fault(GGO_Matrix{{0x1p+100, 0x1p-960, 0, 1, 0, 0}}, "double");
-    expect_fault(GGO_MatrixSingle{{0x1p+40F, 0x1p-100F, 0, 1, 0, 0}}, "single");
+    expect_fault(GGO_Matrix{{0x1p+100, 0x1p-960, 1, 1, 0, 0}}, "double");
+    expect_fault(GGO_MatrixSingle{{0x1p+40F, 0x1p-100F, 1, 1, 0, 0}}, "single");
+    // One more bit makes it normal.
+    EXPECT_EQ(trapping(GGO_Matrix{{0x1p+100, 0x1p-922, 1, 1, 0, 0}}).faulted, 0U);
+    EXPECT_EQ(trapping(GGO_MatrixSingle{{0x1p+40F, 0x1p-86F, 1, 1, 0, 0}}).faulted, 0U);
 }
 
 #if defined(__SSE2__)
@@ -393,6 +396,7 @@ TEST(BoxTransform, EmptyBoxStays)
     expect_box(ggo_transform_box_within_double(&m, {1, 1, 1, 1}, 0), 7, 7, 7, 7);
     const GGO_MatrixSingle s = {{2, 0, 0, 2, 5, 5}};
     EXPECT_EQ(ggo_transform_box_stepped_single(&s, {1, 1, -1, -1}).gbs_MinX, 1);
+    EXPECT_EQ(ggo_transform_box_within_single(&s, {1, 1, -1, -1}, 7).gbs_MinX, 1);
 }
 
 }  // namespace

@@ -48,6 +48,8 @@ TEST(FileUtilsPosix, AFullDeviceIsReported)
     EXPECT_EQ(GIO_FileCopyPlain("gio-file-utils-posix-test.tmp", "/dev/full"), 28);
     EXPECT_EQ(GIO_FileCopy("gio-file-utils-posix-test.tmp", "/dev/full", 1), 28);
     EXPECT_EQ(GIO_FileCopy("gio-file-utils-posix-test.tmp", "/dev/full", 0), 13);
+    std::ofstream("gio-file-utils-posix-test.tmp") << std::string(100000, 'x');
+    EXPECT_EQ(GIO_FileCopyPlain("gio-file-utils-posix-test.tmp", "/dev/full"), 28) << "before the close";
     fs::remove("gio-file-utils-posix-test.tmp");
 }
 
