@@ -26,7 +26,7 @@ AT(AdaptiveHuffmanCoder, bit_position, 33);
 AT(AdaptiveHuffmanCoder, allocator, 40);
 AT(AdaptiveHuffmanCoder, input, 48);
 AT(AdaptiveHuffmanCoder, input_count, 56);
-AT(AdaptiveHuffmanCoder, index, 60);
+AT(AdaptiveHuffmanCoder, index, 64);
 
 #undef AT
 
@@ -35,37 +35,36 @@ namespace
 
 // --- Bits out ---
 
-// A copy of the coder's bit state, so that the loops need not go through memory. `held` keeps `count` bits, at
-// most seven, that no byte has been completed with.
+// A copy of the coder's bit state, so that the loops need not go through memory. `held` keeps `count` bits that have
+// not been stored, less than 32; what stands above them means nothing.
 struct BitWriter
 {
-    uint8_t* start;
     uint8_t* next;
     uint64_t held;
     uint32_t count;
 };
 
-uint64_t bits_written(const BitWriter* bits)
+void store_bytes(BitWriter* bits, uint32_t bytes)
 {
-    return static_cast<uint64_t>(bits->next - bits->start) * 8 + bits->count;
+    for (uint32_t i = 0; i < bytes; ++i)
+    {
+        bits->count -= 8;
+        *bits->next++ = static_cast<uint8_t>(bits->held >> bits->count);
+    }
 }
 
+// The low `count` bits of a value, at most 32.
 void put_bits(BitWriter* bits, uint64_t value, uint32_t count)
 {
-    const uint64_t all = (bits->held << count) | (value & ((uint64_t{1} << count) - 1));
-    uint32_t left = bits->count + count;
-    while (left >= 8)
-    {
-        left -= 8;
-        *bits->next++ = static_cast<uint8_t>(all >> left);
-    }
-    bits->held = all & ((uint64_t{1} << left) - 1);
-    bits->count = left;
+    bits->held = bits->held << count | (value & ((uint64_t{1} << count) - 1));
+    bits->count += count;
+    if (bits->count >= 32)
+        store_bytes(bits, 4);
 }
 
 void put_code(BitWriter* bits, const AHC_Node* node)
 {
-    if (node->code_length <= 56)
+    if (node->code_length <= 32)
     {
         put_bits(bits, node->code, node->code_length);
         return;
@@ -75,6 +74,10 @@ void put_code(BitWriter* bits, const AHC_Node* node)
 }
 
 // --- Bits in ---
+
+constexpr uint32_t kLookAhead = 16;
+// With the literal behind it and up to seven bits before, a code of this length lies within eight bytes.
+constexpr uint32_t kQuickCode = 48;
 
 struct BitReader
 {
@@ -146,8 +149,63 @@ bool decode_symbol(AdaptiveHuffmanCoder* coder, BitReader* bits, uint8_t* symbol
     return true;
 }
 
+// The 64 bits of the input from a bit on, as far as eight bytes hold them: the last seven at most are missing.
+uint64_t look_bits(const uint8_t* input, uint64_t at)
+{
+    const uint8_t* bytes = input + at / 8;
+    uint64_t all = 0;
+    for (int i = 0; i < 8; ++i)
+        all = all << 8 | bytes[i];
+    return all << (at % 8);
+}
+
+// Puts the reader where it would stand had it taken the bits up to `at` one by one.
+void move_to(BitReader* bits, const uint8_t* input, uint64_t at)
+{
+    const uint8_t* next = input + (at + 7) / 8;
+    bits->left -= static_cast<uint32_t>(next - bits->next);
+    bits->next = next;
+    bits->byte = next[-1];
+    bits->position = static_cast<int32_t>(8 * (next - input)) - static_cast<int32_t>(at) - 1;
+}
+
+// Bytes as by decode_symbol, the cursor on the root before and behind each, as long as their bits lie within the input
+// and codes are not long. `input` is where the input begins, and at least a byte of it has been taken.
+uint32_t decode_quickly(AdaptiveHuffmanCoder* coder, BitReader* bits, const uint8_t* input, uint8_t* output,
+                        uint32_t limit)
+{
+    const auto taken = static_cast<uint64_t>(bits->next - input);
+    const uint64_t size = taken + bits->left;
+    uint64_t at = taken * 8 - static_cast<uint64_t>(bits->position + 1);
+    uint32_t stored = 0;
+    while (stored < limit && at / 8 + kLookAhead <= size)
+    {
+        const uint64_t window = look_bits(input, at);
+        AHC_Node* node = coder->nodes;
+        uint32_t length = 0;
+        for (; node->right != nullptr && length < kQuickCode; ++length)
+            node = (window << length) >> 63 != 0 ? node->right : node->left;
+        const bool is_new = node == coder->escape;
+        if (node->right != nullptr || (is_new && !ahc_has_room(coder)))
+            break;
+        uint8_t symbol = node->symbol;
+        if (is_new)
+        {
+            symbol = static_cast<uint8_t>(window << length >> 56);
+            length += 8;
+            ahc_add_symbol(coder, symbol);
+        }
+        at += length;
+        output[stored++] = symbol;
+        ahc_count_node(coder, node);
+    }
+    move_to(bits, input, at);
+    return stored;
+}
+
 uint32_t decode_all(AdaptiveHuffmanCoder* coder, BitReader* bits, uint8_t* output, uint32_t limit)
 {
+    const uint8_t* const input = bits->next;
     uint32_t stored = 0;
     if (coder->cursor == coder->escape && bits->left > 0)
     {
@@ -156,7 +214,11 @@ uint32_t decode_all(AdaptiveHuffmanCoder* coder, BitReader* bits, uint8_t* outpu
         output[stored++] = decode_literal(coder, bits);
     }
     while (bits->left > 0 && stored < limit && decode_symbol(coder, bits, output + stored))
+    {
         ++stored;
+        if (bits->next != input && stored < limit)
+            stored += decode_quickly(coder, bits, input, output + stored, limit - stored);
+    }
     return stored;
 }
 
@@ -178,7 +240,7 @@ AdaptiveHuffmanCoder* create_coder(GMM_Allocator* allocator, int8_t bit_position
         allocator->gmm_Free(allocator, coder);
         return nullptr;
     }
-    coder->nodes[0] = {0, 1, 0, nullptr, nullptr, nullptr, 0};
+    coder->nodes[0] = {0, 1, 0, nullptr, nullptr, nullptr, 0, 0};
     coder->next_free = coder->nodes + 1;
     coder->escape = coder->nodes;
     coder->cursor = coder->nodes;
@@ -215,24 +277,34 @@ int32_t AHC_Encode(AdaptiveHuffmanCoder* coder, uint8_t* output, uint32_t limit)
 {
     if (coder == nullptr || output == nullptr)
         return 0;
-    const uint64_t room = uint64_t{countable(limit)} * 8;
-    BitWriter bits = {output, output, coder->bit_buffer, static_cast<uint32_t>(7 - coder->bit_position)};
-    for (; coder->input_count > 0; ++coder->input, --coder->input_count)
+    BitWriter bits = {output, coder->bit_buffer, static_cast<uint32_t>(7 - coder->bit_position)};
+    uint64_t room = uint64_t{countable(limit)} * 8;
+    // With a limit of 0 the waiting bits alone are more than there is room for.
+    if (room < bits.count)
+        return 0;
+    room -= bits.count;
+    const uint8_t* input = coder->input;
+    const uint8_t* const end = input + coder->input_count;
+    for (; input != end; ++input)
     {
-        const uint8_t byte = *coder->input;
-        AHC_Node* node = ahc_find_node(coder, byte);
+        AHC_Node* node = ahc_find_node(coder, *input);
         const bool is_new = node == coder->escape;
-        if (bits_written(&bits) + node->code_length + (is_new ? 8 : 0) > room)
+        const uint64_t needed = uint64_t{node->code_length} + (is_new ? 8 : 0);
+        if (needed > room)
             break;
+        room -= needed;
         put_code(&bits, node);
         if (is_new)
         {
-            put_bits(&bits, byte, 8);
-            ahc_add_symbol(coder, byte);
+            put_bits(&bits, *input, 8);
+            ahc_add_symbol(coder, *input);
         }
         ahc_count_node(coder, node);
     }
-    coder->bit_buffer = static_cast<uint8_t>(bits.held);
+    coder->input_count = static_cast<uint32_t>(end - input);
+    coder->input = input;
+    store_bytes(&bits, bits.count / 8);
+    coder->bit_buffer = static_cast<uint8_t>(bits.held & ((1U << bits.count) - 1));
     coder->bit_position = static_cast<int8_t>(7 - static_cast<int32_t>(bits.count));
     return static_cast<int32_t>(bits.next - output);
 }

@@ -30,23 +30,24 @@ struct AHC_Node
     AHC_Node* left;        // by a 0 bit; null at a leaf
     AHC_Node* right;       // by a 1 bit; null at a leaf
     uint8_t symbol;        // the byte of a leaf; 0 in an internal node; no meaning in the escape node
+    uint16_t place;        // of the index: where the node stands in the row
 };
 
 inline constexpr uint32_t AHC_NODE_COUNT = 513;
-inline constexpr uint32_t AHC_CLASS_COUNT = 1024;
 
-// Where to find nodes without a scan. Nodes are named by their index; 0, the root, stands for none.
-// Nodes of equal weight are in one chain, together with those whose weight is the same modulo the number of
-// chains. The root is in no chain. A node changes its chain when it is counted and at no other time.
+// Where to find nodes without a scan. Nodes are named by their number in `nodes`; 0, the root, stands for none.
+// All but the root stand in a row by falling weight, so that those of equal weight are neighbours and a node
+// without equals, as most are, is known by a look at two. A node that is counted goes to the front of its equals
+// first, which keeps the row in order.
 struct AHC_Index
 {
-    uint16_t leaf_of[256];            // the first leaf of a byte
-    uint16_t first[AHC_CLASS_COUNT];  // the first node of a chain
-    uint16_t next[AHC_NODE_COUNT];    // the next node of the same chain
+    uint16_t leaf_of[256];                 // the first leaf of a byte; none for the byte 0
+    uint16_t row[AHC_NODE_COUNT];          // from 1 on
+    uint64_t weights[AHC_NODE_COUNT + 1];  // along the row, with UINT64_MAX before and behind it
 };
 
-// The fields down to `input_count` are the codec's state; `index` behind them holds nothing that cannot be
-// worked out from `nodes`.
+// The fields down to `input_count` are the codec's state; `index` behind them, like the place of a node, holds
+// nothing that cannot be worked out from `nodes`.
 struct AdaptiveHuffmanCoder
 {
     AHC_Node* nodes;           // 513 entries, owned; entry 0 is the root, then pairs of a leaf and an escape node

@@ -9,42 +9,31 @@ namespace
 // The deepest node whose code still holds its sentinel.
 constexpr uint32_t longest_whole_code = 63;
 
+// What no node weighs.
+constexpr uint64_t kNoWeight = UINT64_MAX;
+
 uint16_t index_of(const AdaptiveHuffmanCoder* coder, const AHC_Node* node)
 {
     return static_cast<uint16_t>(node - coder->nodes);
 }
 
-uint16_t* chain_of(AHC_Index* index, uint64_t weight)
+// Without the root.
+uint16_t nodes_in_row(const AdaptiveHuffmanCoder* coder)
 {
-    return &index->first[weight % AHC_CLASS_COUNT];
+    return static_cast<uint16_t>(coder->next_free - coder->nodes - 1);
 }
 
-void enter_chain(AHC_Index* index, uint16_t node, uint64_t weight)
+void set_place(AdaptiveHuffmanCoder* coder, uint16_t place, AHC_Node* node)
 {
-    uint16_t* first = chain_of(index, weight);
-    index->next[node] = *first;
-    *first = node;
-}
-
-void leave_chain(AHC_Index* index, uint16_t node, uint64_t weight)
-{
-    uint16_t* link = chain_of(index, weight);
-    while (*link != node)
-        link = &index->next[*link];
-    *link = index->next[node];
+    node->place = place;
+    coder->index.row[place] = index_of(coder, node);
+    coder->index.weights[place] = node->weight;
 }
 
 AHC_Node* take_node(AdaptiveHuffmanCoder* coder, AHC_Node* parent, uint64_t weight, uint64_t bit)
 {
     AHC_Node* node = coder->next_free++;
-    node->weight = weight;
-    node->code = 2 * parent->code + bit;
-    node->code_length = parent->code_length + 1;
-    node->parent = parent;
-    node->left = nullptr;
-    node->right = nullptr;
-    node->symbol = 0;
-    enter_chain(&coder->index, index_of(coder, node), weight);
+    *node = {weight, 2 * parent->code + bit, parent->code_length + 1, parent, nullptr, nullptr, 0, 0};
     return node;
 }
 
@@ -80,6 +69,14 @@ void exchange(AHC_Node* a, AHC_Node* b)
     renumber_below(b);
 }
 
+void note_leaf(AHC_Index* index, uint8_t symbol, uint16_t leaf)
+{
+    // No look-up finds the leaf of a byte 0: the root's symbol is 0 like that of any internal node, and a byte 0 is
+    // counted at the first node that has it. Readers of coded logs rely on it.
+    if (symbol != 0 && index->leaf_of[symbol] == 0)
+        index->leaf_of[symbol] = leaf;
+}
+
 bool is_above(const AHC_Node* upper, const AHC_Node* node)
 {
     while (node != nullptr && node != upper)
@@ -98,16 +95,16 @@ bool may_exchange(const AHC_Node* node, const AHC_Node* partner)
     return !is_above(node, partner) && !is_above(partner, node);
 }
 
-// The node of the lowest code among those of the same weight; among equal codes the node itself, then the one
-// of the lowest index. The root can be left out: it has the weight of another node only as its parent, at
-// depth 1, where no third node can come before the two.
-AHC_Node* find_partner(const AdaptiveHuffmanCoder* coder, AHC_Node* node, uint16_t first)
+// The node of the lowest code among those of the row from `first` up to `end`, which have the same weight; among
+// equal codes the node itself, then the one that came first. The root can be left out: it has the weight of another
+// node only as its parent, at depth 1, where no third node can come before the two.
+AHC_Node* find_partner(const AdaptiveHuffmanCoder* coder, AHC_Node* node, const uint16_t* first, const uint16_t* end)
 {
     AHC_Node* partner = node;
-    for (uint16_t i = first; i != 0; i = coder->index.next[i])
+    for (; first != end; ++first)
     {
-        AHC_Node* candidate = coder->nodes + i;
-        if (candidate->weight != node->weight || candidate->code > partner->code)
+        AHC_Node* candidate = coder->nodes + *first;
+        if (candidate->code > partner->code)
             continue;
         if (candidate->code < partner->code || (partner != node && candidate < partner))
             partner = candidate;
@@ -115,28 +112,43 @@ AHC_Node* find_partner(const AdaptiveHuffmanCoder* coder, AHC_Node* node, uint16
     return partner;
 }
 
+// For a node with others of its weight: makes the exchange, if one is due, and puts the node in front of them.
+void settle(AdaptiveHuffmanCoder* coder, AHC_Node* node)
+{
+    const uint64_t weight = node->weight;
+    const uint64_t* weights = coder->index.weights;
+    uint16_t first = node->place;
+    while (weights[first - 1] == weight)
+        --first;
+    uint16_t end = static_cast<uint16_t>(node->place + 1);
+    while (weights[end] == weight)
+        ++end;
+    const uint16_t* row = coder->index.row;
+    AHC_Node* partner = find_partner(coder, node, row + first, row + end);
+    if (may_exchange(node, partner))
+        exchange(node, partner);
+    set_place(coder, node->place, coder->nodes + row[first]);
+    set_place(coder, first, node);
+}
+
 }  // namespace
 
 void ahc_build_index(AdaptiveHuffmanCoder* coder)
 {
     AHC_Index* index = &coder->index;
-    std::memset(index, 0, sizeof *index);
-    for (const AHC_Node* node = coder->nodes + 1; node < coder->next_free; ++node)
+    std::memset(index->leaf_of, 0, sizeof index->leaf_of);
+    index->weights[0] = kNoWeight;
+    uint16_t count = 0;
+    for (AHC_Node* node = coder->nodes + 1; node < coder->next_free; ++node)
     {
-        enter_chain(index, index_of(coder, node), node->weight);
-        if (node->right == nullptr && node != coder->escape && index->leaf_of[node->symbol] == 0)
-            index->leaf_of[node->symbol] = index_of(coder, node);
+        uint16_t place = ++count;
+        for (; index->weights[place - 1] < node->weight; --place)
+            set_place(coder, place, coder->nodes + index->row[place - 1]);
+        set_place(coder, place, node);
+        if (node->right == nullptr && node != coder->escape)
+            note_leaf(index, node->symbol, index_of(coder, node));
     }
-}
-
-AHC_Node* ahc_find_node(const AdaptiveHuffmanCoder* coder, uint8_t byte)
-{
-    // The root's symbol is 0 like that of any internal node, and a byte 0 is counted at the first node that
-    // has it. Readers of coded logs rely on it.
-    if (byte == 0)
-        return coder->nodes;
-    const uint16_t leaf = coder->index.leaf_of[byte];
-    return leaf != 0 ? coder->nodes + leaf : coder->escape;
+    index->weights[count + 1] = kNoWeight;
 }
 
 bool ahc_has_room(const AdaptiveHuffmanCoder* coder)
@@ -150,34 +162,27 @@ void ahc_add_symbol(AdaptiveHuffmanCoder* coder, uint8_t symbol)
     inner->symbol = 0;
     AHC_Node* leaf = take_node(coder, inner, 1, 0);
     leaf->symbol = symbol;
-    if (coder->index.leaf_of[symbol] == 0)
-        coder->index.leaf_of[symbol] = index_of(coder, leaf);
+    note_leaf(&coder->index, symbol, index_of(coder, leaf));
     coder->escape = take_node(coder, inner, 0, 1);
     inner->left = leaf;
     inner->right = coder->escape;
+    // The inner node's weight is still 0 and stood alone at the end of the row, unless it is the root.
+    uint16_t place = nodes_in_row(coder);
+    coder->index.weights[place + 1] = kNoWeight;
+    set_place(coder, place--, coder->escape);
+    if (inner != coder->nodes)
+        set_place(coder, place--, inner);
+    set_place(coder, place, leaf);
 }
 
 void ahc_count_node(AdaptiveHuffmanCoder* coder, AHC_Node* node)
 {
-    AHC_Index* index = &coder->index;
-    while (node->code_length != 0)
+    for (; node->parent != nullptr; node = node->parent)
     {
-        const uint16_t own = index_of(coder, node);
-        uint16_t* first = chain_of(index, node->weight);
-        if (*first == own && index->next[own] == 0)
-        {
-            *first = 0;
-        }
-        else
-        {
-            AHC_Node* partner = find_partner(coder, node, *first);
-            if (may_exchange(node, partner))
-                exchange(node, partner);
-            leave_chain(index, own, node->weight);
-        }
-        ++node->weight;
-        enter_chain(index, own, node->weight);
-        node = node->parent;
+        const uint64_t* own = &coder->index.weights[node->place];
+        if (own[-1] == own[0] || own[1] == own[0])
+            settle(coder, node);
+        coder->index.weights[node->place] = ++node->weight;
     }
     ++node->weight;
 }

@@ -8,11 +8,17 @@
 
 #include "orvlog/log/ahc-coder.h"
 
-// Works out `index` from the nodes in use.
+// Works out `index`, and the places of the nodes in use, from these.
 void ahc_build_index(AdaptiveHuffmanCoder* coder);
 
 // The node that stands for a byte: the first entry with that symbol, or the escape node.
-AHC_Node* ahc_find_node(const AdaptiveHuffmanCoder* coder, uint8_t byte);
+inline AHC_Node* ahc_find_node(const AdaptiveHuffmanCoder* coder, uint8_t byte)
+{
+    const uint16_t leaf = coder->index.leaf_of[byte];
+    if (leaf != 0)
+        return coder->nodes + leaf;
+    return byte == 0 ? coder->nodes : coder->escape;
+}
 
 // Whether two more entries are free. An encoder always finds them.
 bool ahc_has_room(const AdaptiveHuffmanCoder* coder);

@@ -84,10 +84,10 @@ void ScanningCoder::add_symbol(uint8_t byte)
     e->symbol = 0;
     AHC_Node* leaf = next_free;
     // The escape node's symbol is left as it was found, which is what the library's coder must not depend on.
-    *leaf = {1, 2 * c, e->code_length + 1, e, nullptr, nullptr, byte};
+    *leaf = {1, 2 * c, e->code_length + 1, e, nullptr, nullptr, byte, 0};
     e->left = leaf;
     AHC_Node* fresh = next_free + 1;
-    *fresh = {0, 2 * c + 1, e->code_length + 1, e, nullptr, nullptr, fresh->symbol};
+    *fresh = {0, 2 * c + 1, e->code_length + 1, e, nullptr, nullptr, fresh->symbol, 0};
     e->right = fresh;
     escape = fresh;
     next_free += 2;
@@ -273,7 +273,7 @@ void fill_chain(AHC_Node* nodes, std::span<const uint64_t> leaf_weights)
     uint64_t below = 0;
     for (const uint64_t weight : leaf_weights)
         below += weight;
-    nodes[0] = {below, 1, 0, nullptr, nullptr, nullptr, 0};
+    nodes[0] = {below, 1, 0, nullptr, nullptr, nullptr, 0, 0};
     for (size_t depth = 1; depth <= leaf_weights.size(); ++depth)
     {
         AHC_Node* above = depth == 1 ? nodes : nodes + 2 * depth - 2;
@@ -281,8 +281,8 @@ void fill_chain(AHC_Node* nodes, std::span<const uint64_t> leaf_weights)
         const auto length = static_cast<uint32_t>(depth);
         const uint64_t weight = leaf_weights[depth - 1];
         below -= weight;
-        leaf[0] = {weight, 2 * above->code, length, above, nullptr, nullptr, static_cast<uint8_t>(depth)};
-        leaf[1] = {below, 2 * above->code + 1, length, above, nullptr, nullptr, 0};
+        leaf[0] = {weight, 2 * above->code, length, above, nullptr, nullptr, static_cast<uint8_t>(depth), 0};
+        leaf[1] = {below, 2 * above->code + 1, length, above, nullptr, nullptr, 0, 0};
         above->left = leaf;
         above->right = leaf + 1;
     }

@@ -185,12 +185,15 @@ public:
     AdaptiveHuffmanCoder* coder;
 };
 
-// Feeds both decoders alike until the data or their patience ends. False where the two differ.
-bool decode_alike(Dice& dice, std::span<const uint8_t> coded, Bytes* text)
+// Feeds both decoders alike until the data or their patience ends. False where the two differ. With leaf weights they
+// start from a chain of these.
+bool decode_alike(Dice& dice, std::span<const uint8_t> coded, Bytes* text, std::span<const uint64_t> leaf_weights = {})
 {
     TestAllocator allocator;
     AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.get());
     ScanningCoder oracle(ScanningCoder::decoder);
+    if (!leaf_weights.empty())
+        make_chain(coder, &oracle, leaf_weights);
     bool same = true;
     bool stuck = false;
     while (same && !stuck && !coded.empty())
@@ -338,6 +341,31 @@ TEST(AhcDifferential, KeepsToTheOracleWhereCodesWrap)
         compare_on_chain(Weights::ones, seed);
         compare_on_chain(Weights::few_values, seed);
         compare_on_chain(Weights::doubling_pairs, seed);
+    }
+}
+
+void decode_on_chain(Weights kind, uint32_t seed)
+{
+    SCOPED_TRACE(seed);
+    Dice dice(seed);
+    const std::vector<uint64_t> weights = chain_weights(kind, 20 + dice.below(100), dice);
+    // A chain goes down by ones.
+    Bytes coded(600);
+    for (uint8_t& byte : coded)
+        byte = dice.below(20) == 0 ? dice.byte() : 0xFF;
+    Bytes text;
+    ASSERT_TRUE(decode_alike(dice, coded, &text, weights));
+    ASSERT_FALSE(text.empty());
+}
+
+TEST(AhcDifferential, DecodesLongCodesAsTheOracle)
+{
+    for (uint32_t seed = 1; seed <= 200; ++seed)
+    {
+        decode_on_chain(Weights::fibonacci, seed);
+        decode_on_chain(Weights::ones, seed);
+        decode_on_chain(Weights::few_values, seed);
+        decode_on_chain(Weights::doubling_pairs, seed);
     }
 }
 
