@@ -222,6 +222,8 @@ uint64_t chunk_current_count(GMM_Allocator* allocator, uint64_t* used, uint64_t*
 
 GMM_Allocator* gmm_chunk_allocator_create(const GMM_ChunkParams* params)
 {
+    if (params == nullptr || params->parent == nullptr)
+        return nullptr;
     GMM_Allocator* parent = params->parent;
     auto* record =
         static_cast<GMM_ChunkAllocator*>(parent->gmm_Alloc(parent, sizeof(GMM_ChunkAllocator), params->channel));
@@ -238,7 +240,7 @@ GMM_Allocator* gmm_chunk_allocator_create(const GMM_ChunkParams* params)
 
 GMM_Allocator* gmm_chunk_allocator_in_block(const GMM_ChunkBlockParams* params)
 {
-    if (params->block == nullptr || params->size < sizeof(GMM_ChunkAllocator) + sizeof(GMM_Chunk))
+    if (params == nullptr || params->block == nullptr || params->size < sizeof(GMM_ChunkAllocator) + sizeof(GMM_Chunk))
         return nullptr;
     auto* record = static_cast<GMM_ChunkAllocator*>(params->block);
     std::memset(record, 0, sizeof *record);

@@ -53,6 +53,8 @@ bool is_set(const GMM_Allocator* allocator, size_t offset)
 
 uint32_t gmm_ut_debug_integrity_check_default(const GMM_Allocator* allocator)
 {
+    if (allocator == nullptr)
+        return 0;
     for (const Check& check : kChecks)
     {
         if (is_set(allocator, check.offset))

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -193,6 +194,95 @@ TEST_F(Chunk, ReallocRefusals)
     EXPECT_NE(pool->gmm_Realloc(pool, nullptr, 16), nullptr);
     parent.refuse(1);
     EXPECT_EQ(pool->gmm_Realloc(pool, block, 100000), nullptr);
+}
+
+TEST_F(Chunk, FreesAreNotPassedToTheParent)
+{
+    uint8_t* block = alloc(10);
+    alloc(20000);
+    const uint64_t before = parent.outstanding();
+    EXPECT_EQ(before, 3U) << "the record and two chunks";
+    pool->gmm_Free(pool, block);
+    pool->gmm_FreeAll(pool);
+    EXPECT_EQ(parent.outstanding(), before);
+}
+
+TEST(ChunkRecord, DeletionWithoutChunksGivesBackTheRecordOnly)
+{
+    TestAllocator parent;
+    const GMM_ChunkParams params = {parent.get(), 16384, 0};
+    GMM_Allocator* pool = gmm_chunk_allocator_create(&params);
+    EXPECT_EQ(parent.requests(), 1U);
+    EXPECT_EQ(parent.largest_request(), sizeof(GMM_ChunkAllocator));
+    EXPECT_EQ(parent.outstanding(), 1U);
+    EXPECT_EQ(pool->gmm_Delete(pool), parent.get());
+    EXPECT_EQ(parent.outstanding(), 0U);
+    EXPECT_EQ(parent.bad_frees(), 0U);
+}
+
+// The record's fields, in their order, behind the 22 words of every allocator.
+TEST(ChunkRecord, FieldsInTheirOrder)
+{
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_value), 176U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_word_a), 184U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_word_b), 188U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, parent), 192U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, channel), 200U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, used_bytes), 208U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, total_bytes), 216U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, chunk_size), 224U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, cursor), 232U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, remaining), 240U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, head), 248U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, tail), 264U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, minimise_callback), 280U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, minimise_context), 288U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, alloc_fail_callback), 296U);
+    EXPECT_EQ(offsetof(GMM_ChunkAllocator, alloc_fail_context), 304U);
+    EXPECT_EQ(sizeof(GMM_ChunkAllocator), 312U);
+    EXPECT_EQ(offsetof(GMM_Chunk, size), 16U);
+    EXPECT_EQ(sizeof(GMM_Chunk), 24U);
+}
+
+TEST(ChunkRecord, NothingToMakeItFromGivesNull)
+{
+    EXPECT_EQ(gmm_chunk_allocator_create(nullptr), nullptr);
+    const GMM_ChunkParams orphan = {nullptr, 16384, 0};
+    EXPECT_EQ(gmm_chunk_allocator_create(&orphan), nullptr);
+    EXPECT_EQ(gmm_chunk_allocator_in_block(nullptr), nullptr);
+}
+
+// What a parent is asked for.
+struct Asked
+{
+    GMM_Allocator record = {};
+    TestAllocator room;
+    std::vector<std::pair<uint64_t, uint32_t>> requests;
+};
+
+TEST(ChunkRecord, ParentIsAskedWithTheChannelOfTheRecord)
+{
+    Asked asked;
+    asked.record.instance = &asked;
+    asked.record.gmm_Alloc = [](GMM_Allocator* parent, uint64_t size, uint32_t channel) -> void*
+    {
+        auto* self = static_cast<Asked*>(parent->instance);
+        self->requests.emplace_back(size, channel);
+        return self->room.get()->gmm_Alloc(self->room.get(), size, 0);
+    };
+    asked.record.gmm_Free = [](GMM_Allocator* parent, void* block)
+    {
+        auto* self = static_cast<Asked*>(parent->instance);
+        self->room.get()->gmm_Free(self->room.get(), block);
+    };
+    const GMM_ChunkParams params = {&asked.record, 16384, 7};
+    GMM_Allocator* pool = gmm_chunk_allocator_create(&params);
+    pool->gmm_Alloc(pool, 1, 99);
+    pool->gmm_Calloc(pool, 20000, 98);
+    using Request = std::pair<uint64_t, uint32_t>;
+    EXPECT_EQ(asked.requests, (std::vector<Request>{{312, 7}, {16384, 7}, {32768, 7}}));
+    EXPECT_EQ(pool->gmm_Delete(pool), &asked.record);
+    EXPECT_EQ(asked.room.outstanding(), 0U);
 }
 
 struct Calls

@@ -217,6 +217,57 @@ TEST_F(ImageDump, CompressedDirectImageHasNoBytes)
     EXPECT_EQ(folder.read("side-dir-20.bin"), "");
 }
 
+TEST_F(ImageDump, CompressedIndexedImageHasAnEmptyTable)
+{
+    const uint8_t table[2] = {1, 2};
+    fake.image.im_ImageEncoding = 2;
+    fake.image.im_Flags = GOP_OP_FLAGS_IS_INDEXED_COLOR;
+    fake.record.imp_IndexColorTable = table;
+    fake.record.imp_CompressedStreamLength = 77;
+    const std::string text = dump(1);
+    EXPECT_EQ(attribute_of(text, "imp_IndexColorTable"), "");
+    EXPECT_EQ(attribute_of(text, "imp_CompressedStreamLength"), "77");
+    EXPECT_EQ(attribute_of(text, "im_ImageEncoding"), "2");
+}
+
+TEST_F(ImageDump, LongDataHasFiftyBytesInALine)
+{
+    FakeImage wide(51, 1);
+    wide.record.imp_DirectImage = wide.bytes.data();
+    ORVLOG_DumpImagePointer(log.writer(), wide.get(), 1);
+    EXPECT_NE(log.take().find(R"(    <BufferUInt8 len="51">
+01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16 17 18 19 1a 1b 1c 1d 1e 1f 20 21 22 23 24 25 26 27 )"
+                              R"(28 29 2a 2b 2c 2d 2e 2f 30 31 32 
+33 
+    </BufferUInt8>
+)"),
+              std::string::npos);
+}
+
+// The row step has no part in what is dumped: the bytes are taken as they stand.
+TEST_F(ImageDump, RowStepOfADirectImageIsNotFollowed)
+{
+    fake.record.imp_DirectImage = fake.bytes.data();
+    fake.record.imp_RowStep = 4096;
+    const std::string text = dump(1);
+    EXPECT_EQ(attribute_of(text, "imp_RowStep"), "4096");
+    EXPECT_NE(text.find("01 02 03 04 \n"), std::string::npos);
+}
+
+TEST_F(ImageDump, SpaceOfItsOwnComesLast)
+{
+    GCM_Csd csd = {};
+    csd.csd_NumBaseChans = 1;
+    fake.record.imp_Csd.cp_Csd = &csd;
+    fake.image.im_Operand.go_ColorInfo = GOP_COLOR_INFO(GOP_OCS_OTHER, GCM_CF_GREY);
+    const std::string text = dump(0);
+    const size_t image_end = text.find("  </GOP_OperandImage>\n");
+    ASSERT_NE(image_end, std::string::npos);
+    EXPECT_TRUE(text.substr(image_end).starts_with("  </GOP_OperandImage>\n  <GCM_CsdPointer")) << text;
+    EXPECT_TRUE(text.ends_with("  </GCM_CsdPointer>\n</GOP_OperandImagePointer>\n")) << text;
+    EXPECT_EQ(text.find("go_ColorSpaceFamily"), std::string::npos);
+}
+
 TEST_F(ImageDump, DataOfUnknownSizeIsLeftOut)
 {
     fake.record.imp_DirectImage = fake.bytes.data();

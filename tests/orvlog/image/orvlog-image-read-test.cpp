@@ -228,6 +228,91 @@ TEST_F(ReadThrough, NegativeCountsEndTheRead)
     EXPECT_EQ(fake.take_calls(), "prepare(8,3,0) read finish ");
 }
 
+TEST_F(ReadThrough, CountsBeyondTheBufferEndIt)
+{
+    fake.claim = 3;
+    fake.endless = true;
+    const std::string text = capture(0);
+    EXPECT_NE(text.find("img_returned=\"3\""), std::string::npos);
+    EXPECT_EQ(text.find("<BufferUInt8 len=\"3\">"), std::string::npos);
+    EXPECT_NE(text.find("Image goes on beyond its size."), std::string::npos);
+    EXPECT_TRUE(fake.take_calls().ends_with("read finish "));
+}
+
+TEST_F(ReadThrough, EmptyImageIsPreparedAndFinished)
+{
+    fake.image.im_ImageHeightPixels = 0;
+    fake.bytes.clear();
+    capture(1);
+    EXPECT_EQ(fake.take_calls(), "prepare(8,3,0) read finish ");
+}
+
+TEST_F(ReadThrough, AttributeBufferHasABytePerPixel)
+{
+    log.session.image.image_dump_flag = 5;
+    fake.image.im_Flags |= GOP_OP_FLAGS_HAS_ATTRIBUTE_DATA;
+    fake.image.im_Operand.go_ColorSpaceFamily = GCM_CSF_RGB;
+    fake.bytes.assign(12, 9);
+    use_files("side");
+    const std::string text = capture(1);
+    EXPECT_NE(text.find(R"( skip_pixels="0" img_row_step="6" img_returned="6" attr_row_step="2" attr_returned="2" )"
+                        R"(ImageFileName="side-img-10.bin" AttrFileName="side-attr-11.bin">)"),
+              std::string::npos);
+    EXPECT_NE(text.find(" need_attr=\"TRUE\">"), std::string::npos);
+    EXPECT_EQ(folder.read("side-img-10.bin"), std::string(12, '\x09'));
+    EXPECT_EQ(folder.read("side-attr-11.bin"), "\xA0\xA1\xA2\xA3");
+}
+
+// The record that prepare has left decides, not the one before it.
+TEST_F(ReadThrough, PrepareDecidesOnTheAttributes)
+{
+    log.session.image.image_dump_flag = 1;
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_HAS_ATTRIBUTE_DATA;
+    fake.replacement = other.get();
+    const std::string text = capture(1);
+    EXPECT_NE(text.find(" need_attr=\"FALSE\">"), std::string::npos);
+    EXPECT_NE(text.find(" attr_row_step=\"2\" attr_returned=\"2\">"), std::string::npos);
+    EXPECT_EQ(fake.take_calls(), "prepare(8,3,0) ");
+    EXPECT_EQ(other.take_calls(), "read read read finish ");
+}
+
+TEST_F(ReadThrough, SizeThatIsUnknownAfterThePrepareEndsInAFinish)
+{
+    FakeImage other(2, 2);
+    other.image.im_Operand.go_ColorSpaceFamily = GCM_CSF_NAMED;
+    fake.replacement = other.get();
+    capture(0);
+    EXPECT_EQ(fake.take_calls(), "prepare(8,3,0) ");
+    EXPECT_EQ(other.take_calls(), "finish ");
+}
+
+TEST_F(ReadThrough, DepthOfTheTableIsAskedForWhereThePixelsAreIndices)
+{
+    fake.image.im_Flags |= GOP_OP_FLAGS_IS_INDEXED_COLOR;
+    fake.image.im_IndexColorDepth = GNC_BMP_DEPTH_16;
+    const std::vector<uint8_t> table(512);
+    fake.record.imp_IndexColorTable = table.data();
+    const std::string text = capture(1);
+    EXPECT_EQ(attribute_of(text, "req_bit_depth"), "GNC_BMP_DEPTH_16");
+    EXPECT_NE(text.find(" img_row_step=\"2\" img_returned=\"2\">"), std::string::npos);
+}
+
+TEST_F(ReadThrough, ReadThatFailsHasItsBytesInTheLogAllTheSame)
+{
+    fake.fail_read = 1;
+    const std::string text = capture(0);
+    EXPECT_NE(text.find(R"(<GOP_ImageReadFn Id="11" return="FALSE" skip_pixels="0" img_row_step="2" img_returned="2">
+  <img_buf>
+    <BufferUInt8 len="2">
+03 04 
+    </BufferUInt8>
+  </img_buf>
+</GOP_ImageReadFn>
+<GOP_ImageFinishFn Id="11" return="TRUE">)"),
+              std::string::npos);
+}
+
 TEST_F(ReadThrough, ClientsOwnRecordIsNotRead)
 {
     fake.record.imp_Context = reinterpret_cast<void*>(uintptr_t{1});

@@ -1,6 +1,7 @@
 #include "holv-core/gmm/gmm-ut/gmm-ut-functions.h"
 
 #include "holv-core/gio/gio-file.h"
+#include "holv-core/gmm/gmm-chunk.h"
 #include "tests/support/memory-stream.h"
 #include "tests/support/test-allocator.h"
 
@@ -87,6 +88,21 @@ TEST_F(SelfCheck, StopsAtTheFirst)
     EXPECT_EQ(gmm_ut_debug_integrity_check_default(&bent), 0U);
     EXPECT_NE(stream.text().find("gmm_Delete"), std::string::npos);
     EXPECT_EQ(stream.text().find("gmm_Alloc)"), std::string::npos);
+}
+
+TEST_F(SelfCheck, NoTableIsNotComplete)
+{
+    EXPECT_EQ(gmm_ut_debug_integrity_check_default(nullptr), 0U);
+    EXPECT_EQ(stream.text(), "");
+}
+
+TEST_F(SelfCheck, TableOfTheChunkAllocatorIsComplete)
+{
+    const GMM_ChunkParams params = {allocator.get(), 16384, 0};
+    GMM_Allocator* pool = gmm_chunk_allocator_create(&params);
+    EXPECT_EQ(gmm_ut_debug_integrity_check_default(pool), 1U);
+    EXPECT_EQ(stream.text(), "");
+    pool->gmm_Delete(pool);
 }
 
 TEST_F(SelfCheck, UnusedOperationsAreNotLookedAt)
