@@ -226,12 +226,7 @@ void ElementReader::report(const Event& event)
     if (event.kind == EventKind::damage && on_damage)
         on_damage({event.place, std::string(event.text)});
     if (event.kind == EventKind::comment && on_comment)
-    {
-        std::string_view text = event.text;
-        if (text.ends_with('\n'))
-            text.remove_suffix(1);
-        on_comment({event.place, std::string(text), text.starts_with(kWarning)});
-    }
+        on_comment({event.place, std::string(event.text), event.text.starts_with(kWarning), depth_ > 0});
 }
 
 }  // namespace orvlog::reader

@@ -129,8 +129,9 @@ struct Damage
 struct Comment
 {
     Place place;
-    std::string text;      // as it stands between its marks, without the line feed before the end mark
+    std::string text;      // as it stands between its marks, the line feed before the end mark included
     bool warning = false;  // of the logger itself: "ORVLOG: WARNING: ..."
+    bool inside = false;   // it stands in an element of the root, not between two
 };
 
 enum class Data

@@ -57,6 +57,7 @@ Run declare_record(CLI::App& app);
 Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
+Run declare_replay(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 

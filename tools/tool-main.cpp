@@ -20,6 +20,8 @@ constexpr std::array COMMANDS = {
             declare_unpack},
     Command{"merge", "make one log of a temporary log and the logs of its kept images",
             "orvlog merge orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp -o letter.orvlog.xml", declare_merge},
+    Command{"replay", "make the calls of a log again, and draw its pages", "orvlog replay letter.orvlog.xml --png pages",
+            declare_replay},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},

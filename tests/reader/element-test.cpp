@@ -62,7 +62,8 @@ TEST(ElementReader, GivesOneCallAfterTheOther)
     EXPECT_EQ(reader.next(), nullptr);
     ASSERT_EQ(comments.size(), 1U);
     EXPECT_TRUE(comments[0].warning);
-    EXPECT_EQ(comments[0].text, "ORVLOG: WARNING: one");
+    EXPECT_EQ(comments[0].text, "ORVLOG: WARNING: one\n");
+    EXPECT_FALSE(comments[0].inside);
 }
 
 TEST(ElementReader, SkippedDataIsCounted)

@@ -1,0 +1,448 @@
+#include "clients/replay/player.h"
+
+#include "reader/values.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace orvlog::replay
+{
+
+namespace
+{
+
+using reader::Children;
+using reader::Element;
+using reader::RecordReader;
+
+bool is_image_callback(const Element& element)
+{
+    return element.name.starts_with("GOP_Image") && element.name.ends_with("Fn");
+}
+
+bool is_font_callback(const Element& element)
+{
+    return element.name.starts_with("GFI_") && element.name.ends_with("Fn");
+}
+
+// Records that hold no callbacks.
+bool is_closed_record(const Element& element)
+{
+    return element.name == "GSH_ShapePointer" || element.name.starts_with("GOP_Operand") ||
+           element.name.starts_with("GFI_");
+}
+
+}  // namespace
+
+Player::Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
+    : table_(table), tickets_(tickets), options_(options)
+{
+}
+
+void Player::complain(const std::string& line) const
+{
+    if (options_.complain)
+        options_.complain(line);
+}
+
+bool Player::note(uint32_t result)
+{
+    ++outcome_.calls;
+    outcome_.failed += result == 0 ? 1 : 0;
+    return result != 0;
+}
+
+// The file of that name beside the log; a name with folders is also looked for without them.
+std::ifstream Player::open_beside(const std::string& name) const
+{
+    namespace fs = std::filesystem;
+    const fs::path folder(options_.folder);
+    const size_t last = name.find_last_of("/\\");
+    for (const std::string& one : {name, name.substr(last == std::string::npos ? 0 : last + 1)})
+    {
+        std::error_code none;
+        if (one.empty() || one.find('\0') != std::string::npos || !fs::is_regular_file(folder / one, none))
+            continue;
+        std::ifstream file(folder / one, std::ios::binary);
+        if (file)
+            return file;
+    }
+    return {};
+}
+
+std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, uint64_t count)
+{
+    if (side_file_name_ != name)
+    {
+        side_file_name_ = name;
+        side_file_ = open_beside(side_file_name_);
+        if (!side_file_.is_open())
+            complain("the file " + side_file_name_ + " is missing");
+    }
+    if (!side_file_.is_open())
+        return {};
+    side_file_.clear();
+    side_file_.seekg(0, std::ios::end);
+    const auto size = static_cast<uint64_t>(side_file_.tellg());
+    std::vector<uint8_t> bytes(begin < size ? std::min(count, size - begin) : 0);
+    side_file_.seekg(static_cast<std::streamoff>(std::min(begin, size)));
+    side_file_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<size_t>(side_file_.gcount()));
+    return bytes;
+}
+
+void Player::on_image(GOP_OperandImagePointer* image, const Element& element)
+{
+    if (collecting_)
+        return;
+    const uint32_t id = reader::read_uint(element, "Id");
+    ReplayImage* made = memory_->images.emplace_back(std::make_unique<ReplayImage>(image, element)).get();
+    memory_->by_id[id] = made;
+    if (reader::read_bool(element, "imp_DirectImage") == 0)
+        return;
+    const Element* data = element.child("imp_DirectImageData");
+    const Element* buffer = data != nullptr ? data->child("BufferUInt8") : nullptr;
+    std::vector<uint8_t> bytes;
+    if (buffer != nullptr)
+        bytes.assign(buffer->bytes.begin(), buffer->bytes.end());
+    else if (element.has("imp_DirectImageFileName"))
+        bytes = side_file(reader::to_text(element.value("imp_DirectImageFileName")), 0, UINT64_MAX);
+    if (!made->set_direct(std::move(bytes)))
+        complain("image " + std::to_string(id) + " has fewer bytes than pixels");
+}
+
+void Player::begin_call()
+{
+    if (memory_ == nullptr)
+        memory_ = std::make_unique<CallMemory>();
+    CallMemory& memory = *memory_;
+    memory.by_id.clear();
+    memory.images.clear();
+    memory.records.start_call();
+    memory.arena.clear();
+    memory.records.on_image = [this](GOP_OperandImagePointer* image, const Element& element)
+    { on_image(image, element); };
+    memory.records.on_text = [this](const GSH_ShapePointer& shape, const Element& element)
+    {
+        fonts_.add_string(shape.sp_U.glyph.string_desc, reader::read_uint(element, "orvlog_font_spec_id"),
+                          reader::read_uint(element, "orvlog_string_desc_id"));
+    };
+    fonts_.start_call(memory.records);
+}
+
+void Player::end_call(Drawing& drawing)
+{
+    const bool kept = std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); });
+    outcome_.unknown += memory_->records.unknown() - unknown_before_;
+    unknown_before_ = memory_->records.unknown();
+    if (!kept)
+        return;
+    drawing.kept.push_back(std::move(memory_));
+    unknown_before_ = 0;
+}
+
+void Player::collect_image(const Element& callback)
+{
+    const auto known = memory_->by_id.find(reader::read_uint(callback, "Id"));
+    if (known == memory_->by_id.end())
+        return;
+    ReplayImage* image = known->second;
+    image->add(
+        callback,
+        [this](std::string_view name, uint64_t begin, uint64_t count) { return side_file(name, begin, count); },
+        memory_->records);
+    const Element* left = callback.name == "GOP_ImagePrepareFn" ? callback.child("GOP_OperandImagePointer") : nullptr;
+    if (left != nullptr)
+        memory_->by_id[reader::read_uint(*left, "Id")] = image;
+    if (callback.has("async_img_log_file_name"))
+        follow_kept(callback);
+}
+
+// The callbacks of an image that has a log of its own.
+void Player::follow_kept(const Element& callback)
+{
+    const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
+    std::ifstream file = open_beside(name);
+    if (!file.is_open())
+    {
+        complain("the log " + name + " of a kept image is missing");
+        return;
+    }
+    reader::ElementReader own(file, reader::LogForm::fragment);
+    own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
+    while (const Element* element = own.next())
+    {
+        if (is_image_callback(*element) && !element->has("async_img_log_file_name"))
+            collect_image(*element);
+    }
+}
+
+// The callbacks of a call, in their order, to those who answer them.
+void Player::collect(const Element& element)
+{
+    collecting_ = true;
+    for (const Element& child : Children(element))
+    {
+        if (is_image_callback(child))
+            collect_image(child);
+        else if (is_font_callback(child))
+            fonts_.add_callback(child);
+        else if (!is_closed_record(child))
+            collect(child);
+    }
+    collecting_ = false;
+}
+
+void* Player::document(const Element& call)
+{
+    const auto known = documents_.find(reader::read_uint(call, "document_context"));
+    return call.has("document_context") && known != documents_.end() ? known->second : nullptr;
+}
+
+const ORV_DrawingInterface* Player::parent(const Element& call)
+{
+    const auto known = drawings_.find(reader::read_uint(call, "parent_drawing"));
+    const bool there = call.has("parent_drawing") && known != drawings_.end() && known->second.open;
+    return there ? &known->second.table : nullptr;
+}
+
+void Player::start_document(const Element& call)
+{
+    void* handle = nullptr;
+    note(table_->document_start.fn(nullptr, table_, &handle, reader::read_uint(call, "document_id"),
+                                   fonts_.engine(call), nullptr));
+    documents_[reader::read_uint(call, "document_context")] = handle;
+}
+
+void Player::finish_document(const Element& call)
+{
+    note(table_->document_finish.fn(table_, document(call)));
+    documents_.erase(reader::read_uint(call, "document_context"));
+}
+
+void Player::scale(ORV_FaceProperties* face) const
+{
+    const double present = resolution(face->fp_FaceInchToPixels);
+    if (!(options_.dpi > 0) || !(present > 0))
+        return;
+    const double factor = options_.dpi / present;
+    for (double& value : face->fp_FaceInchToPixels.m)
+        value *= factor;
+    const auto scaled = [factor](uint32_t pixels)
+    { return static_cast<uint32_t>(std::clamp(std::round(pixels * factor), 1.0, 32767.0)); };
+    face->fp_WidthInPixels = scaled(face->fp_WidthInPixels);
+    face->fp_HeightInPixels = scaled(face->fp_HeightInPixels);
+}
+
+void Player::start_face(const Element& call)
+{
+    ++outcome_.pages;
+    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
+    drawing = {};
+    drawing.skipped = outcome_.pages < options_.first_page || outcome_.pages > options_.last_page;
+    if (drawing.skipped)
+        return;
+    const ORV_FaceProperties* told = memory_->records.face_properties(call.child("ORV_FaceProperties"));
+    ORV_FaceProperties face = told != nullptr ? *told : ORV_FaceProperties{};
+    scale(&face);
+    drawing.open = note(table_->face_start.fn(
+        nullptr, table_, document(call), &drawing.table, fonts_.engine(call),
+        reader::read_uint(call, "face_seq_number"), told != nullptr ? &face : nullptr, tickets_.ticket(call),
+        reader::read_enum(call, "pixel_placement_orientation"), reader::read_enum(call, "pixel_placement")));
+}
+
+void Player::start_resource(const Element& call)
+{
+    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
+    drawing = {};
+    uint32_t id = 0;
+    drawing.open = note(table_->resource_start.fn(
+        nullptr, table_, document(call), &drawing.table, parent(call), fonts_.engine(call),
+        memory_->records.resource_properties(call.child("ORV_ResourceProperties")), tickets_.ticket(call), &id));
+    resources_[reader::read_uint(call, "resource_id")] = id;
+}
+
+void Player::start_memory_context(const Element& call)
+{
+    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
+    drawing = {};
+    ++outcome_.not_played;
+    drawing.open = note(table_->memory_context_start.fn(nullptr, table_, document(call), &drawing.table, 0, 0, 0, 0, 0,
+                                                        nullptr, nullptr, 0, 0, 0, 0, 0, 0));
+}
+
+void Player::destroy_resource(const Element& call)
+{
+    const auto known = resources_.find(reader::read_uint(call, "resource_id"));
+    note(table_->resource_destroy.fn(nullptr, table_, document(call), parent(call),
+                                     known != resources_.end() ? known->second
+                                                               : reader::read_uint(call, "resource_id")));
+    if (known != resources_.end())
+        resources_.erase(known);
+}
+
+void Player::start_group(const Element& call, Drawing& drawing)
+{
+    RecordReader& records = memory_->records;
+    uint32_t group = 0;
+    const GGO_Matrix* retransform = records.matrix_attribute(call, "retransform");
+    const GOP_Operator* op = records.op_member(call, "op");
+    GOP_OperandPointer* operand2 = records.operand_member(call, "operand2");
+    const GSH_ShapeList* clip = records.clip_member(call, "group_clip");
+    collect(call);
+    note(drawing.table.group_start.fn(
+        &drawing.table, reader::read_uint(call, "group_unique_id"), &group, fonts_.engine(call),
+        reader::read_flags(call, "hints"), reader::read_enum(call, "group_type"),
+        reader::read_bool(call, "is_knockout"), reader::read_bool(call, "is_replayable"), tickets_.ticket(call),
+        reader::read_enum(call, "pixel_placement_orientation"), reader::read_bool(call, "has_pixel_placement"),
+        reader::read_enum(call, "pixel_placement"), retransform, op, operand2, clip,
+        reader::read_flags(call, "tiling_flags"), reader::read_double(call, "x_repetition_interval"),
+        reader::read_double(call, "y_repetition_interval"), records.color_member(call, "separation_mask"),
+        records.color_member(call, "separation_color"), records.box_attribute(call, "bounding_box_hint")));
+    ++drawing.groups;
+}
+
+void Player::finish_group(const Element&, Drawing& drawing)
+{
+    uint32_t again = 0;
+    note(drawing.table.group_finish.fn(&drawing.table, &again));
+    if (again == 0 && drawing.groups > 0)
+        --drawing.groups;
+}
+
+void Player::paint(const Element& call, Drawing& drawing)
+{
+    RecordReader& records = memory_->records;
+    const GOP_Operator* op = records.op_member(call, "op");
+    const GSH_ShapePointer* path = records.shape_member(call, "paint_path");
+    const GSH_ShapeList* clip = records.clip_member(call, "clip");
+    GOP_OperandPointer* operand1 = records.operand_member(call, "operand1");
+    GOP_OperandPointer* operand2 = records.operand_member(call, "operand2");
+    GOP_OperandPointer* operand3 = records.operand_member(call, "operand3");
+    collect(call);
+    note(drawing.table.object_paint.fn(
+        &drawing.table, static_cast<uint8_t>(reader::read_uint(call, "object_type_and_flag")),
+        reader::read_flags(call, "object_hints"), op, path, reader::read_enum(call, "path_pixel_placement"), clip,
+        operand1, operand2, operand3));
+}
+
+void Player::paint_and_stroke(const Element& call, Drawing& drawing)
+{
+    RecordReader& records = memory_->records;
+    GGO_Point end{};
+    const GOP_Operator* fill_op = records.op_member(call, "fill_op");
+    const GOP_Operator* stroke_op = records.op_member(call, "stroke_op");
+    const GSH_ShapePointer* path = records.shape_member(call, "paint_path");
+    const GPA_PathStrokingParams* stroke = records.stroke_member(call, "stroking_params");
+    const GSH_ShapeList* clip = records.clip_member(call, "clip");
+    GOP_OperandPointer* fill[3] = {records.operand_member(call, "fill_operand1"),
+                                   records.operand_member(call, "fill_operand2"),
+                                   records.operand_member(call, "fill_operand3")};
+    GOP_OperandPointer* line[3] = {records.operand_member(call, "stroke_operand1"),
+                                   records.operand_member(call, "stroke_operand2"),
+                                   records.operand_member(call, "stroke_operand3")};
+    collect(call);
+    note(drawing.table.object_paint_and_stroke.fn(
+        &drawing.table, static_cast<uint8_t>(reader::read_uint(call, "fill_object_type")),
+        static_cast<uint8_t>(reader::read_uint(call, "stroke_object_type")), reader::read_flags(call, "object_hints"),
+        fill_op, stroke_op, path, stroke, records.matrix_attribute(call, "stroking_transform"),
+        reader::read_enum(call, "path_pixel_placement"), clip, reader::read_flags(call, "paint_flags"), &end, fill[0],
+        fill[1], fill[2], line[0], line[1], line[2]));
+}
+
+void Player::paint_resource(const Element& call, Drawing& drawing)
+{
+    RecordReader& records = memory_->records;
+    const auto known = resources_.find(reader::read_uint(call, "resource_id"));
+    const GGO_Matrix* retransform = records.matrix_attribute(call, "retransform");
+    const GOP_Operator* op = records.op_member(call, "op");
+    GOP_OperandPointer* operand2 = records.operand_member(call, "operand2");
+    const GSH_ShapeList* clip = records.clip_member(call, "group_clip");
+    collect(call);
+    note(drawing.table.resource_paint.fn(
+        &drawing.table, known != resources_.end() ? known->second : reader::read_uint(call, "resource_id"),
+        reader::read_flags(call, "hints"), reader::read_enum(call, "group_type"), retransform, op, operand2, clip,
+        reader::read_uint(call, "tiling_flags"), reader::read_double(call, "x_repetition_interval"),
+        reader::read_double(call, "y_repetition_interval"), records.color_member(call, "separation_mask"),
+        records.color_member(call, "separation_color"), reader::read_enum(call, "pixel_placement_orientation")));
+}
+
+void Player::end_drawing(Drawing& drawing, bool discard)
+{
+    if (discard)
+        note(drawing.table.drawing_discard.fn(&drawing.table));
+    else
+        note(drawing.table.drawing_finish.fn(&drawing.table));
+    drawing.open = false;
+    drawing.groups = 0;
+    drawing.kept.clear();
+}
+
+void Player::drawing_call(const Element& call)
+{
+    const auto known = drawings_.find(reader::read_uint(call, "drawing_context"));
+    if (known == drawings_.end() || !known->second.open)
+    {
+        outcome_.not_played += known != drawings_.end() && known->second.skipped ? 0 : 1;
+        return;
+    }
+    Drawing& drawing = known->second;
+    if (call.name == "ORV_object_paint")
+        paint(call, drawing);
+    else if (call.name == "ORV_object_paint_and_stroke")
+        paint_and_stroke(call, drawing);
+    else if (call.name == "ORV_group_start")
+        start_group(call, drawing);
+    else if (call.name == "ORV_group_finish")
+        finish_group(call, drawing);
+    else if (call.name == "ORV_resource_paint")
+        paint_resource(call, drawing);
+    else if (call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard")
+        end_drawing(drawing, call.name == "ORV_drawing_discard");
+    else
+        ++outcome_.not_played;
+    end_call(drawing);
+}
+
+bool Player::play(const Element& call)
+{
+    if (!call.name.starts_with("ORV_"))
+        return true;
+    begin_call();
+    if (call.name == "ORV_document_start")
+        start_document(call);
+    else if (call.name == "ORV_document_finish")
+        finish_document(call);
+    else if (call.name == "ORV_face_start")
+        start_face(call);
+    else if (call.name == "ORV_resource_start")
+        start_resource(call);
+    else if (call.name == "ORV_memory_context_start")
+        start_memory_context(call);
+    else if (call.name == "ORV_resource_destroy")
+        destroy_resource(call);
+    else
+        drawing_call(call);
+    const bool is_paint = call.name == "ORV_object_paint" || call.name == "ORV_object_paint_and_stroke";
+    return !(options_.up_to && is_paint && reader::read_uint(call, "id") >= *options_.up_to);
+}
+
+void Player::finish_all()
+{
+    for (auto& [number, drawing] : drawings_)
+    {
+        if (!drawing.open)
+            continue;
+        for (uint32_t again = 0; drawing.groups > 0; --drawing.groups)
+            note(drawing.table.group_finish.fn(&drawing.table, &again));
+        end_drawing(drawing, false);
+    }
+    for (const auto& [number, handle] : documents_)
+        note(table_->document_finish.fn(table_, handle));
+    documents_.clear();
+}
+
+}  // namespace orvlog::replay

@@ -1,0 +1,105 @@
+// The state of a log that is being played.
+
+#pragma once
+
+#include "clients/replay/replay-fonts.h"
+#include "clients/replay/replay-image.h"
+#include "clients/replay/replay.h"
+#include "reader/records.h"
+
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvlog::replay
+{
+
+// Pixels to the inch of such a transform, by its area; 0 if that is not finite.
+double resolution(const GGO_Matrix& inch_to_pixels);
+
+// What a call was made with. Kept images need it longer than the call.
+struct CallMemory
+{
+    CallMemory() : records(arena) {}
+
+    reader::Arena arena;
+    reader::RecordReader records;
+    std::vector<std::unique_ptr<ReplayImage>> images;
+    std::map<uint32_t, ReplayImage*> by_id;
+};
+
+class Player
+{
+public:
+    Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options);
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+
+    // False once the paint of up_to has been made.
+    bool play(const reader::Element& call);
+    // Finishes what is open.
+    void finish_all();
+
+    const Outcome& outcome() const
+    {
+        return outcome_;
+    }
+
+private:
+    struct Drawing
+    {
+        ORV_DrawingInterface table{};
+        bool open = false;
+        bool skipped = false;
+        uint32_t groups = 0;
+        // Records and images of calls that kept images came with, alive until the drawing ends.
+        std::vector<std::unique_ptr<CallMemory>> kept;
+    };
+
+    void start_document(const reader::Element& call);
+    void finish_document(const reader::Element& call);
+    void start_face(const reader::Element& call);
+    void start_resource(const reader::Element& call);
+    void start_memory_context(const reader::Element& call);
+    void destroy_resource(const reader::Element& call);
+    void start_group(const reader::Element& call, Drawing& drawing);
+    void finish_group(const reader::Element& call, Drawing& drawing);
+    void paint(const reader::Element& call, Drawing& drawing);
+    void paint_and_stroke(const reader::Element& call, Drawing& drawing);
+    void paint_resource(const reader::Element& call, Drawing& drawing);
+    void end_drawing(Drawing& drawing, bool discard);
+    void drawing_call(const reader::Element& call);
+
+    void collect(const reader::Element& element);
+    void collect_image(const reader::Element& callback);
+    void follow_kept(const reader::Element& callback);
+    std::ifstream open_beside(const std::string& name) const;
+    std::vector<uint8_t> side_file(std::string_view name, uint64_t begin, uint64_t count);
+    void on_image(GOP_OperandImagePointer* image, const reader::Element& element);
+    void* document(const reader::Element& call);
+    const ORV_DrawingInterface* parent(const reader::Element& call);
+    void scale(ORV_FaceProperties* face) const;
+    void begin_call();
+    void end_call(Drawing& drawing);
+    bool note(uint32_t result);
+    void complain(const std::string& line) const;
+
+    const ORV_Interface* table_;
+    ReplayTickets& tickets_;
+    const Options& options_;
+    Outcome outcome_;
+    std::unique_ptr<CallMemory> memory_ = std::make_unique<CallMemory>();
+    ReplayFonts fonts_;
+    uint64_t unknown_before_ = 0;
+    bool collecting_ = false;
+    std::map<uint32_t, void*> documents_;
+    std::map<uint32_t, Drawing> drawings_;
+    std::map<uint32_t, uint32_t> resources_;
+    std::string side_file_name_;
+    std::ifstream side_file_;
+};
+
+}  // namespace orvlog::replay

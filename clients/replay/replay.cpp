@@ -1,0 +1,105 @@
+#include "clients/replay/replay.h"
+
+#include "clients/replay/player.h"
+#include "reader/values.h"
+
+#include <cmath>
+
+namespace orvlog::replay
+{
+
+namespace
+{
+
+using reader::Children;
+using reader::Element;
+
+void examine_callback(const Element& callback, LogKind* kind)
+{
+    if (callback.name == "GFI_GlyphGetFixedFormatFn")
+        kind->fixed_formats = true;
+    if (callback.name == "GFI_GlyphGetFn" && !kind->fixed_formats)
+        kind->glyph_get_type = reader::read_enum(callback, "requested_desc_type");
+    if (callback.name == "GOP_ImagePrepareFn" && reader::read_bool(callback, "need_attr") != 0)
+        kind->image_attributes = true;
+}
+
+// Callbacks that stand in members are the logger's own.
+void examine_call(const Element& element, bool in_member, LogKind* kind)
+{
+    for (const Element& child : Children(element))
+    {
+        const bool callback = child.name.ends_with("Fn");
+        kind->side_files |= child.has("imp_DirectImageFileName") || child.has("ImageFileName");
+        kind->kept_images |= child.name == "GOP_ImageKeepFn";
+        kind->rendered |= callback && !in_member;
+        if (callback && in_member)
+        {
+            kind->base_content = true;
+            examine_callback(child, kind);
+        }
+        if (!callback && child.name != "GSH_ShapePointer" && !child.name.starts_with("GOP_"))
+            examine_call(child, in_member || child.name.find('.') != std::string_view::npos, kind);
+    }
+}
+
+}  // namespace
+
+double resolution(const GGO_Matrix& inch_to_pixels)
+{
+    const double* m = inch_to_pixels.m;
+    const double found = std::sqrt(std::abs(m[0] * m[3] - m[1] * m[2]));
+    return std::isfinite(found) ? found : 0;
+}
+
+LogKind examine(std::istream& log)
+{
+    LogKind kind;
+    reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
+    while (const Element* call = elements.next())
+    {
+        examine_call(*call, false, &kind);
+        if (call->name != "ORV_face_start")
+            continue;
+        const Element* face = call->child("ORV_FaceProperties");
+        if (kind.faces++ == 0 && face != nullptr)
+            kind.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));
+    }
+    kind.is_log = elements.events().is_log();
+    kind.base_mode = elements.root().value("LoggingMode") == "base";
+    return kind;
+}
+
+Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
+{
+    reader::ElementReader elements(log);
+    uint64_t damage = 0;
+    elements.on_damage = [&](const reader::Damage& one)
+    {
+        ++damage;
+        if (options.complain)
+            options.complain("line " + std::to_string(one.place.line) + ": " + one.text);
+    };
+    elements.on_comment = [&](const reader::Comment& one)
+    {
+        if (options.comment && !one.warning && !one.inside)
+            options.comment(one.text);
+    };
+    Player player(table, tickets, options);
+    bool going = true;
+    while (const Element* call = going ? elements.next() : nullptr)
+    {
+        going = player.play(*call);
+        if (options.progress)
+            options.progress(elements.events().bytes_used());
+    }
+    player.finish_all();
+    Outcome outcome = player.outcome();
+    outcome.is_log = elements.events().is_log();
+    outcome.cut = going && elements.events().is_cut();
+    outcome.reached = !options.up_to || !going;
+    outcome.damage += damage;
+    return outcome;
+}
+
+}  // namespace orvlog::replay

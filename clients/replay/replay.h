@@ -1,0 +1,71 @@
+// Makes the calls of a log again. Images answer with the bytes, fonts with the glyphs, and tickets with the text that
+// the log has.
+//
+// What a log doesn't tell is not played: operands that an operator doesn't use, the parameters of a memory context and
+// what is drawn in it, calls that a client made from within a callback.
+
+#pragma once
+
+#include "clients/replay/replay-tickets.h"
+#include "orvlog/interface/orvlog.h"
+#include "reader/element.h"
+
+#include <cstdint>
+#include <functional>
+#include <istream>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orvlog::replay
+{
+
+struct Options
+{
+    std::string folder;       // where the files of the log lie: side files, the logs of kept images
+    uint32_t first_page = 1;  // pages are faces, counted from 1
+    uint32_t last_page = UINT32_MAX;
+    double dpi = 0;                 // above 0: pages of this resolution instead of their own
+    std::optional<uint32_t> up_to;  // the id of the last paint to make; all that is open then is finished
+    // Told of what could not be made again, a line each; may be empty.
+    std::function<void(const std::string& line)> complain;
+    // Told of each comment of the client's between two calls, as it stands; may be empty.
+    std::function<void(const std::string& text)> comment;
+    // Told how many bytes of the file have been used; may be empty.
+    std::function<void(uint64_t)> progress;
+};
+
+struct Outcome
+{
+    bool is_log = false;
+    bool cut = false;
+    bool reached = true;      // the paint of up_to
+    uint64_t calls = 0;       // made
+    uint64_t failed = 0;      // of them, those that gave 0
+    uint32_t pages = 0;       // faces begun
+    uint64_t damage = 0;      // places where the log is not as a log should be
+    uint64_t unknown = 0;     // elements that no record could be made from
+    uint64_t not_played = 0;  // calls that cannot be made again
+};
+
+// What has to be known of a log before it is played: how its session was opened.
+struct LogKind
+{
+    bool is_log = false;
+    bool base_mode = false;      // the root says so
+    bool base_content = false;   // the logger has pulled images or glyphs
+    bool fixed_formats = false;  // glyphs in all three forms
+    bool image_attributes = false;
+    bool side_files = false;
+    bool rendered = false;  // a renderer has pulled images or glyphs
+    bool kept_images = false;
+    uint64_t faces = 0;
+    double dpi = 0;  // of the first face; 0 if there is none
+    uint32_t glyph_get_type = GFI_GDT_BITMAP;
+};
+LogKind examine(std::istream& log);
+
+// Plays `log` on `table`. The tickets must live as long as the table's session.
+Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options);
+
+}  // namespace orvlog::replay
