@@ -34,6 +34,7 @@ struct RecordOptions
     std::string log;
     std::string pages;
     std::string mode = "transparent";
+    std::string glyphs = "outlines";
     std::string image_prefix;
     std::string png_folder;
     std::string ticket_folder;
@@ -65,6 +66,9 @@ void declare_options(CLI::App& app, RecordOptions& options)
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
         ->check(CLI::IsMember({"transparent", "base"}))
         ->capture_default_str();
+    app.add_option("--glyphs", options.glyphs, "the forms in which glyphs are asked for, and logged")
+        ->check(CLI::IsMember({"outlines", "bitmaps", "all"}))
+        ->capture_default_str();
     app.add_option("--images-beside", options.image_prefix, "image data goes to files PREFIX-..., not into the log")
         ->type_name("PREFIX");
     app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
@@ -95,7 +99,8 @@ std::string folder_of(const path& document)
 
 std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& summary_file)
 {
-    std::vector<std::string> words = {options.document, "-o", options.log, "--mode", options.mode};
+    std::vector<std::string> words = {options.document, "-o",       options.log,   "--mode",
+                                      options.mode,     "--glyphs", options.glyphs};
     const auto option = [&words](const char* name, const std::string& value)
     {
         if (!value.empty())

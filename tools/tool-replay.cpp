@@ -286,8 +286,19 @@ private:
             { return vectors_.surface(page, dpi); };
         }
         options.keep_images = kind_.kept_images;
+        options.glyph_form = glyph_form();
         options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
+    }
+
+    // That of the job's renderer.
+    cairo_renderer::GlyphForm glyph_form() const
+    {
+        constexpr uint32_t others = 1U << GFI_GDT_FBE | 1U << GFI_GDT_TRUETYPE | 1U << GFI_GDT_RLE;
+        if ((kind_.rendered_types & others) != 0)
+            return cairo_renderer::GlyphForm::in_turn;
+        const bool bitmaps = (kind_.rendered_types & 1U << GFI_GDT_BITMAP) != 0;
+        return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
     }
 
     // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.

@@ -79,6 +79,12 @@ public:
         {
             const ORVLOG_Params params{};
             ORVLOG_DLL_set_parameters(result->session_, &params);
+            auto* session_record = static_cast<ORVLOG_Session*>(result->session_);
+            session_record->glyph_fixed_format = options.glyphs == JobOptions::Glyphs::all ? 1 : 0;
+            if (options.glyphs == JobOptions::Glyphs::outlines)
+            {
+                session_record->glyph_get_format = GFI_GDT_PATH;
+            }
         }
         return result;
     }
@@ -158,6 +164,11 @@ private:
             options.png_prefix = (folder / std::filesystem::path(options_.document).stem()).string();
         }
         options.keep_images = options_.keep_images;
+        if (options_.glyphs != JobOptions::Glyphs::outlines)
+        {
+            options.glyph_form = options_.glyphs == JobOptions::Glyphs::all ? cairo_renderer::GlyphForm::in_turn
+                                                                            : cairo_renderer::GlyphForm::bitmap;
+        }
         options.complaint_sink = sink();
         return std::make_unique<cairo_renderer::Renderer>(std::move(options));
     }

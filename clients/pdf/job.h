@@ -22,6 +22,14 @@ struct JobOptions
     int first_page = 1;
     int last_page = INT32_MAX;
     bool base_mode = false;
+    // The forms in which the renderer, and in base mode the logger, ask for glyphs. `all`: the renderer asks for
+    // each other form in turn and then for the outline.
+    enum class Glyphs
+    {
+        outlines,
+        bitmaps,
+        all
+    } glyphs = Glyphs::outlines;
     std::string image_prefix;  // not empty: image data goes to files beside the log
     bool renderer = true;
     std::string png_folder;  // not empty: page images go there, NAME-001.png and onwards

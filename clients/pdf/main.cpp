@@ -19,6 +19,7 @@ struct CommandLine
     pdf_client::JobOptions job;
     std::string pages;
     std::string mode = "transparent";
+    std::string glyphs = "outlines";
     std::string summary;
     bool no_renderer = false;
     bool progress = false;
@@ -32,6 +33,8 @@ void declare(CLI::App& app, CommandLine& line)
     app.add_option("--pages", line.pages, "only these pages, from 1")->type_name("A-B");
     app.add_option("--mode", line.mode, "what is logged of images and glyphs")
         ->check(CLI::IsMember({"transparent", "base"}));
+    app.add_option("--glyphs", line.glyphs, "the forms in which glyphs are asked for")
+        ->check(CLI::IsMember({"outlines", "bitmaps", "all"}));
     app.add_option("--images-beside", job.image_prefix, "image data goes to files PREFIX-...")->type_name("PREFIX");
     app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
     app.add_option("--png", job.png_folder, "folder for page images; none without it")->type_name("DIR");
@@ -108,6 +111,8 @@ int record(CommandLine& line)
         return fail(trouble);
     }
     job.base_mode = line.mode == "base";
+    using Glyphs = pdf_client::JobOptions::Glyphs;
+    job.glyphs = line.glyphs == "all" ? Glyphs::all : line.glyphs == "bitmaps" ? Glyphs::bitmaps : Glyphs::outlines;
     job.renderer = !line.no_renderer;
     if (line.progress)
     {

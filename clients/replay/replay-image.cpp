@@ -211,21 +211,25 @@ bool ReplayImage::answer_as_logged(uint32_t skip_pixels, uint8_t* buffer, uint32
                                    uint32_t* result)
 {
     const ImagePass* pass = this->pass();
-    if (by_pixels_ || pass == nullptr || next_read_ >= pass->reads.size())
-        return by_pixels_ || pass == nullptr ? false : next_byte_ == 0 && !pass->reads.empty();
-    const ImagePass::Read& read = pass->reads[next_read_];
-    const bool same = read.skip_pixels == skip_pixels && read.row_step == row_step && read.bytes.size() <= size &&
-                      read.with_attributes == (attributes != nullptr) &&
-                      read.attributes.size() <= (attributes != nullptr ? attr_size : 0);
+    if (by_pixels_ || pass == nullptr || pass->reads.empty())
+        return false;
+    const ImagePass::Read* next = next_read_ < pass->reads.size() ? &pass->reads[next_read_] : nullptr;
+    const bool same = next != nullptr && next->skip_pixels == skip_pixels && next->row_step == row_step &&
+                      next->bytes.size() <= size && next->with_attributes == (attributes != nullptr) &&
+                      next->attributes.size() <= (attributes != nullptr ? attr_size : 0);
     if (!same)
     {
         // From here on the rows that follow those already delivered.
         by_pixels_ = true;
+        next_byte_ = 0;
         for (size_t i = 0; i < next_read_; ++i)
-            next_byte_ += pass->reads[i].bytes.size();
+            next_byte_ += pixel_bytes(pass->reads[i]);
         return false;
     }
+    const ImagePass::Read& read = *next;
     ++next_read_;
+    if (read.bytes.empty() && read.returned > 0)
+        fill_from_pixels(buffer, std::min(size, static_cast<uint32_t>(read.returned)), read);
     std::copy(read.bytes.begin(), read.bytes.end(), buffer);
     if (attributes != nullptr)
         std::copy(read.attributes.begin(), read.attributes.end(), attributes);
@@ -260,6 +264,26 @@ std::vector<uint8_t> ReplayImage::pixels() const
         }
     }
     return rows;
+}
+
+// A read whose bytes the log doesn't have: side files don't get what is read behind a finish.
+void ReplayImage::fill_from_pixels(uint8_t* buffer, uint32_t size, const ImagePass::Read& read)
+{
+    const uint32_t width = record_->imp_Image != nullptr ? record_->imp_Image->im_ImageWidthPixels : 0;
+    next_byte_ += width != 0 ? size_t{read.skip_pixels / width} * row_bytes_ : 0;
+    int32_t filled = 0;
+    std::memset(buffer, 0, size);
+    answer_from_pixels(0, buffer, size, read.row_step, &filled);
+}
+
+// How far a read went on in the pixels.
+size_t ReplayImage::pixel_bytes(const ImagePass::Read& read) const
+{
+    const size_t size = std::max(read.bytes.size(), static_cast<size_t>(std::max(read.returned, 0)));
+    const auto step = static_cast<size_t>(std::max(read.row_step, 0));
+    const uint32_t width = record_->imp_Image != nullptr ? record_->imp_Image->im_ImageWidthPixels : 0;
+    const size_t skipped = width != 0 ? size_t{read.skip_pixels / width} * row_bytes_ : 0;
+    return skipped + (row_bytes_ == 0 || step <= row_bytes_ ? size : (size + step - 1) / step * row_bytes_);
 }
 
 // As many rows as fit, each as far from the last as was asked for.

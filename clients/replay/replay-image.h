@@ -84,6 +84,8 @@ private:
     const ImagePass* pass() const;
     bool answer_as_logged(uint32_t skip_pixels, uint8_t* buffer, uint32_t size, int32_t row_step, int32_t* returned,
                           uint8_t* attributes, uint32_t attr_size, int32_t* attr_returned, uint32_t* result);
+    size_t pixel_bytes(const ImagePass::Read& read) const;
+    void fill_from_pixels(uint8_t* buffer, uint32_t size, const ImagePass::Read& read);
     void answer_from_pixels(uint32_t skip_pixels, uint8_t* buffer, uint32_t size, int32_t row_step, int32_t* returned);
 
     GOP_OperandImagePointer* record_;

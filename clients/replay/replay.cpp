@@ -18,7 +18,7 @@ void examine_callback(const Element& callback, LogKind* kind)
 {
     if (callback.name == "GFI_GlyphGetFixedFormatFn")
         kind->fixed_formats = true;
-    if (callback.name == "GFI_GlyphGetFn" && !kind->fixed_formats)
+    if (callback.name == "GFI_GlyphGetFn")
         kind->glyph_get_type = reader::read_enum(callback, "requested_desc_type");
     if (callback.name == "GOP_ImagePrepareFn" && reader::read_bool(callback, "need_attr") != 0)
         kind->image_attributes = true;
@@ -33,6 +33,10 @@ void examine_call(const Element& element, bool in_member, LogKind* kind)
         kind->side_files |= child.has("imp_DirectImageFileName") || child.has("ImageFileName");
         kind->kept_images |= child.name == "GOP_ImageKeepFn";
         kind->rendered |= callback && !in_member;
+        if (!in_member && child.name == "GFI_GlyphGetFn")
+            kind->rendered_types |= 1U << (reader::read_enum(child, "requested_desc_type") & 31);
+        if (!in_member && child.name == "GFI_GlyphGetFixedFormatFn")
+            kind->rendered_types |= 1U << (reader::read_enum(child, "required_desc_type") & 31);
         if (callback && in_member)
         {
             kind->base_content = true;

@@ -59,6 +59,7 @@ struct LogKind
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
+    uint32_t rendered_types = 0;  // bit N: the renderer has asked for glyphs of the type N, GFI_GDT_*
     uint64_t faces = 0;
     double dpi = 0;  // of the first face; 0 if there is none
     uint32_t glyph_get_type = GFI_GDT_BITMAP;
