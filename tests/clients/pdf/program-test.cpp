@@ -2,6 +2,8 @@
 //
 // The program from outside: exit status and what it says, above all of files that can't be read.
 
+#include "reader/ticket-bytes.h"
+
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -79,6 +81,29 @@ TEST_F(ProgramTest, SavesTickets)
 {
     EXPECT_EQ(record(sample, "--pages 1 --save-tickets " + file("tickets")).status, 0);
     EXPECT_TRUE(std::filesystem::exists(file("tickets/ticket-1.bin")));
+}
+
+// The bytes of a whole file.
+std::string content_of(const std::string& path)
+{
+    std::ifstream input(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
+}
+
+TEST_F(ProgramTest, ItsLogTellsTheWholeTickets)
+{
+    EXPECT_EQ(record(sample, "--save-tickets " + file("tickets")).status, 0);
+    const std::string log = content_of(file("log.xml"));
+    int found = 0;
+    for (size_t at = log.find("<GXC_ColorTickets>\n"); at != log.npos; at = log.find("<GXC_ColorTickets>\n", at + 1))
+    {
+        const auto reading = orvlog::reader::read_ticket_text(std::string_view(log).substr(at));
+        EXPECT_EQ(reading.ending, orvlog::reader::TicketEnding::whole) << reading.line << ": " << reading.expected;
+        const std::string saved = content_of(file("tickets/ticket-" + std::to_string(++found) + ".bin"));
+        EXPECT_EQ(std::string(reading.bytes.begin(), reading.bytes.end()), saved);
+        EXPECT_NE(saved, "");
+    }
+    EXPECT_GT(found, 0);
 }
 
 TEST_F(ProgramTest, SaysThatAFileIsMissing)
