@@ -61,7 +61,9 @@ TicketReading read(const std::string& text)
     expect((reading.line == 0) == (reading.ending == TicketEnding::whole), "the place of what is not whole is told");
     for (const TicketDefinition& definition : reading.definitions)
         expect(definition.profile_at + definition.profile_size <= reading.bytes.size(), "profiles lie in the ticket");
-    if (is_as_written(reading) && !reading.has_stray_numbers && reading.line_prefix.find('\0') == std::string::npos)
+    const bool has_returns = text.substr(0, text.find('\n')).ends_with('\r');
+    if (is_as_written(reading) && !reading.has_stray_numbers && !has_returns &&
+        reading.line_prefix.find('\0') == std::string::npos)
     {
         // The first indent and the last newline may be missing in what was read.
         const std::string again = write(reading);

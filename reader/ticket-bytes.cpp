@@ -108,9 +108,7 @@ bool read_ticket(TicketText& text, TicketReading& reading)
            text.close() && text.close() && text.close();
 }
 
-}  // namespace
-
-TicketReading read_ticket_text(std::string_view text)
+TicketReading read_lines(std::string_view text)
 {
     TicketReading reading;
     TicketText lines(text, reading);
@@ -119,6 +117,44 @@ TicketReading read_ticket_text(std::string_view text)
     else if (reading.ending == TicketEnding::short_ticket)
         lines.close_all();
     return reading;
+}
+
+// The lines end as a stream in text mode ends them.
+bool has_returns(std::string_view text)
+{
+    const size_t end = text.find('\n');
+    return end != text.npos && end != 0 && text[end - 1] == '\r';
+}
+
+std::string without_returns(std::string_view text)
+{
+    std::string lines;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (text.substr(i, 2) != "\r\n" && text.substr(i) != "\r")
+            lines += text[i];
+    return lines;
+}
+
+// How much of a text gives the first `size` bytes of it without returns.
+size_t size_with_returns(std::string_view text, size_t size)
+{
+    size_t at = 0;
+    for (; size != 0; --size, ++at)
+        at += text.substr(at, 2) == "\r\n" ? 1 : 0;
+    return at;
+}
+
+}  // namespace
+
+TicketReading read_ticket_text(std::string_view text)
+{
+    if (has_returns(text))
+    {
+        TicketReading reading = read_lines(without_returns(text));
+        reading.text_size = size_with_returns(text, reading.text_size);
+        return reading;
+    }
+    return read_lines(text);
 }
 
 }  // namespace orvlog::reader

@@ -10,7 +10,8 @@
 //   unknown extensions, unknown sections, bytes behind the ticket: not there
 //   behind the ticket's last field, and behind a string that the ticket ended in, what ends it
 //
-// Sizes and counts are not made up: they stand in the text.
+// Sizes and counts are not made up: they stand in the text. Strings may hold quotes and newlines; one that holds
+// what can follow it, from the end of its own line into the next one, ends there.
 
 #pragma once
 
@@ -74,7 +75,8 @@ struct TicketReading
 };
 
 // Reads the text of a ticket, which begins with its first line; that line may lack its indent, and the last one its
-// newline. Any text will do: memory stays within a small multiple of the text's size.
+// newline. Lines may end in carriage return and line feed if the first one does. Any text will do: memory stays within
+// a small multiple of the text's size.
 TicketReading read_ticket_text(std::string_view text);
 
 }  // namespace orvlog::reader

@@ -157,6 +157,35 @@ TEST(TicketText, DoesNotLookBehindTheTicket)
     EXPECT_EQ(reading.text_size, example.size());
 }
 
+std::string with_returns(const std::string& text)
+{
+    std::string lines;
+    for (const char c : text)
+        lines.append(c == '\n' ? "\r\n" : std::string(1, c));
+    return lines;
+}
+
+TEST(TicketText, TakesLinesThatEndInCarriageReturns)
+{
+    const TicketReading reading = read_ticket_text(with_returns(example) + "</GCM_ColorTicket>\r\n");
+    EXPECT_EQ(reading.ending, TicketEnding::whole);
+    EXPECT_EQ(reading.bytes, example_bytes.bytes());
+    EXPECT_EQ(reading.text_size, with_returns(example).size());
+    EXPECT_EQ(dump_again(reading), example);
+    const TicketBytes names = of_sections(TicketBytes().u32({16, 4, 2}).u8({1, 0}).text("a\nb\r\n").text("\r"));
+    const TicketReading odd = read_ticket_text(with_returns(dump_ticket(names.bytes(), 1, "")));
+    EXPECT_EQ(odd.ending, TicketEnding::whole);
+    EXPECT_EQ(odd.bytes, names.bytes());
+    for (size_t size = 22; size + 2 < with_returns(example).size(); ++size)
+    {
+        const TicketReading cut = read_ticket_text(with_returns(example).substr(0, size));
+        EXPECT_EQ(cut.ending, TicketEnding::cut) << size;
+        EXPECT_LE(cut.text_size, size);
+    }
+    // Without a first line that ends so they are part of the text.
+    EXPECT_EQ(read_ticket_text(example.substr(0, 22) + with_returns(example.substr(22))).ending, TicketEnding::damaged);
+}
+
 TEST(TicketText, AnyPrefixWillDo)
 {
     for (const std::string prefix : {"", " ", "\t", "log: ", "<", "                                                  "})

@@ -2,11 +2,17 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
+
 namespace orvlog::test
 {
 
 namespace
 {
+
+// The header's date, which is that of the call: profiles must be the same whenever they are made.
+constexpr ptrdiff_t date_begin = 24;
+constexpr ptrdiff_t date_end = 36;
 
 colour::Bytes bytes_of(cmsHPROFILE profile)
 {
@@ -15,6 +21,7 @@ colour::Bytes bytes_of(cmsHPROFILE profile)
     colour::Bytes bytes(size);
     cmsSaveProfileToMem(profile, bytes.data(), &size);
     cmsCloseProfile(profile);
+    std::fill(bytes.begin() + date_begin, bytes.begin() + date_end, uint8_t{0});
     return bytes;
 }
 
