@@ -27,12 +27,6 @@ constexpr std::array COMMANDS = {
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
 };
 
-constexpr std::array EXIT_MEANINGS = {
-    ExitMeaning{EXIT_DONE, "done"},
-    ExitMeaning{EXIT_FAILED, "failed, with one line on standard error"},
-    ExitMeaning{EXIT_BAD_USE, "bad command line"},
-};
-
 int print_version()
 {
     std::printf("orvlog %s\n", ORVLOG_VERSION);
@@ -94,19 +88,6 @@ int main_of_tool(int argc, char** argv)
 std::span<const Command> commands()
 {
     return COMMANDS;
-}
-
-std::span<const ExitMeaning> exit_meanings()
-{
-    return EXIT_MEANINGS;
-}
-
-std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
-{
-    auto app = std::make_unique<CLI::App>(command.summary, std::string("orvlog ") + command.name);
-    app->set_help_flag("-h,--help", "show this text");
-    run = command.declare(*app);
-    return app;
 }
 
 int fail(const std::string& message)

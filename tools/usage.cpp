@@ -18,6 +18,12 @@ constexpr std::array<std::string_view, 3> NUMBER_TYPES = {"UINT", "INT", "FLOAT"
 
 constexpr size_t TEXT_WIDTH = 80;
 
+constexpr std::array EXIT_MEANINGS = {
+    ExitMeaning{EXIT_DONE, "done"},
+    ExitMeaning{EXIT_FAILED, "failed, with one line on standard error"},
+    ExitMeaning{EXIT_BAD_USE, "bad command line"},
+};
+
 template <size_t N> bool is_one_of(const std::array<std::string_view, N>& names, const std::string& name)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -107,26 +113,43 @@ Parameter parameter_of(const CLI::Option& option)
     return parameter;
 }
 
-// Options in named groups belong to parsers of their own below the command's.
-void add_parameters(const CLI::App& app, Usage* usage)
+// A group that the parser checks as a whole is a parser of its own below the command's, with a help flag again.
+void add_parameters(const CLI::App& app, const CLI::App* above, Usage* usage)
 {
     for (const CLI::Option* option : app.get_options())
     {
-        if (!option->get_group().empty())
-            (option->get_positional() ? usage->arguments : usage->options).push_back(parameter_of(*option));
+        if (option->get_group().empty() || (above != nullptr && option == app.get_help_ptr()))
+            continue;
+        Parameter parameter = parameter_of(*option);
+        if (above != nullptr)
+            parameter.group = app.get_group();
+        (parameter.names.empty() ? usage->arguments : usage->options).push_back(std::move(parameter));
     }
     for (const CLI::App* group : app.get_subcommands([](const CLI::App* below) { return below->get_name().empty(); }))
-        add_parameters(*group, usage);
+        add_parameters(*group, &app, usage);
 }
 
 }  // namespace
+
+std::span<const ExitMeaning> exit_meanings()
+{
+    return EXIT_MEANINGS;
+}
+
+std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
+{
+    auto app = std::make_unique<CLI::App>(command.summary, std::string("orvlog ") + command.name);
+    app->set_help_flag("-h,--help", "show this text");
+    run = command.declare(*app);
+    return app;
+}
 
 Usage usage_of(const Command& command)
 {
     Run run;
     const std::unique_ptr<CLI::App> app = make_parser(command, run);
     Usage usage = {command.name, command.summary, app->get_footer(), command.example, {}, {}};
-    add_parameters(*app, &usage);
+    add_parameters(*app, nullptr, &usage);
     return usage;
 }
 

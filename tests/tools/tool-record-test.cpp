@@ -82,6 +82,15 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
               document + "\n-o\nx\n--mode\ntransparent\n--no-renderer\n--dpi\n96\n");
 }
 
+TEST_F(RecordStandIn, AsksForProgressOnATerminalOnly)
+{
+    set_script("printf '%s\\n' \"$@\" | grep -c '^--progress$'\nexit 0\n");
+    EXPECT_EQ(run_tool({"record", document}).out, "0\n");
+    const ToolResult terminal =
+        run_program({"script", "-qec", "'" ORVLOG_TOOL "' record '" + document + "'", folder.path("typescript")});
+    EXPECT_EQ(terminal.out, "1\r\n");
+}
+
 TEST_F(RecordStandIn, PassesTheStatusOn)
 {
     set_script("exit 7\n");
@@ -189,6 +198,7 @@ TEST(ToolRecord, TakesTheStandardInput)
     const ToolResult piped = run_tool({"record", "-", "-o", "-", "--no-renderer"}, document);
     EXPECT_EQ(piped.status, 0);
     EXPECT_NE(piped.err.find("calls in all"), std::string::npos);
+    EXPECT_EQ(piped.err.find_first_of("\r\033"), std::string::npos);
     EXPECT_EQ(piped.out.substr(0, 5), "<ORV ");
     EXPECT_EQ(piped.out, read_file(log));
     const ToolResult nothing = run_tool({"record", "-", "-o", log});
