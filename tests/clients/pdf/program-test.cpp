@@ -5,14 +5,21 @@
 #include "reader/ticket-bytes.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <spawn.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
+
+extern char** environ;
 
 namespace
 {
@@ -175,6 +182,55 @@ TEST_F(ProgramTest, RefusesPagesOfAbsurdSizes)
     const Outcome outcome = record(write("large.pdf", document));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.errors, "orvlog-record: page 1 is too large at 30 dots per inch\n");
+}
+
+// A page with one gray image of so many pixels each way, all of them alike.
+std::string page_with_image(int size)
+{
+    std::string pixels;
+    for (int64_t left = int64_t{size} * size; left > 0; left -= 128)
+    {
+        pixels += {static_cast<char>(257 - std::min<int64_t>(left, 128)), '\x55'};
+    }
+    pixels += '\x80';
+    const std::string number = std::to_string(size);
+    return "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\n"
+           "2 0 obj\n<< /Type /Pages /Count 1 /Kids [3 0 R] >>\nendobj\n"
+           "3 0 obj\n<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 4 0 R "
+           "/Resources << /XObject << /I 5 0 R >> >> >>\nendobj\n"
+           "4 0 obj\n<< /Length 27 >>\nstream\nq 200 0 0 200 0 0 cm /I Do Q\nendstream\nendobj\n"
+           "5 0 obj\n<< /Type /XObject /Subtype /Image /ColorSpace /DeviceGray /BitsPerComponent 8 /Width " +
+           number + " /Height " + number + " /Filter /RunLengthDecode /Length " + std::to_string(pixels.size()) +
+           " >>\nstream\n" + pixels + "\nendstream\nendobj\ntrailer\n<< /Size 6 /Root 1 0 R >>\n%%EOF\n";
+}
+
+// The most memory that a run without a renderer has, in megabytes.
+int64_t peak_of(const std::string& document, const std::string& log, const std::string& prefix)
+{
+    std::string words[] = {ORVLOG_RECORD_PROGRAM, document, "-o",      log, "--no-renderer", "--mode", "base",
+                           "--images-beside",     prefix,   "--pages", "1"};
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+    {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    pid_t child = 0;
+    EXPECT_EQ(posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ), 0);
+    int status = -1;
+    rusage usage = {};
+    EXPECT_EQ(wait4(child, &status, 0, &usage), child);
+    EXPECT_EQ(status, 0);
+    return usage.ru_maxrss / 1024;
+}
+
+TEST_F(ProgramTest, HoldsARowOfALargeImageAndNoMore)
+{
+    const int64_t small = peak_of(write("small.pdf", page_with_image(100)), file("small.xml"), file("small"));
+    const int64_t large = peak_of(write("large.pdf", page_with_image(10000)), file("large.xml"), file("large"));
+    EXPECT_EQ(std::filesystem::file_size(file("small-img-10.bin")), 10000U);
+    EXPECT_EQ(std::filesystem::file_size(file("large-img-10.bin")), 100000000U);
+    EXPECT_LT(large, small + 25) << "megabytes";
 }
 
 TEST_F(ProgramTest, NoticesAFullDisk)
