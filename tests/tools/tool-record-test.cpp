@@ -48,8 +48,8 @@ TEST_F(RecordStandIn, NamesLogAndPagesAfterTheDocument)
     EXPECT_EQ(result.err, "");
     std::string here = folder.path("");
     here.pop_back();
-    EXPECT_EQ(result.out, document + "\n-o\n" + folder.path("a.orvlog.xml") + "\n--mode\ntransparent\n--png\n" + here +
-                              "\n--dpi\n96\n");
+    EXPECT_EQ(result.out, document + "\n-o\n" + folder.path("a.orvlog.xml") +
+                              "\n--mode\ntransparent\n--glyphs\noutlines\n--png\n" + here + "\n--dpi\n96\n");
 }
 
 TEST_F(RecordStandIn, HandsEveryOptionOn)
@@ -62,6 +62,8 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
                                         "2-3",
                                         "--mode",
                                         "base",
+                                        "--glyphs",
+                                        "bitmaps",
                                         "--images-beside",
                                         "p",
                                         "--png",
@@ -75,11 +77,13 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
                                         "--save-tickets",
                                         "t"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, document +
-                              "\n-o\nx.xml\n--mode\nbase\n--pages\n2-3\n--images-beside\np\n--png\nd\n--dpi\n144\n"
-                              "--check\n--keep-images\n--compressed\n--via-temporary-log\n--save-tickets\nt\n");
+    EXPECT_EQ(
+        result.out,
+        document +
+            "\n-o\nx.xml\n--mode\nbase\n--glyphs\nbitmaps\n--pages\n2-3\n--images-beside\np\n--png\nd\n--dpi\n144\n"
+            "--check\n--keep-images\n--compressed\n--via-temporary-log\n--save-tickets\nt\n");
     EXPECT_EQ(run_tool({"record", document, "-o", "x", "--no-renderer"}).out,
-              document + "\n-o\nx\n--mode\ntransparent\n--no-renderer\n--dpi\n96\n");
+              document + "\n-o\nx\n--mode\ntransparent\n--glyphs\noutlines\n--no-renderer\n--dpi\n96\n");
 }
 
 TEST_F(RecordStandIn, AsksForProgressOnATerminalOnly)
@@ -208,7 +212,7 @@ TEST(ToolRecord, TakesTheStandardInput)
 
 TEST_F(RecordStandIn, NamesWhatADocumentFromElsewhereLeaves)
 {
-    set_script("echo \"${1##*/}|$2|$3|$6|$7\"; cat \"$1\"\n");
+    set_script("echo \"${1##*/}|$2|$3|$8|$9\"; cat \"$1\"\n");
     EXPECT_EQ(run_tool({"record", "file://" + document}).out, "a.pdf|-o|a.orvlog.xml|--png|.\n%PDF-");
     EXPECT_EQ(run_tool({"record", "-"}, "%PDF-1").out, "document.pdf|-o|document.orvlog.xml|--png|.\n%PDF-1");
 }
