@@ -262,6 +262,8 @@ uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* para
     session->glyph_fixed_format = 0;
     session->image.image_dump_flag = 0;
     session->glyph_get_format = 1;
+    if (session->second_interface != params->up_SecondInterface)
+        session->second_drawing = nullptr;
     session->second_interface = params->up_SecondInterface;
     return 1;
 }

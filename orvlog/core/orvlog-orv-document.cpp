@@ -186,9 +186,13 @@ uint32_t face_start(void* err, const ORV_Interface* table, void* document, ORV_D
 
     const ORV_Interface* second = session->second_interface;
     if (second != nullptr && second->face_start.fn != nullptr)
+    {
+        session->second_drawing = drawing;
+        session->second_drawing_table = {};
         second->face_start.fn(err, second, session->second_document_handle, &session->second_drawing_table,
                               engine.forwarded, face_seq_number, face_properties, colour_ticket,
                               pixel_placement_orientation, pixel_placement);
+    }
     const ORV_Interface* renderer = orvlog_renderer_of(table);
     if (renderer == nullptr || renderer->face_start.fn == nullptr)
         return 1;

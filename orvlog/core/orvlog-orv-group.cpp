@@ -119,6 +119,21 @@ void dump_ending(const ORVLOG_DrawingContext* drawing, const char* name)
     orvlog_writer_close_element(writer, name);
 }
 
+// Ends the drawing of the second receiver by one of the two calls that do so; its low bit counts. A second receiver
+// sees only faces, and each of them ends once.
+template <typename Entry> uint32_t end_second(ORVLOG_DrawingContext* drawing, Entry ORV_DrawingInterface::*entry)
+{
+    ORVLOG_Session* session = drawing->session;
+    if (session->second_drawing != drawing)
+        return 1;
+    const ORV_DrawingInterface* second = &session->second_drawing_table;
+    uint32_t result = 1;
+    if (session->second_interface != nullptr && (second->*entry).fn != nullptr)
+        result = (second->*entry).fn(second) & 1;
+    session->second_drawing = nullptr;
+    return result;
+}
+
 void release_drawing(ORVLOG_DrawingContext* drawing)
 {
     ORVLOG_Session* session = drawing->session;
@@ -241,13 +256,9 @@ uint32_t orvlog_drawing_finish(const ORV_DrawingInterface* table)
     ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_finish);
     if (drawing == nullptr)
         return 0;
-    ORVLOG_Session* session = drawing->session;
-    orvlog_pop_colour_frame(session);
+    orvlog_pop_colour_frame(drawing->session);
     dump_ending(drawing, "ORV_drawing_finish");
-    const ORV_DrawingInterface* second = &session->second_drawing_table;
-    uint32_t result = 1;
-    if (session->second_interface != nullptr && second->drawing_finish.fn != nullptr)
-        result = second->drawing_finish.fn(second) & 1;
+    uint32_t result = end_second(drawing, &ORV_DrawingInterface::drawing_finish);
     const ORV_DrawingInterface* renderer = &drawing->renderer_table;
     if (renderer->drawing_finish.fn != nullptr)
         result &= renderer->drawing_finish.fn(renderer);
@@ -260,13 +271,9 @@ uint32_t orvlog_drawing_discard(const ORV_DrawingInterface* table)
     ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_discard);
     if (drawing == nullptr)
         return 0;
-    ORVLOG_Session* session = drawing->session;
-    orvlog_pop_colour_frame(session);
+    orvlog_pop_colour_frame(drawing->session);
     dump_ending(drawing, "ORV_drawing_discard");
-    const ORV_DrawingInterface* second = &session->second_drawing_table;
-    uint32_t result = 1;
-    if (session->second_interface != nullptr && second->drawing_discard.fn != nullptr)
-        result = second->drawing_discard.fn(second) & 1;
+    uint32_t result = end_second(drawing, &ORV_DrawingInterface::drawing_discard);
     const ORV_DrawingInterface* renderer = &drawing->renderer_table;
     if (renderer->drawing_discard.fn != nullptr)
         result = renderer->drawing_discard.fn(renderer);

@@ -111,7 +111,8 @@ ORVLOG_EXPORT uint32_t ORVLOG_DLL_initialise(ORV_Interface* interface_out, const
                                              void** comment_ctx_out);
 
 // Ends the log and frees the session. `session` is the context word of any entry of the wrapped table but
-// the first; null gives 1. Documents and drawings that are still open are not walked.
+// the first; null gives 1. Documents and drawings that are still open go
+// with it, and the renderer is not told.
 ORVLOG_EXPORT uint32_t ORVLOG_DLL_shutdown(void* session);
 
 // Chooses the logging mode ("base" unless the obsolete mode is asked for) and the second receiver. Call it

@@ -103,6 +103,7 @@ struct ORVLOG_Session
     uint32_t merge_compress;
     uint32_t merge_mode;  // non-zero: an image was kept and has a log of its own
 
+    ORVLOG_DrawingContext* second_drawing;   // the face that second_drawing_table stands for
     FontEngineWrapper* live_font_wrappers;   // all wrappers that have not been destroyed
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded

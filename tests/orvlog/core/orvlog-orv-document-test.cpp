@@ -174,6 +174,57 @@ TEST(SecondReceiver, GetsDocumentAndFaceCallsFirst)
     EXPECT_EQ(second.last(), "document_finish own-document");
 }
 
+TEST(SecondReceiver, SeesOnlyFacesAndTheEndOfEachOnce)
+{
+    TestSession test;
+    FakeRenderer second("second");
+    test.set_second(second.get());
+    ORV_DrawingInterface face = {};
+    ORV_DrawingInterface resource = {};
+    uint32_t resource_id = 0;
+    const auto draw_resource = [&]
+    {
+        EXPECT_EQ(test.orv.resource_start.fn(nullptr, &test.orv, test.document, &resource, nullptr, nullptr, nullptr,
+                                             nullptr, &resource_id),
+                  1U);
+        EXPECT_EQ(resource.drawing_finish.fn(&resource), 1U);
+    };
+    test.start_document();
+    draw_resource();
+    test.start_face(&face);
+    draw_resource();
+    EXPECT_EQ(second.count("drawing_finish"), 0U);
+    EXPECT_EQ(face.drawing_finish.fn(&face), 1U);
+    EXPECT_EQ(second.count("drawing_finish"), 1U);
+    draw_resource();
+    test.start_face(&face);
+    EXPECT_EQ(face.drawing_discard.fn(&face), 1U);
+    test.finish_document();
+    const char* expected[] = {"document_start", "face_start",      "drawing_finish",
+                              "face_start",     "drawing_discard", "document_finish"};
+    ASSERT_EQ(second.calls().size(), 6U);
+    for (size_t i = 0; i < 6; ++i)
+        EXPECT_EQ(second.calls()[i].find(expected[i]), 0U) << second.calls()[i];
+}
+
+TEST(SecondReceiver, ThatIsExchangedGetsNoEndOfTheOthersFace)
+{
+    TestSession test;
+    FakeRenderer second("second");
+    FakeRenderer third("third");
+    test.set_second(second.get());
+    ORV_DrawingInterface face = {};
+    test.start_document();
+    test.start_face(&face);
+    test.set_second(third.get());
+    EXPECT_EQ(face.drawing_finish.fn(&face), 1U);
+    EXPECT_EQ(second.count("drawing_finish") + third.count("drawing_finish"), 0U);
+    test.start_face(&face);
+    test.set_second(third.get());
+    EXPECT_EQ(face.drawing_finish.fn(&face), 1U);
+    EXPECT_EQ(third.count("drawing_finish"), 1U);
+}
+
 TEST(SecondReceiver, WithoutFunctionsIsLetBe)
 {
     TestSession test;
