@@ -85,7 +85,7 @@ uint64_t ORVLOG_CompressedWrite(const void* data, uint64_t item_size, uint64_t i
 
 void ORVLOG_CloseCompressedStream(GIO_Stream* handle)
 {
-    if (handle == nullptr)
+    if (handle == nullptr || handle->instance == nullptr)
         return;
     auto* stream = static_cast<ORVLOG_CompressedStream*>(handle->instance);
     GMM_Allocator* allocator = stream->allocator;

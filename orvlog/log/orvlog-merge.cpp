@@ -48,6 +48,11 @@ void close_stream(GIO_Stream* stream)
     stream->ops->gio_Close(stream->instance);
 }
 
+bool can_write(const GIO_Stream* stream)
+{
+    return stream != nullptr && stream->ops != nullptr && stream->ops->gio_Write != nullptr;
+}
+
 bool is_at_end(GIO_Stream* stream)
 {
     return stream->ops->gio_Eof(stream->instance) > 0;
@@ -204,7 +209,7 @@ uint32_t ORVLOG_OpenTempLog(GMM_Allocator* allocator, const uint8_t* session_id,
 uint32_t ORVLOG_AppendFile(GMM_Allocator* allocator, const char* path, GIO_Stream* target, char* block)
 {
     GIO_Stream* source = nullptr;
-    if (target == nullptr || block == nullptr)
+    if (!can_write(target) || block == nullptr)
         return 0;
     if (gio_OpenFile(path, GIO_OPEN_READ, 0, allocator, &source) != GIO_OK)
         return 0;
@@ -216,7 +221,7 @@ uint32_t ORVLOG_AppendFile(GMM_Allocator* allocator, const char* path, GIO_Strea
 uint32_t ORVLOG_MergeLogs(GMM_Allocator* allocator, const char* path, GIO_Stream* target, uint32_t compress,
                           uint32_t has_async_images)
 {
-    if (allocator == nullptr || path == nullptr || target == nullptr)
+    if (allocator == nullptr || path == nullptr || !can_write(target))
         return 0;
     Merge merge = {};
     merge.allocator = allocator;

@@ -1,5 +1,6 @@
 #include "orvlog/log/orvlog-writer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
@@ -56,14 +57,16 @@ int32_t vprint_coded(ORVLOG_Writer* writer, const char* format, va_list args)
     return static_cast<int32_t>(length);
 }
 
-// One print for the pieces of a tag.
+// One print for the pieces of a tag, with the limit of one where it is coded.
 void put_tag(ORVLOG_Writer* writer, std::initializer_list<const char*> pieces)
 {
     char tag[512];
     size_t length = 0;
+    size_t allowed = is_coded(writer) ? ORVLOG_CODED_PRINT_LIMIT : SIZE_MAX;
     for (const char* piece : pieces)
     {
-        const size_t size = std::strlen(piece);
+        const size_t size = std::min(std::strlen(piece), allowed);
+        allowed -= size;
         if (size >= sizeof tag - length)
         {
             tag[length] = '\0';

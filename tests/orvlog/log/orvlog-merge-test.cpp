@@ -113,14 +113,31 @@ TEST_F(Merge, TakesAtMostTwoLineEndsWithTheElement)
         const char* with;
         const char* behind;
     };
-    const Case cases[] = {{"", ""},     {"\n", ""},    {"\r", ""},     {"\r\n", ""},     {"\n\r", ""},   {"\n\n", ""},
-                          {"\r\r", ""}, {"\n", " \n"}, {"\r\n", "\n"}, {"\r\n", "\r\n"}, {"\n\n", "\n"}, {"", "<a>\n"}};
-    for (const Case& c : cases)
+    // All sequences of up to three characters of a line end, and what follows them.
+    const Case cases[] = {
+        {"", ""},          {"\n", ""},     {"\r", ""},      {"\n\n", ""},     {"\n\r", ""},   {"\r\n", ""},
+        {"\r\r", ""},      {"\n\n", "\n"}, {"\n\n", "\r"},  {"\n\r", "\n"},   {"\n\r", "\r"}, {"\r\n", "\n"},
+        {"\r\n", "\r"},    {"\r\r", "\n"}, {"\r\r", "\r"},  {"\r\n", "\r\n"}, {"\n", " \n"},  {"\r", " \r"},
+        {"\r\n", " \r\n"}, {"", " \n\r"},  {"", "<a>\r\n"}, {"\n", "\t\n"},
+    };
+    for (const std::string& line_end : {std::string("\n"), std::string("\r\n"), std::string("\r")})
     {
-        target.clear();
-        put_file(side_name, side_text);
-        EXPECT_EQ(merge("<ORV>" + keep + c.with + c.behind + "</ORV>\n"), 1u);
-        EXPECT_EQ(target.text(), "<ORV>" + merged_keep + c.with + side_text + c.behind + "</ORV>\n");
+        // The line ends within the element stay what they are.
+        const std::string name = "orvlog-side.tmp";
+        const std::string element = "<GOP_ImageKeepFn Id=\"10\" async_img_log_file_name=\"orvlog-side.tmp\" "
+                                    "return=\"TRUE\">" +
+                                    line_end + "</GOP_ImageKeepFn>";
+        const std::string merged = "<GOP_ImageKeepFn Id=\"10\"  return=\"TRUE\">" + line_end + "</GOP_ImageKeepFn>";
+        for (const Case& c : cases)
+        {
+            for (const std::string& last : {std::string(), "</ORV>" + line_end})
+            {
+                target.clear();
+                put_file(name, side_text);
+                EXPECT_EQ(merge("<ORV>" + line_end + element + c.with + c.behind + last), 1u);
+                EXPECT_EQ(target.text(), "<ORV>" + line_end + merged + c.with + side_text + c.behind + last);
+            }
+        }
     }
 }
 
@@ -167,6 +184,47 @@ TEST_F(Merge, FindsAnElementCutAnywhereByABlock)
             }
         }
     }
+}
+
+// Two elements close together about the end of a block: one may go with it and the other wait, or both wait.
+TEST_F(Merge, FindsBothOfTwoElementsAboutTheEndOfABlock)
+{
+    const std::string first = "<GOP_ImageKeepFn async_img_log_file_name=\"1.tmp\">\n</GOP_ImageKeepFn>\n";
+    const std::string second = "<GOP_ImageKeepFn async_img_log_file_name=\"2.tmp\">\n</GOP_ImageKeepFn>\n";
+    // A line end that the block does not hold stands behind the image's log.
+    const std::string whole = "<GOP_ImageKeepFn >\n</GOP_ImageKeepFn>\n";
+    const std::string parted = "<GOP_ImageKeepFn >\n</GOP_ImageKeepFn>";
+    for (size_t in_block = 0; in_block <= first.size() + second.size(); ++in_block)
+    {
+        SCOPED_TRACE(in_block);
+        target.clear();
+        put_file("1.tmp", "one\n");
+        put_file("2.tmp", "two\n");
+        const std::string before(16383 - in_block, 'b');
+        ASSERT_EQ(merge(before + first + second + "</ORV>\n"), 1u);
+        std::string expected = before;
+        expected += in_block == first.size() - 1 ? parted + "one\n\n" : whole + "one\n";
+        expected += in_block == first.size() + second.size() - 1 ? parted + "two\n\n" : whole + "two\n";
+        ASSERT_EQ(target.text(), expected + "</ORV>\n");
+    }
+}
+
+// More than 200 bytes from the attribute to the end: whole in a block it is as any other, and cut by one it has lost
+// its attribute's name when its end comes in sight, and stays as it is.
+TEST_F(Merge, LeavesAnElementOfMoreThan200BytesThatABlockCuts)
+{
+    const std::string start = "<GOP_ImageKeepFn async_img_log_file_name=\"side.tmp\"";
+    const std::string rest = " return=\"" + std::string(300, 'T') + "\">\n</GOP_ImageKeepFn>\n";
+    put_file("side.tmp", "side\n");
+    const std::string before(16383 - 260, 'b');
+    EXPECT_EQ(merge(before + start + rest + "</ORV>\n"), 1u);
+    EXPECT_EQ(target.text(), before + start + rest + "</ORV>\n");
+    EXPECT_EQ(get_file("side.tmp"), "side\n");
+
+    target.clear();
+    EXPECT_EQ(merge(start + rest + "</ORV>\n"), 1u);
+    EXPECT_EQ(target.text(), "<GOP_ImageKeepFn " + rest + "side\n</ORV>\n");
+    EXPECT_FALSE(fs::exists("side.tmp"));
 }
 
 TEST_F(Merge, HoldsBack200Bytes)
@@ -312,7 +370,17 @@ TEST_F(Merge, LetsNullBe)
     EXPECT_EQ(ORVLOG_MergeLogs(nullptr, temp_log, target.get(), 0, 0), 0u);
     EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), nullptr, target.get(), 0, 0), 0u);
     EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), temp_log, nullptr, 0, 0), 0u);
-    EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), nullptr, target.get(), nullptr), 0u);
+    std::vector<char> block(ORVLOG_MERGE_BLOCK);
+    put_file("file", "text");
+    EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), nullptr, target.get(), block.data()), 0u);
+    EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), "file", target.get(), nullptr), 0u);
+    EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), "file", nullptr, block.data()), 0u);
+    EXPECT_EQ(ORVLOG_AppendFile(nullptr, "file", target.get(), block.data()), 0u);
+    GIO_StreamOps nothing = {};
+    GIO_Stream mute = {nullptr, 0, &nothing};
+    EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), "file", &mute, block.data()), 0u);
+    EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), "file", &mute, 0, 0), 0u);
+    EXPECT_TRUE(fs::exists("file"));
     EXPECT_EQ(ORVLOG_OpenTempLog(allocator.get(), nullptr, nullptr, nullptr), 0u);
 }
 

@@ -308,6 +308,17 @@ TEST_F(CodedWriter, LongWarningIsCutAsEachPrintIs)
     EXPECT_EQ(finish(6 + 198 + 4), "\n<!--\n" + std::string(198, 'w') + "-->\n");
 }
 
+TEST_F(CodedWriter, LongTagIsCutAsEachPrintIs)
+{
+    const std::string name = std::string(190, 'n');
+    orvlog_writer_begin_element(&writer, (name + "1234567890").c_str());
+    orvlog_writer_end_tag(&writer);
+    orvlog_writer_close_member(&writer, name.c_str(), "12345");
+    orvlog_writer_open_element(&writer, std::string(600, 'x').c_str());
+    EXPECT_EQ(finish(198 + 2 + 198 + 198),
+              "<" + name + "1234567" + ">\n" + "</" + name + ".12345" + "<" + std::string(197, 'x'));
+}
+
 TEST_F(CodedWriter, BytesReachTheStreamAtMostTenAtATime)
 {
     std::string text;
