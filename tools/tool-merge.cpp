@@ -1,6 +1,7 @@
 // orvlog merge: a temporary log and the logs of its kept images as one log.
 
 #include "clients/stream/file-stream.h"
+#include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "tools/command.h"
 #include "tools/temporary-folder.h"
@@ -33,14 +34,14 @@ struct MergeOptions
     bool compressed = false;
 };
 
-// Names of the logs of kept images that a temporary log tells of. False when it is no log.
+// Names of the logs of kept images that a temporary log tells of. False when it is no log, or a coded one.
 bool find_image_logs(const fs::path& log, std::set<std::string>* names)
 {
     std::ifstream file(log, std::ios::binary);
     std::string line;
     for (bool first = true; std::getline(file, line); first = false)
     {
-        if (first && line.rfind("<ORV ", 0) != 0)
+        if (first && (line.rfind("<ORV ", 0) != 0 || line.rfind(ORVLOG_CODED_PREFIX, 0) == 0))
             return false;
         const size_t at =
             line.find("<GOP_ImageKeepFn ") != std::string::npos ? line.find(ATTRIBUTE) : std::string::npos;
@@ -57,28 +58,29 @@ bool find_image_logs(const fs::path& log, std::set<std::string>* names)
 class Workshop
 {
 public:
-    explicit Workshop(const fs::path& log) : folder_(fs::absolute(log).string() + ".merging"), back_(fs::current_path())
-    {
-        fs::create_directory(folder_);
-        take(log);
-    }
+    Workshop() : back_(fs::current_path()) {}
     Workshop(const Workshop&) = delete;
     Workshop& operator=(const Workshop&) = delete;
     ~Workshop()
     {
         std::error_code ignored;
         fs::current_path(back_, ignored);
-        fs::remove_all(folder_, ignored);
     }
 
     void take(const fs::path& file)
     {
-        fs::create_symlink(fs::absolute(file), folder_ / file.filename());
+        fs::create_symlink(fs::absolute(file), folder_.path(file.filename()));
         taken_.insert(fs::absolute(file));
+        size_ += fs::file_size(file);
     }
     void enter()
     {
-        fs::current_path(folder_);
+        fs::current_path(folder_.path(""));
+    }
+    // Bytes of all files together.
+    uint64_t size() const
+    {
+        return size_;
     }
     void remove_originals() const
     {
@@ -88,19 +90,61 @@ public:
     }
 
 private:
-    fs::path folder_;
+    TemporaryFolder folder_;
     fs::path back_;
     std::set<fs::path> taken_;
+    uint64_t size_ = 0;
 };
+
+// Passes on what is written to it and shows how far it is.
+class Shown
+{
+public:
+    Shown(GIO_Stream* target, uint64_t whole) : target_(target), progress_(whole)
+    {
+        ops_.gio_Write = [](const void* data, uint64_t item_size, uint64_t item_count, void* instance) -> uint64_t
+        {
+            auto* shown = static_cast<Shown*>(instance);
+            shown->done_ += item_size * item_count;
+            shown->progress_.show(shown->done_);
+            return shown->target_->ops->gio_Write(data, item_size, item_count, shown->target_->instance);
+        };
+    }
+    Shown(const Shown&) = delete;
+    Shown& operator=(const Shown&) = delete;
+
+    GIO_Stream* stream()
+    {
+        return &handle_;
+    }
+
+private:
+    GIO_Stream* target_;
+    Progress progress_;
+    uint64_t done_ = 0;
+    GIO_StreamOps ops_{};
+    GIO_Stream handle_{this, GIO_KIND_FORWARD_ONLY, &ops_};
+};
+
+// In the workshop, with all parts there.
+bool merge_into(Output& output, const fs::path& log, uint64_t size, bool has_images, bool compressed)
+{
+    client_stream::MallocAllocator memory;
+    GIO_Stream* coded = compressed ? ORVLOG_OpenCompressedStream(memory.allocator(), output.stream()) : nullptr;
+    if (compressed && coded == nullptr)
+        return false;
+    Shown target(compressed ? coded : output.stream(), size);
+    const uint32_t merged = ORVLOG_MergeLogs(memory.allocator(), log.c_str(), target.stream(), 0, has_images ? 1 : 0);
+    ORVLOG_CloseCompressedStream(coded);
+    return merged != 0;
+}
 
 // Names of the logs of kept images, and where they lie. False with the reason in `why`.
 bool find_parts(const fs::path& log, const fs::path& folder, std::set<std::string>* names, std::string* why)
 {
+    *why = "not a log";
     if (!find_image_logs(log, names))
-    {
-        *why = "not a log";
         return false;
-    }
     for (const std::string& name : *names)
     {
         *why = "the log of a kept image is missing: " + name;
@@ -119,15 +163,13 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path
     Output output(options.output == "-" ? options.output : fs::absolute(options.output).string());
     if (!output.open())
         return fail(options.output + ": " + std::strerror(errno));
-    Workshop workshop(log);
+    Workshop workshop;
+    workshop.take(log);
     for (const std::string& name : names)
         workshop.take(folder / name);
     workshop.enter();
-    client_stream::MallocAllocator memory;
     errno = 0;
-    const uint32_t merged = ORVLOG_MergeLogs(memory.allocator(), log.filename().c_str(), output.stream(),
-                                             options.compressed ? 1 : 0, names.empty() ? 0 : 1);
-    if (merged == 0 || !output.finish())
+    if (!merge_into(output, log.filename(), workshop.size(), !names.empty(), options.compressed) || !output.finish())
         return fail(options.output + ": " + std::strerror(errno != 0 ? errno : EIO));
     workshop.remove_originals();
     return EXIT_DONE;

@@ -1,19 +1,72 @@
 #include "tools/tool-output.h"
 
 #include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
 
 namespace tool
 {
 
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// What a signal that ends the program takes away first.
+char unfinished[4096];
+
+void end_by_signal(int signal)
+{
+    if (unfinished[0] != '\0')
+        unlink(unfinished);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void set_unfinished(const std::string& part)
+{
+    if (part.size() >= sizeof unfinished)
+        return;
+    std::strcpy(unfinished, part.c_str());
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        if (!part.empty() && std::signal(signal, end_by_signal) == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+    }
+}
+
+// Where a link leads; a name that is none stays as it is.
+std::string resolved(const std::string& name)
+{
+    std::error_code error;
+    const fs::path path = fs::is_symlink(name, error) ? fs::canonical(name, error) : fs::path(name);
+    return error ? name : path.string();
+}
+
+std::string part_of(const std::string& name)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(name, error);
+    const bool as_it_stands = name == "-" || (fs::exists(status) && !fs::is_regular_file(status));
+    return as_it_stands ? "" : name + ".part";
+}
+
+}  // namespace
+
 Output::Output(const std::string& name)
-    : name_(name), part_(name == "-" ? "" : name + ".part"),
-      file_(part_.empty() ? stdout : std::fopen(part_.c_str(), "wb"))
+    : name_(resolved(name)), part_(part_of(name_)),
+      file_(name == "-" ? stdout : std::fopen((part_.empty() ? name_ : part_).c_str(), "wb"))
 {
     reason_ = file_ == nullptr ? errno : 0;
+    if (file_ != nullptr && !part_.empty())
+        set_unfinished(part_);
     ops_.gio_Write = [](const void* data, uint64_t item_size, uint64_t item_count, void* c) -> uint64_t
     { return static_cast<Output*>(c)->write(data, item_size * item_count) ? item_count : 0; };
     ops_.gio_Flush = [](void*) -> int32_t { return 0; };
     handle_ = {this, GIO_KIND_FORWARD_ONLY, &ops_};
+    errno = reason_;
 }
 
 Output::~Output()
@@ -21,7 +74,14 @@ Output::~Output()
     if (file_ == nullptr || file_ == stdout)
         return;
     std::fclose(file_);
-    std::remove(part_.c_str());
+    discard();
+}
+
+void Output::discard()
+{
+    if (!part_.empty())
+        std::remove(part_.c_str());
+    set_unfinished("");
 }
 
 bool Output::write(const void* data, size_t size)
@@ -46,10 +106,13 @@ bool Output::finish()
         return true;
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
-    if (closed && std::rename(part_.c_str(), name_.c_str()) == 0)
+    if (closed && (part_.empty() || std::rename(part_.c_str(), name_.c_str()) == 0))
+    {
+        set_unfinished("");
         return true;
+    }
     const int reason = errno;
-    std::remove(part_.c_str());
+    discard();
     errno = reason;
     return false;
 }

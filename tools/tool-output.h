@@ -11,7 +11,8 @@
 namespace tool
 {
 
-// Writes beside its name first and takes the name at the end, so that nothing half-written stays behind.
+// Writes beside its name first and takes the name at the end, so that nothing half-written stays behind, not even when
+// the user breaks off. What is no ordinary file, such as a device or a pipe, is written as it stands.
 class Output
 {
 public:
@@ -36,8 +37,10 @@ public:
     bool finish();
 
 private:
+    void discard();
+
     std::string name_;
-    std::string part_;
+    std::string part_;  // empty when the name itself is written
     std::FILE* file_;
     bool failed_ = false;
     int reason_ = 0;

@@ -78,6 +78,49 @@ TEST(ToolUnpack, MissingFilesAndFullDisks)
     EXPECT_NE(nowhere.err.find("No such file or directory"), std::string::npos);
 }
 
+TEST(ToolOutput, WritesADeviceAsItStands)
+{
+    const ToolResult full = run_tool({"pack", "-", "-o", "/dev/full"}, "abracadabra");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.err, "orvlog: /dev/full: No space left on device\n");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+    EXPECT_FALSE(std::filesystem::exists("/dev/full.part"));
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", "/dev/full"}, kLog).err, "orvlog: /dev/full: No space left on device\n");
+    EXPECT_EQ(run_tool({"pack", "-", "-o", "/dev/null"}, "abracadabra").status, 0);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(ToolOutput, FollowsALink)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "before");
+    std::filesystem::create_symlink("file", folder.path("link"));
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", folder.path("link")}, kLog).status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
+    EXPECT_EQ(read_file(file), kLog);
+}
+
+TEST(ToolOutput, LeavesNothingWhenItIsBrokenOff)
+{
+    const ScratchFolder folder;
+    // The command waits for the rest of a pipe while it is ended.
+    const char* script = "cd \"$1\" && mkfifo pipe && { \"$2\" pack pipe -o out & } && exec 3>pipe && "
+                         "until test -e out.part; do sleep 0.02; done && kill $! && wait $!; echo $?; ls";
+    const ToolResult result = run_program({"timeout", "20", "sh", "-c", script, "sh", folder.path(""), ORVLOG_TOOL});
+    EXPECT_EQ(result.out, "143\npipe\n") << result.err;
+}
+
+TEST(ToolOutput, FailureLeavesTheFileOfBefore)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "before");
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", file}, "no log").status, 1);
+    EXPECT_EQ(run_tool({"pack", folder.path("none"), "-o", file}).status, 1);
+    EXPECT_EQ(run_tool({"merge", folder.path("none"), "-o", file}).status, 1);
+    EXPECT_EQ(read_file(file), "before");
+    EXPECT_FALSE(std::filesystem::exists(file + ".part"));
+}
+
 constexpr char kTemp[] = "orvlog-4-3-2-1.tmp";
 constexpr char kImage[] = "orvlog-4-3-2-1-async-image-0000000011.tmp";
 
@@ -148,6 +191,14 @@ TEST(ToolMerge, FailureLosesNothing)
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.err, "orvlog: " + other + ": not a log\n");
     EXPECT_TRUE(std::filesystem::exists(other));
+    const std::string coded = folder.write("coded.tmp", run_tool({"pack", "-", "-o", "-"}, kLog).out);
+    EXPECT_EQ(run_tool({"merge", coded, "-o", folder.path("log.xml")}).err, "orvlog: " + coded + ": not a log\n");
+    folder.write(kImage, "  <A>\n  </A>\n");
+    EXPECT_EQ(run_tool({"merge", folder.path(kTemp), "-o", "/dev/full"}).err,
+              "orvlog: /dev/full: No space left on device\n");
+    EXPECT_EQ(run_tool({"merge", folder.path(kTemp), "-o", "/dev/full", "--compressed"}).status, 1);
+    EXPECT_EQ(read_file(folder.path(kTemp)), temporary_log(kImage));
+    EXPECT_EQ(read_file(folder.path(kImage)), "  <A>\n  </A>\n");
 }
 
 }  // namespace
