@@ -1,0 +1,189 @@
+// The two laws of a replay: its pages are the pages of the job, and its log is the log.
+
+#include "tests/clients/replay/jobs.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using namespace orvlog::test;
+
+// A job in one way of recording, and again from its log.
+class Law : public testing::Test
+{
+protected:
+    // Records `document` with `options` in the folder "job", and replays its log with `again` in the folder "again".
+    void run(const std::string& document, const Words& options, const Words& again = {})
+    {
+        job = scratch.path("job");
+        replay = scratch.path("again");
+        fs::remove_all(job);
+        fs::remove_all(replay);
+        fs::create_directories(job);
+        fs::create_directories(replay);
+        const bool drawn = std::find(options.begin(), options.end(), "--no-renderer") == options.end();
+        Words record = {ORVLOG_RECORD_PROGRAM, document, "-o", "job.xml"};
+        if (drawn)
+            record.insert(record.end(), {"--png", "pages"});
+        record.insert(record.end(), options.begin(), options.end());
+        const ToolResult recorded = run_in(job, record);
+        ASSERT_EQ(recorded.status, 0) << recorded.err;
+        Words play = {ORVLOG_TOOL, "replay", "../job/job.xml", "--log", "job.xml"};
+        if (drawn)
+            play.insert(play.end(), {"--png", "pages"});
+        play.insert(play.end(), again.begin(), again.end());
+        const ToolResult played = run_in(replay, play);
+        ASSERT_EQ(played.status, 0) << played.err;
+        EXPECT_EQ(played.err.find("damaged"), std::string::npos) << played.err;
+        EXPECT_EQ(played.err.find("not played"), std::string::npos) << played.err;
+    }
+
+    // True if there are pages, as many as in the job and the same.
+    bool same_pages() const
+    {
+        return pages_of(job + "/pages") == pages_of(replay + "/pages") && !pages_of(job + "/pages").empty();
+    }
+
+    bool same_log() const
+    {
+        const std::string log = read_file(job + "/job.xml");
+        return !log.empty() && log == read_file(replay + "/job.xml");
+    }
+
+    ScratchFolder scratch;
+    std::string job;
+    std::string replay;
+};
+
+class LawOfEachMode : public Law, public testing::WithParamInterface<const char*>
+{
+protected:
+    Words with_mode(Words options) const
+    {
+        options.insert(options.end(), {"--mode", GetParam()});
+        return options;
+    }
+};
+
+TEST_P(LawOfEachMode, OfAPlainLog)
+{
+    run(sample(), with_mode({}));
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+}
+
+TEST_P(LawOfEachMode, WithAllFormsOfGlyphs)
+{
+    run(sample(), with_mode({"--glyphs", "all", "--pages", "1"}));
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+}
+
+TEST_P(LawOfEachMode, WithBitmapGlyphs)
+{
+    run(sample(), with_mode({"--glyphs", "bitmaps", "--pages", "1"}));
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+}
+
+TEST_P(LawOfEachMode, OfACodedLog)
+{
+    run(sample(), with_mode({"--compressed", "--pages", "1"}), {"--compressed"});
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+}
+
+TEST_P(LawOfEachMode, WithImagesBesideTheLog)
+{
+    run(sample(), with_mode({"--images-beside", "side"}), {"--images-beside", "side"});
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+    EXPECT_EQ(files_of(job), files_of(replay));
+}
+
+TEST_P(LawOfEachMode, ThroughATemporaryLogWithKeptImages)
+{
+    run(sample(), with_mode({"--keep-images", "--via-temporary-log"}), {"--via-temporary-log"});
+    EXPECT_TRUE(same_pages());
+    EXPECT_TRUE(same_log());
+}
+
+TEST_P(LawOfEachMode, WithTheLogsOfKeptImagesBesideIt)
+{
+    run(sample(), with_mode({"--keep-images"}));
+    EXPECT_TRUE(same_pages());
+    // Each log names its own.
+    EXPECT_EQ(without_session_ids(read_file(job + "/job.xml")), without_session_ids(read_file(replay + "/job.xml")));
+}
+
+TEST_P(LawOfEachMode, WithoutARenderer)
+{
+    run(sample(), with_mode({"--no-renderer"}));
+    EXPECT_TRUE(same_log());
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, LawOfEachMode, testing::Values("transparent", "base"));
+
+TEST_F(Law, ALogOfBaseModeWithoutARendererIsEnoughToDrawFrom)
+{
+    run(sample(), {"--mode", "base", "--no-renderer"});
+    ASSERT_EQ(run_in(job, {ORVLOG_RECORD_PROGRAM, sample(), "-o", "drawn.xml", "--png", "pages"}).status, 0);
+    ASSERT_EQ(run_in(replay, {ORVLOG_TOOL, "replay", "../job/job.xml", "--png", "pages"}).status, 0);
+    EXPECT_EQ(pages_of(job + "/pages"), pages_of(replay + "/pages"));
+    EXPECT_FALSE(pages_of(job + "/pages").empty());
+}
+
+TEST_F(Law, ALogOfBaseModeWithBitmapsIsEnoughToDrawBitmapsFrom)
+{
+    run(sample(), {"--mode", "base", "--no-renderer", "--glyphs", "bitmaps", "--pages", "1"});
+    const Words drawn = {
+        ORVLOG_RECORD_PROGRAM, sample(), "-o", "drawn.xml", "--png", "pages", "--glyphs", "bitmaps", "--pages", "1"};
+    ASSERT_EQ(run_in(job, drawn).status, 0);
+    ASSERT_EQ(run_in(replay, {ORVLOG_TOOL, "replay", "../job/job.xml", "--png", "pages"}).status, 0);
+    EXPECT_EQ(pages_of(job + "/pages"), pages_of(replay + "/pages"));
+    EXPECT_FALSE(pages_of(job + "/pages").empty());
+}
+
+// Documents that lie beside the project; without them these tests are skipped by name.
+class LawOfDocuments : public Law, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(LawOfDocuments, InBothModes)
+{
+    const std::string document = shared_document(GetParam());
+    if (!fs::exists(document))
+        GTEST_SKIP() << document << " is not here";
+    for (const char* mode : {"transparent", "base"})
+    {
+        run(document, {"--mode", mode});
+        EXPECT_TRUE(same_pages()) << mode;
+        EXPECT_TRUE(same_log()) << mode;
+    }
+}
+
+TEST_P(LawOfDocuments, DrawnFromBaseModeAlone)
+{
+    const std::string document = shared_document(GetParam());
+    if (!fs::exists(document))
+        GTEST_SKIP() << document << " is not here";
+    run(document, {"--mode", "base", "--no-renderer"});
+    EXPECT_TRUE(same_log());
+    ASSERT_EQ(run_in(job, {ORVLOG_RECORD_PROGRAM, document, "-o", "drawn.xml", "--png", "pages"}).status, 0);
+    ASSERT_EQ(run_in(replay, {ORVLOG_TOOL, "replay", "../job/job.xml", "--png", "pages"}).status, 0);
+    EXPECT_EQ(pages_of(job + "/pages"), pages_of(replay + "/pages"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, LawOfDocuments,
+                         testing::Values("XiaoBiaoSong.pdf", "blendmode.pdf", "cmykjpeg.pdf", "issue918.pdf",
+                                         "knockout_groups_test.pdf", "radial_gradients.pdf", "tiling-pattern-box.pdf",
+                                         "vertical.pdf"));
+
+}  // namespace
