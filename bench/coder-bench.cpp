@@ -1,4 +1,4 @@
-// Codes and decodes a log beside the plain scanning coder, gzip -1 and zstd -1.
+// Codes and decodes a log beside the plain scanning coder, and beside gzip -1 and zstd -1.
 //
 //   coder-bench LOG.xml
 
@@ -77,15 +77,46 @@ void print(const char* what, double seconds, size_t bytes, size_t coded)
                 100.0 * static_cast<double>(coded) / static_cast<double>(bytes));
 }
 
-void run_program(const char* program, const char* file, size_t bytes)
+size_t scan_back(const Bytes& coded, size_t length)
 {
-    const std::string output = std::string(file) + ".bench-out";
-    const std::string command = std::string(program) + " -1 -c '" + file + "' > '" + output + "'";
+    orvlog::test::ScanningCoder coder(orvlog::test::ScanningCoder::decoder);
+    Bytes padded = coded;
+    padded.push_back(0);
+    coder.set_input(padded);
+    Bytes text(length + kGrowth);
+    return static_cast<size_t>(coder.decode(text.data(), static_cast<uint32_t>(text.size())));
+}
+
+// A program that compresses, and the same as it brings the text back.
+void run_program(const std::string& program, const std::string& file, size_t bytes)
+{
+    const std::string packed = file + ".bench-out";
     int status = 0;
-    const double seconds = orvlog::bench::quickest(3, [&] { status = std::system(command.c_str()); });
-    if (status == 0)
-        print((std::string(program) + " -1").c_str(), seconds, bytes, read_file(output.c_str()).size());
-    std::remove(output.c_str());
+    const auto seconds_of = [&status](const std::string& command)
+    { return orvlog::bench::quickest(3, [&] { status |= std::system(command.c_str()); }); };
+    const double coding = seconds_of(program + " -1 -c '" + file + "' > '" + packed + "'");
+    const double decoding = seconds_of(program + " -d -c < '" + packed + "' > /dev/null");
+    const size_t size = read_file(packed.c_str()).size();
+    std::remove(packed.c_str());
+    if (status != 0)
+        return;
+    print((program + " -1").c_str(), coding, bytes, size);
+    print((program + " -d").c_str(), decoding, bytes, size);
+}
+
+// The same part of the text by the library's coder and by the scanning one.
+void compare(const Bytes& part)
+{
+    size_t size = 0;
+    Bytes coded;
+    const double scanning = orvlog::bench::quickest(2, [&] { size = scan(part); });
+    print("scanning coder", scanning, part.size(), size);
+    const double coding = orvlog::bench::quickest(5, [&] { coded = code(part); });
+    const double scanning_back = orvlog::bench::quickest(2, [&] { size = scan_back(coded, part.size()); });
+    print("scanning decoder", scanning_back, part.size(), coded.size());
+    const double decoding = orvlog::bench::quickest(5, [&] { size = decode(coded, part.size()); });
+    std::printf("against the scanning one on the same %zu bytes: coder %.1f times, decoder %.1f times\n", part.size(),
+                scanning / coding, scanning_back / decoding);
 }
 
 }  // namespace
@@ -104,18 +135,12 @@ int main(int argc, char** argv)
         return 1;
     }
     Bytes coded;
-    const double coding = orvlog::bench::quickest(3, [&] { coded = code(text); });
+    const double coding = orvlog::bench::quickest(5, [&] { coded = code(text); });
     print("coder", coding, text.size(), coded.size());
     size_t decoded = 0;
-    const double decoding = orvlog::bench::quickest(3, [&] { decoded = decode(coded, text.size()); });
+    const double decoding = orvlog::bench::quickest(5, [&] { decoded = decode(coded, text.size()); });
     print("decoder", decoding, text.size(), coded.size());
-    const Bytes part(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(kScanned, text.size())));
-    size_t scanned = 0;
-    const double scanning = orvlog::bench::quickest(1, [&] { scanned = scan(part); });
-    print("scanning coder", scanning, part.size(), scanned);
-    const double part_coding = orvlog::bench::quickest(3, [&] { coded = code(part); });
-    std::printf("coder against scanning coder on the same %zu bytes: %.1f times\n", part.size(),
-                scanning / part_coding);
+    compare({text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(kScanned, text.size()))});
     run_program("gzip", argv[1], text.size());
     run_program("zstd", argv[1], text.size());
     return decoded >= text.size() ? 0 : 1;
