@@ -13,12 +13,12 @@ struct Bucket
 };
 
 constexpr uintptr_t kBuckets = 256;
-constinit Bucket g_buckets[kBuckets] = {};
+constinit Bucket buckets[kBuckets] = {};
 
 Bucket* enter_bucket(const void* record)
 {
     const auto at = reinterpret_cast<uintptr_t>(record);
-    Bucket* bucket = &g_buckets[(at >> 4 ^ at >> 14) % kBuckets];
+    Bucket* bucket = &buckets[(at >> 4 ^ at >> 14) % kBuckets];
     while (bucket->busy.test_and_set(std::memory_order_acquire))
     {
     }

@@ -2,6 +2,7 @@
 
 #include "orvlog/log/orvlog-number.h"
 
+#include <bit>
 #include <cstring>
 
 namespace
@@ -10,23 +11,23 @@ namespace
 constexpr uint32_t kRowBytes = 80;
 constexpr uint32_t kBytesPerLine = 50;
 constexpr uint64_t kFloatsPerLine = 25;
+constexpr uint32_t kHexSlack = 2;
 constexpr char kHexDigits[] = "0123456789abcdef";
 
-// Each byte as two digits and a blank; the fourth character is there to be copied over.
+// Each byte as two digits and a blank, in the order of memory from the low end on.
 struct HexTable
 {
-    char text[256][4];
+    uint32_t text[256];
 };
+
+static_assert(std::endian::native == std::endian::little);
 
 constexpr HexTable make_hex_table()
 {
     HexTable table = {};
     for (uint32_t byte = 0; byte < 256; ++byte)
-    {
-        table.text[byte][0] = kHexDigits[byte >> 4];
-        table.text[byte][1] = kHexDigits[byte & 0xF];
-        table.text[byte][2] = ' ';
-    }
+        table.text[byte] = static_cast<uint32_t>(kHexDigits[byte >> 4]) |
+                           static_cast<uint32_t>(kHexDigits[byte & 0xF]) << 8 | uint32_t{' '} << 16;
     return table;
 }
 
@@ -134,6 +135,20 @@ void line_finish_value(Line* line)
 bool passes_unescaped(uint8_t byte)
 {
     return byte >= 0x20 && byte <= 0x7E && byte != '"' && byte != '&' && byte != '<' && byte != '>';
+}
+
+// Two digits and a blank for each byte; up to kHexSlack characters more are written over. Bytes go in pairs: what
+// takes the time is to store.
+void write_hex(char* to, const uint8_t* bytes, uint32_t count)
+{
+    uint32_t i = 0;
+    for (; i + 2 <= count; i += 2, to += 6)
+    {
+        const uint64_t pair = kHexTable.text[bytes[i]] | uint64_t{kHexTable.text[bytes[i + 1]]} << 24;
+        std::memcpy(to, &pair, sizeof pair);
+    }
+    if (i < count)
+        std::memcpy(to, &kHexTable.text[bytes[i]], 3);
 }
 
 // One array attribute: each value by `put`, with a blank behind it.
@@ -377,9 +392,7 @@ void orvlog_write_hex_rows(ORVLOG_Writer* writer, const uint8_t* bytes, uint64_t
     for (uint64_t at = 0; at < length; at += row)
     {
         const auto count = static_cast<uint32_t>(length - at < row ? length - at : row);
-        char* to = line_room(&line, 3 * kRowBytes + 1);
-        for (uint32_t i = 0; i < count; ++i, to += 3)
-            std::memcpy(to, kHexTable.text[bytes[at + i]], 4);
+        write_hex(line_room(&line, 3 * kRowBytes + kHexSlack), bytes + at, count);
         line.length += coded && 3 * count > ORVLOG_CODED_PRINT_LIMIT ? ORVLOG_CODED_PRINT_LIMIT : 3 * count;
         if (row_size != 0)
             line_char(&line, '\n');
