@@ -64,13 +64,19 @@ void pull_glyph(ORVLOG_Session* session)
                   "GFI_GlyphGetFn returned failure. This msg logged once only.");
 }
 
+uint64_t glyph_limit(const GFI_StringDescPointer* string)
+{
+    const bool has_text = string != nullptr && string->gsp_StringDesc != nullptr && string->gsp_TextPtr != nullptr;
+    return ORVLOG_MAX_CAPTURED_GLYPHS + (has_text ? uint64_t{string->gsp_StringDesc->gsd_TextLen} : 0);
+}
+
 // Steps through the string. False when a step failed or the string would not end.
-bool pull_string(ORVLOG_Session* session, const GGO_Matrix* to_face_pixel, GGO_Point* pen)
+bool pull_string(ORVLOG_Session* session, uint64_t limit, const GGO_Matrix* to_face_pixel, GGO_Point* pen)
 {
     const GFI_FontEngineTable* engine = session->current_font_wrapper;
     // An engine that leaves the word alone has a glyph.
     uint32_t glyph_returned = 1;
-    for (uint32_t count = 0; count < ORVLOG_MAX_CAPTURED_GLYPHS; ++count)
+    for (uint64_t count = 0; count < limit; ++count)
     {
         uint32_t glyph_index = 0;
         uint16_t sub_pixel_variant = 0;
@@ -119,7 +125,7 @@ void capture_shape_glyphs(ORVLOG_Session* session, const GSH_ShapePointer* point
                                   ggo_classify_matrix(&transform), 1, pointer->sp_U.glyph.string_desc, &unique_font_id,
                                   &to_face_pixel, &flags) == 0)
         return;
-    if (!pull_string(session, &to_face_pixel, &pen))
+    if (!pull_string(session, glyph_limit(pointer->sp_U.glyph.string_desc), &to_face_pixel, &pen))
         return;
     // A transform without an inverse stands in for it; readers of the log rely on where its texts end.
     uint32_t invertible = 0;

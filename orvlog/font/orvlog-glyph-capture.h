@@ -8,7 +8,8 @@
 
 #include <cstdint>
 
-// A string of more glyphs is given up, with a warning. A string has 65535 clusters at most.
+// A string of more glyphs than this and one for each byte of its text is given up, with a warning. A string has 65535
+// clusters at most.
 constexpr uint32_t ORVLOG_MAX_CAPTURED_GLYPHS = 1U << 18;
 
 // In base mode, and for the two kinds of text shapes, runs the whole string through the wrapped font engine in

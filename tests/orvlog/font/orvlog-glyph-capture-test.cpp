@@ -272,6 +272,25 @@ TEST_F(Capture, EndlessStringIsGivenUp)
     log.session.writer.stream = log.stream.get();
 }
 
+TEST_F(Capture, LongTextIsNotTakenForAnEndlessString)
+{
+    const std::vector<uint8_t> text(1000, 'a');
+    string.gsp_TextPtr = text.data();
+    desc.gsd_TextLen = 1000;
+    engine.advances = std::vector<GGO_Vector>(262144 + 999, {0, 0});
+    engine.glyph_result = 0;
+    log.session.writer.stream = nullptr;
+    dump_GSH_ShapePointer(&log.session, &pointer);
+    EXPECT_EQ(end().gpf_X, 0);
+    engine.take_calls();
+    engine.endless = true;
+    log.session.glyph_end_point = {-1, -2};
+    dump_GSH_ShapePointer(&log.session, &pointer);
+    EXPECT_EQ(count(engine.take_calls(), "glyph1 "), 262144U + 1000U);
+    EXPECT_EQ(end().gpf_X, -1);
+    log.session.writer.stream = log.stream.get();
+}
+
 TEST_F(Capture, GlyphsInAClipAreCaptured)
 {
     GSH_ShapeList list = {};
