@@ -170,6 +170,119 @@ TEST_F(AhcCoder, GrowsALeafOnTheLeftAndTheEscapeNodeOnTheRight)
     EXPECT_EQ(coder->escape, nodes + 4);
 }
 
+// --- The tree ---
+
+struct TreeNode
+{
+    uint64_t weight;
+    uint64_t code;
+    uint32_t code_length;
+    int parent;
+    int left;
+    int right;
+    uint8_t symbol;
+};
+
+// The escape node's symbol is left out.
+void expect_tree(const AdaptiveHuffmanCoder* coder, const std::vector<TreeNode>& expected)
+{
+    const AHC_Node* nodes = coder->nodes;
+    ASSERT_EQ(coder->next_free, nodes + expected.size());
+    ASSERT_EQ(coder->escape, nodes + expected.size() - 1);
+    const auto at = [nodes](int number) { return number < 0 ? nullptr : nodes + number; };
+    for (size_t i = 0; i < expected.size(); ++i)
+    {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(nodes[i].weight, expected[i].weight);
+        EXPECT_EQ(nodes[i].code, expected[i].code);
+        EXPECT_EQ(nodes[i].code_length, expected[i].code_length);
+        EXPECT_EQ(nodes[i].parent, at(expected[i].parent));
+        EXPECT_EQ(nodes[i].left, at(expected[i].left));
+        EXPECT_EQ(nodes[i].right, at(expected[i].right));
+        if (nodes + i != coder->escape)
+        {
+            EXPECT_EQ(nodes[i].symbol, expected[i].symbol);
+        }
+    }
+}
+
+// C makes the inner node above B as heavy as A, its sibling on the left: they change sides, and all below is
+// renumbered.
+TEST_F(AhcCoder, ExchangesSiblings)
+{
+    make_encoder();
+    set_input("ABC");
+    encode(10);
+    expect_tree(coder, {
+                           {3, 0x1, 0, -1, 2, 1, 0},
+                           {1, 0x3, 1, 0, -1, -1, 'A'},
+                           {2, 0x2, 1, 0, 3, 4, 0},
+                           {1, 0x4, 2, 2, -1, -1, 'B'},
+                           {1, 0x5, 2, 2, 5, 6, 0},
+                           {1, 0xa, 3, 4, -1, -1, 'C'},
+                           {0, 0xb, 3, 4, -1, -1, 0},
+                       });
+}
+
+// The last B weighs 1, as its parent, E and F do. The parent's code is the lowest, so nothing is exchanged, though the
+// codes of E and F are lower than B's, too.
+TEST_F(AhcCoder, LooksForNoOtherWhereThePartnerIsTheParent)
+{
+    make_encoder();
+    set_input("EFDABAADB");
+    encode(20);
+    expect_tree(coder, {
+                           {9, 0x1, 0, -1, 2, 6, 0},
+                           {1, 0xa, 3, 4, -1, -1, 'E'},
+                           {5, 0x2, 1, 0, 7, 4, 0},
+                           {1, 0xb, 3, 4, -1, -1, 'F'},
+                           {2, 0x5, 2, 2, 1, 3, 0},
+                           {2, 0x6, 2, 6, -1, -1, 'D'},
+                           {4, 0x3, 1, 0, 5, 8, 0},
+                           {3, 0x4, 2, 2, -1, -1, 'A'},
+                           {2, 0x7, 2, 6, 9, 10, 0},
+                           {2, 0xe, 3, 8, -1, -1, 'B'},
+                           {0, 0xf, 3, 8, -1, -1, 0},
+                       });
+}
+
+// With the last B two inner nodes of different parents change places.
+TEST_F(AhcCoder, ExchangesWholeSubtrees)
+{
+    make_encoder();
+    set_input("DAECFEEFCB");
+    encode(20);
+    expect_tree(coder, {
+                           {10, 0x1, 0, -1, 2, 6, 0},
+                           {1, 0xe, 3, 4, -1, -1, 'D'},
+                           {6, 0x2, 1, 0, 5, 8, 0},
+                           {1, 0xf, 3, 4, -1, -1, 'A'},
+                           {2, 0x7, 2, 6, 1, 3, 0},
+                           {3, 0x4, 2, 2, -1, -1, 'E'},
+                           {4, 0x3, 1, 0, 9, 4, 0},
+                           {2, 0xa, 3, 8, -1, -1, 'C'},
+                           {3, 0x5, 2, 2, 7, 10, 0},
+                           {2, 0x6, 2, 6, -1, -1, 'F'},
+                           {1, 0xb, 3, 8, 11, 12, 0},
+                           {1, 0x16, 4, 10, -1, -1, 'B'},
+                           {0, 0x17, 4, 10, -1, -1, 0},
+                       });
+}
+
+// What the escape node's symbol was before is none of the coder's business.
+TEST_F(AhcCoder, SendsAByteLikeTheStaleSymbolOfTheEscapeNodeAsANewOne)
+{
+    make_encoder();
+    set_input("A");
+    Bytes coded = encode(10);
+    coder->escape->symbol = 'B';
+    set_input("B");
+    for (const uint8_t byte : encode(10))
+        coded.push_back(byte);
+    coded.push_back(finish());
+    EXPECT_EQ(coded, (Bytes{0x41, 0xa1, 0x60}));
+}
+
 TEST_F(AhcCoder, GivesTheSameBitsToBothFeeders)
 {
     std::string text;
