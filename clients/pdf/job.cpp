@@ -69,7 +69,8 @@ public:
         session.ticket_serial_functions = orvlog::colour::ColourManager::ticket_serial_functions();
         session.compress = options.compressed ? 1 : 0;
         session.mode = ORVLOG_MODE_TRANSPARENT;
-        session.via_temporary_log = options.via_temporary_log ? 1 : 0;
+        // Images that are kept while a log is coded on the fly would take bits out of its stream.
+        session.via_temporary_log = options.via_temporary_log || (options.compressed && options.keep_images) ? 1 : 0;
         if (orvlog_create_session_with(&session) == 0)
         {
             return nullptr;

@@ -33,7 +33,8 @@ Record record(bool keeps, bool base, bool compressed, bool beside)
     options.dpi = 50;
     options.base_mode = base;
     options.keep_images = keeps;
-    options.via_temporary_log = keeps;
+    // A job that is coded and keeps images takes that way by itself.
+    options.via_temporary_log = keeps && !compressed;
     options.compressed = compressed;
     if (beside)
     {
