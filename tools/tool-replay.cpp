@@ -329,13 +329,16 @@ private:
         if (output != nullptr && !output->close())
             return fail(options_.new_log + ": " + std::strerror(output->first_error()));
         std::fprintf(stderr, "%llu calls, %u pages", static_cast<unsigned long long>(outcome.calls), outcome.pages);
-        if (outcome.damage > 0)
-            std::fprintf(stderr, ", damaged in %llu places", static_cast<unsigned long long>(outcome.damage));
         if (outcome.not_played > 0)
             std::fprintf(stderr, ", %llu not played", static_cast<unsigned long long>(outcome.not_played));
-        std::fputs(outcome.cut ? ", cut short\n" : "\n", stderr);
+        std::fputs("\n", stderr);
         if (!outcome.reached)
             return fail(options_.log + ": has no paint " + std::to_string(options_.up_to));
+        if (outcome.cut)
+            return fail(options_.log + ": is cut short; what it has is played");
+        if (outcome.damage > 0)
+            return fail(options_.log + ": is damaged in " + std::to_string(outcome.damage) +
+                        " places; what could be read is played");
         return EXIT_DONE;
     }
 
@@ -372,7 +375,9 @@ Run declare_replay(CLI::App& app)
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
     app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
     app.footer("The job is made again from the log and the files beside it: image data and the logs of kept images are "
-               "looked for in the log's folder. Pages drawn from a log of their own job are the same pixel by pixel.");
+               "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
+               "log of a replay is the log.\n\n"
+               "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
     return [options] { return ReplayJob(*options).run(); };
 }
 
