@@ -329,9 +329,11 @@ bool LogEvents::read_open(Event& event, std::string_view line, size_t indent)
         step(std::min(line.size() + 1, text_->seen().size()), 1);
         return false;
     }
-    const size_t end = tag.find('>', name_size);
+    const size_t end = tag.find_first_of("<>", name_size);
     if (end == std::string_view::npos)
         return read_open_in_parts(event, line, indent);
+    if (tag[end] == '<')
+        return read_unended(event, tag.substr(0, end), indent);
     const size_t behind = indent + 1 + end + 1;
     const bool to_line_end = without_return(line.substr(behind)).empty();
     if (tag.substr(0, name_size) == kTicketRoot)
@@ -341,6 +343,16 @@ bool LogEvents::read_open(Event& event, std::string_view line, size_t indent)
     else
         step(behind, 0);
     finish_open(event, tag.substr(0, end), true);
+    return true;
+}
+
+// A tag whose end was never written: the next one follows in its line, behind its own indent.
+bool LogEvents::read_unended(Event& event, std::string_view tag, size_t indent)
+{
+    const size_t size = std::min(tag.find_last_not_of(' ') + 1, tag.size());
+    damage("no end of the tag " + quoted(tag.substr(0, name_length(tag))), place_);
+    step(indent + 1 + size, 0);
+    finish_open(event, tag.substr(0, size), true);
     return true;
 }
 
@@ -372,7 +384,7 @@ void LogEvents::finish_open(Event& event, std::string_view tag, bool whole)
 // A tag that goes on behind comments, or that has lost its end.
 bool LogEvents::read_open_in_parts(Event& event, std::string_view line, size_t indent)
 {
-    held_.assign(line.substr(indent + 1));
+    held_.assign(without_return(line.substr(indent + 1)));
     size_t at = line.size();
     bool whole = false;
     while (!whole)
@@ -385,7 +397,7 @@ bool LogEvents::read_open_in_parts(Event& event, std::string_view line, size_t i
         const std::string_view rest = text_->line(end, longest_line);
         const size_t tag_end = rest.find('>');
         whole = tag_end != std::string_view::npos;
-        held_.append(rest.substr(0, tag_end));
+        held_.append(without_return(rest.substr(0, tag_end)));
         at = end + (whole ? tag_end + 1 : rest.size());
     }
     const std::string_view seen = text_->look(at + 1).substr(0, at + 1);

@@ -94,6 +94,7 @@ private:
     bool read_row(Event& event, std::string_view line);
     bool read_tag(Event& event, std::string_view line);
     bool read_open(Event& event, std::string_view line, size_t indent);
+    bool read_unended(Event& event, std::string_view tag, size_t indent);
     bool read_open_in_parts(Event& event, std::string_view line, size_t indent);
     void finish_open(Event& event, std::string_view tag, bool whole);
     bool read_attribute(std::string_view text, size_t& at);

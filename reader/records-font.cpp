@@ -33,6 +33,20 @@ GFI_GlyphDesc* make_description(Arena& arena, size_t offset, size_t size, const 
     return reinterpret_cast<GFI_GlyphDesc*>(block);
 }
 
+// In a coded log long rows lack their last bytes, each as many: then each begins in its own place.
+void spread_rows(std::byte* to, const Element* payload, size_t rows, size_t row_step)
+{
+    const size_t told = payload != nullptr ? payload->bytes.size() : 0;
+    if (rows == 0 || told == 0 || told >= rows * row_step || told % rows != 0)
+        return;
+    const size_t row = told / rows;
+    for (size_t i = 0; i < rows; ++i)
+    {
+        std::memcpy(to + i * row_step, payload->bytes.data() + i * row, row);
+        std::memset(to + i * row_step + row, 0, row_step - row);
+    }
+}
+
 }  // namespace
 
 const GFI_FontSpecPointer* RecordReader::font_spec(const Element* element)
@@ -116,6 +130,8 @@ const GFI_GlyphDescPointer* RecordReader::glyph(const Element* element)
         const size_t size = size_t{read_word(*told, "gdb_Height")} * read_word(*told, "gdb_Rowstep");
         made = make_description(arena_, GFI_GLYPH_DESC_BITMAP_PAYLOAD, size, payload);
         auto* bitmap = reinterpret_cast<GFI_GlyphDescBitmap*>(made);
+        spread_rows(reinterpret_cast<std::byte*>(made) + GFI_GLYPH_DESC_BITMAP_PAYLOAD, payload,
+                    read_word(*told, "gdb_Height"), read_word(*told, "gdb_Rowstep"));
         bitmap->gdb_Width = read_word(*told, "gdb_Width");
         bitmap->gdb_Height = read_word(*told, "gdb_Height");
         bitmap->gdb_Rowstep = read_word(*told, "gdb_Rowstep");

@@ -171,6 +171,42 @@ TEST(LogEvents, ReadingGoesOnBehindDamage)
               "86:10 </ORV>\n");
 }
 
+// The start of a document whose font engine could not be wrapped.
+TEST(LogEvents, ATagMayBeLeftWithoutItsEnd)
+{
+    EXPECT_EQ(events_of("<ORV>\n"
+                        "  <ORV_a x=\"1\"  <ORV_b y=\"2\">\n"
+                        "  </ORV_b>\n"
+                        "</ORV>\n"),
+              "0:1 <ORV>\n"
+              "6:2 <ORV_a x=1;>\n"
+              "6:2 damage no end of the tag 'ORV_a'\n"
+              "20:2 damage no end tag of 'ORV_a'\n"
+              "20:2 (implied) </ORV_a>\n"
+              "20:2 <ORV_b y=2;>\n"
+              "36:3 </ORV_b>\n"
+              "47:4 </ORV>\n");
+}
+
+TEST(LogEvents, CarriageReturns)
+{
+    EXPECT_EQ(events_of("<ORV>\r\n"
+                        "  <ORV_a x=\"1\"\r\n<!--\r\ninside\r\n-->\r\n y=\"2\">\r\n"
+                        "    <BufferUInt8 len=\"1\">\r\n"
+                        "0a \r\n"
+                        "    </BufferUInt8>\r\n"
+                        "  </ORV_a>\r\n"
+                        "</ORV>\r\n"),
+              "0:1 <ORV>\n"
+              "7:2 <ORV_a x=1; y=2;>\n"
+              "23:3 comment inside\r\n\n"
+              "51:7 <BufferUInt8 len=1;>\n"
+              "78:8 row 0a \n"
+              "83:9 </BufferUInt8>\n"
+              "103:10 </ORV_a>\n"
+              "115:11 </ORV>\n");
+}
+
 TEST(LogEvents, WhatIsNoLogGivesNothing)
 {
     EXPECT_EQ(events_of(""), "no log\n");

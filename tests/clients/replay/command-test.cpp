@@ -106,7 +106,7 @@ TEST_F(ReplayCommand, PlaysACutLogAsFarAsItGoes)
     const std::string cut = folder.write("cut.xml", whole.substr(0, whole.find("  <ORV_drawing_finish") + 10));
     const ToolResult result = replay({cut, "--png", folder.path("png")});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "orvlog: " + cut + ": line 18: the log ends here, before its end\n" +
+    EXPECT_EQ(result.err, "orvlog: " + cut + ": line 15: the log ends here, before its end\n" +
                               "5 calls, 1 pages\norvlog: " + cut + ": is cut short; what it has is played\n");
     EXPECT_EQ(read_file(folder.path("png/cut-001.png")).substr(1, 3), "PNG");
 }
@@ -118,7 +118,7 @@ TEST_F(ReplayCommand, SaysWhereALogIsDamaged)
     const std::string bent = folder.write("bent.xml", log);
     const ToolResult result = replay({bent, "--png", folder.path("png")});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "orvlog: " + bent + ": line 14: text that is neither a tag nor a row of numbers\n" +
+    EXPECT_EQ(result.err, "orvlog: " + bent + ": line 13: text that is neither a tag nor a row of numbers\n" +
                               "5 calls, 1 pages\norvlog: " + bent +
                               ": is damaged in 1 places; what could be read is played\n");
 }
