@@ -290,6 +290,12 @@ TEST_F(CsdDump, ACallbackStreamMayLackOperations)
     EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
     ops.gio_Read = profile.get()->ops->gio_Read;
     EXPECT_NE(dump().find("  <BufferUInt8 len=\"2\">\n41 42 \n  </BufferUInt8>\n"), std::string::npos);
+    ops.gio_Eof = profile.get()->ops->gio_Eof;
+    ops.gio_Seek = profile.get()->ops->gio_Seek;
+    EXPECT_NE(dump().find("  <BufferUInt8 len=\"2\">\n41 42 \n  </BufferUInt8>\n"), std::string::npos);
+    ops.gio_Eof = nullptr;
+    ops.gio_ClearErr = profile.get()->ops->gio_ClearErr;
+    EXPECT_NE(dump().find("  <BufferUInt8 len=\"2\">\n41 42 \n  </BufferUInt8>\n"), std::string::npos);
     bare.ops = nullptr;
     EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
 }
@@ -311,8 +317,9 @@ TEST_F(CsdDump, ACallbackStreamThatLiesAboutItsBytesIsNotBelieved)
 TEST_F(CsdDump, NamesOfChannels)
 {
     csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
-    csd.csd_NumNamedChans = 2;
     pointer.cp_NamedChans[0] = "Spot \"1\"";
+    EXPECT_EQ(dump().find("cp_"), std::string::npos);
+    csd.csd_NumNamedChans = 2;
     EXPECT_NE(dump().find(R"X(  </GCM_Csd>
   <GCM_CsdPointer.cp_NamedChans>
     <CStr val="Spot \x221\x22">
@@ -402,6 +409,23 @@ TEST_F(CsdDump, ACircleOfDefinitionsEndsWithAWarning)
     EXPECT_EQ(closed, 1024u);
     EXPECT_EQ(warned, 1u);
     EXPECT_EQ(writer.depth, 0u);
+}
+
+TEST_F(CsdDump, SixtyFourLevelsOfAlternatesAreWhole)
+{
+    std::vector<GCM_CsdPointer> chain(66);
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_HasAlternateDefn = 1;
+    for (size_t i = 0; i < chain.size(); ++i)
+    {
+        chain[i].cp_Csd = &csd;
+        chain[i].cp_AlternateDefn = i + 1 < chain.size() ? &chain[i + 1] : nullptr;
+    }
+    ORVLOG_DumpCsdPointer(&writer, &chain[1]);
+    EXPECT_EQ(stream.text().find("WARNING"), std::string::npos);
+    stream.clear();
+    ORVLOG_DumpCsdPointer(&writer, &chain[0]);
+    EXPECT_NE(stream.text().find("WARNING"), std::string::npos);
 }
 
 TEST_F(CsdDump, AMillionAlternatesEndWithAWarning)
@@ -603,6 +627,11 @@ ORVLOG: WARNING: The table of a post render LUT is too large; it is left out.
 -->
 </GCM_CsdPointer>
 )X");
+    // 16 to the power 16 is 0 in 64 bits.
+    EXPECT_NE(content(16, 16, 8, 1, 0)
+                  .find("ORVLOG: WARNING: The table of a post render LUT is too large; it is "
+                        "left out.\n"),
+              std::string::npos);
     pointer.cp_PostRenderLut = nullptr;
     const std::string text = dump();
     EXPECT_EQ(text.substr(text.find("  </GCM_Csd>\n")), "  </GCM_Csd>\n</GCM_CsdPointer>\n");

@@ -311,8 +311,15 @@ TEST(GopOperandPointer, NamedOperandHasAFrame)
     RecordLog log(1);
     Guarded<GOP_OperandPointer> pointer(pointer_to(nullptr, 3));
     EXPECT_EQ(ORVLOG_DumpNamedOperand(&log.session, "ORV_object_paint", "operand2", head(pointer)), 1U);
-    EXPECT_TRUE(
-        log.take().starts_with("  <ORV_object_paint.operand2>\n    <GOP_OperandFlatPointer op_UniqueId=\"3\">\n"));
+    EXPECT_EQ(log.take(), R"(  <ORV_object_paint.operand2>
+    <GOP_OperandFlatPointer op_UniqueId="3">
+    </GOP_OperandFlatPointer>
+
+<!--
+ORVLOG: WARNING: GOP_OperandPointer without an operand.
+-->
+  </ORV_object_paint.operand2>
+)");
     EXPECT_EQ(ORVLOG_DumpNamedOperand(&log.session, "ORV_object_paint", "operand2", nullptr), 1U);
     EXPECT_EQ(log.take(), "");
 }
