@@ -360,6 +360,25 @@ ORVLOG: WARNING: GPA_PathPointer without a path.
 )");
 }
 
+TEST(GpaPathDump, PathOfAShapeHasAFrame)
+{
+    RecordLog log(1);
+    Guarded<GPA_Path> path(path_parts(0, 0, {1, 1, -1, -1}));
+    Guarded<GPA_PathPointer> pointer(pointer_parts(path.get(), 1, 1, 0));
+    dump_shape_path_member(log.writer(), "sp_U.stroked_path", pointer.get());
+    EXPECT_EQ(log.take(), R"(  <GSH_ShapePointer.sp_U.stroked_path>
+    <GPA_PathPointer lpp_EnablePixelPlacement="TRUE" lpp_PixelPlacement="GPA_PLACEMENT_PS" lpp_PathOwned="FALSE">
+      <GPA_Path pa_NumEdges="0" pa_PathHints="[0] GPA_HINT_NONE " pa_EnclosingBox="1 1 -1 -1 ">
+        <GPA_Path.pa_EdgeStart>
+        </GPA_Path.pa_EdgeStart>
+      </GPA_Path>
+      <GPA_PathPointer.lpp_EdgePointer>
+      </GPA_PathPointer.lpp_EdgePointer>
+    </GPA_PathPointer>
+  </GSH_ShapePointer.sp_U.stroked_path>
+)");
+}
+
 TEST(GpaPathDump, SeveralEdgesStandInTwoLists)
 {
     RecordLog log(23);

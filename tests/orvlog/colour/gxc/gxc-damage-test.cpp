@@ -212,6 +212,18 @@ TEST(GxcDamage, WhatIsThereOfANameIsWritten)
               std::string::npos);
 }
 
+TEST(GxcDamage, ANameOfWhichNothingIsThereHasNoLine)
+{
+    const std::string text = cut_definitions(TicketBytes().u32({5, 0}).u8({3, 2, 0, 0}).u32({0}).text("a"));
+    EXPECT_NE(text.find(R"X(					<NamedChans>
+						<ChanName String="a" />
+					</NamedChans>
+				</GCM_CsdPointer>
+			</CSD_Data>
+)X"),
+              std::string::npos);
+}
+
 TEST(GxcDamage, WhatIsThereOfATableIsWritten)
 {
     TicketBytes t;
@@ -295,6 +307,9 @@ TEST(GxcDamage, CountsThatAreTooLargeEndAtTheBlock)
                   .find("\t\t\t\t\t<UseDeviceValues BoolArray=\"TRUE FALSE TRUE\" />\n\t\t\t\t</NamedProfiles>\n"),
               std::string::npos);
     EXPECT_NE(cut_sections(TicketBytes().u32({16, 0, 1}).u8({1}).u8({'n', 'a'}))
+                  .find("\t\t\t\t\t<ProfileNames String=\"na\" />\n\t\t\t\t</NamedProfiles>\n"),
+              std::string::npos);
+    EXPECT_NE(cut_sections(TicketBytes().u32({16, 0, 2}).u8({1, 0}).text("na"))
                   .find("\t\t\t\t\t<ProfileNames String=\"na\" />\n\t\t\t\t</NamedProfiles>\n"),
               std::string::npos);
     const std::string spots =
