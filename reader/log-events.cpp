@@ -463,9 +463,31 @@ size_t LogEvents::comment_end(size_t from)
     return 0;
 }
 
+// A comment that the log's end has cut is all that is left; where tags follow it has lost its end mark.
+size_t LogEvents::cut_comment_end()
+{
+    size_t at = text_->line(0, longest_line).size() + 1;
+    const size_t begin = at;
+    while (text_->look(at + 1).size() > at && at < longest_comment)
+    {
+        const std::string_view line = text_->line(at, longest_line);
+        const std::string_view rest = line.substr(blanks(line));
+        if (rest.size() > 1 && rest[0] == '<' && (starts_name(rest[1]) || rest[1] == '/'))
+            return 0;
+        at += line.size() + 1;
+    }
+    const std::string_view seen = text_->seen();
+    if (at < seen.size() || begin > seen.size())
+        return 0;
+    comment_.assign(seen.substr(begin));
+    return seen.size();
+}
+
 bool LogEvents::read_comment(Event& event)
 {
-    const size_t end = comment_end(0);
+    size_t end = comment_end(0);
+    if (end == 0)
+        end = cut_comment_end();
     if (end == 0)
     {
         damage("a comment without an end", place_);

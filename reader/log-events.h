@@ -103,6 +103,7 @@ private:
     bool read_comment(Event& event);
     bool read_ticket(Event& event, std::string_view line, size_t indent);
     size_t comment_end(size_t from);
+    size_t cut_comment_end();
     Place place_of(size_t at);
     bool may_follow_comment(size_t at);
     bool finish();

@@ -13,6 +13,7 @@ ATTRIBUTE = re.compile(rb'[ \r\n]+([A-Za-z_][\w.]*)="([^"<>&\r\n]*)"')
 TAG_END = re.compile(rb"[ \r\n]*(/?)>")
 COMMENT = re.compile(rb"[ \r\n]*<!--(?:\r?\n|\Z)")
 COMMENT_END = re.compile(rb"-->(?=\r?\n|\r?\Z)")
+TWO_BLANKS = re.compile(rb"(?<! )  \Z")
 BLANKS = re.compile(rb"[ \r\n]*")
 ROWS = {
     "BufferUInt8": re.compile(rb"(?:[0-9a-f]{2} )+\r?\Z"),
@@ -64,6 +65,9 @@ class LogText:
             return self.closing(text, tag.end(), name)
         if name == "GXC_ColorTickets":
             return self.ticket(text, at)
+        if name.startswith("ORV_") and "." not in name and TWO_BLANKS.search(text, max(0, at - 3), at):
+            while len(self.open) > 1:
+                self.close(left_open=True)
         return self.opening(text, tag.end(), name)
 
     def comment(self, text, at):

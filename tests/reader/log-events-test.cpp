@@ -141,6 +141,23 @@ TEST(LogEvents, ACutLogIsClosed)
                                          "cut\n");
 }
 
+TEST(LogEvents, ACommentMayBeCut)
+{
+    EXPECT_EQ(events_of("<ORV>\n\n<!--\nleft\n-"), "0:1 <ORV>\n"
+                                                   "7:3 comment left\n-\n"
+                                                   "18:5 damage the log ends here, before its end\n"
+                                                   "18:5 (implied) </ORV>\n"
+                                                   "cut\n");
+    EXPECT_EQ(events_of("<ORV>\n\n<!--\nno end\n  <ORV_a>\n  </ORV_a>\n</ORV>\n"),
+              "0:1 <ORV>\n"
+              "7:3 damage a comment without an end\n"
+              "12:4 row no end\n"
+              "12:4 damage text that is neither a tag nor a row of numbers\n"
+              "19:5 <ORV_a>\n"
+              "29:6 </ORV_a>\n"
+              "40:7 </ORV>\n");
+}
+
 TEST(LogEvents, ReadingGoesOnBehindDamage)
 {
     EXPECT_EQ(events_of("<ORV>\n"
