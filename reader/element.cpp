@@ -10,6 +10,7 @@ namespace
 {
 
 constexpr size_t kBlock = size_t{1} << 18;
+constexpr size_t kHead = size_t{1} << 16;
 constexpr std::string_view kWarning = "ORVLOG: WARNING: ";
 
 int hex_digit(char c)
@@ -97,6 +98,12 @@ const Element* Element::member(std::string_view member_name) const
     return nullptr;
 }
 
+bool is_call_name(std::string_view name)
+{
+    return name.size() > 4 && name.starts_with("ORV_") && name[4] >= 'a' && name[4] <= 'z' &&
+           name.find('.') == std::string_view::npos;
+}
+
 ElementReader::ElementReader(std::istream& source, LogForm form, Data data)
     : events_(source, form), form_(form), data_(data)
 {
@@ -106,11 +113,16 @@ const Element* ElementReader::next()
 {
     arena_.clear();
     depth_ = 0;
+    if (nested_)
+        open(*nested_);
+    nested_.reset();
     for (Event event; events_.next(event);)
     {
         switch (event.kind)
         {
         case EventKind::open:
+            if (const Element* outer = split(event); outer != nullptr)
+                return outer;
             open(event);
             break;
         case EventKind::close:
@@ -164,6 +176,19 @@ void ElementReader::open(const Event& event)
     ++depth_;
 }
 
+// The present call if `event` begins a call in it.
+const Element* ElementReader::split(const Event& event)
+{
+    if (!split_nested || depth_ == 0 || !is_call_name(event.name))
+        return nullptr;
+    nested_ = event;
+    Event end;
+    end.implied = true;
+    while (depth_ > 0)
+        close(end);
+    return levels_[0].element;
+}
+
 // True at the end of an element that stands in no other one.
 bool ElementReader::close(const Event& event)
 {
@@ -194,7 +219,7 @@ void ElementReader::row(const Event& event)
     if (level.element->name != "BufferUInt8")
     {
         level.element->data_size += event.text.size() + 1;
-        if (data_ == Data::keep)
+        if (data_ == Data::keep || (data_ == Data::heads && data.size() < kHead))
         {
             data.insert(data.end(), event.text.begin(), event.text.end());
             data.push_back('\n');
@@ -203,7 +228,7 @@ void ElementReader::row(const Event& event)
     }
     const size_t before = data.size();
     const size_t most = (event.text.size() + 1) / 3;
-    if (data_ == Data::skip)
+    if (data_ != Data::keep)
     {
         level.element->data_size += most;
         return;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -134,10 +135,14 @@ struct Comment
     bool inside = false;   // it stands in an element of the root, not between two
 };
 
+// The name of a call: "ORV_object_paint", and neither "ORV_object_paint.op" nor "ORV_FaceProperties".
+bool is_call_name(std::string_view name);
+
 enum class Data
 {
-    keep,  // bytes and rows are kept
-    skip   // only their size is told
+    keep,   // bytes and rows are kept
+    heads,  // of bytes the size is told; of other rows the first 64 KiB are kept
+    skip    // only their size is told
 };
 
 // Reads a log element by element: the children of its root one after another, each as a tree. In a fragment, all
@@ -160,6 +165,11 @@ public:
     std::function<void(const Damage&)> on_damage;
     std::function<void(const Comment&)> on_comment;
 
+    // Gives calls that stand in another call as elements of their own. The outer call comes before them, with what it
+    // holds up to there; what it holds behind them comes as elements, too. So a call whose end is missing doesn't take
+    // in the whole rest of a log.
+    bool split_nested = false;
+
     const LogEvents& events() const
     {
         return events_;
@@ -175,6 +185,7 @@ private:
 
     Element* make_element(const Event& event, Arena& arena);
     void open(const Event& event);
+    const Element* split(const Event& event);
     bool close(const Event& event);
     void row(const Event& event);
     void report(const Event& event);
@@ -188,6 +199,7 @@ private:
     std::vector<Level> levels_;
     size_t depth_ = 0;
     bool in_root_ = false;
+    std::optional<Event> nested_;  // the start of a call that ended its outer one
 };
 
 }  // namespace orvlog::reader

@@ -58,6 +58,11 @@ Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
 Run declare_replay(CLI::App& app);
+Run declare_info(CLI::App& app);
+Run declare_ls(CLI::App& app);
+Run declare_show(CLI::App& app);
+Run declare_extract(CLI::App& app);
+Run declare_check(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 

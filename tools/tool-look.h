@@ -1,0 +1,79 @@
+// What the commands that look into a log share.
+
+#pragma once
+
+#include "holv-core/ggo/ggo-geometry.h"
+#include "reader/element.h"
+#include "tools/tool-source.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tool
+{
+
+// A range of numbers as a command line tells it: "3", "3-7", "3-", "-7".
+struct NumberRange
+{
+    uint32_t first = 0;
+    uint32_t last = UINT32_MAX;
+
+    bool holds(uint32_t number) const
+    {
+        return first <= number && number <= last;
+    }
+};
+// False for what is none.
+bool read_range(const std::string& text, NumberRange* range);
+
+// A log that is read once from its beginning to its end, with its progress shown.
+class LogInput
+{
+public:
+    explicit LogInput(const std::string& name) : name_(name), source_(name), progress_(source_.size()) {}
+
+    bool open() const
+    {
+        return source_.open();
+    }
+    std::istream& stream()
+    {
+        return source_.stream();
+    }
+    void show(uint64_t done)
+    {
+        progress_.show(done);
+    }
+    // One line on standard error; gives EXIT_FAILED.
+    int fail_to_open() const;
+    int fail_as_no_log() const;
+
+private:
+    std::string name_;
+    Source source_;
+    Progress progress_;
+};
+
+// The file of that name in the folder of the log; a name with folders is looked for without them, too. Null if there
+// is none.
+std::unique_ptr<std::istream> open_beside(const std::string& log, const std::string& name);
+
+// Shortest text of a number that reads back the same.
+std::string number_text(double value);
+// "0,12,40,30": whole pixels around the box, minimum x, minimum y, maximum x, maximum y; "-" for none.
+std::string box_text(const std::optional<GGO_BoxFloat>& box);
+nlohmann::ordered_json box_json(const std::optional<GGO_BoxFloat>& box);
+// Bytes that are no characters come out as U+FFFD.
+std::string json_text(const nlohmann::ordered_json& value, int indent = -1);
+// Bytes that would disturb a terminal come out as \x and two digits.
+std::string printable(std::string_view text);
+// Writes to the standard output. False if it failed; `finish_output` says why, and gives the exit status.
+bool put(std::string_view text);
+int finish_output(int status);
+
+}  // namespace tool
