@@ -88,6 +88,8 @@ TEST_F(TicketStream, TheFirstWriteTakes1024Bytes)
     EXPECT_EQ(lent(), "abcdef" + std::string(1018, '\0'));
     EXPECT_EQ(write(std::string(1018, 'x')), 1018u);
     EXPECT_EQ(allocator.requests(), 1u);
+    EXPECT_EQ(write(""), 0u);
+    EXPECT_EQ(allocator.requests(), 1u);
 }
 
 TEST_F(TicketStream, GrowsBy1024AndWhatIsWritten)
@@ -161,9 +163,15 @@ TEST_F(TicketStream, SizesThatOverflowAreRefused)
     EXPECT_EQ(memory.stream.ops->gio_Write("a", UINT64_MAX, 2, memory.stream.instance), 0u);
     write("abc");
     EXPECT_EQ(memory.stream.ops->gio_Write("a", UINT64_MAX / 2, 2, memory.stream.instance), 0u);
+    // Products that wrap to nothing are too large all the same.
+    EXPECT_EQ(memory.stream.ops->gio_Write("a", uint64_t{1} << 63, 2, memory.stream.instance), 0u);
+    EXPECT_EQ(memory.stream.ops->gio_Write("a", 2, uint64_t{1} << 63, memory.stream.instance), 0u);
+    EXPECT_EQ(memory.instance.position, 3u);
     seek(3, GIO_SEEK_SET);
     memory.instance.position = 0;
     EXPECT_EQ(read(UINT64_MAX, 2), 3u);
+    memory.instance.position = 0;
+    EXPECT_EQ(read(uint64_t{1} << 63, 2), 3u);
 }
 
 TEST_F(TicketStream, FailedAllocationsGive0)
