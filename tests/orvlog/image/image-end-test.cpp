@@ -283,6 +283,41 @@ TEST_F(ImageEnd, ExchangedAndKeptAndReleased)
     EXPECT_EQ(Callbacks(exchanged).answers(exchanged), "000000");
 }
 
+// The image has one log, whichever of its records it was kept by.
+TEST_F(ImageEnd, KeptByTwoOfItsRecords)
+{
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    fake.replacement = other.get();
+    GOP_OperandImagePointer* exchanged = nullptr;
+    client.forget();
+    GOP_OperandImagePointer* first = paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            exchanged = seen;
+            seen->imp_ImagePrepareFn(&exchanged, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+            keep(seen);
+            keep(exchanged);
+        });
+    read(exchanged);
+    EXPECT_EQ(first->imp_ImageReleaseFn(first), client.allocator.get());
+    ASSERT_EQ(folder.names().size(), 2U);
+    std::string text = folder.read(folder.names()[0]);
+    std::erase(text, '\r');
+    EXPECT_EQ(text, R"(  <GOP_ImageKeepFn Id="11" return="TRUE">
+  </GOP_ImageKeepFn>
+  <GOP_ImageReadFn Id="11" return="TRUE" skip_pixels="0" img_row_step="2" img_returned="2" )"
+                    R"(ImageFileName="side-img-10.bin">
+  </GOP_ImageReadFn>
+  <GOP_ImageReleaseFn Id="10">
+  </GOP_ImageReleaseFn>
+)");
+    const std::string log = client.log();
+    EXPECT_EQ(log.find("<GOP_ImageKeepFn"), log.rfind("<GOP_ImageKeepFn"));
+    EXPECT_NE(log.find("<GOP_ImageKeepFn Id=\"10\" async_img_log_file_name=\""), std::string::npos);
+    EXPECT_EQ(fake.take_calls() + other.take_calls(), "prepare(0,3,0) keep release keep read ");
+}
+
 TEST_F(ImageEnd, ImageThatWasNotKeptIsUnknownBehindItsCall)
 {
     Callbacks callbacks(fake.get());

@@ -27,7 +27,7 @@ void pull(GOP_OperandImagePointer* record)
 }
 
 // A job of two images, pulled in their paints or, where they are kept, in the other order behind them.
-std::string run_job(bool keeps, uint32_t compress, uint32_t via_temporary_log)
+std::string run_job(bool keeps, uint32_t compress, uint32_t via_temporary_log, bool releases = true)
 {
     TempFolder folder;
     TestAllocator allocator;
@@ -71,7 +71,8 @@ std::string run_job(bool keeps, uint32_t compress, uint32_t via_temporary_log)
     while (!kept.empty())
     {
         pull(kept.back());
-        kept.back()->imp_ImageReleaseFn(kept.back());
+        if (releases)
+            kept.back()->imp_ImageReleaseFn(kept.back());
         kept.pop_back();
     }
     drawing.drawing_finish.fn(&drawing);
@@ -105,6 +106,13 @@ TEST(KeptImageMerge, MergedLogEqualsThatOfTheSameJobWithoutKeeps)
     EXPECT_EQ(plain.find("GOP_ImageKeepFn"), std::string::npos);
     EXPECT_NE(merged.find("<GOP_ImageKeepFn Id=\"10\"  return=\"TRUE\">"), std::string::npos);
     EXPECT_EQ(without_keeping(merged), plain);
+}
+
+TEST(KeptImageMerge, ImagesThatAreNeverReleasedAreMergedAsTheyAre)
+{
+    const std::string merged = run_job(true, 0, 1, false);
+    EXPECT_EQ(merged.find("GOP_ImageReleaseFn"), std::string::npos);
+    EXPECT_EQ(without_keeping(merged), run_job(false, 0, 0));
 }
 
 TEST(KeptImageMerge, CodedMergedLogHoldsTheSame)

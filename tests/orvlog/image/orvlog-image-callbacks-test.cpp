@@ -276,6 +276,65 @@ TEST_F(Callbacks, ReplacementThatCannotBeWrappedFails)
     EXPECT_EQ(log.take(), "");
 }
 
+TEST_F(Callbacks, ReplacementByNothingFails)
+{
+    wrap();
+    GOP_OperandImagePointer* before = record;
+    fake.record.imp_ImagePrepareFn = [](GOP_OperandImagePointer** operand_p, uint32_t, uint32_t, uint32_t, float, float,
+                                        float, float, uint32_t, uint32_t, uint32_t) -> uint32_t
+    {
+        *operand_p = nullptr;
+        return 1;
+    };
+    EXPECT_EQ(prepare(), 0U);
+    EXPECT_EQ(record, before);
+    EXPECT_EQ(log.take(), "");
+}
+
+TEST_F(Callbacks, ReplacementWithoutMemoryFails)
+{
+    FakeImage other(2, 2);
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    fake.replacement = other.get();
+    wrap();
+    GOP_OperandImagePointer* before = record;
+    log.allocator.refuse(1);
+    EXPECT_EQ(prepare(), 0U);
+    EXPECT_EQ(log.allocator.refused(), 1U);
+    EXPECT_EQ(record, before);
+    EXPECT_EQ(log.take(), "");
+    EXPECT_EQ(prepare(), 1U);
+    EXPECT_NE(record, before);
+    EXPECT_EQ(log.take_value("operand_p_replaced"), "TRUE");
+}
+
+// Even a prepare that fails may have exchanged the record.
+TEST_F(Callbacks, FailedPrepareThatReplaces)
+{
+    FakeImage other(2, 2);
+    fake.replacement = other.get();
+    fake.prepare_result = 0;
+    wrap();
+    GOP_OperandImagePointer* before = record;
+    EXPECT_EQ(prepare(), 0U);
+    EXPECT_NE(record, before);
+    EXPECT_TRUE(log.take().starts_with("<GOP_ImagePrepareFn Id=\"10\" return=\"FALSE\" operand_p_replaced=\"TRUE\" "));
+}
+
+TEST_F(Callbacks, ClientThatTakesItsImageAwayLeavesTheCopy)
+{
+    wrap();
+    fake.record.imp_ImagePrepareFn = [](GOP_OperandImagePointer** operand_p, uint32_t, uint32_t, uint32_t, float, float,
+                                        float, float, uint32_t, uint32_t, uint32_t) -> uint32_t
+    {
+        (*operand_p)->imp_Image = nullptr;
+        return 1;
+    };
+    EXPECT_EQ(prepare(), 1U);
+    ASSERT_NE(record->imp_Image, nullptr);
+    EXPECT_EQ(log.take_value("im_ImageWidthPixels"), "2");
+}
+
 TEST_F(Callbacks, WrappedFilesOfAChainAreItsOwn)
 {
     use_files("side");
