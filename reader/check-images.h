@@ -1,0 +1,64 @@
+// The part of a check that looks at images: their numbers, and whether their bytes are there.
+
+#pragma once
+
+#include "reader/element.h"
+#include "reader/log-check.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace orvlog::reader
+{
+
+class CheckImages
+{
+public:
+    using Report = std::function<void(Place, std::string)>;
+    CheckImages(const CheckOptions& options, Report report) : options_(options), report_(std::move(report)) {}
+
+    void start_call();
+    void operand(const Element& image);
+    void callback(const Element& callback);
+    // The bytes of what the call's callbacks delivered.
+    void finish_call();
+
+private:
+    // One record of an image, and what was delivered for it since its prepare.
+    struct Image
+    {
+        uint64_t rows = 0;
+        uint64_t row_bytes = 0;
+        uint32_t width = 0;
+        uint64_t delivered = 0;
+        uint64_t pixels = 0;  // bytes delivered and skipped over
+        bool ended = false;
+        bool read = false;
+    };
+
+    struct FileUse
+    {
+        Place place;
+        uint64_t bytes = 0;
+    };
+
+    static void measure(const Element& image, Image& to);
+    void read(const Element& callback, Image& image);
+    void finish(const Element& callback, Image& image);
+    void follow(const Element& callback);
+    void direct(const Element& image, const Image& size);
+    std::optional<uint64_t> file_size(const std::string& name) const;
+
+    const CheckOptions& options_;
+    Report report_;
+    uint64_t last_operand_ = 0;
+    bool unnumbered_ = false;           // an image without a number came since
+    std::map<uint32_t, Image> images_;  // of the call, by Id
+    std::map<std::string, FileUse> files_;
+    bool in_kept_log_ = false;
+};
+
+}  // namespace orvlog::reader
