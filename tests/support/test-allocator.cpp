@@ -61,7 +61,11 @@ TestAllocator::TestAllocator() : record_{}
     record_.gmm_Delete = [](GMM_Allocator*) -> GMM_Allocator* { return nullptr; };
     record_.gmm_RegisterMinimise = [](GMM_Allocator*, GMM_MinimiseFn, void*) -> uint32_t { return 1; };
     record_.gmm_RegisterAllocFail = [](GMM_Allocator*, GMM_AllocFailFn, void*) -> uint32_t { return 1; };
-    record_.gmm_Alloc = [](GMM_Allocator* a, uint64_t size, uint32_t) { return of(a)->allocate(size); };
+    record_.gmm_Alloc = [](GMM_Allocator* a, uint64_t size, uint32_t channel)
+    {
+        of(a)->other_channels_ += channel != 0 ? 1 : 0;
+        return of(a)->allocate(size);
+    };
     record_.gmm_Free = [](GMM_Allocator* a, void* block) { of(a)->release(block); };
     record_.gmm_FreeChannel = [](GMM_Allocator*, uint32_t) {};
     record_.gmm_FreeAll = [](GMM_Allocator*) {};

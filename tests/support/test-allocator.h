@@ -62,6 +62,11 @@ public:
     {
         return largest_;
     }
+    // Requests for another channel than 0.
+    uint64_t other_channels() const
+    {
+        return other_channels_;
+    }
     // Frees of blocks that this allocator does not hold.
     uint64_t bad_frees() const
     {
@@ -84,6 +89,7 @@ private:
     uint64_t bytes_ = 0;
     uint64_t peak_ = 0;
     uint64_t largest_ = 0;
+    uint64_t other_channels_ = 0;
     uint64_t bad_frees_ = 0;
 };
 

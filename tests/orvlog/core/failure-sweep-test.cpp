@@ -43,6 +43,7 @@ struct Sweep
     {
         EXPECT_EQ(allocator.outstanding(), 0U) << n;
         EXPECT_EQ(allocator.bad_frees(), 0U) << n;
+        EXPECT_EQ(allocator.other_channels(), 0U) << n;
         EXPECT_EQ(job.references(), 0) << n;
     }
 };

@@ -257,6 +257,7 @@ TEST(RandomCallSequence, KeepsEveryOpenEngineAndLosesNothing)
         calls.run(80);
         EXPECT_EQ(calls.test.shut_down(), 1U);
         EXPECT_EQ(calls.test.allocator.bad_frees(), 0U);
+        EXPECT_EQ(calls.test.allocator.other_channels(), 0U);
         EXPECT_EQ(calls.test.allocator.outstanding(), 0U);
         EXPECT_EQ(calls.ticket.references, 0);
         EXPECT_TRUE(calls.test.stream.text().ends_with("</ORV>\n"));

@@ -239,6 +239,42 @@ TEST_F(FontWrapper, EngineWithoutFunctionsFails)
     EXPECT_EQ(start() + index() + get(0) + get_fixed(0), 0U);
 }
 
+// A renderer that has no use for an answer, and an engine that minds where it writes.
+TEST_F(FontWrapper, AnswersWithoutAPlaceAreShownAsNothing)
+{
+    engine.table.GFI_StringStartFn = [](void*, const GFI_FontSpecPointer*, const GGO_Matrix*, uint32_t, uint32_t,
+                                        const GFI_StringDescPointer*, int32_t*, GGO_Matrix*, uint32_t*) -> uint32_t
+    { return 1; };
+    engine.table.GFI_GlyphIndexGetFn = [](void*, uint32_t* returned_out, uint32_t*, uint16_t*, GGO_Vector*,
+                                          GGO_BoxFloat*) -> uint32_t
+    {
+        if (returned_out != nullptr)
+            *returned_out = 1;
+        return 1;
+    };
+    engine.table.GFI_GlyphGetFixedFormatFn = [](void*, uint32_t, uint32_t*, uint32_t*, GGO_Matrix*, uint32_t*,
+                                                GFI_GlyphDescPointer*) -> uint32_t { return 1; };
+    engine.table.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t*, GGO_Matrix*, uint32_t*,
+                                     GFI_GlyphDescPointer*) -> uint32_t { return 1; };
+    see(&font, &string);
+    void* context = table->fe_Context;
+    table->GFI_StringStartFn(context, &font, nullptr, 0, 0, &string, nullptr, nullptr, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_StringStartFn GfpId=\"0\" result=\"TRUE\" stringdesc_transform_flags=\"[0] "
+                          "GGO_XFLAG_NONE \" scaled=\"FALSE\" unique_font_id=\"0\" glyphdesc_transform_flags=\"[0] "
+                          "GGO_XFLAG_NONE \" orvlog_font_spec_id=\"0\" orvlog_string_desc_id=\"0\"/>\n");
+    table->GFI_GlyphIndexGetFn(context, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_GlyphIndexGetFn GfpId=\"0\" result=\"TRUE\" glyph_returned=\"FALSE\"/>\n");
+    table->GFI_GlyphIndexGetFn(context, &returned, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_GlyphIndexGetFn GfpId=\"0\" result=\"TRUE\" glyph_returned=\"TRUE\" "
+                          "glyph_index_out=\"0\" glyph_sub_pixel_variant=\"0\"/>\n");
+    table->GFI_GlyphGetFixedFormatFn(context, 0, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_GlyphGetFixedFormatFn GfpId=\"0\" result=\"TRUE\" "
+                          "required_desc_type=\"GFI_GDT_FBE\" glyph_returned=\"FALSE\"/>\n");
+    table->GFI_GlyphGetFn(context, 0, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_GlyphGetFn GfpId=\"0\" result=\"TRUE\" requested_desc_type=\"GFI_GDT_FBE\" "
+                          "glyphdesc_transform_changed=\"FALSE\">\n</GFI_GlyphGetFn>\n");
+}
+
 TEST_F(FontWrapper, EachTableHasItsNumber)
 {
     ScriptedFontEngine second;

@@ -103,6 +103,16 @@ TEST_F(Attributes, Flags)
     EXPECT_EQ(take(), " f=\"[0] \"");
 }
 
+TEST_F(Attributes, EmptyFlagsAreNamedByTheFirstEntryOfZeroAlone)
+{
+    static constexpr ORVLOG_FlagEntry entries[] = {{"ONE", 1}, {"NONE", 0}, {"NOTHING", 0}};
+    constexpr ORVLOG_FlagTable table = {entries, 3};
+    orvlog_attr_flags(&writer, "f", &table, 0);
+    EXPECT_EQ(take(), " f=\"[0] NONE \"");
+    orvlog_attr_flags(&writer, "f", &table, 1);
+    EXPECT_EQ(take(), " f=\"[0x1] ONE \"");
+}
+
 TEST_F(Attributes, Enumerations)
 {
     orvlog_attr_enum(&writer, "e", &kColours, 0);

@@ -211,6 +211,13 @@ TEST_F(Writer, WarningIsCutAtFiveHundredBytes)
     EXPECT_EQ(stream.text(), "\n<!--\n" + std::string(500, 'b') + "-->\n");
 }
 
+TEST_F(Writer, WarningOfOneByteIsWritten)
+{
+    orvlog_writer_defer_warning(&writer, "%s", "w");
+    EXPECT_EQ(stream.text(), "\n<!--\nw-->\n");
+    EXPECT_EQ(allocator.outstanding(), 0U);
+}
+
 TEST_F(Writer, EmptyWarningIsForgotten)
 {
     orvlog_writer_defer_warning(&writer, "%s", "");
