@@ -67,6 +67,8 @@ public:
     explicit VectorPages(const ReplayOptions& options) : svg_(options.svg), pdf_(options.pdf)
     {
         name_ = fs::path(options.log == "-" ? "log" : options.log).stem().string();
+        if (fs::is_directory(pdf_))
+            pdf_ = (fs::path(pdf_) / (name_ + ".pdf")).string();
     }
     VectorPages(const VectorPages&) = delete;
     VectorPages& operator=(const VectorPages&) = delete;
@@ -359,8 +361,15 @@ Run declare_replay(CLI::App& app)
     app.add_option("--log", options->new_log, "log the replay to NEWLOG, or - for standard output")
         ->type_name("NEWLOG");
     app.add_option("--png", options->png, "draw the pages, as PNG files in DIR")->type_name("DIR");
-    auto* svg = app.add_option("--svg", options->svg, "draw the pages, as SVG files in DIR")->type_name("DIR");
-    app.add_option("--pdf", options->pdf, "draw the pages, as one PDF file")->type_name("FILE")->excludes(svg);
+    auto* svg = app.add_option("--svg", options->svg, "draw the pages, as SVG files in DIR")
+                    ->type_name("DIR")
+                    ->expected(0, 1)
+                    ->default_str(".");
+    app.add_option("--pdf", options->pdf, "draw the pages, as one PDF file; in a folder it has the log's name")
+        ->type_name("FILE")
+        ->expected(0, 1)
+        ->default_str(".")
+        ->excludes(svg);
     app.add_option("--pages", options->pages, "only these pages, from 1")->type_name("A-B");
     app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
         ->type_name("N")

@@ -77,6 +77,11 @@ TEST_F(ReplayCommand, DrawsInThreeForms)
     EXPECT_NE(pdf.find("/MediaBox [ 0 0 72 36 ]"), std::string::npos);
     EXPECT_EQ(replay({log, "--svg", folder.path("svg")}).status, 0);
     EXPECT_NE(read_file(folder.path("svg/a-001.svg")).find("<svg "), std::string::npos);
+    EXPECT_EQ(run_in(folder.path(""), {ORVLOG_TOOL, "replay", "a.xml", "--svg"}).status, 0);
+    EXPECT_EQ(read_file(folder.path("a-001.svg")), read_file(folder.path("svg/a-001.svg")));
+    EXPECT_EQ(run_in(folder.path("png"), {ORVLOG_TOOL, "replay", "../a.xml", "--pdf"}).status, 0);
+    EXPECT_EQ(read_file(folder.path("png/a.pdf")).substr(0, 5), "%PDF-");
+    EXPECT_EQ(replay({log, "--pdf", "--svg"}).status, 2);
 }
 
 TEST_F(ReplayCommand, SaysWhatIsWrong)
