@@ -59,6 +59,18 @@ TEST_F(ReplayCommand, LogsTheCallsAndTheCommentsOfTheClient)
     EXPECT_EQ(behind_root(read_file(folder.path("b.xml"))), behind_root(kLog));
 }
 
+TEST_F(ReplayCommand, MakesEveryCallAgain)
+{
+    for (const char* name : {"every-call-base.xml", "every-call-transparent.xml"})
+    {
+        const std::string log = std::string(ORVLOG_SOURCE_DIR "/tests/expected/") + name;
+        const ToolResult result = replay({log, "--log", folder.path("b.xml")});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "32 calls, 2 pages, 1 not played\n");
+        EXPECT_EQ(read_file(folder.path("b.xml")), read_file(log)) << name;
+    }
+}
+
 TEST_F(ReplayCommand, ReadsTheStandardInputAndWritesTheStandardOutput)
 {
     const ToolResult result = replay({"-", "--log", "-"}, kLog);
