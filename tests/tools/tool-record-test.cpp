@@ -92,6 +92,8 @@ TEST_F(RecordStandIn, AsksForProgressOnATerminalOnly)
     EXPECT_EQ(run_tool({"record", document}).out, "0\n");
     const ToolResult terminal =
         run_program({"script", "-qec", "'" ORVLOG_TOOL "' record '" + document + "'", folder.path("typescript")});
+    if (terminal.err.find("pseudo-terminal") != std::string::npos)
+        GTEST_SKIP() << "this machine has no terminals to be had";
     EXPECT_EQ(terminal.out, "1\r\n");
 }
 
