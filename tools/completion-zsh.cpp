@@ -1,4 +1,4 @@
-// Completion for zsh: the specifications of _arguments.
+// Completion for zsh: what is given to _arguments.
 
 #include "tools/usage.h"
 
@@ -90,7 +90,7 @@ std::string option_name(const std::string& name, bool has_value)
     return name + (name.size() == 2 ? "+" : "=");
 }
 
-std::string specification(const Parameter& option)
+std::string argument_text(const Parameter& option)
 {
     const bool has_value = !option.value.empty();
     std::string all;
@@ -108,7 +108,7 @@ std::string specification(const Parameter& option)
            value_of(option) + "'";
 }
 
-std::string argument_specification(const Parameter& argument, size_t place)
+std::string positional_text(const Parameter& argument, size_t place)
 {
     const std::string start = argument.repeated ? "*" : std::to_string(place);
     return "'" + start + (argument.required || argument.repeated ? "" : ":") + value_of(argument) + "'";
@@ -118,9 +118,9 @@ std::string case_of(const Usage& usage)
 {
     std::string text = "    " + usage.name + ")\n        _arguments";
     for (const Parameter& option : usage.options)
-        text += " \\\n            " + specification(option);
+        text += " \\\n            " + argument_text(option);
     for (size_t i = 0; i < usage.arguments.size(); ++i)
-        text += " \\\n            " + argument_specification(usage.arguments[i], i + 1);
+        text += " \\\n            " + positional_text(usage.arguments[i], i + 1);
     return text + "\n        ;;\n";
 }
 
@@ -138,7 +138,7 @@ std::string zsh_completion()
     }
     std::string options;
     for (const Parameter& option : program_options())
-        options += "        " + specification(option) + " \\\n";
+        options += "        " + argument_text(option) + " \\\n";
     return BEGINNING + names + COMMANDS_END + options + DISPATCH + cases + END;
 }
 
