@@ -1,6 +1,7 @@
 // orvlog check: whether a log holds together.
 
 #include "reader/log-check.h"
+#include "reader/log-files.h"
 #include "tools/command.h"
 #include "tools/tool-look.h"
 
@@ -49,7 +50,8 @@ int check(const CheckCommand& command)
         first = false;
     };
     if (!command.no_files)
-        options.open_beside = [&command](const std::string& name) { return open_beside(command.log, name); };
+        options.open_beside = [folder = orvlog::reader::folder_of_log(command.log)](const std::string& name)
+        { return orvlog::reader::open_beside(folder, name); };
     options.progress = [&input](uint64_t done) { input.show(done); };
     const CheckOutcome outcome = orvlog::reader::check_log(input.stream(), options);
     if (!outcome.is_log)

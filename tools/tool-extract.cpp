@@ -1,6 +1,7 @@
 // orvlog extract: what a log holds, as files of their own.
 
 #include "reader/call-summary.h"
+#include "reader/log-files.h"
 #include "reader/ticket-bytes.h"
 #include "reader/values.h"
 #include "tools/command.h"
@@ -89,7 +90,7 @@ private:
 
     std::unique_ptr<std::istream> beside(const std::string& name)
     {
-        auto file = open_beside(options_.log, name);
+        auto file = orvlog::reader::open_beside(orvlog::reader::folder_of_log(options_.log), name);
         if (file == nullptr && missing_.size() < 1000)
             missing_.insert(name);
         return file;

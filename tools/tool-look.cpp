@@ -7,8 +7,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 
 namespace tool
 {
@@ -44,23 +42,6 @@ int LogInput::fail_to_open() const
 int LogInput::fail_as_no_log() const
 {
     return fail(name_ + ": not a log");
-}
-
-std::unique_ptr<std::istream> open_beside(const std::string& log, const std::string& name)
-{
-    namespace fs = std::filesystem;
-    const fs::path folder = log == "-" ? fs::path(".") : fs::path(log).parent_path();
-    const size_t last = name.find_last_of("/\\");
-    for (const std::string& one : {name, name.substr(last == std::string::npos ? 0 : last + 1)})
-    {
-        std::error_code none;
-        if (one.empty() || one.find('\0') != std::string::npos || !fs::is_regular_file(folder / one, none))
-            continue;
-        auto file = std::make_unique<std::ifstream>(folder / one, std::ios::binary);
-        if (*file)
-            return file;
-    }
-    return nullptr;
 }
 
 std::string number_text(double value)

@@ -59,10 +59,6 @@ private:
     Progress progress_;
 };
 
-// The file of that name in the folder of the log; a name with folders is looked for without them, too. Null if there
-// is none.
-std::unique_ptr<std::istream> open_beside(const std::string& log, const std::string& name);
-
 // Shortest text of a number that reads back the same.
 std::string number_text(double value);
 // "0,12,40,30": whole pixels around the box, minimum x, minimum y, maximum x, maximum y; "-" for none.

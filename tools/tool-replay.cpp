@@ -3,6 +3,7 @@
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"
+#include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/command.h"
 #include "tools/tool-source.h"
@@ -251,7 +252,7 @@ public:
         if (const int status = open_log(&table, output); status != EXIT_DONE)
             return status;
         Progress progress(source.size());
-        play.folder = options_.log == "-" ? "." : fs::path(options_.log).parent_path().string();
+        play.folder = orvlog::reader::folder_of_log(options_.log).string();
         play.dpi = options_.dpi;
         if (options_.up_to >= 0)
             play.up_to = static_cast<uint32_t>(options_.up_to);

@@ -1,11 +1,10 @@
 #include "clients/replay/player.h"
 
+#include "reader/log-files.h"
 #include "reader/values.h"
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 
 namespace orvlog::replay
@@ -55,42 +54,24 @@ bool Player::note(uint32_t result)
     return result != 0;
 }
 
-// The file of that name beside the log; a name with folders is also looked for without them.
-std::ifstream Player::open_beside(const std::string& name) const
-{
-    namespace fs = std::filesystem;
-    const fs::path folder(options_.folder);
-    const size_t last = name.find_last_of("/\\");
-    for (const std::string& one : {name, name.substr(last == std::string::npos ? 0 : last + 1)})
-    {
-        std::error_code none;
-        if (one.empty() || one.find('\0') != std::string::npos || !fs::is_regular_file(folder / one, none))
-            continue;
-        std::ifstream file(folder / one, std::ios::binary);
-        if (file)
-            return file;
-    }
-    return {};
-}
-
 std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, uint64_t count)
 {
     if (side_file_name_ != name)
     {
         side_file_name_ = name;
-        side_file_ = open_beside(side_file_name_);
-        if (!side_file_.is_open())
+        side_file_ = reader::open_beside(options_.folder, side_file_name_);
+        if (side_file_ == nullptr)
             complain("the file " + side_file_name_ + " is missing");
     }
-    if (!side_file_.is_open())
+    if (side_file_ == nullptr)
         return {};
-    side_file_.clear();
-    side_file_.seekg(0, std::ios::end);
-    const auto size = static_cast<uint64_t>(side_file_.tellg());
+    side_file_->clear();
+    side_file_->seekg(0, std::ios::end);
+    const auto size = static_cast<uint64_t>(side_file_->tellg());
     std::vector<uint8_t> bytes(begin < size ? std::min(count, size - begin) : 0);
-    side_file_.seekg(static_cast<std::streamoff>(std::min(begin, size)));
-    side_file_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<size_t>(side_file_.gcount()));
+    side_file_->seekg(static_cast<std::streamoff>(std::min(begin, size)));
+    side_file_->read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<size_t>(side_file_->gcount()));
     return bytes;
 }
 
@@ -165,13 +146,13 @@ void Player::collect_image(const Element& callback)
 void Player::follow_kept(const Element& callback)
 {
     const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
-    std::ifstream file = open_beside(name);
-    if (!file.is_open())
+    const std::unique_ptr<std::istream> file = reader::open_beside(options_.folder, name);
+    if (file == nullptr)
     {
         complain("the log " + name + " of a kept image is missing");
         return;
     }
-    reader::ElementReader own(file, reader::LogForm::fragment);
+    reader::ElementReader own(*file, reader::LogForm::fragment);
     own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
     while (const Element* element = own.next())
     {

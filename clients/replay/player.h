@@ -7,7 +7,7 @@
 #include "clients/replay/replay.h"
 #include "reader/records.h"
 
-#include <fstream>
+#include <istream>
 #include <map>
 #include <memory>
 #include <string>
@@ -76,7 +76,6 @@ private:
     void collect(const reader::Element& element);
     void collect_image(const reader::Element& callback);
     void follow_kept(const reader::Element& callback);
-    std::ifstream open_beside(const std::string& name) const;
     std::vector<uint8_t> side_file(std::string_view name, uint64_t begin, uint64_t count);
     void on_image(GOP_OperandImagePointer* image, const reader::Element& element);
     void* document(const reader::Element& call);
@@ -99,7 +98,7 @@ private:
     std::map<uint32_t, Drawing> drawings_;
     std::map<uint32_t, uint32_t> resources_;
     std::string side_file_name_;
-    std::ifstream side_file_;
+    std::unique_ptr<std::istream> side_file_;
 };
 
 }  // namespace orvlog::replay
