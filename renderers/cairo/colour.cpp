@@ -1,5 +1,7 @@
 #include "renderers/cairo/colour.h"
 
+#include "renderers/cairo/cie-space.h"
+
 #include <lcms2.h>
 
 #include <algorithm>
@@ -91,81 +93,6 @@ struct Tints : ColourSpace
         return {light, light, light};
     }
     uint32_t count;
-};
-
-double srgb_curve(double linear)
-{
-    const double value = clamp01(linear);
-    return value <= 0.0031308 ? 12.92 * value : 1.055 * std::pow(value, 1.0 / 2.4) - 0.055;
-}
-
-struct LinearRgb : ColourSpace
-{
-    uint32_t channels() const override
-    {
-        return 3;
-    }
-    Rgb convert(const float* values) const override
-    {
-        return {srgb_curve(values[0]), srgb_curve(values[1]), srgb_curve(values[2])};
-    }
-};
-
-// XYZ relative to a white point, which becomes white.
-Rgb xyz_to_rgb(double x, double y, double z, const std::array<double, 3>& white)
-{
-    const double xn = x / white[0] * 0.95047;
-    const double yn = y / white[1];
-    const double zn = z / white[2] * 1.08883;
-    return {srgb_curve(3.2404542 * xn - 1.5371385 * yn - 0.4985314 * zn),
-            srgb_curve(-0.9692660 * xn + 1.8760108 * yn + 0.0415560 * zn),
-            srgb_curve(0.0556434 * xn - 0.2040259 * yn + 1.0572252 * zn)};
-}
-
-std::array<double, 3> white_of(const GCM_AnalyticalColorSpace& space)
-{
-    if (space.acs_WhitePointX > 0.0F && space.acs_WhitePointY > 0.0F && space.acs_WhitePointZ > 0.0F)
-        return {space.acs_WhitePointX, space.acs_WhitePointY, space.acs_WhitePointZ};
-    return {0.9642, 1.0, 0.8249};
-}
-
-struct Xyz : ColourSpace
-{
-    uint32_t channels() const override
-    {
-        return 3;
-    }
-    Rgb convert(const float* values) const override
-    {
-        return xyz_to_rgb(values[0], values[1], values[2], white);
-    }
-    std::array<double, 3> white{};
-};
-
-struct Lab : ColourSpace
-{
-    uint32_t channels() const override
-    {
-        return 3;
-    }
-    Rgb convert(const float* values) const override
-    {
-        const double l = clamp01(values[0]) * 100.0;
-        const double a = a_min + clamp01(values[1]) * (a_max - a_min);
-        const double b = b_min + clamp01(values[2]) * (b_max - b_min);
-        const double fy = (l + 16.0) / 116.0;
-        return xyz_to_rgb(white[0] * decode(fy + a / 500.0), white[1] * decode(fy), white[2] * decode(fy - b / 200.0),
-                          white);
-    }
-    static double decode(double f)
-    {
-        return f >= 6.0 / 29.0 ? f * f * f : 108.0 / 841.0 * (f - 4.0 / 29.0);
-    }
-    std::array<double, 3> white{};
-    double a_min = -128.0;
-    double a_max = 127.0;
-    double b_min = -128.0;
-    double b_max = 127.0;
 };
 
 class Profile : public ColourSpace
@@ -269,28 +196,13 @@ std::shared_ptr<const ColourSpace> from_analytical(const GCM_AnalyticalColorSpac
     switch (space.acs_ColorSpace)
     {
     case GCM_ACS_XYZ:
-    {
-        auto xyz = std::make_shared<Xyz>();
-        xyz->white = white_of(space);
-        return xyz;
-    }
+        return xyz_space(space);
     case GCM_ACS_LAB:
-    {
-        auto lab = std::make_shared<Lab>();
-        lab->white = white_of(space);
-        if (space.acs_LabAMax > space.acs_LabAMin && space.acs_LabBMax > space.acs_LabBMin)
-        {
-            lab->a_min = space.acs_LabAMin;
-            lab->a_max = space.acs_LabAMax;
-            lab->b_min = space.acs_LabBMin;
-            lab->b_max = space.acs_LabBMax;
-        }
-        return lab;
-    }
+        return lab_space(space);
     case GCM_ACS_LINEAR_SRGB:
     case GCM_ACS_SCRGB:
     case GCM_ACS_SCRGB16:
-        return std::make_shared<LinearRgb>();
+        return linear_rgb_space();
     case GCM_ACS_SRGB:
         return std::make_shared<RedGreenBlue>(false);
     default:
@@ -447,6 +359,10 @@ std::shared_ptr<const ColourSpace> ColourSpaces::from_definition(const GCM_CsdPo
         return from_format(definition.csd_Defn.NonColorimetric);
     case GCM_CSDTYPE_INPUT:
         return from_family(definition.csd_Defn.Input, count);
+    case GCM_CSDTYPE_CIELUT_DATA:
+        if (auto space = calibrated_space(definition.csd_Defn.CieBased, csd.cp_CieLuts))
+            return space;
+        [[fallthrough]];
     default:
         if (definition.csd_HasAlternateDefn != 0 && csd.cp_AlternateDefn != nullptr)
             return from_definition(*csd.cp_AlternateDefn, channels, depth + 1);

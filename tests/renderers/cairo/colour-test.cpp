@@ -5,6 +5,7 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
 #include <array>
 
 using namespace records;
@@ -134,6 +135,76 @@ TEST_F(ColourTest, LabWhiteBlackAndRed)
     EXPECT_NEAR(space->convert(red.data()).red, 1.0, 0.01);
     EXPECT_NEAR(space->convert(red.data()).green, 0.0, 0.02);
     EXPECT_NEAR(space->convert(red.data()).blue, 0.0, 0.02);
+}
+
+// The tables of a calibrated space, all three of them the same.
+struct CalibratedSpace
+{
+    explicit CalibratedSpace(uint32_t family, uint8_t channels)
+    {
+        csd.csd_Type = GCM_CSDTYPE_CIELUT_DATA;
+        csd.csd_NumBaseChans = channels;
+        csd.csd_Defn.CieBased = family;
+        luts.cl_DecodeBitDepth = 2;
+        tables.clp_CieLuts = &luts;
+        pointer = pointer_to(csd);
+        pointer.cp_CieLuts = &tables;
+        tables.clp_DecodeABC_A = tables.clp_DecodeABC_B = tables.clp_DecodeABC_C = decode.data();
+    }
+    GCM_Csd csd{};
+    GCM_CieLuts luts{};
+    GCM_CieLutsPointer tables{};
+    GCM_CsdPointer pointer{};
+    std::array<float, 4> decode{0, 0.2F, 0.6F, 1};
+};
+
+TEST_F(ColourTest, CalibratedGrayIsLinearLight)
+{
+    CalibratedSpace space(GCM_CIE_FAMILY_CALGRAY, 1);
+    space.luts = {2, {0.9505F, 1, 1.089F}, {}, {}, {}, {}, {}};
+    // Half way between the second entry and the third is 0.4 of the light: 0.665 on the screen's curve.
+    paint_record(nullptr, Operand::gray(0.5F).in_space(space.pointer).record(), {});
+    EXPECT_TRUE(near(20, 20, 0xAAAAAA, 1));
+    EXPECT_TRUE(said_.empty());
+}
+
+TEST_F(ColourTest, CalibratedWhiteIsTheWhiteOfThePage)
+{
+    CalibratedSpace space(GCM_CIE_FAMILY_CALGRAY, 1);
+    space.luts = {2, {1.2F, 1, 0.5F}, {}, {}, {}, {}, {}};
+    paint_record(nullptr, Operand::gray(1).in_space(space.pointer).record(), {});
+    EXPECT_TRUE(near(20, 20, 0xFFFFFF, 1));
+}
+
+TEST_F(ColourTest, CalibratedRgbGoesThroughItsMatrix)
+{
+    CalibratedSpace space(GCM_CIE_FAMILY_CALRGB, 3);
+    space.luts.cl_WhitePoint[0] = 0.95047F;
+    space.luts.cl_WhitePoint[1] = 1;
+    space.luts.cl_WhitePoint[2] = 1.08883F;
+    // The primaries of sRGB, red and blue exchanged.
+    const std::array<float, 9> matrix{0.1804375F, 0.0721750F, 0.9503041F, 0.3575761F, 0.7151522F,
+                                      0.1191920F, 0.4124564F, 0.2126729F, 0.0193339F};
+    std::copy(matrix.begin(), matrix.end(), space.luts.cl_MatrixABC);
+    paint_record(nullptr, Operand::rgb(1, 0.5F, 0).in_space(space.pointer).record(), {});
+    EXPECT_TRUE(near(20, 20, 0x00AAFF, 1));
+    EXPECT_TRUE(said_.empty());
+}
+
+TEST_F(ColourTest, CalibratedSpaceWithoutTablesFallsBack)
+{
+    CalibratedSpace space(GCM_CIE_FAMILY_CALRGB, 3);
+    space.tables.clp_DecodeABC_C = nullptr;
+    EXPECT_EQ(painted(Operand::rgb(1, 0.4F, 0).in_space(space.pointer)), 0xFF6600U);
+    EXPECT_EQ(said_.size(), 1U);
+}
+
+TEST_F(ColourTest, CalibratedSpaceWithTablesBeyondReasonFallsBack)
+{
+    CalibratedSpace space(GCM_CIE_FAMILY_CALRGB, 3);
+    space.luts.cl_DecodeBitDepth = 40;
+    EXPECT_EQ(painted(Operand::rgb(1, 0.4F, 0).in_space(space.pointer)), 0xFF6600U);
+    EXPECT_EQ(said_.size(), 1U);
 }
 
 std::vector<uint8_t> srgb_profile()
