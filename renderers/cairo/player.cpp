@@ -220,7 +220,8 @@ void Player::draw_piece(const StrokePiece& piece)
     draw_piece(FillPiece{parts.corners, CAIRO_FILL_RULE_WINDING, piece.to_content});
 }
 
-// A line is at least one pixel wide if its width is 0 or it asks to be adjusted.
+// A line is at least one pixel wide, as it paints each pixel that it touches; one that asks to be adjusted goes
+// through the middle of its pixels as well.
 void Player::stroke_plain(const StrokePiece& piece, const cairo_matrix_t& pen)
 {
     const StrokeStyle& style = piece.style;
@@ -228,7 +229,7 @@ void Player::stroke_plain(const StrokePiece& piece, const cairo_matrix_t& pen)
     double y = style.width;
     cairo_matrix_transform_distance(&pen, &x, &y);
     const bool thin = std::fabs(x) <= 1.0 && std::fabs(y) <= 1.0;
-    const bool widened = (thin && style.adjust) || style.width == 0.0;
+    const bool widened = thin || style.width == 0.0;
     cairo_matrix_t inverse;
     const bool flat = !invert(pen, inverse);
     double width = style.width;

@@ -247,10 +247,12 @@ TEST_F(StrokeTest, WidthZeroIsOnePixel)
     EXPECT_DOUBLE_EQ(ink(), 20.0);
 }
 
-TEST_F(StrokeTest, ThinLinesStayThin)
+TEST_F(StrokeTest, ThinLinesAreOnePixel)
 {
-    paint(Shape::stroke(line({1, 1.05}, {3, 1.05}), stroke_params(0.025F)), Operand::gray(0));
-    EXPECT_NEAR(ink(), 5.0, 0.2);
+    paint(Shape::stroke(line({1, 1.08}, {3, 1.08}), stroke_params(0.025F)), Operand::gray(0));
+    EXPECT_TRUE(near(15, 10, 0x4C4C4C, 2));
+    EXPECT_TRUE(near(15, 11, 0xB2B2B2, 2));
+    EXPECT_NEAR(ink(), 20.0, 0.2);
 }
 
 TEST_F(StrokeTest, AdjustedThinLinesFillOneRowOfPixels)
