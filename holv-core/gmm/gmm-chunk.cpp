@@ -131,20 +131,24 @@ void* chunk_calloc(GMM_Allocator* allocator, uint64_t size, uint32_t channel)
     return block;
 }
 
-// How many bytes may be copied from a block: blocks have no size, so it is up to the end of their chunk.
+// How many bytes may be copied from a block: blocks have no size, so it is up to the end of their chunk. A block of
+// no bytes can lie right behind its chunk.
 uint64_t bytes_to_end_of_chunk(const GMM_ChunkAllocator* record, const void* block)
 {
     const auto at = reinterpret_cast<uintptr_t>(block);
     const auto* tail = reinterpret_cast<const GMM_Chunk*>(&record->tail);
+    uint64_t outside = UINT64_MAX;
     for (const GMM_Chunk* chunk = record->head.next; chunk != tail;)
     {
         const GMM_Chunk head = read_chunk(chunk);
         const auto start = reinterpret_cast<uintptr_t>(chunk);
         if (at >= start && at - start < head.size)
             return head.size - (at - start);
+        if (at - start == head.size)
+            outside = 0;
         chunk = head.next;
     }
-    return UINT64_MAX;
+    return outside;
 }
 
 void* chunk_realloc(GMM_Allocator* allocator, void* block, uint64_t size)

@@ -1,5 +1,6 @@
 #include "holv-core/gmm/gmm-chunk.h"
 
+#include "tests/support/guarded-block.h"
 #include "tests/support/test-allocator.h"
 
 #include <gtest/gtest.h>
@@ -184,6 +185,22 @@ TEST_F(Chunk, ReallocAcrossChunks)
     const auto* moved = static_cast<uint8_t*>(pool->gmm_Realloc(pool, last, 1000));
     ASSERT_NE(moved, nullptr);
     EXPECT_EQ(std::memcmp(moved, "tail", 4), 0);
+}
+
+TEST_F(Chunk, ReallocOfNoBytesBehindAFullChunkReadsNothing)
+{
+    orvlog::test::GuardedBlock full(sizeof(GMM_ChunkAllocator) + 24 + 8);
+    const GMM_ChunkBlockParams params = {full.data(), full.size()};
+    GMM_Allocator* guarded = gmm_chunk_allocator_in_block(&params);
+    auto* growing = full.as<GMM_ChunkAllocator>();
+    ASSERT_NE(guarded->gmm_Alloc(guarded, 8, 0), nullptr);
+    void* empty = guarded->gmm_Alloc(guarded, 0, 0);
+    ASSERT_EQ(empty, full.data() + full.size()) << "where the readable page ends";
+    growing->parent = parent.get();
+    growing->chunk_size = 64;
+    EXPECT_NE(guarded->gmm_Realloc(guarded, empty, 16), nullptr);
+    EXPECT_EQ(growing->used_bytes, 24U);
+    parent.get()->gmm_Free(parent.get(), growing->head.next);
 }
 
 TEST_F(Chunk, ReallocRefusals)
