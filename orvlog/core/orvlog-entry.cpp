@@ -45,6 +45,13 @@ void store_prefix(ORVLOG_ImageParams* image, const char* file_prefix)
     image->has_file_prefix = 1;
 }
 
+// The three operations that a session calls on the client's allocator.
+bool can_allocate(const GMM_Allocator* allocator)
+{
+    return allocator != nullptr && allocator->gmm_Alloc != nullptr && allocator->gmm_Free != nullptr &&
+           allocator->gmm_Realloc != nullptr;
+}
+
 // Puts a temporary log in the place of the client's stream until the shutdown.
 bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
 {
@@ -139,7 +146,7 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
         return 0;
     if (options->interface_in != nullptr)
         *options->interface_out = *options->interface_in;
-    if (allocator == nullptr)
+    if (!can_allocate(allocator))
         return 0;
     auto* session = static_cast<ORVLOG_Session*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_Session), 0));
     if (session == nullptr)

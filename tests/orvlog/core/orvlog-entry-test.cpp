@@ -141,6 +141,30 @@ TEST(Session, MissingNeedsAreRefused)
     EXPECT_EQ(allocator.outstanding(), 0U);
 }
 
+TEST(Session, AnAllocatorWithoutItsOperationsIsRefused)
+{
+    TestAllocator allocator;
+    MemoryStream stream;
+    FakeIdentity identity;
+    ORV_Interface orv;
+    const auto initialise = [&](GMM_Allocator* memory)
+    {
+        return ORVLOG_DLL_initialise(&orv, nullptr, memory, identity.get(), 0, stream.get(), nullptr, 0, nullptr,
+                                     nullptr, 0, nullptr, nullptr);
+    };
+    GMM_Allocator record = *allocator.get();
+    record.gmm_Alloc = nullptr;
+    EXPECT_EQ(initialise(&record), 0U);
+    record = *allocator.get();
+    record.gmm_Free = nullptr;
+    EXPECT_EQ(initialise(&record), 0U);
+    record = *allocator.get();
+    record.gmm_Realloc = nullptr;
+    EXPECT_EQ(initialise(&record), 0U);
+    EXPECT_EQ(stream.text(), "");
+    EXPECT_EQ(allocator.requests(), 0U);
+}
+
 TEST(Session, NoStreamStillForwards)
 {
     TestAllocator allocator;
