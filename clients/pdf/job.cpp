@@ -4,7 +4,7 @@
 
 #include "clients/pdf/null-renderer.h"
 #include "clients/pdf/page-tickets.h"
-#include "clients/pdf/poppler-device.h"
+#include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"
 #include "renderers/cairo/cairo-renderer.h"

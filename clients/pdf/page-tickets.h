@@ -3,7 +3,7 @@
 #pragma once
 
 #include "clients/colour/colour-manager.h"
-#include "clients/pdf/poppler-device.h"
+#include "clients/pdf/poppler/pdf-document.h"
 
 #include <functional>
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 #include "clients/pdf/job.h"
-#include "clients/pdf/poppler-device.h"
+#include "clients/pdf/poppler/pdf-document.h"
 #include "tests/support/fake-renderer.h"
 
 #include <gtest/gtest.h>

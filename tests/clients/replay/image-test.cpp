@@ -2,7 +2,7 @@
 // the logger pulled them, and from a transparent one after a renderer did.
 
 #include "clients/pdf/null-renderer.h"
-#include "clients/pdf/poppler-device.h"
+#include "clients/pdf/poppler/pdf-document.h"
 #include "clients/replay/replay-image.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+//
+// Poppler's colours and colour spaces as the painter has them.
+
+#pragma once
+
+#include "clients/pdf/graphics.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include <GfxState.h>
+#include <Object.h>
+
+class PDFDoc;
+
+namespace pdf_client
+{
+
+// The definitions of colour spaces, each made once.
+class SpaceStore
+{
+public:
+    explicit SpaceStore(PDFDoc* document);
+
+    // The space of a colour whose channels are passed as they stand.
+    ColourSpace space_of(GfxColorSpace& space);
+
+private:
+    std::shared_ptr<const SpaceDefinition> profile_of(GfxICCBasedColorSpace& space);
+    std::shared_ptr<const SpaceDefinition> kept(const SpaceDefinition& definition);
+
+    PDFDoc* document_;
+    std::map<int, std::shared_ptr<const SpaceDefinition>> profiles_;
+    std::vector<std::shared_ptr<const SpaceDefinition>> calibrated_;
+};
+
+// The colour in its own space where the drawing interface has one, else in the family of its alternate space.
+// Patterns, and no space at all, come out black.
+Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces);
+Colour rgb_of(const GfxColorSpace& space, const GfxColor& value);
+Colour gray(float value);
+
+// True if the channels of such a space are passed as they stand.
+bool passes_as_channels(GfxColorSpaceMode mode);
+
+// The bytes of a profile of so many channels; empty if that isn't what the stream holds.
+std::vector<uint8_t> read_profile(const Object& object, int channels);
+
+}  // namespace pdf_client

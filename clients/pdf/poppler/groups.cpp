@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "clients/pdf/poppler/groups.h"
+
+#include "clients/pdf/poppler/glyph-runs.h"
+#include "clients/pdf/poppler/images.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <Function.h>
+
+namespace pdf_client
+{
+
+namespace
+{
+
+GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
+{
+    return rectangle({box[0], box[1], box[2], box[3]}).transformed(to_content).bounds();
+}
+
+}  // namespace
+
+void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
+{
+    flush_text(canvas);
+    Content& content = canvas.content;
+    const PaintState outside = content.saved.empty() ? PaintState{} : content.saved.back().paint;
+    const Clip inside = clips_above(content.clip, outside.clip);
+    OpenGroup open;
+    open.is_mask = start.for_soft_mask;
+    if (start.for_soft_mask)
+    {
+        open.blending_space.reset(start.blending_space != nullptr ? start.blending_space->copy() : nullptr);
+        open.painted = canvas.painter->begin_mask();
+    }
+    else
+    {
+        const GGO_BoxFloat bounds = bounds_of(start.box, user_to_content(canvas, state));
+        canvas.painter->begin_group({start.isolated, start.knockout, bounds, outside});
+    }
+    content.groups.push_back(std::move(open));
+    content.clip = inside;
+    content.mask = nullptr;
+}
+
+void end_group(SoftMasks& masks, Canvas& canvas)
+{
+    flush_text(canvas);
+    std::vector<OpenGroup>& groups = canvas.content.groups;
+    if (groups.empty())
+    {
+        return;
+    }
+    OpenGroup open = std::move(groups.back());
+    groups.pop_back();
+    if (!open.is_mask)
+    {
+        canvas.painter->end_group();
+        return;
+    }
+    masks.pictures = open.painted ? canvas.painter->end_mask() : MaskPictures{};
+    masks.pictures_space = std::move(open.blending_space);
+}
+
+void set_soft_mask(SoftMasks& masks, Canvas& canvas, bool alpha, Function* transfer, const GfxColor* backdrop)
+{
+    MaskRule rule;
+    rule.luminosity = !alpha;
+    if (backdrop != nullptr && masks.pictures_space != nullptr)
+    {
+        const Colour colour = rgb_of(*masks.pictures_space, *backdrop);
+        std::copy_n(colour.value, 3, rule.backdrop);
+    }
+    if (transfer != nullptr)
+    {
+        rule.transfer = [transfer](double value)
+        {
+            double out[funcMaxOutputs] = {value};
+            transfer->transform(&value, out);
+            return out[0];
+        };
+    }
+    canvas.content.mask = make_mask(masks.pictures, rule);
+    masks.pictures = {};
+    masks.pictures_space = nullptr;
+}
+
+void set_stencil_mask(SoftMasks& masks, Canvas& canvas, GfxState* state, const Image& stencil)
+{
+    const GGO_Matrix to_content = user_to_content(canvas, state);
+    masks.set_aside = canvas.content.mask;
+    if (paintable(stencil, to_content) && canvas.painter->begin_mask())
+    {
+        canvas.painter->stencil(stencil, pixels_to(stencil, to_content), gray(1), PaintState{});
+        canvas.content.mask = make_mask(canvas.painter->end_mask(), MaskRule{});
+    }
+}
+
+void restore_mask(SoftMasks& masks, Canvas& canvas)
+{
+    canvas.content.mask = std::exchange(masks.set_aside, nullptr);
+}
+
+}  // namespace pdf_client

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "clients/pdf/poppler/images.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+#include <Object.h>
+#include <Stream.h>
+
+namespace pdf_client
+{
+
+namespace
+{
+
+// Keeps a stream alive that belongs to somebody else.
+class StreamHold
+{
+public:
+    explicit StreamHold(Stream* stream)
+    {
+        // The temporary must not give up a reference that it never took, so it isn't destroyed.
+        Object* borrowed = new (storage_) Object(stream);
+        object_ = borrowed->copy();
+    }
+
+    Stream* stream() const
+    {
+        return object_.getStream();
+    }
+
+private:
+    alignas(Object) std::byte storage_[sizeof(Object)];
+    Object object_;
+};
+
+// The samples as the document has them, row by row; inverted for masks whose zeros paint.
+class RawRows : public ImageRows
+{
+public:
+    RawRows(Stream* stream, bool inverted) : hold_(stream), inverted_(inverted) {}
+
+    ~RawRows() override
+    {
+        close();
+    }
+
+    bool restart() override
+    {
+        close();
+        hold_.stream()->reset();
+        open_ = true;
+        return true;
+    }
+
+    bool read_row(uint8_t* row, size_t size) override
+    {
+        const int got = hold_.stream()->doGetChars(static_cast<int>(size), row);
+        if (got <= 0)
+        {
+            return false;
+        }
+        std::memset(row + got, 0, size - static_cast<size_t>(got));
+        if (inverted_)
+        {
+            std::transform(row, row + size, row, [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
+        }
+        return true;
+    }
+
+private:
+    void close()
+    {
+        if (open_)
+        {
+            hold_.stream()->close();
+            open_ = false;
+        }
+    }
+
+    StreamHold hold_;
+    bool inverted_;
+    bool open_ = false;
+};
+
+// Rows whose samples have to be worked out: decode arrays, colour spaces without a form of their own in the
+// drawing interface, colours that count as transparent.
+class MappedRows : public ImageRows
+{
+public:
+    MappedRows(Stream* stream, uint32_t width, GfxImageColorMap* map, uint16_t channels, const int* mask_colours)
+        : hold_(stream), map_(map->copy()), width_(width), channels_(channels)
+    {
+        if (mask_colours != nullptr)
+        {
+            mask_colours_.assign(mask_colours, mask_colours + 2 * map->getNumPixelComps());
+        }
+    }
+
+    bool restart() override
+    {
+        pixels_ = std::make_unique<ImageStream>(hold_.stream(), static_cast<int>(width_), map_->getNumPixelComps(),
+                                                map_->getBits());
+        pixels_->reset();
+        return true;
+    }
+
+    bool read_row(uint8_t* row, size_t) override
+    {
+        unsigned char* line = pixels_ != nullptr ? pixels_->getLine() : nullptr;
+        if (line == nullptr)
+        {
+            return false;
+        }
+        // The colour map may write over its input.
+        const std::vector<unsigned char> samples(line, line + static_cast<size_t>(width_) *
+                                                                  static_cast<size_t>(map_->getNumPixelComps()));
+        if (mask_colours_.empty())
+        {
+            convert(line, row);
+            return true;
+        }
+        converted_.resize(static_cast<size_t>(width_) * channels_);
+        convert(line, converted_.data());
+        for (uint32_t x = 0; x < width_; x++)
+        {
+            *row++ = masked(&samples[static_cast<size_t>(x) * static_cast<size_t>(map_->getNumPixelComps())]) ? 0 : 255;
+            row = std::copy_n(&converted_[static_cast<size_t>(x) * channels_], channels_, row);
+        }
+        return true;
+    }
+
+private:
+    void convert(unsigned char* samples, uint8_t* row)
+    {
+        const int width = static_cast<int>(width_);
+        switch (channels_)
+        {
+        case 1:
+            map_->getGrayLine(samples, row, width);
+            break;
+        case 4:
+            map_->getCMYKLine(samples, row, width);
+            break;
+        default:
+            map_->getRGBLine(samples, row, width);
+            break;
+        }
+    }
+
+    bool masked(const unsigned char* pixel) const
+    {
+        for (size_t i = 0; 2 * i < mask_colours_.size(); i++)
+        {
+            if (pixel[i] < mask_colours_[2 * i] || pixel[i] > mask_colours_[2 * i + 1])
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    StreamHold hold_;
+    std::unique_ptr<GfxImageColorMap> map_;
+    uint32_t width_;
+    uint16_t channels_;
+    std::vector<int> mask_colours_;
+    std::vector<uint8_t> converted_;
+    std::unique_ptr<ImageStream> pixels_;
+};
+
+bool decodes_plainly(GfxImageColorMap& map, double high)
+{
+    for (int i = 0; i < map.getNumPixelComps(); i++)
+    {
+        if (std::abs(map.getDecodeLow(i)) > 1e-6 || std::abs(map.getDecodeHigh(i) - high) > 1e-6)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool is_known_depth(int bits)
+{
+    return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
+}
+
+bool is_plain_space(GfxColorSpace* space)
+{
+    const int channels = space->getNComps();
+    return passes_as_channels(space->getMode()) && (channels == 1 || channels == 3 || channels == 4);
+}
+
+std::vector<uint8_t> index_table_of(GfxIndexedColorSpace& indexed, int bits)
+{
+    const size_t channels = static_cast<size_t>(indexed.getBase()->getNComps());
+    std::vector<uint8_t> table((size_t{1} << bits) * channels, 0);
+    const size_t known = static_cast<size_t>(indexed.getIndexHigh() + 1) * channels;
+    std::copy_n(indexed.getLookup(), std::min(known, table.size()), table.begin());
+    return table;
+}
+
+}  // namespace
+
+Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, const int* mask_colours,
+               SpaceStore& spaces)
+{
+    Image image;
+    image.width = static_cast<uint32_t>(std::max(width, 0));
+    image.height = static_cast<uint32_t>(std::max(height, 0));
+    GfxColorSpace* space = map->getColorSpace();
+    const int bits = map->getBits();
+    const bool indexed = space->getMode() == csIndexed;
+    if (mask_colours == nullptr && is_known_depth(bits))
+    {
+        if (is_plain_space(space) && decodes_plainly(*map, 1.0))
+        {
+            image.bits = static_cast<uint8_t>(bits);
+            image.space = spaces.space_of(*space);
+            image.rows = std::make_shared<RawRows>(stream, false);
+            return image;
+        }
+        if (indexed && bits <= 8 && is_plain_space(static_cast<GfxIndexedColorSpace*>(space)->getBase()) &&
+            decodes_plainly(*map, (1 << bits) - 1))
+        {
+            GfxIndexedColorSpace* table = static_cast<GfxIndexedColorSpace*>(space);
+            image.bits = static_cast<uint8_t>(bits);
+            image.space = spaces.space_of(*table->getBase());
+            image.index_table = index_table_of(*table, bits);
+            image.rows = std::make_shared<RawRows>(stream, false);
+            return image;
+        }
+    }
+    // The lines of a colour map are in device colours.
+    image.space.channels = static_cast<uint16_t>(is_plain_space(space) ? space->getNComps() : 3);
+    image.alpha_first = mask_colours != nullptr;
+    image.rows = std::make_shared<MappedRows>(stream, image.width, map, image.space.channels, mask_colours);
+    return image;
+}
+
+Image stencil_of(Stream* stream, int width, int height, bool inverted)
+{
+    Image image;
+    image.width = static_cast<uint32_t>(std::max(width, 0));
+    image.height = static_cast<uint32_t>(std::max(height, 0));
+    image.bits = 1;
+    image.rows = std::make_shared<RawRows>(stream, !inverted);
+    return image;
+}
+
+GGO_Matrix pixels_to(const Image& image, const GGO_Matrix& unit_square_to_content)
+{
+    const GGO_Matrix to_square = {{1.0 / image.width, 0, 0, -1.0 / image.height, 0, 1}};
+    return multiply(to_square, unit_square_to_content);
+}
+
+bool paintable(const Image& image, const GGO_Matrix& unit_square_to_content)
+{
+    return image.width > 0 && image.height > 0 && finite(unit_square_to_content) &&
+           determinant(unit_square_to_content) != 0;
+}
+
+}  // namespace pdf_client
