@@ -338,7 +338,7 @@ uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void*)
 
 uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = orvlog_kept_wrapper_of(operand_p);
     if (wrapper == nullptr)
         return 0;
     ORVLOG_ImageContext* context = wrapper->context;
@@ -363,7 +363,7 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
 
 void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = orvlog_kept_wrapper_of(operand_p);
     if (wrapper == nullptr)
         return nullptr;
     ORVLOG_ImageContext* context = wrapper->context;

@@ -57,6 +57,9 @@ struct ORVLOG_ImageWrapper
 // looked into: a client's own record, and what a renderer holds on to beyond its end.
 ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record);
 
+// The same, but null too for a record whose image cannot be kept.
+ORVLOG_ImageWrapper* orvlog_kept_wrapper_of(const GOP_OperandImagePointer* record);
+
 // A block for a record, aligned; null without memory.
 void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size);
 

@@ -86,13 +86,12 @@ void free_handles(ORVLOG_ImageHandle* handle)
     while (handle != nullptr)
     {
         ORVLOG_ImageHandle* next = handle->next_record;
-        if (handle->allocator != nullptr)
-            handle->allocator->gmm_Free(handle->allocator, handle);
+        handle->allocator->gmm_Free(handle->allocator, handle);
         handle = next;
     }
 }
 
-// Closes what is open and makes the records unknown; gives the first handle of their chain.
+// Closes what is open and makes the records unknown; gives the handles that do not lie in the pool, as a chain.
 ORVLOG_ImageHandle* close_records(ORVLOG_ImageContext* context)
 {
     ORVLOG_ImageHandle* first = nullptr;
@@ -105,12 +104,24 @@ ORVLOG_ImageHandle* close_records(ORVLOG_ImageContext* context)
         orvlog_close_stream(&wrapper->attr_file);
         orvlog_image_handle_leave(handle);
         handle->record.imp_Context = nullptr;
-        *link = handle;
-        link = &handle->next_record;
+        if (handle->allocator != nullptr)
+        {
+            *link = handle;
+            link = &handle->next_record;
+        }
         record = wrapper->next;
     }
     orvlog_close_stream(&context->async_stream);
     return first;
+}
+
+// The first of the image's handles that outlives the pool; an image that was kept has one.
+ORVLOG_ImageHandle* lasting_handle(const ORVLOG_ImageContext* context)
+{
+    ORVLOG_ImageHandle* handle = orvlog_image_handle_find(context->first_record);
+    while (handle->allocator == nullptr)
+        handle = orvlog_image_handle_find(static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context)->next);
+    return handle;
 }
 
 }  // namespace
@@ -128,6 +139,14 @@ void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
         return nullptr;
     const auto at = reinterpret_cast<uintptr_t>(block);
     return static_cast<uint8_t*>(block) + (kAlignment - at % kAlignment) % kAlignment;
+}
+
+ORVLOG_ImageWrapper* orvlog_kept_wrapper_of(const GOP_OperandImagePointer* record)
+{
+    const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
+    if (handle == nullptr || handle->allocator == nullptr)
+        return nullptr;
+    return static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context);
 }
 
 uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* context,
@@ -193,7 +212,7 @@ void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept)
     // A renderer that has asked to keep an image may come back with it, whatever it was told.
     if (context->async_stream != nullptr)
     {
-        ORVLOG_ImageHandle* handle = orvlog_image_handle_find(context->first_record);
+        ORVLOG_ImageHandle* handle = lasting_handle(context);
         handle->next_image = *context->kept_images;
         *context->kept_images = handle;
         context->listed = 1;

@@ -318,6 +318,93 @@ TEST_F(ImageEnd, KeptByTwoOfItsRecords)
     EXPECT_EQ(fake.take_calls() + other.take_calls(), "prepare(0,3,0) keep release keep read ");
 }
 
+// The image that the client first passed could not be kept; the one that it exchanged it for can.
+class ImageEndOfAnExchange : public ImageEnd
+{
+protected:
+    void SetUp() override
+    {
+        ImageEnd::SetUp();
+        fake.image.im_Flags &= ~static_cast<uint32_t>(GOP_OP_FLAGS_ASYNCH_ACCESS);
+        other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+        fake.replacement = other.get();
+        before = client.allocator.outstanding();
+    }
+    // Gives what the renderer kept.
+    GOP_OperandImagePointer* paint_and_keep()
+    {
+        GOP_OperandImagePointer* exchanged = nullptr;
+        first = paint(
+            [&](GOP_OperandImagePointer* seen)
+            {
+                exchanged = seen;
+                seen->imp_ImagePrepareFn(&exchanged, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+                keep(exchanged);
+            });
+        EXPECT_NE(first, exchanged);
+        return exchanged;
+    }
+
+    FakeImage other{2, 2};
+    GOP_OperandImagePointer* first = nullptr;
+    uint64_t before = 0;
+};
+
+TEST_F(ImageEndOfAnExchange, Released)
+{
+    GOP_OperandImagePointer* kept = paint_and_keep();
+    const Callbacks callbacks(kept);
+    read(kept);
+    EXPECT_EQ(kept->imp_ImageReleaseFn(kept), client.allocator.get());
+    EXPECT_EQ(other.take_calls(), "keep read release ");
+    EXPECT_EQ(callbacks.answers(kept), "000000");
+    EXPECT_EQ(callbacks.answers(first), "000000");
+    // The record that could be kept stays readable until the session ends.
+    EXPECT_EQ(client.allocator.outstanding(), before + 1);
+    EXPECT_EQ(kept->imp_Image->im_ImageWidthPixels, 2U);
+    paint_and_keep();
+    shut_down();
+    EXPECT_EQ(callbacks.answers(kept), "000000");
+}
+
+TEST_F(ImageEndOfAnExchange, NeverReleased)
+{
+    GOP_OperandImagePointer* kept = paint_and_keep();
+    const Callbacks callbacks(kept);
+    shut_down();
+    EXPECT_EQ(callbacks.answers(kept), "000000");
+    EXPECT_EQ(callbacks.answers(first), "000000");
+}
+
+TEST_F(ImageEndOfAnExchange, ReleasedWithinTheCall)
+{
+    paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            GOP_OperandImagePointer* exchanged = seen;
+            seen->imp_ImagePrepareFn(&exchanged, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+            keep(exchanged);
+            exchanged->imp_ImageReleaseFn(exchanged);
+        });
+    EXPECT_EQ(other.take_calls(), "keep release ");
+    shut_down();
+}
+
+// Its record has null in these places; a renderer may have the functions from another one.
+TEST_F(ImageEndOfAnExchange, KeptAndReleasedByTheRecordThatCannotBeKept)
+{
+    GOP_OperandImagePointer* kept = paint_and_keep();
+    const Callbacks callbacks(kept);
+    other.take_calls();
+    EXPECT_EQ(kept->imp_ImageReleaseFn(first), nullptr);
+    EXPECT_EQ(kept->imp_ImageKeepFn(first), 0U);
+    fake.replacement = nullptr;
+    paint([&](GOP_OperandImagePointer* seen) { EXPECT_EQ(kept->imp_ImageKeepFn(seen), 0U); });
+    EXPECT_EQ(fake.take_calls() + other.take_calls(), "prepare(0,3,0) ");
+    EXPECT_EQ(folder.names().size(), 1U);
+    EXPECT_EQ(kept->imp_ImageReleaseFn(kept), client.allocator.get());
+}
+
 TEST_F(ImageEnd, ImageThatWasNotKeptIsUnknownBehindItsCall)
 {
     Callbacks callbacks(fake.get());
