@@ -54,7 +54,7 @@ uint64_t ticket_read(void* buffer, uint64_t item_size, uint64_t item_count, void
 {
     ORVLOG_TicketStreamInstance* s = of(c);
     uint64_t bytes = 0;
-    if (s->buffer == nullptr || s->position >= s->capacity)
+    if (buffer == nullptr || s->buffer == nullptr || s->position >= s->capacity)
         return 0;
     const uint64_t left = s->capacity - s->position;
     if (!byte_count(item_size, item_count, &bytes) || bytes > left)
@@ -69,7 +69,7 @@ uint64_t ticket_write(const void* buffer, uint64_t item_size, uint64_t item_coun
 {
     ORVLOG_TicketStreamInstance* s = of(c);
     uint64_t count = 0;
-    if (!byte_count(item_size, item_count, &count))
+    if (!byte_count(item_size, item_count, &count) || (buffer == nullptr && count != 0))
         return 0;
     if (s->buffer == nullptr && !allocate_first(s))
         return 0;

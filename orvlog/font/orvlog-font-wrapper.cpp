@@ -72,7 +72,7 @@ void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* chan
 }
 
 // The wrapped functions: the engine first, then the element, then the engine's result. An engine without the
-// function fails.
+// function fails, and so does a call without the table's context.
 
 uint32_t string_start(void* fe_context, const GFI_FontSpecPointer* font_spec_ptr,
                       const GGO_Matrix* stringdesc_to_face_pixel, uint32_t stringdesc_transform_flags, uint32_t scaled,
@@ -80,6 +80,8 @@ uint32_t string_start(void* fe_context, const GFI_FontSpecPointer* font_spec_ptr
                       GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags)
 {
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    if (wrapper == nullptr)
+        return 0;
     const GFI_FontEngineTable* inner = wrapper->inner_table;
     uint32_t result = 0;
     if (inner->GFI_StringStartFn != nullptr)
@@ -106,6 +108,8 @@ uint32_t glyph_index_get(void* fe_context, uint32_t* glyph_returned, uint32_t* g
                          GGO_BoxFloat* quick_bounding_box)
 {
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    if (wrapper == nullptr)
+        return 0;
     const GFI_FontEngineTable* inner = wrapper->inner_table;
     uint32_t result = 0;
     if (inner->GFI_GlyphIndexGetFn != nullptr)
@@ -133,6 +137,8 @@ uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, u
 {
     static constexpr const char* const element = "GFI_GlyphGetFixedFormatFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    if (wrapper == nullptr)
+        return 0;
     const GFI_FontEngineTable* inner = wrapper->inner_table;
     uint32_t result = 0;
     if (inner->GFI_GlyphGetFixedFormatFn != nullptr)
@@ -158,6 +164,8 @@ uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* gly
 {
     static constexpr const char* const element = "GFI_GlyphGetFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    if (wrapper == nullptr)
+        return 0;
     const GFI_FontEngineTable* inner = wrapper->inner_table;
     uint32_t result = 0;
     if (inner->GFI_GlyphGetFn != nullptr)
@@ -176,7 +184,8 @@ uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* gly
 
 const char* engine_id_get(void* fe_context)
 {
-    return font_engine_id(wrapper_of(fe_context)->inner_table);
+    const FontEngineWrapper* wrapper = wrapper_of(fe_context);
+    return wrapper != nullptr ? font_engine_id(wrapper->inner_table) : nullptr;
 }
 
 void fill_table(GFI_FontEngineTable* table, FontEngineWrapper* wrapper)

@@ -174,6 +174,20 @@ TEST_F(TicketStream, SizesThatOverflowAreRefused)
     EXPECT_EQ(read(uint64_t{1} << 63, 2), 3u);
 }
 
+TEST_F(TicketStream, NothingGoesWithoutABuffer)
+{
+    const GIO_StreamOps* ops = memory.stream.ops;
+    EXPECT_EQ(ops->gio_Write(nullptr, 1, 5, memory.stream.instance), 0u);
+    EXPECT_EQ(lent(), "refused");
+    write("abc");
+    seek(3, GIO_SEEK_SET);
+    EXPECT_EQ(ops->gio_Write(nullptr, 1, 5, memory.stream.instance), 0u);
+    EXPECT_EQ(lent(), "abc");
+    memory.instance.position = 1;
+    EXPECT_EQ(ops->gio_Read(nullptr, 1, 2, memory.stream.instance), 0u);
+    EXPECT_EQ(memory.instance.position, 1u);
+}
+
 TEST_F(TicketStream, FailedAllocationsGive0)
 {
     allocator.refuse(1);

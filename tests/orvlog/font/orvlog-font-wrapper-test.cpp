@@ -239,6 +239,17 @@ TEST_F(FontWrapper, EngineWithoutFunctionsFails)
     EXPECT_EQ(start() + index() + get(0) + get_fixed(0), 0U);
 }
 
+TEST_F(FontWrapper, CallsWithoutAContextFailAndLeaveNothing)
+{
+    EXPECT_EQ(table->GFI_StringStartFn(nullptr, &font, &to_pixel, 0, 1, &string, &font_id, &matrix, &flags), 0U);
+    EXPECT_EQ(table->GFI_GlyphIndexGetFn(nullptr, &returned, &glyph_index, &variant, &advance, &box), 0U);
+    EXPECT_EQ(table->GFI_GlyphGetFixedFormatFn(nullptr, 0, &returned, &changed, &matrix, &flags, &glyph), 0U);
+    EXPECT_EQ(table->GFI_GlyphGetFn(nullptr, 0, &changed, &matrix, &flags, &glyph), 0U);
+    EXPECT_EQ(table->fp_EngineIdGet(nullptr), nullptr);
+    EXPECT_EQ(log.take(), "");
+    EXPECT_EQ(returned, 9U);
+}
+
 // A renderer that has no use for an answer, and an engine that minds where it writes.
 TEST_F(FontWrapper, AnswersWithoutAPlaceAreShownAsNothing)
 {
