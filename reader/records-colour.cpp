@@ -13,7 +13,7 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr uint32_t kMostLevels = 64;
+constexpr uint32_t kMostLevels = 1000;
 constexpr size_t kMostNames = 8;
 constexpr uint64_t kMostTable = uint64_t{1} << 26;
 

@@ -9,7 +9,7 @@
 
 // Bounds of one dump, for definitions that refer to one another in a circle or without end: so many levels of
 // alternates, and so many definitions in all. What lies beyond is left out, with a warning.
-constexpr uint32_t ORVLOG_MAX_CSD_DEPTH = 64;
+constexpr uint32_t ORVLOG_MAX_CSD_DEPTH = 1000;
 constexpr uint32_t ORVLOG_MAX_CSD_COUNT = 1024;
 
 // The most bytes that are taken from the stream of a callback definition.

@@ -78,6 +78,23 @@ TEST(Records, AStrokeAndItsDashes)
     EXPECT_EQ((&stroke->psp_DashLength[0])[1], 2.5F);
 }
 
+TEST(Records, AlternatesAreWholeAsDeepAsTheLogHasThem)
+{
+    const std::string definition =
+        "<GCM_Csd csd_Type=\"GCM_CSDTYPE_NO_BASE_CHANS\" csd_HasAlternateDefn=\"TRUE\">\n</GCM_Csd>\n";
+    std::string text;
+    for (int i = 0; i < 1000; ++i)
+        text += "<GCM_CsdPointer>\n" + definition + "<ORVLOG_WRAPPER name=\"cp_AlternateDefn\">\n";
+    text += "<GCM_CsdPointer>\n" + definition + "</GCM_CsdPointer>\n";
+    for (int i = 0; i < 1000; ++i)
+        text += "</ORVLOG_WRAPPER>\n</GCM_CsdPointer>\n";
+    OneElement one(text);
+    int met = 0;
+    for (const GCM_CsdPointer* csd = one.records.csd(one.element); csd != nullptr; csd = csd->cp_AlternateDefn)
+        ++met;
+    EXPECT_EQ(met, 1001);
+}
+
 TEST(Records, WhatIsOfAnotherKindGivesNothing)
 {
     OneElement one("  <GGO_Point gpf_X=\"1\" gpf_Y=\"2\"/>\n");

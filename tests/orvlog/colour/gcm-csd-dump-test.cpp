@@ -411,9 +411,9 @@ TEST_F(CsdDump, ACircleOfDefinitionsEndsWithAWarning)
     EXPECT_EQ(writer.depth, 0u);
 }
 
-TEST_F(CsdDump, SixtyFourLevelsOfAlternatesAreWhole)
+TEST_F(CsdDump, AThousandLevelsOfAlternatesAreWhole)
 {
-    std::vector<GCM_CsdPointer> chain(66);
+    std::vector<GCM_CsdPointer> chain(1002);
     csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
     csd.csd_HasAlternateDefn = 1;
     for (size_t i = 0; i < chain.size(); ++i)
@@ -422,7 +422,13 @@ TEST_F(CsdDump, SixtyFourLevelsOfAlternatesAreWhole)
         chain[i].cp_AlternateDefn = i + 1 < chain.size() ? &chain[i + 1] : nullptr;
     }
     ORVLOG_DumpCsdPointer(&writer, &chain[1]);
-    EXPECT_EQ(stream.text().find("WARNING"), std::string::npos);
+    const std::string whole = stream.text();
+    EXPECT_EQ(whole.find("WARNING"), std::string::npos);
+    size_t opened = 0;
+    for (size_t at = whole.find("<GCM_CsdPointer>\n"); at != std::string::npos;
+         at = whole.find("<GCM_CsdPointer>\n", at + 1))
+        ++opened;
+    EXPECT_EQ(opened, 1001u);
     stream.clear();
     ORVLOG_DumpCsdPointer(&writer, &chain[0]);
     EXPECT_NE(stream.text().find("WARNING"), std::string::npos);
