@@ -166,6 +166,8 @@ uint64_t ggo_pack_point_fixed(GGO_Fix8 x, GGO_Fix8 y)
 
 GGO_Matrix ggo_matrix_from_fixed(const GGO_MatrixFixed* matrix)
 {
+    if (matrix == nullptr)
+        return {};
     const int32_t* m = matrix->m;
     return {{ggo_fix16_to_double(m[0]), ggo_fix16_to_double(m[1]), ggo_fix16_to_double(m[2]), ggo_fix16_to_double(m[3]),
              ggo_fix8_to_double(m[4]), ggo_fix8_to_double(m[5])}};
@@ -179,6 +181,8 @@ uint32_t ggo_classify_matrix_fixed(const GGO_MatrixFixed* matrix)
 
 void ggo_quarter_turns_fixed(GGO_MatrixFixed* matrix, int32_t count)
 {
+    if (matrix == nullptr)
+        return;
     for (uint32_t turn = 0; turn < (static_cast<uint32_t>(count) & 3); ++turn)
         for (int pair = 0; pair < 6; pair += 2)
         {
@@ -191,6 +195,11 @@ void ggo_quarter_turns_fixed(GGO_MatrixFixed* matrix, int32_t count)
 uint64_t ggo_transform_point_fixed(const GGO_MatrixFixed* matrix, uint64_t point, uint32_t* flags)
 {
     Steps steps;
+    if (matrix == nullptr)
+    {
+        report(flags, GGO_FIX_OK);
+        return point;
+    }
     const uint64_t mapped = transform_point(&steps, matrix, low_half(point), low_half(point >> 32));
     report(flags, steps.flags);
     return mapped;
@@ -198,6 +207,8 @@ uint64_t ggo_transform_point_fixed(const GGO_MatrixFixed* matrix, uint64_t point
 
 uint32_t ggo_multiply_fixed(const GGO_MatrixFixed* first, const GGO_MatrixFixed* then, GGO_MatrixFixed* product)
 {
+    if (first == nullptr || then == nullptr || product == nullptr)
+        return GGO_FIX_OK;
     Steps steps;
     GGO_MatrixFixed made;
     for (int entry = 0; entry < 4; ++entry)
@@ -214,6 +225,8 @@ uint32_t ggo_multiply_fixed(const GGO_MatrixFixed* first, const GGO_MatrixFixed*
 
 uint32_t ggo_scale_fixed(GGO_MatrixFixed* matrix, GGO_Fix16 x, GGO_Fix16 y)
 {
+    if (matrix == nullptr)
+        return GGO_FIX_OK;
     Steps steps;
     for (int entry = 0; entry < 4; ++entry)
         matrix->m[entry] = scale_linear(&steps, matrix->m[entry], (entry & 1) == 0 ? x : y);
@@ -238,6 +251,9 @@ uint32_t ggo_packed_divide(int32_t numerator, GGO_Fix32 determinant, uint32_t gu
 
 uint32_t ggo_invert_fixed(const GGO_MatrixFixed* matrix, uint32_t guarded, uint32_t inverse[4], uint32_t* invertible)
 {
+    report(invertible, 0);
+    if (matrix == nullptr)
+        return GGO_FIX_OK;
     Steps steps;
     const GGO_Fix32 determinant = wide_determinant(&steps, matrix);
     report(invertible, determinant != 0 ? 1 : 0);
@@ -248,7 +264,9 @@ uint32_t ggo_invert_fixed(const GGO_MatrixFixed* matrix, uint32_t guarded, uint3
     for (int i = 0; i < 4; ++i)
     {
         uint32_t flags = 0;
-        inverse[i] = ggo_packed_divide(numerators[i], determinant, guarded, &flags);
+        const uint32_t word = ggo_packed_divide(numerators[i], determinant, guarded, &flags);
+        if (inverse != nullptr)
+            inverse[i] = word;
         steps.flags |= flags;
     }
     return steps.flags;
@@ -256,6 +274,9 @@ uint32_t ggo_invert_fixed(const GGO_MatrixFixed* matrix, uint32_t guarded, uint3
 
 uint32_t ggo_decompose_fixed(const GGO_MatrixFixed* matrix, GGO_PartsFixed* parts, uint32_t* flags)
 {
+    report(flags, GGO_FIX_OK);
+    if (matrix == nullptr || parts == nullptr)
+        return 0;
     Steps steps;
     uint32_t result = 0;
     *parts = {};
@@ -283,6 +304,9 @@ uint32_t ggo_decompose_fixed(const GGO_MatrixFixed* matrix, GGO_PartsFixed* part
 GGO_BoxFixed ggo_transform_box_fixed(const GGO_MatrixFixed* matrix, GGO_BoxFixed box, uint64_t corners[4],
                                      uint32_t* flags)
 {
+    report(flags, GGO_FIX_OK);
+    if (matrix == nullptr)
+        return box;
     Steps steps;
     const GGO_Fix8 corner_x[4] = {box.gbx_MinX, box.gbx_MaxX, box.gbx_MaxX, box.gbx_MinX};
     const GGO_Fix8 corner_y[4] = {box.gbx_MinY, box.gbx_MinY, box.gbx_MaxY, box.gbx_MaxY};

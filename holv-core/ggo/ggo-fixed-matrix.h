@@ -6,7 +6,8 @@
 //
 // Each operation reports GGO_FIX_OVERFLOW and GGO_FIX_UNDERFLOW, joined over all its steps; both may stand at
 // once. The result stands in any case, and the caller decides what a flag means. A null out argument is
-// passed over. No function here takes a null matrix.
+// passed over. Without a matrix a point or box stays as it is, nothing is written but the flags, and the result
+// is 0.
 
 #ifndef HOLV_CORE_GGO_FIXED_MATRIX_H
 #define HOLV_CORE_GGO_FIXED_MATRIX_H

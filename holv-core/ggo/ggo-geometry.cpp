@@ -13,17 +13,20 @@ constexpr double kShiftNear = 0.01F;
 
 double ggo_determinant(const GGO_Matrix* matrix)
 {
+    if (matrix == nullptr)
+        return 0;
     const double* m = matrix->m;
     return m[0] * m[3] - m[2] * m[1];
 }
 
 GGO_Matrix ggo_inverse(const GGO_Matrix* matrix, uint32_t* invertible)
 {
-    const double* m = matrix->m;
     const double d = ggo_determinant(matrix);
-    *invertible = d == 0.0 ? 0 : 1;
+    if (invertible != nullptr)
+        *invertible = d == 0.0 ? 0 : 1;
     if (d == 0.0)
-        return *matrix;
+        return matrix != nullptr ? *matrix : GGO_Matrix{};
+    const double* m = matrix->m;
     GGO_Matrix inverse;
     double* n = inverse.m;
     n[0] = m[3] / d;
@@ -37,19 +40,24 @@ GGO_Matrix ggo_inverse(const GGO_Matrix* matrix, uint32_t* invertible)
 
 GGO_Point ggo_transform_point(const GGO_Matrix* matrix, GGO_Point point)
 {
+    if (matrix == nullptr)
+        return point;
     const double* m = matrix->m;
     return {point.gpf_X * m[0] + point.gpf_Y * m[2] + m[4], point.gpf_X * m[1] + point.gpf_Y * m[3] + m[5]};
 }
 
 GGO_Vector ggo_transform_vector(const GGO_Matrix* matrix, GGO_Vector vector)
 {
+    if (matrix == nullptr)
+        return vector;
     const double* m = matrix->m;
     return {vector.gvf_X * m[0] + vector.gvf_Y * m[2], vector.gvf_X * m[1] + vector.gvf_Y * m[3]};
 }
 
 void ggo_make_empty_box(GGO_BoxFloat* box)
 {
-    *box = {1, 1, -1, -1};
+    if (box != nullptr)
+        *box = {1, 1, -1, -1};
 }
 
 GGO_Matrix ggo_identity(void)
@@ -59,6 +67,8 @@ GGO_Matrix ggo_identity(void)
 
 GGO_Matrix ggo_multiply(const GGO_Matrix* first, const GGO_Matrix* then)
 {
+    if (first == nullptr || then == nullptr)
+        return {};
     const double* p = first->m;
     const double* r = then->m;
     return {{p[0] * r[0] + p[1] * r[2], p[0] * r[1] + p[1] * r[3],  //
@@ -68,5 +78,7 @@ GGO_Matrix ggo_multiply(const GGO_Matrix* first, const GGO_Matrix* then)
 
 uint32_t ggo_classify_matrix(const GGO_Matrix* matrix)
 {
+    if (matrix == nullptr)
+        return GGO_XFLAG_NONE;
     return ggo_classify_by<double>(matrix->m, {kNear, kShiftNear, 1 - kNear, 1 + kNear, -1 + kNear, -1 - kNear});
 }

@@ -1,7 +1,7 @@
 // GGO: points, vectors, boxes and affine transforms in double precision.
 //
 // A matrix maps a point (x, y) to (x*m0 + y*m2 + m4, x*m1 + y*m3 + m5): row vectors, the first matrix
-// of a product acts first.
+// of a product acts first. Without a matrix a point or vector stays as it is, and all else is 0.
 
 #ifndef HOLV_CORE_GGO_GEOMETRY_H
 #define HOLV_CORE_GGO_GEOMETRY_H

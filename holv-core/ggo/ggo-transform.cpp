@@ -272,27 +272,35 @@ Box transform_box(const Number* m, const Box& box, const Number (&from)[4], Wide
 
 uint32_t ggo_classify_matrix_double(const GGO_Matrix* matrix)
 {
+    if (matrix == nullptr)
+        return GGO_XFLAG_NONE;
     return ggo_classify_by<double>(matrix->m, {0.001, 0.01, 0.999, 1.001, -0.999, -1.001});
 }
 
 uint32_t ggo_classify_matrix_single(const GGO_MatrixSingle* matrix)
 {
+    if (matrix == nullptr)
+        return GGO_XFLAG_NONE;
     return ggo_classify_by<float>(matrix->m, {0.001F, 0.01F, 0.999F, 1.001F, -0.999F, -1.001F});
 }
 
 void ggo_quarter_turns_double(GGO_Matrix* matrix, int32_t count)
 {
-    quarter_turns(matrix->m, count);
+    if (matrix != nullptr)
+        quarter_turns(matrix->m, count);
 }
 
 void ggo_quarter_turns_single(GGO_MatrixSingle* matrix, int32_t count)
 {
-    quarter_turns(matrix->m, count);
+    if (matrix != nullptr)
+        quarter_turns(matrix->m, count);
 }
 
 uint32_t ggo_decompose_double(const GGO_Matrix* matrix, double* scale_x, double* scale_y, double* shear, double* cosine,
                               double* sine, double* shift_x, double* shift_y)
 {
+    if (matrix == nullptr)
+        return 0;
     Parts<double> parts;
     const uint32_t result = decompose(matrix->m, &parts);
     put_parts(parts, scale_x, scale_y, shear, cosine, sine, shift_x, shift_y);
@@ -302,6 +310,8 @@ uint32_t ggo_decompose_double(const GGO_Matrix* matrix, double* scale_x, double*
 uint32_t ggo_decompose_single(const GGO_MatrixSingle* matrix, float* scale_x, float* scale_y, float* shear,
                               float* cosine, float* sine, float* shift_x, float* shift_y)
 {
+    if (matrix == nullptr)
+        return 0;
     Parts<float> parts;
     const uint32_t result = decompose(matrix->m, &parts);
     put_parts(parts, scale_x, scale_y, shear, cosine, sine, shift_x, shift_y);
@@ -311,6 +321,8 @@ uint32_t ggo_decompose_single(const GGO_MatrixSingle* matrix, float* scale_x, fl
 uint32_t ggo_decompose_within_double(const GGO_Matrix* matrix, double p, double q, double* scale_x, double* scale_y,
                                      double* shear, double* cosine, double* sine, double* shift_x, double* shift_y)
 {
+    if (matrix == nullptr)
+        return 0;
     Parts<double> parts;
     const uint32_t result = decompose_within(matrix->m, p, q, &parts);
     put_parts(parts, scale_x, scale_y, shear, cosine, sine, shift_x, shift_y);
@@ -320,6 +332,8 @@ uint32_t ggo_decompose_within_double(const GGO_Matrix* matrix, double p, double 
 uint32_t ggo_decompose_within_single(const GGO_MatrixSingle* matrix, float p, float q, float* scale_x, float* scale_y,
                                      float* shear, float* cosine, float* sine, float* shift_x, float* shift_y)
 {
+    if (matrix == nullptr)
+        return 0;
     Parts<float> parts;
     const uint32_t result = decompose_within(matrix->m, p, q, &parts);
     put_parts(parts, scale_x, scale_y, shear, cosine, sine, shift_x, shift_y);
@@ -330,8 +344,11 @@ uint32_t ggo_decompose_trapping_double(const GGO_Matrix* matrix, double* scale_x
                                        double* cosine, double* sine, double* shift_x, double* shift_y,
                                        uint32_t* faulted)
 {
-    Parts<double> parts;
     uint32_t fault = 0;
+    put(faulted, fault);
+    if (matrix == nullptr)
+        return 0;
+    Parts<double> parts;
     const uint32_t result = decompose_watched(matrix->m, &parts, &fault);
     put(faulted, fault);
     if (fault == 0)
@@ -342,8 +359,11 @@ uint32_t ggo_decompose_trapping_double(const GGO_Matrix* matrix, double* scale_x
 uint32_t ggo_decompose_trapping_single(const GGO_MatrixSingle* matrix, float* scale_x, float* scale_y, float* shear,
                                        float* cosine, float* sine, float* shift_x, float* shift_y, uint32_t* faulted)
 {
-    Parts<float> parts;
     uint32_t fault = 0;
+    put(faulted, fault);
+    if (matrix == nullptr)
+        return 0;
+    Parts<float> parts;
     const uint32_t result = decompose_watched(matrix->m, &parts, &fault);
     put(faulted, fault);
     if (fault == 0)
@@ -373,6 +393,8 @@ float ggo_step_down_single(float value)
 
 GGO_BoxFloat ggo_transform_box_within_double(const GGO_Matrix* matrix, GGO_BoxFloat box, double tolerance)
 {
+    if (matrix == nullptr)
+        return box;
     const double t = tolerance / 10;
     return transform_box(matrix->m, box, {box.gbf_MinX, box.gbf_MinY, box.gbf_MaxX, box.gbf_MaxY},
                          [t](double bound, bool up) { return up ? bound + t : bound - t; });
@@ -380,6 +402,8 @@ GGO_BoxFloat ggo_transform_box_within_double(const GGO_Matrix* matrix, GGO_BoxFl
 
 GGO_BoxSingle ggo_transform_box_within_single(const GGO_MatrixSingle* matrix, GGO_BoxSingle box, float tolerance)
 {
+    if (matrix == nullptr)
+        return box;
     const float t = tolerance / 10;
     return transform_box(matrix->m, box, {box.gbs_MinX, box.gbs_MinY, box.gbs_MaxX, box.gbs_MaxY},
                          [t](float bound, bool up) { return up ? bound + t : bound - t; });
@@ -387,10 +411,14 @@ GGO_BoxSingle ggo_transform_box_within_single(const GGO_MatrixSingle* matrix, GG
 
 GGO_BoxFloat ggo_transform_box_stepped_double(const GGO_Matrix* matrix, GGO_BoxFloat box)
 {
+    if (matrix == nullptr)
+        return box;
     return transform_box(matrix->m, box, {box.gbf_MinX, box.gbf_MinY, box.gbf_MaxX, box.gbf_MaxY}, step<double>);
 }
 
 GGO_BoxSingle ggo_transform_box_stepped_single(const GGO_MatrixSingle* matrix, GGO_BoxSingle box)
 {
+    if (matrix == nullptr)
+        return box;
     return transform_box(matrix->m, box, {box.gbs_MinX, box.gbs_MinY, box.gbs_MaxX, box.gbs_MaxY}, step<float>);
 }

@@ -1,7 +1,8 @@
 // GGO: what a transform is made of, quarter turns, and boxes under a transform, in double and in single
 // precision. The single forms compute in single precision throughout.
 //
-// No function here takes a null matrix or box; a null out argument is passed over.
+// A null out argument is passed over. Without a matrix a box stays as it is, nothing is taken apart or written, and
+// the result is 0.
 
 #ifndef HOLV_CORE_GGO_TRANSFORM_H
 #define HOLV_CORE_GGO_TRANSFORM_H

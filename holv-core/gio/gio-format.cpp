@@ -28,7 +28,7 @@ int32_t GIO_VFormatBounded(char* buffer, uint64_t size, const char* format, va_l
 
 void GIO_StreamPrint(GIO_Stream* stream, const char* format, ...)
 {
-    if (stream == nullptr || stream->ops == nullptr || format == nullptr)
+    if (stream == nullptr || stream->ops == nullptr || stream->ops->gio_VPrintf == nullptr || format == nullptr)
         return;
     va_list args;
     va_start(args, format);

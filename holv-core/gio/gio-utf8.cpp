@@ -48,8 +48,12 @@ const GIO_Utf8Row* gio_utf8_row(uint8_t first)
 
 int32_t gio_utf8_decode(const char* text, uint32_t* length_out)
 {
+    uint32_t unasked = 0;
+    uint32_t& length = length_out != nullptr ? *length_out : unasked;
+    length = text != nullptr ? 1 : 0;
+    if (text == nullptr)
+        return -1;
     const auto first = static_cast<uint8_t>(text[0]);
-    *length_out = 1;
     if (first < 0x80)
         return first;
     const GIO_Utf8Row* row = gio_utf8_row(first);
@@ -64,6 +68,6 @@ int32_t gio_utf8_decode(const char* text, uint32_t* length_out)
             return -1;
         code_point = code_point << 6 | (byte & 0x3F);
     }
-    *length_out = continuations + 1;
+    length = continuations + 1;
     return static_cast<int32_t>(code_point);
 }

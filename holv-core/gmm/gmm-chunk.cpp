@@ -256,6 +256,8 @@ GMM_Allocator* gmm_chunk_allocator_in_block(const GMM_ChunkBlockParams* params)
 
 void gmm_fill_operations(GMM_ChunkAllocator* record, void* instance)
 {
+    if (record == nullptr)
+        return;
     GMM_Allocator* base = &record->base;
     base->instance = instance;
     base->gmm_Delete = chunk_delete;

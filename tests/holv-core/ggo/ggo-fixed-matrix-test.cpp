@@ -371,6 +371,43 @@ TEST(FixedMatrix, DecomposesWhatHasNoScale)
     EXPECT_EQ(decompose({{kMin, kMin, 0, kOne, 0, 0}}, 0, 1).scale_x, 0);
 }
 
+TEST(FixedMatrix, WithoutAMatrixNothingIsWritten)
+{
+    GGO_MatrixFixed unit = {{65536, 0, 0, 65536, 0, 0}};
+    GGO_PartsFixed parts = {};
+    parts.ratio = 7;
+    uint32_t flags = 9, invertible = 9, inverse[4] = {7, 7, 7, 7};
+    EXPECT_EQ(ggo_matrix_from_fixed(nullptr).m[0], 0);
+    EXPECT_EQ(ggo_classify_matrix_fixed(nullptr), 0U);
+    ggo_quarter_turns_fixed(nullptr, 1);
+    EXPECT_EQ(ggo_transform_point_fixed(nullptr, 0x500000003, &flags), 0x500000003U);
+    EXPECT_EQ(flags, 0U);
+    EXPECT_EQ(ggo_multiply_fixed(nullptr, &unit, &unit), 0U);
+    EXPECT_EQ(ggo_multiply_fixed(&unit, nullptr, &unit), 0U);
+    EXPECT_EQ(ggo_multiply_fixed(&unit, &unit, nullptr), 0U);
+    EXPECT_EQ(unit.m[0], 65536);
+    EXPECT_EQ(ggo_scale_fixed(nullptr, 65536, 65536), 0U);
+    EXPECT_EQ(ggo_invert_fixed(nullptr, 0, inverse, &invertible), 0U);
+    EXPECT_EQ(invertible, 0U);
+    EXPECT_EQ(inverse[0], 7U);
+    flags = 9;
+    EXPECT_EQ(ggo_decompose_fixed(nullptr, &parts, &flags), 0U);
+    EXPECT_EQ(flags, 0U);
+    EXPECT_EQ(parts.ratio, 7);
+    EXPECT_EQ(ggo_decompose_fixed(&unit, nullptr, &flags), 0U);
+    flags = 9;
+    EXPECT_EQ(ggo_transform_box_fixed(nullptr, {1, 2, 3, 4}, nullptr, &flags).gbx_MaxX, 3);
+    EXPECT_EQ(flags, 0U);
+}
+
+TEST(FixedMatrix, InverseWithoutRoomForItsWords)
+{
+    const GGO_MatrixFixed unit = {{65536, 0, 0, 65536, 0, 0}};
+    uint32_t invertible = 9;
+    EXPECT_EQ(ggo_invert_fixed(&unit, 0, nullptr, &invertible), 0U);
+    EXPECT_EQ(invertible, 1U);
+}
+
 TEST(FixedMatrix, TransformsBoxes)
 {
     const GGO_MatrixFixed matrix = {{2 * kOne, -3 * kOne, -5 * kOne, 7 * kOne, 100 * 256, 200 * 256}};

@@ -91,6 +91,22 @@ TEST(Geometry, NearlySingularMatrixIsInverted)
     EXPECT_EQ(invertible, 1U);
 }
 
+TEST(Geometry, WithoutAMatrixAllStaysAsItIs)
+{
+    const GGO_Matrix unit = {{1, 0, 0, 1, 0, 0}};
+    uint32_t invertible = 9;
+    EXPECT_EQ(ggo_determinant(nullptr), 0);
+    EXPECT_EQ(ggo_inverse(nullptr, &invertible).m[3], 0);
+    EXPECT_EQ(invertible, 0U);
+    EXPECT_EQ(ggo_inverse(&unit, nullptr).m[3], 1);
+    EXPECT_EQ(ggo_transform_point(nullptr, {3, 4}).gpf_Y, 4);
+    EXPECT_EQ(ggo_transform_vector(nullptr, {3, 4}).gvf_X, 3);
+    ggo_make_empty_box(nullptr);
+    EXPECT_EQ(ggo_multiply(nullptr, &unit).m[0], 0);
+    EXPECT_EQ(ggo_multiply(&unit, nullptr).m[0], 0);
+    EXPECT_EQ(ggo_classify_matrix(nullptr), 0U);
+}
+
 TEST(Geometry, EmptyBox)
 {
     GGO_BoxFloat box;

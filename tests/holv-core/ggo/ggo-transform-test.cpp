@@ -242,6 +242,35 @@ TEST(Transform, NullOutputsArePassedOver)
     EXPECT_EQ(ggo_decompose_trapping_double(&wide, none, none, none, none, none, none, none, nullptr), 1U);
 }
 
+TEST(Transform, WithoutAMatrixNothingIsWritten)
+{
+    double d[7] = {7, 7, 7, 7, 7, 7, 7};
+    float f[7] = {7, 7, 7, 7, 7, 7, 7};
+    uint32_t faulted = 9;
+    EXPECT_EQ(ggo_classify_matrix_double(nullptr), 0U);
+    EXPECT_EQ(ggo_classify_matrix_single(nullptr), 0U);
+    ggo_quarter_turns_double(nullptr, 1);
+    ggo_quarter_turns_single(nullptr, 1);
+    EXPECT_EQ(ggo_decompose_double(nullptr, d, d + 1, d + 2, d + 3, d + 4, d + 5, d + 6), 0U);
+    EXPECT_EQ(ggo_decompose_single(nullptr, f, f + 1, f + 2, f + 3, f + 4, f + 5, f + 6), 0U);
+    EXPECT_EQ(ggo_decompose_within_double(nullptr, 1, 1, d, d + 1, d + 2, d + 3, d + 4, d + 5, d + 6), 0U);
+    EXPECT_EQ(ggo_decompose_within_single(nullptr, 1, 1, f, f + 1, f + 2, f + 3, f + 4, f + 5, f + 6), 0U);
+    EXPECT_EQ(ggo_decompose_trapping_double(nullptr, d, d + 1, d + 2, d + 3, d + 4, d + 5, d + 6, &faulted), 0U);
+    EXPECT_EQ(faulted, 0U);
+    faulted = 9;
+    EXPECT_EQ(ggo_decompose_trapping_single(nullptr, f, f + 1, f + 2, f + 3, f + 4, f + 5, f + 6, &faulted), 0U);
+    EXPECT_EQ(faulted, 0U);
+    for (int i = 0; i < 7; ++i)
+    {
+        EXPECT_EQ(d[i], 7);
+        EXPECT_EQ(f[i], 7.0F);
+    }
+    EXPECT_EQ(ggo_transform_box_within_double(nullptr, {1, 2, 3, 4}, 10).gbf_MaxY, 4);
+    EXPECT_EQ(ggo_transform_box_within_single(nullptr, {1, 2, 3, 4}, 10).gbs_MinX, 1.0F);
+    EXPECT_EQ(ggo_transform_box_stepped_double(nullptr, {1, 2, 3, 4}).gbf_MaxX, 3);
+    EXPECT_EQ(ggo_transform_box_stepped_single(nullptr, {1, 2, 3, 4}).gbs_MinY, 2.0F);
+}
+
 TEST(Trapping, SoundMatricesComeThrough)
 {
     const Parts<double> p = trapping(GGO_Matrix{{3, 4, -8, 6, 1, 2}});
@@ -395,8 +424,8 @@ TEST(BoxTransform, EmptyBoxStays)
     expect_box(ggo_transform_box_stepped_double(&m, {1, 1, 5, 0}), 1, 1, 5, 0);
     expect_box(ggo_transform_box_within_double(&m, {1, 1, 1, 1}, 0), 7, 7, 7, 7);
     const GGO_MatrixSingle s = {{2, 0, 0, 2, 5, 5}};
-    EXPECT_EQ(ggo_transform_box_stepped_single(&s, {1, 1, -1, -1}).gbs_MinX, 1);
-    EXPECT_EQ(ggo_transform_box_within_single(&s, {1, 1, -1, -1}, 7).gbs_MinX, 1);
+    EXPECT_EQ(ggo_transform_box_stepped_single(&s, {1, 1, -1, -1}).gbs_MinX, 1.0F);
+    EXPECT_EQ(ggo_transform_box_within_single(&s, {1, 1, -1, -1}, 7).gbs_MinX, 1.0F);
 }
 
 }  // namespace

@@ -68,6 +68,9 @@ TEST(StreamPrint, NothingToPrintOrNowhere)
     GIO_StreamPrint(nullptr, "%s", "abc");
     GIO_Stream unset = {nullptr, 0, nullptr};
     GIO_StreamPrint(&unset, "%s", "abc");
+    const GIO_StreamOps none = {};
+    unset.ops = &none;
+    GIO_StreamPrint(&unset, "%s", "abc");
     EXPECT_EQ(stream.text(), "");
 }
 

@@ -79,6 +79,16 @@ TEST(Utf8, RefusedSequences)
     }
 }
 
+TEST(Utf8, NoTextOrNowhereToPutTheLength)
+{
+    uint32_t length = 9;
+    EXPECT_EQ(gio_utf8_decode(nullptr, &length), -1);
+    EXPECT_EQ(length, 0U);
+    EXPECT_EQ(gio_utf8_decode(nullptr, nullptr), -1);
+    EXPECT_EQ(gio_utf8_decode("\xC3\xA9", nullptr), 0xE9);
+    EXPECT_EQ(gio_utf8_decode("\xC3", nullptr), -1);
+}
+
 TEST(Utf8, RowsOfTheTable)
 {
     EXPECT_EQ(gio_utf8_row(0xBF), nullptr);

@@ -160,6 +160,7 @@ TEST_F(Chunk, InfoIsStored)
     gmm_fill_operations(record(), this);
     EXPECT_EQ(record()->info_value, 0U);
     EXPECT_EQ(pool->instance, this);
+    gmm_fill_operations(nullptr, this);
 }
 
 TEST_F(Chunk, ReallocCopiesToTheEndOfTheChunkAtMost)
