@@ -13,16 +13,24 @@ constexpr uint32_t kFormatBlock = 200;
 constexpr uint32_t kCoderOutput = 10;
 constexpr uint32_t kWarningText = 500;
 
-bool can_write(const ORVLOG_Writer* writer)
-{
-    const GIO_Stream* stream = writer->stream;
-    return stream != nullptr && stream->ops != nullptr && stream->ops->gio_VPrintf != nullptr &&
-           stream->ops->gio_Write != nullptr && stream->ops->gio_Flush != nullptr;
-}
-
 bool is_coded(const ORVLOG_Writer* writer)
 {
     return writer->coder != nullptr && writer->compress == 1;
+}
+
+// Coded text needs another operation of the stream than plain text.
+bool can_write(const ORVLOG_Writer* writer)
+{
+    const GIO_Stream* stream = writer->stream;
+    if (stream == nullptr || stream->ops == nullptr)
+        return false;
+    return is_coded(writer) ? stream->ops->gio_Write != nullptr : stream->ops->gio_VPrintf != nullptr;
+}
+
+void flush(const GIO_Stream* stream)
+{
+    if (stream->ops->gio_Flush != nullptr)
+        stream->ops->gio_Flush(stream->instance);
 }
 
 int32_t stream_print(GIO_Stream* stream, const char* format, ...)
@@ -118,7 +126,7 @@ int32_t orvlog_writer_vprint(ORVLOG_Writer* writer, const char* format, va_list 
     GIO_Stream* stream = writer->stream;
     const int32_t length = is_coded(writer) ? vprint_coded(writer, format, args)
                                             : stream->ops->gio_VPrintf(stream->instance, format, args);
-    stream->ops->gio_Flush(stream->instance);
+    flush(stream);
     return length;
 }
 
@@ -144,7 +152,7 @@ void orvlog_writer_put(ORVLOG_Writer* writer, const char* text, uint64_t length)
 void orvlog_writer_flush(ORVLOG_Writer* writer)
 {
     if (can_write(writer))
-        writer->stream->ops->gio_Flush(writer->stream->instance);
+        flush(writer->stream);
 }
 
 void orvlog_writer_depth_up(ORVLOG_Writer* writer)

@@ -112,14 +112,14 @@ const char* array_attribute(GXC_Entry entry)
 int32_t gxc_print(GXC_Writer* writer, const char* format, ...)
 {
     const GIO_Stream* stream = writer->stream;
-    if (stream == nullptr || stream->ops == nullptr || stream->ops->gio_VPrintf == nullptr ||
-        stream->ops->gio_Flush == nullptr)
+    if (stream == nullptr || stream->ops == nullptr || stream->ops->gio_VPrintf == nullptr)
         return -1;
     va_list args;
     va_start(args, format);
     const int32_t printed = stream->ops->gio_VPrintf(stream->instance, format, args);
     va_end(args);
-    stream->ops->gio_Flush(stream->instance);
+    if (stream->ops->gio_Flush != nullptr)
+        stream->ops->gio_Flush(stream->instance);
     return printed;
 }
 

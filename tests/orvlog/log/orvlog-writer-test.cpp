@@ -257,6 +257,22 @@ TEST_F(Writer, NoStreamIsLetBe)
     EXPECT_EQ(writer.element_open, 1U);
 }
 
+TEST_F(Writer, PlainTextNeedsTheStreamToPrintAndNothingElse)
+{
+    GIO_StreamOps ops = {};
+    GIO_Stream prints = {stream.get()->instance, 0, &ops};
+    writer.stream = &prints;
+    orvlog_writer_open_element(&writer, "A");
+    EXPECT_EQ(orvlog_writer_print(&writer, "x"), -1);
+    EXPECT_EQ(stream.text(), "");
+    ops.gio_VPrintf = stream.get()->ops->gio_VPrintf;
+    orvlog_writer_open_element(&writer, "A");
+    orvlog_writer_comment(&writer, "%d\n", 7);
+    EXPECT_EQ(orvlog_writer_print(&writer, "x\n"), 2);
+    orvlog_writer_close_element(&writer, "A");
+    EXPECT_EQ(stream.text(), "<A>\n\n<!--\n7\n-->\nx\n</A>\n");
+}
+
 // What comes out of the coder again, with a byte more than the stream, as a reader feeds it.
 std::string decoded(TestAllocator* allocator, const std::string& coded, size_t length)
 {
@@ -292,6 +308,20 @@ protected:
         return decoded(&allocator, stream.text() + last, length);
     }
 };
+
+TEST_F(CodedWriter, CodedTextNeedsTheStreamToTakeBytes)
+{
+    GIO_StreamOps ops = {};
+    ops.gio_VPrintf = stream.get()->ops->gio_VPrintf;
+    GIO_Stream prints = {stream.get()->instance, 0, &ops};
+    writer.stream = &prints;
+    EXPECT_EQ(orvlog_writer_print(&writer, "x"), -1);
+    EXPECT_EQ(stream.text(), "");
+    ops.gio_VPrintf = nullptr;
+    ops.gio_Write = stream.get()->ops->gio_Write;
+    EXPECT_EQ(orvlog_writer_print(&writer, "abc"), 3);
+    EXPECT_EQ(finish(3), "abc");
+}
 
 TEST_F(CodedWriter, PrintOf198BytesPassesWhole)
 {

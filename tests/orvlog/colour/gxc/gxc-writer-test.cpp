@@ -84,6 +84,17 @@ TEST_F(GxcWriter, IndentStopsAt16TabsWhileTheLevelGoesOn)
     EXPECT_EQ(std::string(gxc_indent(&writer)), tabs);
 }
 
+TEST_F(GxcWriter, NeedsTheStreamToPrintAndNothingElse)
+{
+    GIO_StreamOps ops = {};
+    GIO_Stream prints = {stream.get()->instance, 0, &ops};
+    writer.stream = &prints;
+    EXPECT_EQ(gxc_print(&writer, "x"), -1);
+    ops.gio_VPrintf = stream.get()->ops->gio_VPrintf;
+    EXPECT_EQ(gxc_print(&writer, "<%s>\n", "A"), 4);
+    EXPECT_EQ(stream.text(), "<A>\n");
+}
+
 TEST_F(GxcWriter, EachPrintIsOnePrintAndOneFlush)
 {
     gxc_begin(&writer, "Size");
