@@ -46,6 +46,21 @@ void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
     content.mask = nullptr;
 }
 
+void paint_as_one(Canvas& canvas, GfxState* state, size_t pieces, const std::function<void(const PaintState&)>& paint)
+{
+    constexpr size_t few = 64;
+    const PaintState outside = fill_state(canvas, state);
+    const bool covers = outside.alpha == 1 && outside.mask == nullptr && outside.blend == Blend::normal;
+    if (covers && (outside.clip == nullptr || pieces <= few))
+    {
+        paint(outside);
+        return;
+    }
+    canvas.painter->begin_group({true, false, {1, 1, -1, -1}, outside});
+    paint(PaintState{});
+    canvas.painter->end_group();
+}
+
 void end_group(SoftMasks& masks, Canvas& canvas)
 {
     flush_text(canvas);

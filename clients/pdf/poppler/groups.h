@@ -7,6 +7,8 @@
 
 #include "clients/pdf/poppler/canvas.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 
 class Function;
@@ -34,6 +36,10 @@ struct GroupStart
 void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start);
 // Does nothing if no group is open.
 void end_group(SoftMasks& masks, Canvas& canvas);
+
+// Paints what the current fill consists of, so many pieces. They count as one thing where they don't simply cover
+// what lies below, and where a clip would have to be said again with each of very many.
+void paint_as_one(Canvas& canvas, GfxState* state, size_t pieces, const std::function<void(const PaintState&)>& paint);
 
 // Makes a mask of the pictures drawn last: of their alpha or their luminosity over the backdrop. The transfer
 // function and the backdrop may be null; the function isn't kept.

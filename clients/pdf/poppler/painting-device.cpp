@@ -4,6 +4,7 @@
 
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
+#include "clients/pdf/poppler/meshes.h"
 #include "clients/pdf/poppler/path-painting.h"
 #include "clients/pdf/poppler/shadings.h"
 
@@ -122,7 +123,7 @@ void PaintingDevice::clipToStrokePath(GfxState* state)
 
 bool PaintingDevice::useShadedFills(int type)
 {
-    return type >= 1 && type <= 5;
+    return type >= 1 && type <= 7;
 }
 
 bool PaintingDevice::tilingPatternFill(GfxState* state, Gfx* gfx, Catalog*, GfxTilingPattern* pattern,
@@ -171,10 +172,13 @@ bool PaintingDevice::functionShadedFill(GfxState* state, GfxFunctionShading* sha
 
 bool PaintingDevice::gouraudTriangleShadedFill(GfxState* state, GfxGouraudTriangleShading* shading)
 {
-    if (!can_paint_mesh(*shading))
-    {
-        return false;
-    }
+    flush_capture();
+    paint_mesh(canvas_, state, *shading);
+    return true;
+}
+
+bool PaintingDevice::patchMeshShadedFill(GfxState* state, GfxPatchMeshShading* shading)
+{
     flush_capture();
     paint_mesh(canvas_, state, *shading);
     return true;

@@ -78,6 +78,7 @@ public:
     bool radialShadedSupportExtend(GfxState* state, GfxRadialShading* shading) override;
     bool functionShadedFill(GfxState* state, GfxFunctionShading* shading) override;
     bool gouraudTriangleShadedFill(GfxState* state, GfxGouraudTriangleShading* shading) override;
+    bool patchMeshShadedFill(GfxState* state, GfxPatchMeshShading* shading) override;
 
     // Text
     void beginTextObject(GfxState* state) override;

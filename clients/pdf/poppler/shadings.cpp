@@ -2,6 +2,7 @@
 
 #include "clients/pdf/poppler/shadings.h"
 
+#include "clients/pdf/poppler/groups.h"
 #include "clients/pdf/poppler/paths.h"
 
 #include <algorithm>
@@ -162,73 +163,50 @@ void extend_circles(GfxState* state, RadialGradient& gradient)
     gradient.stops = std::move(stops);
 }
 
-// Many small paints that overlap count as one thing where they don't simply cover what lies below.
-template <typename Paint> void in_a_group(Canvas& canvas, GfxState* state, Paint paint)
+// The domain of a function in cells, none wider than a few pixels.
+struct Cells
 {
-    const PaintState outside = fill_state(canvas, state);
-    if (outside.alpha == 1 && outside.mask == nullptr && outside.blend == Blend::normal)
+    Cells(GfxFunctionShading& shading, const GGO_Matrix& to_content, double pixels)
     {
-        paint(outside);
-        return;
+        constexpr double greatest_count = 96;
+        shading.getDomain(&x0, &y0, &x1, &y1);
+        const auto count_along = [&](GGO_Vector side)
+        {
+            const GGO_Vector along = transform(to_content, side);
+            const double length = std::hypot(along.gvf_X, along.gvf_Y) * pixels;
+            return std::isfinite(length) ? std::clamp(std::ceil(length / 2), 1.0, greatest_count) : 1.0;
+        };
+        columns = count_along({x1 - x0, 0});
+        rows = count_along({0, y1 - y0});
     }
-    canvas.painter->begin_group({true, false, {1, 1, -1, -1}, outside});
-    paint(PaintState{});
-    canvas.painter->end_group();
-}
 
-// Steps so fine that no cell is wider than a few pixels. Each cell reaches under the next ones, so that no
-// seams show.
-void paint_cells(Canvas& canvas, GfxFunctionShading& shading, const GGO_Matrix& to_content, const PaintState& paint)
-{
-    constexpr double greatest_count = 96;
     double x0 = 0;
     double y0 = 0;
     double x1 = 0;
     double y1 = 0;
-    shading.getDomain(&x0, &y0, &x1, &y1);
-    const double pixels = canvas.painter->pixels_per_unit();
-    const auto count_along = [&](GGO_Vector side)
+    double columns = 1;
+    double rows = 1;
+};
+
+// Each cell reaches under the next ones, so that no seams show.
+void paint_cells(Canvas& canvas, GfxFunctionShading& shading, const Cells& cells, const GGO_Matrix& to_content,
+                 const PaintState& paint)
+{
+    const double wide = (cells.x1 - cells.x0) / cells.columns;
+    const double high = (cells.y1 - cells.y0) / cells.rows;
+    for (double row = 0; row < cells.rows; row++)
     {
-        const GGO_Vector along = transform(to_content, side);
-        const double length = std::hypot(along.gvf_X, along.gvf_Y) * pixels;
-        return std::isfinite(length) ? std::clamp(std::ceil(length / 2), 1.0, greatest_count) : 1.0;
-    };
-    const double columns = count_along({x1 - x0, 0});
-    const double rows = count_along({0, y1 - y0});
-    const double wide = (x1 - x0) / columns;
-    const double high = (y1 - y0) / rows;
-    for (double row = 0; row < rows; row++)
-    {
-        for (double column = 0; column < columns; column++)
+        for (double column = 0; column < cells.columns; column++)
         {
-            const double x = x0 + column * wide;
-            const double y = y0 + row * high;
+            const double x = cells.x0 + column * wide;
+            const double y = cells.y0 + row * high;
             GfxColor value;
             clearGfxColor(&value);
             shading.getColor(x + wide / 2, y + high / 2, &value);
-            const Path cell = rectangle({x, y, std::min(x + 2 * wide, x1), std::min(y + 2 * high, y1)});
+            const Path cell = rectangle({x, y, std::min(x + 2 * wide, cells.x1), std::min(y + 2 * high, cells.y1)});
             canvas.painter->fill(cell.transformed(to_content), Winding::non_zero,
                                  colour_of(shading.getColorSpace(), value, canvas.spaces), paint);
         }
-    }
-}
-
-void paint_triangles(Canvas& canvas, GfxGouraudTriangleShading& shading, const GGO_Matrix& to_content,
-                     const PaintState& paint)
-{
-    for (int i = 0; i < shading.getNTriangles(); i++)
-    {
-        GGO_Point corner[3];
-        GfxColor value[3];
-        shading.getTriangle(i, &corner[0].gpf_X, &corner[0].gpf_Y, &value[0], &corner[1].gpf_X, &corner[1].gpf_Y,
-                            &value[1], &corner[2].gpf_X, &corner[2].gpf_Y, &value[2]);
-        Triangle triangle;
-        for (int n = 0; n < 3; n++)
-        {
-            triangle.corner[n] = transform(to_content, corner[n]);
-            triangle.colour[n] = colour_of(shading.getColorSpace(), value[n], canvas.spaces);
-        }
-        canvas.painter->gradient(triangle, paint);
     }
 }
 
@@ -268,19 +246,9 @@ void paint_function(Canvas& canvas, GfxState* state, GfxFunctionShading& shading
     {
         return;
     }
-    in_a_group(canvas, state, [&](const PaintState& paint) { paint_cells(canvas, shading, to_content, paint); });
-}
-
-void paint_mesh(Canvas& canvas, GfxState* state, GfxGouraudTriangleShading& shading)
-{
-    const GGO_Matrix to_content = user_to_content(canvas, state);
-    in_a_group(canvas, state, [&](const PaintState& paint) { paint_triangles(canvas, shading, to_content, paint); });
-}
-
-bool can_paint_mesh(GfxGouraudTriangleShading& shading)
-{
-    constexpr int greatest_count = 20000;
-    return !shading.isParameterized() && shading.getNTriangles() <= greatest_count;
+    const Cells cells(shading, to_content, canvas.painter->pixels_per_unit());
+    paint_as_one(canvas, state, static_cast<size_t>(cells.columns * cells.rows),
+                 [&](const PaintState& paint) { paint_cells(canvas, shading, cells, to_content, paint); });
 }
 
 }  // namespace pdf_client
