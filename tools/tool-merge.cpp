@@ -9,6 +9,7 @@
 #include "tools/tool-output.h"
 #include "tools/tool-source.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -25,7 +26,8 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr char ATTRIBUTE[] = "async_img_log_file_name=\"";
+constexpr char ATTRIBUTE[] = "async_img_log_file_name";
+constexpr char KEPT[] = "</GOP_ImageKeepFn>";
 
 struct MergeOptions
 {
@@ -34,23 +36,33 @@ struct MergeOptions
     bool compressed = false;
 };
 
+// The names that the merge could take from a line, whatever stands around them; one that has no end is empty.
+void find_names(const std::string& line, std::set<std::string>* names)
+{
+    constexpr size_t kToName = sizeof ATTRIBUTE - 1 + sizeof "=\"" - 1;
+    for (size_t at = line.find(ATTRIBUTE); at != std::string::npos; at = line.find(ATTRIBUTE, at + 1))
+    {
+        const size_t start = std::min(at + kToName, line.size()), end = line.find('"', start);
+        names->insert(end != std::string::npos ? line.substr(start, end - start) : "");
+    }
+}
+
 // Names of the logs of kept images that a temporary log tells of. False when it is no log, or a coded one.
 bool find_image_logs(const fs::path& log, std::set<std::string>* names)
 {
     std::ifstream file(log, std::ios::binary);
     std::string line;
+    bool kept = false;
     for (bool first = true; std::getline(file, line); first = false)
     {
         if (first && (line.rfind("<ORV ", 0) != 0 || line.rfind(ORVLOG_CODED_PREFIX, 0) == 0))
             return false;
-        const size_t at =
-            line.find("<GOP_ImageKeepFn ") != std::string::npos ? line.find(ATTRIBUTE) : std::string::npos;
-        if (at == std::string::npos)
-            continue;
-        const size_t start = at + sizeof ATTRIBUTE - 1;
-        names->insert(line.substr(start, line.find('"', start) - start));
+        kept = kept || line.find(KEPT) != std::string::npos;
+        find_names(line, names);
     }
-    return !names->empty() || fs::file_size(log) > 0;
+    if (!kept)
+        names->clear();
+    return fs::file_size(log) > 0;
 }
 
 // The merge deletes what it has taken in as it goes, and a failed one would lose it. So it works on links in a
@@ -82,11 +94,15 @@ public:
     {
         return size_;
     }
-    void remove_originals() const
+    // All but the one whose place the merged log has taken.
+    void remove_originals(const fs::path& merged) const
     {
         std::error_code ignored;
         for (const fs::path& file : taken_)
-            fs::remove(file, ignored);
+        {
+            if (!fs::equivalent(file, merged, ignored))
+                fs::remove(file, ignored);
+        }
     }
 
 private:
@@ -148,7 +164,7 @@ bool find_parts(const fs::path& log, const fs::path& folder, std::set<std::strin
     for (const std::string& name : *names)
     {
         *why = "the log of a kept image is missing: " + name;
-        if (fs::path(name).filename() != name || !fs::is_regular_file(folder / name))
+        if (fs::path(name).filename() != name || name == log.filename() || !fs::is_regular_file(folder / name))
             return false;
     }
     return true;
@@ -160,7 +176,8 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path
     std::string why;
     if (!find_parts(log, folder, &names, &why))
         return fail(options.file + ": " + why);
-    Output output(options.output == "-" ? options.output : fs::absolute(options.output).string());
+    const fs::path merged = options.output == "-" ? fs::path("-") : fs::absolute(options.output);
+    Output output(merged.string());
     if (!output.open())
         return fail(options.output + ": " + std::strerror(errno));
     Workshop workshop;
@@ -168,10 +185,11 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path
     for (const std::string& name : names)
         workshop.take(folder / name);
     workshop.enter();
-    errno = 0;
-    if (!merge_into(output, log.filename(), workshop.size(), !names.empty(), options.compressed) || !output.finish())
-        return fail(options.output + ": " + std::strerror(errno != 0 ? errno : EIO));
-    workshop.remove_originals();
+    if (!merge_into(output, log.filename(), workshop.size(), !names.empty(), options.compressed))
+        return fail(options.output + ": " + std::strerror(output.reason() != 0 ? output.reason() : EIO));
+    if (!output.finish())
+        return fail(options.output + ": " + std::strerror(errno));
+    workshop.remove_originals(merged);
     return EXIT_DONE;
 }
 

@@ -33,6 +33,11 @@ public:
     {
         return &handle_;
     }
+    // The error number of the write that failed; 0 while none has.
+    int reason() const
+    {
+        return reason_;
+    }
     // Puts the file in place. False when anything failed; the reason is the error variable's.
     bool finish();
 

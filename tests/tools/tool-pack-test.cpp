@@ -201,4 +201,54 @@ TEST(ToolMerge, FailureLosesNothing)
     EXPECT_EQ(read_file(folder.path(kImage)), "  <A>\n  </A>\n");
 }
 
+TEST(ToolMerge, TakesThePlaceOfItsInput)
+{
+    const std::string image = "  <A>\n  </A>\n";
+    const std::string merged = "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\"  return=\"TRUE\">\n  </GOP_ImageKeepFn>\n"
+                               "  <A>\n  </A>\n  <Behind>\n  </Behind>\n</ORV>\n";
+    for (const char* output : {kTemp, kImage, "link", "other"})
+    {
+        const ScratchFolder folder;
+        const std::string log = folder.write(kTemp, temporary_log(kImage));
+        folder.write(kImage, image);
+        std::filesystem::create_symlink(kTemp, folder.path("link"));
+        std::filesystem::create_hard_link(log, folder.path("other"));
+        const ToolResult result = run_tool({"merge", log, "-o", folder.path(output)});
+        EXPECT_EQ(result.err, "") << output;
+        EXPECT_EQ(result.status, 0) << output;
+        EXPECT_EQ(read_file(folder.path(output)), merged) << output;
+    }
+}
+
+TEST(ToolMerge, TouchesNoFilesElsewhere)
+{
+    const ScratchFolder folder;
+    const std::string victim = folder.write("victim", "precious");
+    folder.write(kImage, "  <A>\n  </A>\n");
+    std::filesystem::create_directory(folder.path("in"));
+    const std::string keep = "<GOP_ImageKeepFn async_img_log_file_name=\"";
+    for (const std::string& bent : {keep + kImage + "\"></GOP_ImageKeepFn>" + keep + "../victim\"></GOP_ImageKeepFn>",
+                                    "<GOP_ImageKeepFn\n async_img_log_file_name=\"" + victim + "\"></GOP_ImageKeepFn>",
+                                    std::string(" async_img_log_file_name: /dev/zero\"</GOP_ImageKeepFn>"),
+                                    keep + "bent.tmp\"></GOP_ImageKeepFn>", keep + "\n</GOP_ImageKeepFn>\""})
+    {
+        folder.write("in/" + std::string(kImage), "  <A>\n  </A>\n");
+        const std::string log = folder.write("in/bent.tmp", "<ORV A=\"1\">\n" + bent + "\n</ORV>\n");
+        const ToolResult result = run_tool({"merge", log, "-o", folder.path("log.xml")});
+        EXPECT_EQ(result.status, 1) << bent;
+        EXPECT_EQ(result.err.find("orvlog: " + log + ": the log of a kept image is missing: "), 0U) << result.err;
+        EXPECT_TRUE(std::filesystem::exists(log));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+    }
+    EXPECT_EQ(read_file(victim), "precious");
+}
+
+TEST(ToolMerge, AnAttributeOfNoKeptImageIsText)
+{
+    const ScratchFolder folder;
+    const std::string text = "<ORV A=\"1\">\n  <CStr val=\"async_img_log_file_name=\">\n  </CStr>\n</ORV>\n";
+    EXPECT_EQ(run_tool({"merge", folder.write(kTemp, text), "-o", folder.path("log.xml")}).status, 0);
+    EXPECT_EQ(read_file(folder.path("log.xml")), text);
+}
+
 }  // namespace
