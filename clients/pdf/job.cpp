@@ -220,12 +220,12 @@ private:
         }
         const auto start = Clock::now();
         Run run = walk(*document, logger->table(), true);
-        if (!logger->shut_down())
+        const bool completed = logger->shut_down();
+        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        if (finish_log(*log) && !completed)
         {
             result_.errors.push_back("the log could not be completed");
         }
-        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        finish_log(*log);
         if (renderer != nullptr && !renderer->all_pages_written())
         {
             result_.errors.push_back("not all page images could be written");
@@ -247,14 +247,16 @@ private:
         }
     }
 
-    void finish_log(client_stream::FileStream& log)
+    bool finish_log(client_stream::FileStream& log)
     {
-        if (!log.close())
+        const bool whole = log.close();
+        if (!whole)
         {
             result_.errors.push_back(options_.log + ": " + std::strerror(log.first_error()) +
                                      "; the log is incomplete");
         }
         result_.summary.log_bytes = log.size();
+        return whole;
     }
 
     void run_without_logger()

@@ -248,6 +248,17 @@ TEST_F(ProgramTest, NoticesAFullDisk)
     EXPECT_EQ(outcome.errors, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n");
 }
 
+TEST_F(ProgramTest, NoticesAFullDiskBehindATemporaryLog)
+{
+    const std::string document = std::filesystem::absolute(sample);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(file(""));  // where the temporary log stays
+    const Outcome outcome = run(document + " -o /dev/full --no-renderer --pages 1 --via-temporary-log");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n");
+}
+
 TEST_F(ProgramTest, SaysThatALogCannotBeWritten)
 {
     const Outcome outcome = run(sample + " -o /no/such/folder/log.xml");
