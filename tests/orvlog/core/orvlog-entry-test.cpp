@@ -428,6 +428,22 @@ TEST_F(Creators, Forwarding)
     EXPECT_NE(stream.text().find(" LoggingMode=\"base\" "), std::string::npos);
 }
 
+TEST_F(Creators, WithoutMemoryGiveZero)
+{
+    allocator.refuse(1, true);
+    EXPECT_EQ(orvlog_initialise_legacy(&orv, nullptr, allocator.get(), identity.get(), stream.get(), nullptr, nullptr,
+                                       nullptr, nullptr, nullptr),
+              0U);
+    EXPECT_EQ(orvlog_initialise_capture(&orv, renderer.get(), allocator.get(), identity.get(), 0, stream.get(), nullptr,
+                                        0, nullptr, nullptr, nullptr, nullptr, 1, 1, 1, 0),
+              0U);
+    EXPECT_EQ(orvlog_initialise_forwarding(&orv, nullptr, allocator.get(), identity.get(), 0, stream.get(), nullptr, 0,
+                                           nullptr, nullptr, nullptr, nullptr, nullptr),
+              0U);
+    EXPECT_EQ(orv.document_start.context, nullptr);
+    EXPECT_EQ(stream.text(), "");
+}
+
 std::string decoded(TestAllocator* allocator, const std::string& coded, size_t length)
 {
     AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator->get());

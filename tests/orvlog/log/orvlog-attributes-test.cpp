@@ -267,6 +267,8 @@ TEST_F(Bytes, NamedElement)
     EXPECT_EQ(take(), "<clp_HIJKTable>\n  <BufferUInt8 len=\"2\">\n00 01 \n  </BufferUInt8>\n</clp_HIJKTable>\n");
     orvlog_elem_named_bytes(&writer, "Empty", bytes.data(), 0);
     EXPECT_EQ(take(), "<Empty>\n</Empty>\n");
+    orvlog_elem_named_bytes(&writer, "Long", bytes.data(), 51);
+    EXPECT_EQ(take(), "<Long>\n  <BufferUInt8 len=\"51\">\n" + hex(0, 50) + "\n32 \n  </BufferUInt8>\n</Long>\n");
 }
 
 TEST_F(Bytes, CodedRowsLoseWhatIsBeyondOnePrint)
