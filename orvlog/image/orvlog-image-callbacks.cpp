@@ -83,10 +83,10 @@ void dump_record_and_close(ORVLOG_Writer* writer, const char* element, const GOP
 }
 
 // The client may have changed its record in place: takes that over, but for what must stay the logger's.
-void refresh(GOP_OperandImagePointer* record, const ORVLOG_ImageWrapper* wrapper)
+void refresh(GOP_OperandImagePointer* record, ORVLOG_ImageWrapper* wrapper)
 {
     const GOP_OperandImagePointer mine = *record;
-    auto* image = const_cast<GOP_OperandImage*>(mine.imp_Image);
+    GOP_OperandImage* image = &orvlog_image_handle_find(record)->image;
     *record = *wrapper->client_record;
     if (record->imp_Image != nullptr)
         *image = *record->imp_Image;
@@ -97,7 +97,7 @@ void refresh(GOP_OperandImagePointer* record, const ORVLOG_ImageWrapper* wrapper
     record->imp_ImageResetFn = mine.imp_ImageResetFn;
     record->imp_ImageKeepFn = mine.imp_ImageKeepFn;
     record->imp_ImageReleaseFn = mine.imp_ImageReleaseFn;
-    record->imp_Context = mine.imp_Context;
+    record->imp_Context = wrapper;
 }
 
 void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, uint32_t replaced,

@@ -10,10 +10,13 @@
 #include "holv-core/gmm/gmm-allocator.h"
 #include "orvlog/interface/gop-image.h"
 
+struct ORVLOG_ImageWrapper;
+
 struct ORVLOG_ImageHandle
 {
-    GOP_OperandImagePointer record;   // what the renderer sees; its context is null once the image is gone
+    GOP_OperandImagePointer record;   // what the renderer sees, and may write to
     GOP_OperandImage image;           // what `record` points at
+    ORVLOG_ImageWrapper* wrapper;     // null once the image is gone, and so is the record's context
     ORVLOG_ImageHandle* next_known;   // in the bucket
     ORVLOG_ImageHandle* next_record;  // of the same image, set when the image goes
     ORVLOG_ImageHandle* next_image;   // in the session's list of images that were kept

@@ -99,10 +99,11 @@ ORVLOG_ImageHandle* close_records(ORVLOG_ImageContext* context)
     for (GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
     {
         ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-        auto* wrapper = static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context);
+        ORVLOG_ImageWrapper* wrapper = handle->wrapper;
         orvlog_close_stream(&wrapper->image_file);
         orvlog_close_stream(&wrapper->attr_file);
         orvlog_image_handle_leave(handle);
+        handle->wrapper = nullptr;
         handle->record.imp_Context = nullptr;
         if (handle->allocator != nullptr)
         {
@@ -120,7 +121,7 @@ ORVLOG_ImageHandle* lasting_handle(const ORVLOG_ImageContext* context)
 {
     ORVLOG_ImageHandle* handle = orvlog_image_handle_find(context->first_record);
     while (handle->allocator == nullptr)
-        handle = orvlog_image_handle_find(static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context)->next);
+        handle = orvlog_image_handle_find(handle->wrapper->next);
     return handle;
 }
 
@@ -129,7 +130,7 @@ ORVLOG_ImageHandle* lasting_handle(const ORVLOG_ImageContext* context)
 ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record)
 {
     const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-    return handle != nullptr ? static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context) : nullptr;
+    return handle != nullptr ? handle->wrapper : nullptr;
 }
 
 void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
@@ -144,9 +145,7 @@ void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
 ORVLOG_ImageWrapper* orvlog_kept_wrapper_of(const GOP_OperandImagePointer* record)
 {
     const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-    if (handle == nullptr || handle->allocator == nullptr)
-        return nullptr;
-    return static_cast<ORVLOG_ImageWrapper*>(handle->record.imp_Context);
+    return handle != nullptr && handle->allocator != nullptr ? handle->wrapper : nullptr;
 }
 
 uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* context,
@@ -165,6 +164,7 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
     std::memset(wrapper, 0, sizeof *wrapper);
     fill_callbacks(record, client_record);
     record->imp_Context = wrapper;
+    handle->wrapper = wrapper;
     wrapper->writer = *writer;
     wrapper->writer.warnings = nullptr;
     wrapper->writer.allocator = nullptr;

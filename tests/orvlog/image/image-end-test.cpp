@@ -318,6 +318,34 @@ TEST_F(ImageEnd, KeptByTwoOfItsRecords)
     EXPECT_EQ(fake.take_calls() + other.take_calls(), "prepare(0,3,0) keep release keep read ");
 }
 
+// The record is the renderer's to write to; the logger has its own way to what belongs to it.
+TEST_F(ImageEnd, RecordThatTheRendererWipedStillServes)
+{
+    client.forget();
+    GOP_OperandImagePointer* record = paint(
+        [&](GOP_OperandImagePointer* seen)
+        {
+            GOP_OperandImagePointer* prepared = seen;
+            seen->imp_Context = &client;
+            read(seen);
+            seen->imp_Image = nullptr;
+            EXPECT_EQ(seen->imp_ImageFinishFn(seen, nullptr), 1U);
+            EXPECT_EQ(seen->imp_ImagePrepareFn(&prepared, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0), 1U);
+            EXPECT_EQ(prepared, seen);
+            ASSERT_NE(seen->imp_Image, nullptr);
+            EXPECT_EQ(seen->imp_Image->im_ImageWidthPixels, 2U);
+            EXPECT_NE(seen->imp_Context, &client);
+            seen->imp_Context = nullptr;
+            keep(seen);
+        });
+    record->imp_Context = &client;
+    read(record);
+    record->imp_Image = nullptr;
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+    EXPECT_EQ(fake.take_calls(), "read finish prepare(0,3,0) keep read release ");
+    EXPECT_EQ(Callbacks(record).answers(record), "000000");
+}
+
 // The image that the client first passed could not be kept; the one that it exchanged it for can.
 class ImageEndOfAnExchange : public ImageEnd
 {
