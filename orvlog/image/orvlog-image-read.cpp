@@ -3,6 +3,7 @@
 #include "orvlog/image/gop-image-geometry.h"
 
 #include <climits>
+#include <cstring>
 
 namespace
 {
@@ -11,6 +12,7 @@ constexpr uint32_t kCompressedPiece = 1024;
 // Images without a size end here; others at twice their size and a bit.
 constexpr uint64_t kMaxCompressed = uint64_t{1} << 32;
 constexpr uint64_t kSlack = 1 << 16;
+constexpr uint64_t kMostCleared = 16 << 20;
 
 struct Buffers
 {
@@ -27,9 +29,14 @@ uint32_t needs_attr(const ORVLOG_ImageContext* context, const GOP_OperandImagePo
                : 0;
 }
 
+// Cleared, since a client may claim bytes that it has not written; but not where that would fill memory for an image
+// that only says that it is huge.
 void* allocate(const ORVLOG_ImageContext* context, uint64_t size)
 {
-    return context->allocator->gmm_Alloc(context->allocator, size, 0);
+    void* block = context->allocator->gmm_Alloc(context->allocator, size, 0);
+    if (block != nullptr)
+        std::memset(block, 0, size < kMostCleared ? size : kMostCleared);
+    return block;
 }
 
 bool make_buffers(const ORVLOG_ImageContext* context, const GOP_OperandImagePointer* record, uint32_t row_bytes,

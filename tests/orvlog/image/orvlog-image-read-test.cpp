@@ -239,6 +239,17 @@ TEST_F(ReadThrough, CountsBeyondTheBufferEndIt)
     EXPECT_TRUE(fake.take_calls().ends_with("read finish "));
 }
 
+TEST_F(ReadThrough, BytesThatWereClaimedAndNotWrittenAreZero)
+{
+    fake.bytes = {7};
+    fake.claim = 2;
+    fake.fail_read = 1;
+    const std::string text = capture(0);
+    EXPECT_NE(text.find("img_returned=\"2\">\n  <img_buf>\n    <BufferUInt8 len=\"2\">\n07 00 \n    </BufferUInt8>\n"),
+              std::string::npos)
+        << text;
+}
+
 TEST_F(ReadThrough, EmptyImageIsPreparedAndFinished)
 {
     fake.image.im_ImageHeightPixels = 0;
