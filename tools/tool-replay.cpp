@@ -83,6 +83,12 @@ public:
         return !svg_.empty() || !pdf_.empty();
     }
 
+    bool would_replace(const std::string& file) const
+    {
+        std::error_code none;
+        return !pdf_.empty() && fs::equivalent(pdf_, file, none);
+    }
+
     // Surfaces of both kinds have 72 units to the inch; pages have pixels.
     cairo_surface_t* surface(const cairo_renderer::Page& page, double dpi)
     {
@@ -244,6 +250,8 @@ public:
         kind_ = orvlog::replay::examine(*log);
         if (!kind_.is_log)
             return fail(options_.log + ": is not a log");
+        if (vectors_.would_replace(options_.log))
+            return fail(options_.pdf + ": is the log to be replayed");
         log->clear();
         log->seekg(0);
         make_renderer();

@@ -198,6 +198,12 @@ private:
                                      " pages");
             return false;
         }
+        std::error_code none;
+        if (std::filesystem::equivalent(options_.log, options_.document, none))
+        {
+            result_.errors.push_back(options_.log + ": is the document to be logged");
+            return false;
+        }
         const std::unique_ptr<client_stream::FileStream> log = client_stream::FileStream::open(options_.log, "w+b");
         if (log == nullptr)
         {

@@ -259,6 +259,21 @@ TEST_F(ProgramTest, NoticesAFullDiskBehindATemporaryLog)
     EXPECT_EQ(outcome.errors, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n");
 }
 
+TEST_F(ProgramTest, DoesNotWriteTheLogOverTheDocument)
+{
+    const std::string document = file("same.pdf");
+    std::filesystem::copy_file(sample, document);
+    std::filesystem::create_symlink("same.pdf", file("link"));
+    const uintmax_t size = std::filesystem::file_size(document);
+    for (const std::string& log : {document, file("link")})
+    {
+        const Outcome outcome = run(document + " --no-renderer -o " + log);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.errors, "orvlog-record: " + log + ": is the document to be logged\n");
+        EXPECT_EQ(std::filesystem::file_size(document), size);
+    }
+}
+
 TEST_F(ProgramTest, SaysThatALogCannotBeWritten)
 {
     const Outcome outcome = run(sample + " -o /no/such/folder/log.xml");

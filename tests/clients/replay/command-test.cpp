@@ -109,10 +109,13 @@ TEST_F(ReplayCommand, SaysWhatIsWrong)
     result = replay({log, "--pages", "0"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "orvlog: --pages takes a page or a range of pages, like 2 or 2-5\n");
-    result = replay({log, "--log", log});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "orvlog: " + log + ": is the log to be replayed\n");
-    EXPECT_EQ(read_file(log), kLog);
+    for (const char* option : {"--log", "--pdf"})
+    {
+        result = replay({log, option, log});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, "orvlog: " + log + ": is the log to be replayed\n");
+        EXPECT_EQ(read_file(log), kLog);
+    }
     EXPECT_EQ(replay({folder.path("none.xml")}).status, 1);
     EXPECT_EQ(replay({log, "--dpi", "0"}).status, 2);
 }
