@@ -101,7 +101,7 @@ int32_t ticket_seek(void* c, int32_t offset, int32_t origin)
 int32_t ticket_read_buffer(void* c, void** data, uint64_t* length)
 {
     const ORVLOG_TicketStreamInstance* s = of(c);
-    if (s->buffer == nullptr)
+    if (data == nullptr || length == nullptr)
         return 0;
     *data = s->buffer;
     *length = s->capacity;
