@@ -162,6 +162,66 @@ TEST_F(ColourTicket, ASerialiserThatWritesNothingLeavesTheElementEmpty)
     EXPECT_EQ(tickets.serialised, 2u);
 }
 
+TEST_F(ColourTicket, StandsBehindThePropertiesOfADrawingAndAtTheHeadOfAGroup)
+{
+    FakeTickets::Ticket one = {&tickets, 1, ""};
+    FakeTickets::Ticket two = {&tickets, 2, ""};
+    ORV_Interface& orv = test->orv;
+    ASSERT_EQ(test->start_document(), 1u);
+    test->forget();
+    ORV_DrawingInterface face = {};
+    const ORV_FaceProperties properties = {};
+    ASSERT_EQ(orv.face_start.fn(nullptr, &orv, test->document, &face, nullptr, 3, &properties, &one, 0, 0), 1u);
+    EXPECT_EQ(test->log(),
+              R"(  <ORV_face_start document_context="0" drawing_context="0" font_engine_functions="FALSE" )"
+              R"(face_seq_number="3" pixel_placement_orientation="GPA_PP_ORIENTATION_0_DEG" )"
+              R"(pixel_placement="GPA_PLACEMENT_GDI">
+    <ORV_FaceProperties fp_FaceHints="[0] ORV_FACE_HINT_NONE " fp_FaceInchToPixels="0 0 0 0 0 0 " fp_WidthInPixels="0" )"
+              R"(fp_HeightInPixels="0" fp_TrimBox="0 0 0 0 " fp_ClipBox="0 0 0 0 " fp_MediaSize="0 0 ">
+    </ORV_FaceProperties>
+    <GCM_ColorTicket id="1">
+    </GCM_ColorTicket>
+  </ORV_face_start>
+)");
+    test->forget();
+    ORV_DrawingInterface resource = {};
+    const ORV_ResourceProperties pattern = {};
+    uint32_t resource_id = 9;
+    ASSERT_EQ(
+        orv.resource_start.fn(nullptr, &orv, test->document, &resource, &face, nullptr, &pattern, &two, &resource_id),
+        1u);
+    EXPECT_EQ(test->log(), R"(  <ORV_resource_start document_context="0" drawing_context="1" parent_drawing="0" )"
+                           R"(font_engine_functions="FALSE" resource_id="0">
+    <ORV_ResourceProperties rp_ResourceHints="[0] ORV_RES_HINT_NONE " rp_MaxRescale="0" rp_IsKnockout="FALSE" )"
+                           R"(rp_Enclosing_box="0 0 0 0 ">
+    </ORV_ResourceProperties>
+    <GCM_ColorTicket id="2">
+    </GCM_ColorTicket>
+  </ORV_resource_start>
+)");
+    test->forget();
+    const GOP_Operator op = {};
+    EXPECT_EQ(resource.group_start.fn(&resource, 4, nullptr, nullptr, 0, 0, 0, 0, &one, 0, 0, 0, nullptr, &op, nullptr,
+                                      nullptr, 0, 0, 0, nullptr, nullptr, nullptr),
+              1u);
+    EXPECT_EQ(test->log(),
+              R"(  <ORV_group_start drawing_context="1" group_unique_id="4" )"
+              R"(font_engine_functions="FALSE" hints="[0] ORV_GRP_HINT_NONE " group_type="ORV_GROUP_SIMPLE" )"
+              R"(is_knockout="FALSE" is_replayable="FALSE" )"
+              R"(pixel_placement_orientation="GPA_PP_ORIENTATION_0_DEG" has_pixel_placement="FALSE" )"
+              R"(tiling_flags="[0] ORV_GROUP_TILE_NONE " x_repetition_interval="0" y_repetition_interval="0">
+    <GCM_ColorTicket id="1">
+    </GCM_ColorTicket>
+    <ORV_group_start.op>
+      <GOP_Operator op_OperatorType="GOP_ROP_ROP2_GDI" op_Operator="0" op_MaskMode="GOP_MASK_NONE" )"
+              R"(op_TransparencyType="GOP_TRANS_NONE" op_TransparencyFlags="[0] GOP_TRANS_FLAG_NONE " )"
+              R"(op_OperatorHints="[0] GOP_OP_HINT_NONE ">
+      </GOP_Operator>
+    </ORV_group_start.op>
+  </ORV_group_start>
+)");
+}
+
 TEST_F(ColourTicket, AFailingSerialiserIsNotLookedAt)
 {
     FakeTickets::Ticket one = ticket(1);

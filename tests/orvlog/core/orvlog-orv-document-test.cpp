@@ -146,6 +146,8 @@ TEST(DocumentStart, FailedWrapLeavesTheTagOpenAndForwardsNothing)
                               "font_engine_functions=\"TRUE\" fp_EngineIdGet=\"E\"");
         EXPECT_TRUE(test.renderer.calls().empty());
         EXPECT_EQ(session_of(test)->current_font_wrapper, nullptr);
+        EXPECT_EQ(test.document, nullptr);
+        EXPECT_EQ(test.allocator.outstanding(), 1U);  // the session alone
         test.shut_down();
         EXPECT_EQ(test.allocator.outstanding(), 0U);
     }

@@ -276,15 +276,18 @@ TEST_F(Bytes, CodedRowsLoseWhatIsBeyondOnePrint)
     writer.compress = 1;
     writer.coder = AHC_EncoderCreate(allocator.get());
     orvlog_write_hex_rows(&writer, bytes.data(), 140, 70);
+    orvlog_write_hex_rows(&writer, bytes.data(), 66, 66);
+    orvlog_write_hex_rows(&writer, bytes.data(), 100, 50);
     const char last = static_cast<char>(AHC_EncoderFinish(writer.coder));
     writer.coder = nullptr;
     AdaptiveHuffmanCoder* decoder = AHC_DecoderCreate(allocator.get());
     const std::string coded = stream.text() + last + '\0';
     AHC_SetInput(decoder, reinterpret_cast<const uint8_t*>(coded.data()), static_cast<uint32_t>(coded.size()));
-    std::string text(398, '\0');
-    EXPECT_EQ(AHC_Decode(decoder, reinterpret_cast<uint8_t*>(text.data()), 398), 398);
+    std::string text(899, '\0');
+    EXPECT_EQ(AHC_Decode(decoder, reinterpret_cast<uint8_t*>(text.data()), 899), 899);
     AHC_DecoderDestroy(decoder);
-    EXPECT_EQ(text, hex(0, 66) + "\n" + hex(70, 66) + "\n");
+    EXPECT_EQ(text,
+              hex(0, 66) + "\n" + hex(70, 66) + "\n" + hex(0, 66) + "\n" + hex(0, 50) + "\n" + hex(50, 50) + "\n");
 }
 
 TEST_F(Attributes, FloatElement)
