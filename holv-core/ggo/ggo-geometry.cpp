@@ -24,8 +24,10 @@ GGO_Matrix ggo_inverse(const GGO_Matrix* matrix, uint32_t* invertible)
     const double d = ggo_determinant(matrix);
     if (invertible != nullptr)
         *invertible = d == 0.0 ? 0 : 1;
+    if (matrix == nullptr)
+        return {};
     if (d == 0.0)
-        return matrix != nullptr ? *matrix : GGO_Matrix{};
+        return *matrix;
     const double* m = matrix->m;
     GGO_Matrix inverse;
     double* n = inverse.m;
