@@ -282,6 +282,7 @@ void paint_mesh(Canvas& canvas, GfxState* state, GfxGouraudTriangleShading& shad
     const GGO_Matrix to_content = user_to_content(canvas, state);
     const double pixels = canvas.painter->pixels_per_unit();
     std::vector<double> sides;
+    sides.reserve(static_cast<size_t>(std::max(shading.getNTriangles(), 0)));
     for (int i = 0; i < shading.getNTriangles(); i++)
     {
         sides.push_back(Face(shading, i, to_content).longest_side() * pixels);

@@ -174,7 +174,8 @@ struct Cells
         {
             const GGO_Vector along = transform(to_content, side);
             const double length = std::hypot(along.gvf_X, along.gvf_Y) * pixels;
-            return std::isfinite(length) ? std::clamp(std::ceil(length / 2), 1.0, greatest_count) : 1.0;
+            return std::isfinite(length) ? static_cast<size_t>(std::clamp(std::ceil(length / 2), 1.0, greatest_count))
+                                         : size_t{1};
         };
         columns = count_along({x1 - x0, 0});
         rows = count_along({0, y1 - y0});
@@ -184,22 +185,22 @@ struct Cells
     double y0 = 0;
     double x1 = 0;
     double y1 = 0;
-    double columns = 1;
-    double rows = 1;
+    size_t columns = 1;
+    size_t rows = 1;
 };
 
 // Each cell reaches under the next ones, so that no seams show.
 void paint_cells(Canvas& canvas, GfxFunctionShading& shading, const Cells& cells, const GGO_Matrix& to_content,
                  const PaintState& paint)
 {
-    const double wide = (cells.x1 - cells.x0) / cells.columns;
-    const double high = (cells.y1 - cells.y0) / cells.rows;
-    for (double row = 0; row < cells.rows; row++)
+    const double wide = (cells.x1 - cells.x0) / static_cast<double>(cells.columns);
+    const double high = (cells.y1 - cells.y0) / static_cast<double>(cells.rows);
+    for (size_t row = 0; row < cells.rows; row++)
     {
-        for (double column = 0; column < cells.columns; column++)
+        for (size_t column = 0; column < cells.columns; column++)
         {
-            const double x = cells.x0 + column * wide;
-            const double y = cells.y0 + row * high;
+            const double x = cells.x0 + static_cast<double>(column) * wide;
+            const double y = cells.y0 + static_cast<double>(row) * high;
             GfxColor value;
             clearGfxColor(&value);
             shading.getColor(x + wide / 2, y + high / 2, &value);
@@ -247,7 +248,7 @@ void paint_function(Canvas& canvas, GfxState* state, GfxFunctionShading& shading
         return;
     }
     const Cells cells(shading, to_content, canvas.painter->pixels_per_unit());
-    paint_as_one(canvas, state, static_cast<size_t>(cells.columns * cells.rows),
+    paint_as_one(canvas, state, cells.columns * cells.rows,
                  [&](const PaintState& paint) { paint_cells(canvas, shading, cells, to_content, paint); });
 }
 
