@@ -128,4 +128,17 @@ bool bounds_of(const Nodes& nodes, Box& box)
     return extent.take(box);
 }
 
+bool bounds_of(const Shape& shape, const cairo_matrix_t& matrix, Box& box)
+{
+    constexpr double pixel = 1.0;
+    Extent extent;
+    extent.unbounded = shape.everything;
+    for (const Piece& piece : shape.pieces)
+        std::visit([&](const auto& any) { add_piece(any, matrix, extent); }, piece);
+    if (!extent.take(box))
+        return false;
+    box = {box.x0 - pixel, box.y0 - pixel, box.x1 + pixel, box.y1 + pixel};
+    return true;
+}
+
 }  // namespace cairo_renderer

@@ -14,4 +14,7 @@ Box transformed(const Box& box, const cairo_matrix_t& matrix);
 // is painted.
 bool bounds_of(const Nodes& nodes, Box& box);
 
+// The same for a shape under a matrix. Lines are given a pixel more, as none is thinner than that.
+bool bounds_of(const Shape& shape, const cairo_matrix_t& matrix, Box& box);
+
 }  // namespace cairo_renderer

@@ -1,5 +1,7 @@
 #include "renderers/cairo/player.h"
 
+#include "renderers/cairo/bounds.h"
+
 #include "renderers/cairo/stroker.h"
 
 #include <algorithm>
@@ -388,8 +390,18 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
     cairo_mask(cr_, covered.get());
 }
 
+// The group is as large as the shape, so that masks are looked at there only.
 PatternPtr Player::coverage(const Shape& shape, const std::vector<const Clip*>& masks, const Compose* mask)
 {
+    cairo_save(cr_);
+    Box box;
+    if (bounds_of(shape, to_pixels(), box))
+    {
+        cairo_new_path(cr_);
+        cairo_rectangle(cr_, std::floor(box.x0), std::floor(box.y0), std::ceil(box.x1) - std::floor(box.x0),
+                        std::ceil(box.y1) - std::floor(box.y0));
+        cairo_clip(cr_);
+    }
     cairo_push_group_with_content(cr_, CAIRO_CONTENT_ALPHA);
     cairo_reset_clip(cr_);
     cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
@@ -399,7 +411,9 @@ PatternPtr Player::coverage(const Shape& shape, const std::vector<const Clip*>& 
         narrow(*entry);
     if (mask != nullptr && mask->mask_mode != MaskMode::none)
         apply_mask(*mask);
-    return own_pattern(cairo_pop_group(cr_));
+    PatternPtr covered = own_pattern(cairo_pop_group(cr_));
+    cairo_restore(cr_);
+    return covered;
 }
 
 void Player::narrow(const Clip& clip)
