@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 
 namespace pdf_client
 {
@@ -277,7 +278,7 @@ const GPA_PathStrokingParams* StrokeRecord::get() const
     return record_in<GPA_PathStrokingParams>(block_);
 }
 
-FilledShape::FilledShape(const Path& path, Winding winding, uint16_t hints) : path_(path)
+FilledShape::FilledShape(const Path& path, Winding winding, uint16_t hints) : bounds_(path.bounds()), path_(path)
 {
     header_.fps_Shape.sh_ShapeType = GSH_SHAPE_FILL;
     header_.fps_Shape.sh_Hints = hints;
@@ -290,6 +291,11 @@ FilledShape::FilledShape(const Path& path, Winding winding, uint16_t hints) : pa
 const GSH_ShapePointer* FilledShape::get() const
 {
     return &pointer_;
+}
+
+const GGO_BoxFloat& FilledShape::bounds() const
+{
+    return bounds_;
 }
 
 StrokedShape::StrokedShape(const Path& path, const GGO_Matrix& to_content, const StrokeStyle& style)
@@ -372,6 +378,24 @@ void ClipNode::link(uint32_t unique_id)
 const GSH_ShapeList* clip_list(const Clip& clip)
 {
     return clip != nullptr ? &clip->record : nullptr;
+}
+
+GGO_BoxFloat clip_bounds(const Clip& clip)
+{
+    constexpr double far = std::numeric_limits<double>::max();
+    GGO_BoxFloat box{-far, -far, far, far};
+    for (const ClipNode* node = clip.get(); node != nullptr; node = node->parent.get())
+    {
+        if (node->fill != nullptr)
+        {
+            const GGO_BoxFloat& shape = node->fill->bounds();
+            box.gbf_MinX = std::max(box.gbf_MinX, shape.gbf_MinX);
+            box.gbf_MinY = std::max(box.gbf_MinY, shape.gbf_MinY);
+            box.gbf_MaxX = std::min(box.gbf_MaxX, shape.gbf_MaxX);
+            box.gbf_MaxY = std::min(box.gbf_MaxY, shape.gbf_MaxY);
+        }
+    }
+    return box;
 }
 
 Clip clips_above(const Clip& clip, const Clip& base)

@@ -46,8 +46,10 @@ class FilledShape
 public:
     FilledShape(const Path& path, Winding winding, uint16_t hints = 0);
     const GSH_ShapePointer* get() const;
+    const GGO_BoxFloat& bounds() const;
 
 private:
+    GGO_BoxFloat bounds_;
     PathRecord path_;
     GSH_FilledPathShape header_{};
     GSH_ShapePointer pointer_{};
@@ -103,6 +105,10 @@ private:
 
 // The list for a call; null for no clip.
 const GSH_ShapeList* clip_list(const Clip& clip);
+
+// A box, in content space, that holds all that the clip lets through: unbounded for no clip; one whose minimum
+// exceeds its maximum if nothing is let through.
+GGO_BoxFloat clip_bounds(const Clip& clip);
 
 // The clips that `clip` has above `base`, on their own; all of them if `base` isn't among them.
 Clip clips_above(const Clip& clip, const Clip& base);

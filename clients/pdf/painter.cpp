@@ -39,7 +39,7 @@ struct Painter::MaskOperand
         const double alpha = with_alpha ? state.alpha : 1.0;
         if (state.mask != nullptr)
         {
-            image = ImageOperand::make(state.mask, alpha, unique_id);
+            image = ImageOperand::make(cut_to(state.mask, clip_bounds(state.clip)), alpha, unique_id);
             operand = image != nullptr ? image->get() : nullptr;
         }
         else if (alpha < 1)

@@ -70,6 +70,22 @@ Extent extent_of(const std::vector<uint8_t>& samples, uint32_t width, uint32_t h
     return extent.right > 0 ? extent : Extent{0, 0, 1, 1};
 }
 
+std::shared_ptr<const MaskImage> part_of(const std::vector<uint8_t>& samples, uint32_t width, const Extent& extent,
+                                         const GGO_Matrix& pixels_to_content)
+{
+    auto mask = std::make_shared<MaskImage>();
+    mask->width = extent.right - extent.left;
+    mask->height = extent.bottom - extent.top;
+    mask->samples.reserve(static_cast<size_t>(mask->width) * mask->height);
+    for (uint32_t y = extent.top; y < extent.bottom; y++)
+    {
+        const auto row = samples.begin() + static_cast<std::ptrdiff_t>(static_cast<size_t>(y) * width);
+        mask->samples.insert(mask->samples.end(), row + extent.left, row + extent.right);
+    }
+    mask->pixels_to_content = multiply(translation(extent.left, extent.top), pixels_to_content);
+    return mask;
+}
+
 }  // namespace
 
 std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const MaskRule& rule)
@@ -77,9 +93,9 @@ std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const M
     const uint32_t width = pictures.on_black.width;
     const uint32_t height = pictures.on_black.height;
     const size_t count = static_cast<size_t>(width) * height;
-    auto mask = std::make_shared<MaskImage>();
     if (count == 0 || pictures.on_white.pixels.size() != count || pictures.on_black.pixels.size() != count)
     {
+        auto mask = std::make_shared<MaskImage>();
         mask->width = 1;
         mask->height = 1;
         mask->samples = {0};
@@ -102,17 +118,34 @@ std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const M
         }
         samples[i] = last;
     }
-    const Extent extent = extent_of(samples, width, height);
-    mask->width = extent.right - extent.left;
-    mask->height = extent.bottom - extent.top;
-    mask->samples.reserve(static_cast<size_t>(mask->width) * mask->height);
-    for (uint32_t y = extent.top; y < extent.bottom; y++)
+    return part_of(samples, width, extent_of(samples, width, height), inverse(pictures.content_to_pixels));
+}
+
+std::shared_ptr<const MaskImage> cut_to(std::shared_ptr<const MaskImage> mask, const GGO_BoxFloat& box)
+{
+    constexpr double margin = 2;
+    constexpr double worth_it = 0.75;
+    const GGO_Matrix& to_content = mask->pixels_to_content;
+    if (!finite(to_content) || determinant(to_content) == 0 || !(box.gbf_MinX <= box.gbf_MaxX) ||
+        !(box.gbf_MinY <= box.gbf_MaxY) || std::isinf(box.gbf_MaxX - box.gbf_MinX) ||
+        std::isinf(box.gbf_MaxY - box.gbf_MinY))
     {
-        const auto row = samples.begin() + static_cast<std::ptrdiff_t>(static_cast<size_t>(y) * width);
-        mask->samples.insert(mask->samples.end(), row + extent.left, row + extent.right);
+        return mask;
     }
-    mask->pixels_to_content = multiply(translation(extent.left, extent.top), inverse(pictures.content_to_pixels));
-    return mask;
+    const GGO_BoxFloat shown = rectangle(box).transformed(inverse(to_content)).bounds();
+    const auto place = [](double at, uint32_t size)
+    { return static_cast<uint32_t>(std::clamp(at, 0.0, static_cast<double>(size))); };
+    const Extent extent{place(std::floor(shown.gbf_MinX) - margin, mask->width),
+                        place(std::floor(shown.gbf_MinY) - margin, mask->height),
+                        place(std::ceil(shown.gbf_MaxX) + margin, mask->width),
+                        place(std::ceil(shown.gbf_MaxY) + margin, mask->height)};
+    const double whole = static_cast<double>(mask->width) * mask->height;
+    if (extent.left >= extent.right || extent.top >= extent.bottom ||
+        static_cast<double>(extent.right - extent.left) * (extent.bottom - extent.top) > worth_it * whole)
+    {
+        return mask;
+    }
+    return part_of(mask->samples, mask->width, extent, to_content);
 }
 
 MaskStudio::MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,

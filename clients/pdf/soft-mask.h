@@ -35,6 +35,10 @@ struct MaskRule
 // The mask, cut to the part that isn't 0. Never null; empty pictures give a mask that is 0 everywhere.
 std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const MaskRule& rule);
 
+// The part of the mask that `box`, in content space, shows, and the pixels next to it; the mask itself if that would
+// not be much smaller. The mask isn't null.
+std::shared_ptr<const MaskImage> cut_to(std::shared_ptr<const MaskImage> mask, const GGO_BoxFloat& box);
+
 // A renderer for mask pictures, on one paper.
 class MaskStudio
 {

@@ -187,6 +187,23 @@ TEST(Clips, AboveABaseStandAlone)
     EXPECT_EQ(clips_above(base, base), nullptr);
 }
 
+TEST(Clips, AreBoundedByTheirIntersection)
+{
+    const auto box = [](const GGO_BoxFloat& bounds, Clip parent)
+    {
+        const auto shape = std::make_shared<const FilledShape>(rectangle(bounds), Winding::non_zero);
+        return std::make_shared<const ClipNode>(shape, 1, std::move(parent));
+    };
+    const GGO_BoxFloat both = clip_bounds(box({2, 1, 9, 4}, box({0, 3, 5, 8}, nullptr)));
+    EXPECT_EQ(both.gbf_MinX, 2);
+    EXPECT_EQ(both.gbf_MinY, 3);
+    EXPECT_EQ(both.gbf_MaxX, 5);
+    EXPECT_EQ(both.gbf_MaxY, 4);
+    const GGO_BoxFloat nothing = clip_bounds(box({6, 6, 9, 9}, box({0, 3, 5, 8}, nullptr)));
+    EXPECT_GT(nothing.gbf_MinX, nothing.gbf_MaxX);
+    EXPECT_GT(clip_bounds(nullptr).gbf_MaxX, 1e300);
+}
+
 TEST(Clips, OfAGreatDepthComeApart)
 {
     Clip clip;
