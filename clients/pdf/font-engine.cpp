@@ -158,7 +158,7 @@ struct FontEngine::Functions
 
     static uint32_t get_fixed(void* context, uint32_t required_desc_type, uint32_t* glyph_returned,
                               uint32_t* glyphdesc_transform_changed, GGO_Matrix* glyphdesc_to_face_pixel,
-                              uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer* glyph)
+                              uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer** glyph)
     {
         FontEngine* engine = self(context);
         *glyph_returned = 0;
@@ -179,7 +179,7 @@ struct FontEngine::Functions
 
     static uint32_t get(void* context, uint32_t requested_desc_type, uint32_t* glyphdesc_transform_changed,
                         GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags,
-                        GFI_GlyphDescPointer* glyph)
+                        GFI_GlyphDescPointer** glyph)
     {
         FontEngine* engine = self(context);
         const Glyph* present = engine->present_glyph();
@@ -227,14 +227,14 @@ const Glyph* FontEngine::present_glyph() const
 }
 
 void FontEngine::hand_out(const GGO_Matrix& to_pixels, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                          GFI_GlyphDescPointer* glyph)
+                          GFI_GlyphDescPointer** glyph)
 {
     *changed = same(to_pixels, in_force_) ? 0 : 1;
     in_force_ = to_pixels;
     *matrix = to_pixels;
     *flags = transform_flags(to_pixels);
     answer_.pointer.gdp_GlyphDesc = reinterpret_cast<const GFI_GlyphDesc*>(answer_.description.data());
-    *glyph = answer_.pointer;
+    *glyph = &answer_.pointer;
 }
 
 bool FontEngine::describe(const Glyph& glyph, uint32_t type, GGO_Matrix* to_pixels)

@@ -49,7 +49,7 @@ private:
     const PathRecord& outline_record(const Glyph& glyph);
     const Glyph* present_glyph() const;
     void hand_out(const GGO_Matrix& to_pixels, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                  GFI_GlyphDescPointer* glyph);
+                  GFI_GlyphDescPointer** glyph);
 
     GFI_FontEngineTable table_{};
     std::set<const GFI_StringDescPointer*> strings_;

@@ -95,7 +95,7 @@ struct ReplayFonts::Functions
     }
 
     static uint32_t glyph_get_fixed(void* context, uint32_t type, uint32_t* glyph_returned, uint32_t* changed,
-                                    GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer* glyph)
+                                    GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
     {
         ReplayFonts* fonts = self(context);
         const Element* get = fonts->find_get(type, true);
@@ -112,7 +112,7 @@ struct ReplayFonts::Functions
     }
 
     static uint32_t glyph_get(void* context, uint32_t type, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                              GFI_GlyphDescPointer* glyph)
+                              GFI_GlyphDescPointer** glyph)
     {
         ReplayFonts* fonts = self(context);
         const Element* get = fonts->find_get(type, false);
@@ -261,7 +261,7 @@ GGO_Matrix ReplayFonts::as_asked(const GGO_Matrix& to_pixels) const
 }
 
 void ReplayFonts::hand_out(const Element& get, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                           GFI_GlyphDescPointer* glyph)
+                           GFI_GlyphDescPointer** glyph)
 {
     *changed = reader::read_bool(get, "glyphdesc_transform_changed");
     if (get.has("glyphdesc_to_face_pixel"))
@@ -271,7 +271,8 @@ void ReplayFonts::hand_out(const Element& get, uint32_t* changed, GGO_Matrix* ma
             same(asked_, logged_) ? reader::read_flags(get, "glyphdesc_transform_flags") : ggo_classify_matrix(matrix);
     }
     const GFI_GlyphDescPointer* made = records_->glyph(get.child("GFI_GlyphDescPointer"));
-    *glyph = made != nullptr ? *made : GFI_GlyphDescPointer{};
+    given_ = made != nullptr ? *made : GFI_GlyphDescPointer{};
+    *glyph = &given_;
 }
 
 }  // namespace orvlog::replay

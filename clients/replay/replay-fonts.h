@@ -64,10 +64,11 @@ private:
     const reader::Element* find_get(uint32_t type, bool fixed);
     const reader::Element* delivered(const Step& step, uint32_t type, bool any) const;
     void hand_out(const reader::Element& get, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                  GFI_GlyphDescPointer* glyph);
+                  GFI_GlyphDescPointer** glyph);
     GGO_Matrix as_asked(const GGO_Matrix& to_pixels) const;
 
     reader::RecordReader* records_ = nullptr;
+    GFI_GlyphDescPointer given_{};
     std::vector<std::unique_ptr<Engine>> engines_;
     std::map<const GFI_StringDescPointer*, Key> strings_;
     std::map<Key, std::vector<Pull>> pulls_;

@@ -56,7 +56,7 @@ void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font
 
 // A glyph as the engine gave it. `changed` says whether a new transform came with it.
 void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
-                const uint32_t* flags, const GFI_GlyphDescPointer* glyph)
+                const uint32_t* flags, GFI_GlyphDescPointer* const* glyph)
 {
     orvlog_attr_bool(writer, "glyphdesc_transform_changed", value_of(changed));
     if (value_of(changed) != 0)
@@ -66,7 +66,7 @@ void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* chan
     }
     orvlog_writer_end_tag(writer);
     orvlog_writer_depth_up(writer);
-    dump_GFI_GlyphDescPointer(writer, glyph);
+    dump_GFI_GlyphDescPointer(writer, glyph != nullptr ? *glyph : nullptr);
     orvlog_writer_depth_down(writer);
     orvlog_writer_close_element(writer, element);
 }
@@ -133,7 +133,7 @@ uint32_t glyph_index_get(void* fe_context, uint32_t* glyph_returned, uint32_t* g
 
 uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, uint32_t* glyph_returned,
                                 uint32_t* glyphdesc_transform_changed, GGO_Matrix* glyphdesc_to_face_pixel,
-                                uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer* glyph)
+                                uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer** glyph)
 {
     static constexpr const char* const element = "GFI_GlyphGetFixedFormatFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
@@ -160,7 +160,7 @@ uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, u
 
 uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* glyphdesc_transform_changed,
                    GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags,
-                   GFI_GlyphDescPointer* glyph)
+                   GFI_GlyphDescPointer** glyph)
 {
     static constexpr const char* const element = "GFI_GlyphGetFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);

@@ -22,7 +22,7 @@ struct GlyphAnswer
     uint32_t transform_changed;
     GGO_Matrix to_face_pixel;
     uint32_t transform_flags;
-    GFI_GlyphDescPointer glyph;
+    GFI_GlyphDescPointer* glyph;
 };
 
 // One of the fixed formats. Gives whether a glyph was delivered.

@@ -190,15 +190,18 @@ typedef struct GFI_FontEngineTable
                                     uint16_t* glyph_sub_pixel_variant, GGO_Vector* advance_vector,
                                     GGO_BoxFloat* quick_bounding_box);
 
+    // The glyph that the next two point to is the engine's own and lasts until the next call of the engine; an
+    // engine may give null.
+
     // The present glyph in exactly the form `required_desc_type` (GFI_GDT_*), if the engine has it.
     uint32_t (*GFI_GlyphGetFixedFormatFn)(void* fe_context, uint32_t required_desc_type, uint32_t* glyph_returned,
                                           uint32_t* glyphdesc_transform_changed, GGO_Matrix* glyphdesc_to_face_pixel,
-                                          uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer* glyph);
+                                          uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer** glyph);
 
     // The present glyph, in the form `requested_desc_type` or another of the engine's choice.
     uint32_t (*GFI_GlyphGetFn)(void* fe_context, uint32_t requested_desc_type, uint32_t* glyphdesc_transform_changed,
                                GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags,
-                               GFI_GlyphDescPointer* glyph);
+                               GFI_GlyphDescPointer** glyph);
 
     // A text that names the engine, or null. Owned by the engine.
     const char* (*fp_EngineIdGet)(void* fe_context);

@@ -130,10 +130,11 @@ bool Puller::get(uint32_t type, GFI_GlyphDescPointer& glyph)
     uint32_t changed = 0;
     uint32_t flags = 0;
     GGO_Matrix matrix = ggo_identity();
-    glyph = GFI_GlyphDescPointer{};
-    if (engine_.GFI_GlyphGetFn(engine_.fe_Context, type, &changed, &matrix, &flags, &glyph) == 0)
+    GFI_GlyphDescPointer* given = nullptr;
+    if (engine_.GFI_GlyphGetFn(engine_.fe_Context, type, &changed, &matrix, &flags, &given) == 0)
         return false;
     take_matrix(changed, matrix);
+    glyph = given != nullptr ? *given : GFI_GlyphDescPointer{};
     return glyph.gdp_GlyphDesc != nullptr;
 }
 
@@ -147,7 +148,7 @@ void Puller::ask_in_turn()
     uint32_t changed = 0;
     uint32_t flags = 0;
     GGO_Matrix matrix = ggo_identity();
-    GFI_GlyphDescPointer glyph{};
+    GFI_GlyphDescPointer* glyph = nullptr;
     const uint32_t result = engine_.GFI_GlyphGetFixedFormatFn(engine_.fe_Context, others[turn_++ % others.size()],
                                                               &returned, &changed, &matrix, &flags, &glyph);
     if (result != 0 && returned != 0)

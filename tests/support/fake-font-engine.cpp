@@ -29,12 +29,12 @@ FakeFontEngine::FakeFontEngine(const char* id) : table_{}, id_(id)
         return 1;
     };
     table_.GFI_GlyphGetFixedFormatFn = [](void*, uint32_t, uint32_t* returned, uint32_t*, GGO_Matrix*, uint32_t*,
-                                          GFI_GlyphDescPointer*) -> uint32_t
+                                          GFI_GlyphDescPointer**) -> uint32_t
     {
         *returned = 0;
         return 1;
     };
-    table_.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t*, GGO_Matrix*, uint32_t*, GFI_GlyphDescPointer*) -> uint32_t
+    table_.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t*, GGO_Matrix*, uint32_t*, GFI_GlyphDescPointer**) -> uint32_t
     { return 0; };
 }
 

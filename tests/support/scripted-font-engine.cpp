@@ -44,7 +44,7 @@ ScriptedFontEngine::ScriptedFontEngine()
     };
     table.GFI_GlyphGetFixedFormatFn = [](void* context, uint32_t type, uint32_t* returned, uint32_t* changed_out,
                                          GGO_Matrix* matrix_out, uint32_t* flags_out,
-                                         GFI_GlyphDescPointer* out) -> uint32_t
+                                         GFI_GlyphDescPointer** out) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
         self->calls_ += "fixed" + std::to_string(type) + " ";
@@ -53,7 +53,7 @@ ScriptedFontEngine::ScriptedFontEngine()
         return self->answer(self->fixed_results[type % 5]);
     };
     table.GFI_GlyphGetFn = [](void* context, uint32_t type, uint32_t* changed_out, GGO_Matrix* matrix_out,
-                              uint32_t* flags_out, GFI_GlyphDescPointer* out) -> uint32_t
+                              uint32_t* flags_out, GFI_GlyphDescPointer** out) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
         self->calls_ += "glyph" + std::to_string(type) + " ";
@@ -70,12 +70,13 @@ std::string ScriptedFontEngine::take_calls()
 }
 
 void ScriptedFontEngine::deliver(uint32_t* changed_out, GGO_Matrix* matrix_out, uint32_t* flags_out,
-                                 GFI_GlyphDescPointer* out) const
+                                 GFI_GlyphDescPointer** out)
 {
     *changed_out = changed;
     *matrix_out = {{5, 0, 0, 5, 0, 0}};
     *flags_out = 0x4;
-    *out = {glyph, nullptr};
+    given_ = {glyph, nullptr};
+    *out = &given_;
 }
 
 }  // namespace orvlog::test

@@ -52,7 +52,7 @@ private:
     {
         return fuse != nullptr && --*fuse == 0 ? 0 : result;
     }
-    void deliver(uint32_t* changed_out, GGO_Matrix* matrix_out, uint32_t* flags_out, GFI_GlyphDescPointer* out) const;
+    void deliver(uint32_t* changed_out, GGO_Matrix* matrix_out, uint32_t* flags_out, GFI_GlyphDescPointer** out);
 
     struct Bitmap
     {
@@ -60,6 +60,7 @@ private:
         uint8_t bytes[2];
     };
     Bitmap bitmap_ = {};
+    GFI_GlyphDescPointer given_ = {};
     std::string calls_;
     size_t next_ = 0;
 };

@@ -74,7 +74,7 @@ struct Got
     uint32_t changed = 9;
     GGO_Matrix matrix{};
     uint32_t flags = 0;
-    GFI_GlyphDescPointer glyph{};
+    GFI_GlyphDescPointer* glyph = nullptr;
 };
 
 Got get(const FontEngine& engine, uint32_t type)
@@ -87,7 +87,7 @@ Got get(const FontEngine& engine, uint32_t type)
 
 const uint8_t* payload(const Got& got, size_t offset)
 {
-    return reinterpret_cast<const uint8_t*>(got.glyph.gdp_GlyphDesc) + offset;
+    return reinterpret_cast<const uint8_t*>(got.glyph->gdp_GlyphDesc) + offset;
 }
 
 TEST(TextShape, DescribesTheRun)
@@ -167,10 +167,10 @@ TEST(FontEngine, GivesOutlines)
     const Got got = get(engine, GFI_GDT_PATH);
     ASSERT_EQ(got.result, 1U);
     EXPECT_EQ(got.changed, 0U);
-    EXPECT_EQ(got.glyph.gdp_GlyphDesc->gd_Type, 2U);
-    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescPath*>(got.glyph.gdp_GlyphDesc)->gdp_WindingRule, 1U);
-    ASSERT_NE(got.glyph.gdp_Path, nullptr);
-    EXPECT_EQ(got.glyph.gdp_Path->lpp_Path->pa_EnclosingBox.gbf_MaxX, 0.5);
+    EXPECT_EQ(got.glyph->gdp_GlyphDesc->gd_Type, 2U);
+    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescPath*>(got.glyph->gdp_GlyphDesc)->gdp_WindingRule, 1U);
+    ASSERT_NE(got.glyph->gdp_Path, nullptr);
+    EXPECT_EQ(got.glyph->gdp_Path->lpp_Path->pa_EnclosingBox.gbf_MaxX, 0.5);
 }
 
 TEST(FontEngine, GivesPixelsInThreeForms)
@@ -187,7 +187,7 @@ TEST(FontEngine, GivesPixelsInThreeForms)
     EXPECT_EQ(bitmap.matrix.m[0], 1);
     EXPECT_EQ(bitmap.matrix.m[3], 1);
     EXPECT_EQ(bitmap.flags, 1U);
-    const GFI_GlyphDescBitmap* record = reinterpret_cast<const GFI_GlyphDescBitmap*>(bitmap.glyph.gdp_GlyphDesc);
+    const GFI_GlyphDescBitmap* record = reinterpret_cast<const GFI_GlyphDescBitmap*>(bitmap.glyph->gdp_GlyphDesc);
     EXPECT_EQ(record->gdb_Desc.gd_Type, 1U);
     EXPECT_EQ(record->gdb_Desc.gd_Offset.gvf_X, 0);
     EXPECT_EQ(record->gdb_Desc.gd_Offset.gvf_Y, -5);
@@ -199,14 +199,14 @@ TEST(FontEngine, GivesPixelsInThreeForms)
 
     const Got runs = get(engine, GFI_GDT_RLE);
     EXPECT_EQ(runs.changed, 0U);
-    EXPECT_EQ(runs.glyph.gdp_GlyphDesc->gd_Type, 4U);
-    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescRLE*>(runs.glyph.gdp_GlyphDesc)->gdr_RleSize, 10);
+    EXPECT_EQ(runs.glyph->gdp_GlyphDesc->gd_Type, 4U);
+    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescRLE*>(runs.glyph->gdp_GlyphDesc)->gdr_RleSize, 10);
     EXPECT_EQ(payload(runs, 30)[0], 0);
     EXPECT_EQ(payload(runs, 30)[1], 5);
 
     const Got edges = get(engine, GFI_GDT_FBE);
-    EXPECT_EQ(edges.glyph.gdp_GlyphDesc->gd_Type, 0U);
-    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescFBE*>(edges.glyph.gdp_GlyphDesc)->gdf_FbeSize, 30U);
+    EXPECT_EQ(edges.glyph->gdp_GlyphDesc->gd_Type, 0U);
+    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescFBE*>(edges.glyph->gdp_GlyphDesc)->gdf_FbeSize, 30U);
     const uint8_t row[6] = {2, 0, 0, 0, 5, 0};
     EXPECT_EQ(std::memcmp(payload(edges, 32), row, 6), 0);
 
@@ -227,11 +227,11 @@ TEST(FontEngine, GivesTrueTypeDataOrAnotherForm)
     start(engine, shape.get(), identity());
     next(engine);
     const Got got = get(engine, GFI_GDT_TRUETYPE);
-    EXPECT_EQ(got.glyph.gdp_GlyphDesc->gd_Type, 3U);
-    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescTrueType*>(got.glyph.gdp_GlyphDesc)->gdt_TrueTypeSize, 3);
+    EXPECT_EQ(got.glyph->gdp_GlyphDesc->gd_Type, 3U);
+    EXPECT_EQ(reinterpret_cast<const GFI_GlyphDescTrueType*>(got.glyph->gdp_GlyphDesc)->gdt_TrueTypeSize, 3);
     EXPECT_EQ(payload(got, 26)[2], 3);
     next(engine);
-    EXPECT_EQ(get(engine, GFI_GDT_TRUETYPE).glyph.gdp_GlyphDesc->gd_Type, 2U);
+    EXPECT_EQ(get(engine, GFI_GDT_TRUETYPE).glyph->gdp_GlyphDesc->gd_Type, 2U);
     const GFI_FontEngineTable* table = engine.table();
     uint32_t returned = 9;
     Got fixed;
@@ -258,12 +258,12 @@ TEST(FontEngine, GivesStoredBitmapsInTheirOwnUnits)
     start(engine, shape.get(), scaling(1, -1));
     EXPECT_EQ(next(engine).box.gbf_MaxX, 1.5);
     const Got got = get(engine, GFI_GDT_PATH);
-    EXPECT_EQ(got.glyph.gdp_GlyphDesc->gd_Type, 1U);
+    EXPECT_EQ(got.glyph->gdp_GlyphDesc->gd_Type, 1U);
     EXPECT_EQ(got.changed, 1U);
     EXPECT_EQ(got.matrix.m[0], 1.25);
     EXPECT_EQ(got.matrix.m[3], 2.5);
-    EXPECT_EQ(got.glyph.gdp_GlyphDesc->gd_Offset.gvf_X, 4);
-    EXPECT_EQ(got.glyph.gdp_GlyphDesc->gd_Offset.gvf_Y, -3);
+    EXPECT_EQ(got.glyph->gdp_GlyphDesc->gd_Offset.gvf_X, 4);
+    EXPECT_EQ(got.glyph->gdp_GlyphDesc->gd_Offset.gvf_Y, -3);
     EXPECT_EQ(payload(got, 32)[1], 0x55);
 }
 

@@ -29,7 +29,7 @@ void pull(const GFI_FontEngineTable* engine, const GSH_ShapePointer* text)
     void* context = engine->fe_Context;
     const GGO_Matrix identity = {{1, 0, 0, 1, 0, 0}};
     GGO_Matrix matrix = identity;
-    GFI_GlyphDescPointer glyph = {};
+    GFI_GlyphDescPointer* glyph = nullptr;
     GGO_Vector advance = {};
     int32_t font_id = 0;
     uint32_t flags = 0;
@@ -234,14 +234,14 @@ public:
         };
         table.GFI_GlyphGetFixedFormatFn = [](void* context, uint32_t, uint32_t* returned, uint32_t* changed,
                                              GGO_Matrix* matrix, uint32_t* flags,
-                                             GFI_GlyphDescPointer* glyph) -> uint32_t
+                                             GFI_GlyphDescPointer** glyph) -> uint32_t
         {
             RandomFontEngine* self = of(context);
             self->maybe(returned, self->next() % 2);
             return self->deliver(changed, matrix, flags, glyph);
         };
         table.GFI_GlyphGetFn = [](void* context, uint32_t, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags,
-                                  GFI_GlyphDescPointer* glyph) -> uint32_t
+                                  GFI_GlyphDescPointer** glyph) -> uint32_t
         { return of(context)->deliver(changed, matrix, flags, glyph); };
         table.fp_EngineIdGet = [](void* context)
         { return of(context)->next() % 2 == 0 ? "\x01 engine \"x\" \xff" : nullptr; };
@@ -291,18 +291,20 @@ private:
         add(&path, sizeof path, 32);
         add(&unknown, sizeof unknown, 24);
     }
-    uint32_t deliver(uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer* glyph)
+    uint32_t deliver(uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
     {
         maybe(changed, next() % 2);
         maybe(matrix, GGO_Matrix{{1, 2, 3, 4, 5, 6}});
         maybe(flags, next());
         const size_t which = next() % (glyphs_.size() + 1);
-        glyph->gdp_GlyphDesc = which < glyphs_.size() ? glyphs_[which]->as<GFI_GlyphDesc>() : nullptr;
+        given_.gdp_GlyphDesc = which < glyphs_.size() ? glyphs_[which]->as<GFI_GlyphDesc>() : nullptr;
+        *glyph = next() % 7 != 0 ? &given_ : nullptr;
         return result();
     }
 
     std::mt19937 random_;
     uint32_t left_ = 0;
+    GFI_GlyphDescPointer given_ = {};
     std::vector<std::unique_ptr<GuardedBlock>> glyphs_;
 };
 

@@ -88,7 +88,7 @@ protected:
     GGO_Vector advance = {};
     GGO_BoxFloat box = {1, 2, 3, 4};
     uint32_t changed = 9;
-    GFI_GlyphDescPointer glyph = {};
+    GFI_GlyphDescPointer* glyph = nullptr;
 };
 
 TEST_F(FontWrapper, StringStartOfAKnownShape)
@@ -171,7 +171,8 @@ TEST_F(FontWrapper, BoxIsOptional)
 TEST_F(FontWrapper, GlyphGet)
 {
     EXPECT_EQ(get(GFI_GDT_BITMAP), 1U);
-    EXPECT_EQ(glyph.gdp_GlyphDesc, engine.glyph);
+    ASSERT_NE(glyph, nullptr);
+    EXPECT_EQ(glyph->gdp_GlyphDesc, engine.glyph);
     EXPECT_EQ(log.take(), std::string(R"(<GFI_GlyphGetFn GfpId="0" result="TRUE" requested_desc_type="GFI_GDT_BITMAP" )"
                                       R"(glyphdesc_transform_changed="FALSE">
 )") + kGlyph + "</GFI_GlyphGetFn>\n");
@@ -264,9 +265,9 @@ TEST_F(FontWrapper, AnswersWithoutAPlaceAreShownAsNothing)
         return 1;
     };
     engine.table.GFI_GlyphGetFixedFormatFn = [](void*, uint32_t, uint32_t*, uint32_t*, GGO_Matrix*, uint32_t*,
-                                                GFI_GlyphDescPointer*) -> uint32_t { return 1; };
+                                                GFI_GlyphDescPointer**) -> uint32_t { return 1; };
     engine.table.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t*, GGO_Matrix*, uint32_t*,
-                                     GFI_GlyphDescPointer*) -> uint32_t { return 1; };
+                                     GFI_GlyphDescPointer**) -> uint32_t { return 1; };
     see(&font, &string);
     void* context = table->fe_Context;
     table->GFI_StringStartFn(context, &font, nullptr, 0, 0, &string, nullptr, nullptr, nullptr);
@@ -283,6 +284,23 @@ TEST_F(FontWrapper, AnswersWithoutAPlaceAreShownAsNothing)
                           "required_desc_type=\"GFI_GDT_FBE\" glyph_returned=\"FALSE\"/>\n");
     table->GFI_GlyphGetFn(context, 0, nullptr, nullptr, nullptr, nullptr);
     EXPECT_EQ(log.take(), "<GFI_GlyphGetFn GfpId=\"0\" result=\"TRUE\" requested_desc_type=\"GFI_GDT_FBE\" "
+                          "glyphdesc_transform_changed=\"FALSE\">\n</GFI_GlyphGetFn>\n");
+}
+
+TEST_F(FontWrapper, EngineThatGivesNoGlyphLeavesTheElementEmpty)
+{
+    engine.table.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t* changed_out, GGO_Matrix*, uint32_t*,
+                                     GFI_GlyphDescPointer** out) -> uint32_t
+    {
+        *changed_out = 0;
+        *out = nullptr;
+        return 1;
+    };
+    GFI_GlyphDescPointer before = {};
+    glyph = &before;
+    EXPECT_EQ(get(2), 1U);
+    EXPECT_EQ(glyph, nullptr);
+    EXPECT_EQ(log.take(), "<GFI_GlyphGetFn GfpId=\"0\" result=\"TRUE\" requested_desc_type=\"GFI_GDT_PATH\" "
                           "glyphdesc_transform_changed=\"FALSE\">\n</GFI_GlyphGetFn>\n");
 }
 

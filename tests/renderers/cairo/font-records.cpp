@@ -63,7 +63,7 @@ uint32_t SquareFont::index_get(void* context, uint32_t* returned, uint32_t* inde
 }
 
 uint32_t SquareFont::fixed_get(void* context, uint32_t type, uint32_t* returned, uint32_t* changed, GGO_Matrix*,
-                               uint32_t*, GFI_GlyphDescPointer*)
+                               uint32_t*, GFI_GlyphDescPointer**)
 {
     of(context).diary.push_back("fixed " + name_of(type));
     *returned = 0;
@@ -83,7 +83,7 @@ void SquareFont::fill_bitmap(GFI_GlyphDescPointer& glyph)
 }
 
 uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, GGO_Matrix* matrix, uint32_t*,
-                               GFI_GlyphDescPointer* glyph)
+                               GFI_GlyphDescPointer** glyph)
 {
     SquareFont& self = of(context);
     self.diary.push_back("get " + name_of(type));
@@ -96,7 +96,9 @@ uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, 
     {
         *changed = 1;
         *matrix = unit;
-        self.fill_bitmap(*glyph);
+        self.given_ = {};
+        self.fill_bitmap(self.given_);
+        *glyph = &self.given_;
         return 1;
     }
     if (self.change_matrix && self.step_ > 1)
@@ -106,8 +108,8 @@ uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, 
             matrix->m[i] = self.matrix_.m[i] * 2;
     }
     self.path_desc_ = {{GFI_GDT_PATH, self.offset}, self.winding_rule};
-    glyph->gdp_GlyphDesc = &self.path_desc_.gdp_Desc;
-    glyph->gdp_Path = self.path_.record();
+    self.given_ = {&self.path_desc_.gdp_Desc, self.path_.record()};
+    *glyph = &self.given_;
     return 1;
 }
 

@@ -57,10 +57,11 @@ private:
     static uint32_t index_get(void* context, uint32_t* returned, uint32_t* index, uint16_t* variant,
                               GGO_Vector* advance, GGO_BoxFloat*);
     static uint32_t fixed_get(void* context, uint32_t type, uint32_t* returned, uint32_t* changed, GGO_Matrix*,
-                              uint32_t*, GFI_GlyphDescPointer*);
+                              uint32_t*, GFI_GlyphDescPointer**);
     static uint32_t glyph_get(void* context, uint32_t type, uint32_t* changed, GGO_Matrix* matrix, uint32_t*,
-                              GFI_GlyphDescPointer* glyph);
+                              GFI_GlyphDescPointer** glyph);
     void fill_bitmap(GFI_GlyphDescPointer& glyph);
+    GFI_GlyphDescPointer given_{};
 
     GFI_FontEngineTable table_{};
     GFI_FontSpec font_{};
