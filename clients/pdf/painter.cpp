@@ -427,17 +427,38 @@ void Painter::end_group()
                      });
 }
 
-bool Painter::begin_mask()
+// The part of the present layer that shows `seen`, in whole pixels of it.
+Painter::Layer Painter::mask_layer(const GGO_BoxFloat& seen) const
+{
+    constexpr double margin = 2;
+    const Layer& whole = layers_.back();
+    Layer layer;
+    layer.is_mask = true;
+    layer.content_to_pixels = whole.content_to_pixels;
+    layer.width = whole.width;
+    layer.height = whole.height;
+    if (!std::isfinite(seen.gbf_MaxX - seen.gbf_MinX) || !std::isfinite(seen.gbf_MaxY - seen.gbf_MinY))
+    {
+        return layer;
+    }
+    const GGO_BoxFloat box = rectangle(seen).transformed(whole.content_to_pixels).bounds();
+    const double left = std::clamp(std::floor(box.gbf_MinX) - margin, 0.0, whole.width - 1.0);
+    const double top = std::clamp(std::floor(box.gbf_MinY) - margin, 0.0, whole.height - 1.0);
+    const double right = std::clamp(std::ceil(box.gbf_MaxX) + margin, left + 1, static_cast<double>(whole.width));
+    const double bottom = std::clamp(std::ceil(box.gbf_MaxY) + margin, top + 1, static_cast<double>(whole.height));
+    layer.content_to_pixels = multiply(whole.content_to_pixels, translation(-left, -top));
+    layer.width = static_cast<uint32_t>(right - left);
+    layer.height = static_cast<uint32_t>(bottom - top);
+    return layer;
+}
+
+bool Painter::begin_mask(const GGO_BoxFloat& seen)
 {
     if (layers_.empty() || layers_.size() >= greatest_layer_depth)
     {
         return false;
     }
-    Layer layer;
-    layer.is_mask = true;
-    layer.content_to_pixels = layers_.back().content_to_pixels;
-    layer.width = layers_.back().width;
-    layer.height = layers_.back().height;
+    Layer layer = mask_layer(seen);
     const ORV_FaceProperties face = face_of(layer);
     for (size_t i = 0; i < 2; i++)
     {

@@ -118,8 +118,9 @@ public:
     void begin_group(const Group& group);
     void end_group();
 
-    // What is painted until end_mask goes into the pictures of a mask. False if that can't be had.
-    bool begin_mask();
+    // What is painted until end_mask goes into the pictures of a mask, of which no more than `seen`, a box in
+    // content space, will be looked at; a box whose size is no number means all. False if that can't be had.
+    bool begin_mask(const GGO_BoxFloat& seen);
     MaskPictures end_mask();
 
     // What is painted until end_resource goes into a resource under this key. False if it can't be had.
@@ -178,6 +179,7 @@ private:
     void finish_drawings();
     void discard_drawings(Layer& layer);
     ORV_FaceProperties face_of(const Layer& layer) const;
+    Layer mask_layer(const GGO_BoxFloat& seen) const;
 
     Server main_;
     FontEngine font_engine_;

@@ -2,6 +2,7 @@
 
 #include "clients/pdf/poppler/groups.h"
 
+#include "clients/pdf/orv-records.h"
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
 
@@ -34,7 +35,8 @@ void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
     if (start.for_soft_mask)
     {
         open.blending_space.reset(start.blending_space != nullptr ? start.blending_space->copy() : nullptr);
-        open.painted = canvas.painter->begin_mask();
+        // The mask is of no use outside the clip that it begins in: that can only get narrower.
+        open.painted = canvas.painter->begin_mask(clip_bounds(outside.clip));
     }
     else
     {
@@ -107,7 +109,7 @@ void set_stencil_mask(SoftMasks& masks, Canvas& canvas, GfxState* state, const I
 {
     const GGO_Matrix to_content = user_to_content(canvas, state);
     masks.set_aside = canvas.content.mask;
-    if (paintable(stencil, to_content) && canvas.painter->begin_mask())
+    if (paintable(stencil, to_content) && canvas.painter->begin_mask(clip_bounds(canvas.content.clip)))
     {
         canvas.painter->stencil(stencil, pixels_to(stencil, to_content), gray(1), PaintState{});
         canvas.content.mask = make_mask(canvas.painter->end_mask(), MaskRule{});

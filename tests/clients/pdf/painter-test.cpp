@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace
 {
 
@@ -114,9 +116,30 @@ TEST_F(PainterTest, RecordsAResourceOnce)
     EXPECT_EQ(fake.count("resource_destroy"), 1U);
 }
 
+constexpr double far = std::numeric_limits<double>::max();
+constexpr GGO_BoxFloat everywhere{-far, -far, far, far};
+
+TEST_F(PainterTest, DrawsNoMoreOfAMaskThanIsSeen)
+{
+    // A page of one inch by half an inch, 100 pixels to an inch.
+    ASSERT_TRUE(painter.begin_mask({0.2, 0.1, 0.3, 0.2}));
+    Colour white = black;
+    white.value[0] = 1;
+    painter.fill(rectangle({0.25, 0, 1, 1}), Winding::non_zero, white, PaintState{});
+    const MaskPictures pictures = painter.end_mask();
+    EXPECT_NEAR(pictures.on_black.width, 14, 1);
+    EXPECT_NEAR(pictures.on_black.height, 14, 1);
+    EXPECT_EQ(pictures.on_black.pixels[0], 0U);
+    EXPECT_EQ(pictures.on_black.pixels[13], 0xFFFFFFU);
+    const auto mask = make_mask(pictures, MaskRule{});
+    EXPECT_NEAR(transform(mask->pixels_to_content, GGO_Point{0, 0}).gpf_X, 0.25, 1e-9);
+    ASSERT_TRUE(painter.begin_mask({7, 7, 8, 8}));
+    EXPECT_EQ(painter.end_mask().on_black.pixels.size(), 1U);
+}
+
 TEST_F(PainterTest, DrawsMasksElsewhere)
 {
-    ASSERT_TRUE(painter.begin_mask());
+    ASSERT_TRUE(painter.begin_mask(everywhere));
     Colour white = black;
     white.value[0] = 1;
     painter.fill(rectangle({0.25, 0.125, 0.5, 0.25}), Winding::non_zero, white, PaintState{});
@@ -139,7 +162,7 @@ TEST_F(PainterTest, DrawsMasksElsewhere)
 TEST_F(PainterTest, MasksWithinMasksAndNoDeeperThanCanBe)
 {
     int depth = 0;
-    while (painter.begin_mask())
+    while (painter.begin_mask(everywhere))
     {
         ASSERT_LT(++depth, 100);
     }
@@ -188,7 +211,7 @@ TEST(Painter, PaintsNothingWithoutAPage)
     painter.fill(rectangle({0, 0, 1, 1}), Winding::non_zero, Colour{}, PaintState{});
     painter.begin_group(Group{});
     painter.end_group();
-    EXPECT_FALSE(painter.begin_mask());
+    EXPECT_FALSE(painter.begin_mask(everywhere));
     painter.end_page();
     painter.end_document();
     EXPECT_EQ(fake.count("object_paint"), 0U);
