@@ -220,6 +220,10 @@ TEST_F(ColourTicket, StandsBehindThePropertiesOfADrawingAndAtTheHeadOfAGroup)
     </ORV_group_start.op>
   </ORV_group_start>
 )");
+    // Shutdown gives back what was left open, while the tickets are there.
+    test = nullptr;
+    EXPECT_EQ(one.references, 0);
+    EXPECT_EQ(two.references, 0);
 }
 
 TEST_F(ColourTicket, AFailingSerialiserIsNotLookedAt)
