@@ -26,7 +26,8 @@ struct CallSummary
     std::string colour;               // "rgb(1 0 0)", "image 40x40 rgb 8 bits"; empty likewise
 };
 
-// Follows the drawings of a log. Memory goes with what is open at a time.
+// Follows the drawings of a log. Memory goes with the drawings that are open and the resources that are there, of each
+// 65536 at most: beyond that, those with the lowest numbers are forgotten.
 class CallSummaries
 {
 public:

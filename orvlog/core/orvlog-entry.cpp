@@ -97,7 +97,8 @@ ORVLOG_Session* session_of(const ORV_Interface* table)
     return static_cast<ORVLOG_Session*>(table->document_start.context);
 }
 
-// The client is asked to finish what it opened; what it left is given back all the same.
+// The client is asked to finish what it opened. The memory of what it left is given back all the same, without a call
+// to the renderer, an engine or the colour manager: the client may have ended them already.
 void release_open_work(ORVLOG_Session* session)
 {
     while (session->live_drawings != nullptr)
@@ -110,7 +111,7 @@ void release_open_work(ORVLOG_Session* session)
         orvlog_close_document(session->live_documents);
     orvlog_close_images(session);
     font_wrapper_release_all(session);
-    orvlog_clear_colour_frames(session);
+    orvlog_free_colour_frames(session);
     orvlog_session_clear_scratch(session);
 }
 

@@ -46,6 +46,9 @@ void orvlog_session_clear_scratch(ORVLOG_Session* session)
         session->object_scratch = pair->next;
         allocator->gmm_Free(allocator, pair);
     }
+    session->pairs_by_font = nullptr;
+    session->pairs_by_string = nullptr;
+    session->pairs_by_both = nullptr;
 }
 
 bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing)

@@ -433,11 +433,6 @@ void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& 
 
 }  // namespace
 
-bool is_image(const GOP_Operand& operand)
-{
-    return operand.go_OpType == GOP_OPERAND_IMAGE || operand.go_OpType == GOP_OPERAND_IMAGE_TILE;
-}
-
 void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, ColourSpaces& spaces,
                 Complaints& complaints, Image& image)
 {
