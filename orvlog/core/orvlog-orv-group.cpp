@@ -161,7 +161,7 @@ void orvlog_pop_group(ORVLOG_DrawingContext* drawing)
     if (frame->owns_font_wrapper != 0)
         font_wrapper_end_scope(session, frame->font_wrapper, frame->saved_font_wrapper);
     session->current_font_wrapper = frame->saved_font_wrapper;
-    if (orvlog_operand_is_image(frame->replaced_operand))
+    if (frame->replaced_operand != nullptr)
         ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(frame->replaced_operand), frame->operand_kept);
     orvlog_unlink_group_frame(drawing);
 }

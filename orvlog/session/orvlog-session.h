@@ -5,6 +5,7 @@
 
 #include "orvlog/interface/orvlog.h"
 #include "orvlog/log/orvlog-writer.h"
+#include "orvlog/session/orvlog-image-slots.h"
 
 #include <cstdint>
 
@@ -13,7 +14,6 @@ struct ORVLOG_ColourFrame;
 struct ORVLOG_DocumentContext;
 struct ORVLOG_DrawingContext;
 struct ORVLOG_GroupFrame;
-struct ORVLOG_ImageHandle;
 struct ORVLOG_TicketEntry;
 
 // Values of logging_mode. Anything but base counts as transparent.
@@ -111,8 +111,8 @@ struct ORVLOG_Session
     FontEngineWrapper* live_font_wrappers;   // all wrappers that have not been destroyed
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded
-    ORVLOG_ImageHandle* kept_images;         // all images that a renderer has asked to keep, released or not
     ORVLOG_ColourFrame* unreleased_frames;   // popped frames whose ticket could not be released
+    ORVLOG_ImageSlots image_slots;  // where the records of wrapped images stand
 };
 
 // What the client holds as its document.
@@ -156,6 +156,9 @@ static_assert(sizeof(ORVLOG_ImageParams) == 1012);
 // A session for dumping records without a log: it writes to the standard output, in transparent mode, and has no
 // allocator, so that its warnings are dropped.
 ORVLOG_Session* orvlog_standalone_session(void);
+
+// Frees a session that has ended; while images are kept its block stands, and goes with the last of them.
+void orvlog_free_session(ORVLOG_Session* session);
 
 // Gives back all nodes of object_scratch and empties it.
 void orvlog_session_clear_scratch(ORVLOG_Session* session);
