@@ -2,6 +2,7 @@
 #include "tools/usage.h"
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -107,6 +108,8 @@ int fail(const std::string& message)
 
 int main(int argc, char** argv)
 {
+    // A file that may grow no further is an error as any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     try
     {
         return tool::main_of_tool(argc, argv);

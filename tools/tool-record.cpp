@@ -1,6 +1,7 @@
 #include "tools/child-program.h"
 #include "tools/command.h"
 #include "tools/record-summary.h"
+#include "tools/signals.h"
 #include "tools/temporary-folder.h"
 #include "tools/tool-input.h"
 #include "tools/tool-output.h"
@@ -38,6 +39,7 @@ struct RecordOptions
     std::string image_prefix;
     std::string png_folder;
     std::string ticket_folder;
+    std::string page_timeout;
     unsigned dpi = 96;
     bool no_renderer = false;
     bool check = false;
@@ -71,17 +73,21 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->capture_default_str();
     app.add_option("--images-beside", options.image_prefix, "image data goes to files PREFIX-..., not into the log")
         ->type_name("PREFIX");
-    app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
+    auto* silent = app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
     app.add_option("--png", options.png_folder, "folder for the page images instead of the document's")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->excludes(silent);
     app.add_option("--dpi", options.dpi, "resolution of the page images")
         ->type_name("N")
         ->check(CLI::Range(1U, 2400U))
         ->capture_default_str();
-    app.add_flag("--check", options.check, "draw again without the logger and compare each pixel");
+    app.add_flag("--check", options.check, "draw again without the logger and compare each pixel")->excludes(silent);
     app.add_flag("--keep-images", options.keep_images, "let the renderer keep images until a drawing ends");
     app.add_flag("--compressed", options.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", options.temporary_log, "log to a temporary file first, then merge");
+    app.add_option("--page-timeout", options.page_timeout, "break off a page that takes longer than S seconds")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, 1e6));
     app.add_option("--save-tickets", options.ticket_folder, "save the job's colour tickets in DIR")->type_name("DIR");
 }
 
@@ -97,9 +103,11 @@ std::string folder_of(const path& document)
     return folder.empty() ? "." : folder.string();
 }
 
-std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& summary_file)
+// A log for the standard output is the file `log_file` first; what lies beside it goes to the present folder.
+std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& log_file,
+                                      const std::string& summary_file)
 {
-    std::vector<std::string> words = {options.document, "-o",       options.log,   "--mode",
+    std::vector<std::string> words = {options.document, "-o",       log_file,      "--mode",
                                       options.mode,     "--glyphs", options.glyphs};
     const auto option = [&words](const char* name, const std::string& value)
     {
@@ -120,22 +128,24 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     flag("--keep-images", options.keep_images);
     flag("--compressed", options.compressed);
     flag("--via-temporary-log", options.temporary_log);
+    option("--page-timeout", options.page_timeout);
     option("--save-tickets", options.ticket_folder);
+    option("--folder-beside", options.log == "-" ? "." : "");
     flag("--progress", isatty(STDERR_FILENO) != 0);
     option("--summary", summary_file);
     return words;
 }
 
-// A log on the standard output has it for itself.
-void print_summary(const RecordOptions& options, const std::string& file)
+// A log on the standard output has it for itself. What a failed job has left is not spoken of as if it were whole.
+void print_summary(const RecordOptions& options, const std::string& file, bool good)
 {
     auto summary = read_record_summary(file);
     if (!summary)
         return;
     std::FILE* output = options.log == "-" ? stderr : stdout;
-    summary->log = options.log == "-" ? "the standard output" : summary->log;
+    summary->log = !good ? "" : options.log == "-" ? "the standard output" : summary->log;
     std::fputs(format_record_summary(*summary).c_str(), output);
-    if (!options.png_folder.empty() && summary->pages.value_or(0) > 0)
+    if (good && summary->page_images.value_or(0) > 0)
         std::fprintf(output, "page images in %s\n", options.png_folder.c_str());
 }
 
@@ -187,16 +197,15 @@ int draw(const RecordOptions& options)
         return fail("orvlog-record, which reads PDF documents, is not installed");
     const TemporaryFolder folder;
     const std::string summary = folder.path("summary");
-    RecordOptions handed_on = options;
-    if (options.log == "-")
-        handed_on.log = folder.path("log");
-    const int status = run_program(program, arguments_of(handed_on, summary));
+    const std::string log = options.log == "-" ? folder.path("log") : options.log;
+    const int status = run_program(program, arguments_of(options, log, summary));
     if (status < 0)
         return fail(program + ": " + std::strerror(errno));
-    if (options.log == "-" && !put_out(handed_on.log))
+    if (options.log == "-" && !put_out(log))
         return fail(std::string("standard output: ") + std::strerror(errno));
-    print_summary(options, summary);
-    return status;
+    const int signal = signal_received();
+    print_summary(options, summary, status == EXIT_DONE && signal == 0);
+    return signal != 0 ? EXIT_SIGNAL + signal : status;
 }
 
 int record(RecordOptions options)

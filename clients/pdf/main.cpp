@@ -2,10 +2,12 @@
 //
 // orvlog-record: draws the pages of a PDF file through the logger.
 
+#include "clients/pdf/interruption.h"
 #include "clients/pdf/job.h"
 
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -36,15 +38,22 @@ void declare(CLI::App& app, CommandLine& line)
     app.add_option("--glyphs", line.glyphs, "the forms in which glyphs are asked for")
         ->check(CLI::IsMember({"outlines", "bitmaps", "all"}));
     app.add_option("--images-beside", job.image_prefix, "image data goes to files PREFIX-...")->type_name("PREFIX");
-    app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
-    app.add_option("--png", job.png_folder, "folder for page images; none without it")->type_name("DIR");
+    auto* silent = app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
+    app.add_option("--png", job.png_folder, "folder for page images; none without it")
+        ->type_name("DIR")
+        ->excludes(silent);
     app.add_option("--dpi", job.dpi, "pixels for each inch")->check(CLI::Range(1U, 2400U));
-    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel");
+    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel")->excludes(silent);
+    app.add_option("--page-timeout", job.seconds_for_page, "break off a page that takes longer, in seconds")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, 1e6));
     app.add_flag("--progress", line.progress, "show a progress bar on standard error");
     app.add_flag("--keep-images", job.keep_images, "keep images until a drawing ends");
     app.add_flag("--compressed", job.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", job.via_temporary_log, "log to a temporary file first, then merge");
     app.add_option("--save-tickets", job.ticket_folder, "folder for the job's colour tickets")->type_name("DIR");
+    app.add_option("--folder-beside", job.folder_beside, "where the files beside the log go instead of its folder")
+        ->type_name("DIR");
     app.add_option("--summary", line.summary, "write a summary of the job as JSON")->type_name("FILE");
 }
 
@@ -126,6 +135,7 @@ int record(CommandLine& line)
             return fail(folder + ": " + error.message());
         }
     }
+    pdf_client::watch_for_interruption();
     const pdf_client::JobResult result = pdf_client::run_job(job);
     for (const std::string& message : result.summary.messages)
     {
@@ -139,6 +149,10 @@ int record(CommandLine& line)
     {
         return fail(line.summary + " can't be written");
     }
+    if (result.interrupted != 0)
+    {
+        return 128 + result.interrupted;
+    }
     return result.errors.empty() ? 0 : 1;
 }
 
@@ -149,7 +163,22 @@ int main(int argc, char** argv)
     CLI::App app("Draws the pages of a PDF file through the logger.", "orvlog-record");
     CommandLine line;
     declare(app, line);
-    CLI11_PARSE(app, argc, argv);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::CallForHelp&)
+    {
+        std::fputs(app.help().c_str(), stdout);
+        return 0;
+    }
+    catch (const CLI::ParseError& error)
+    {
+        std::fprintf(stderr, "orvlog-record: %s\n", error.what());
+        return 2;
+    }
+    // A file that may grow no further is an error as any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     try
     {
         return record(line);
