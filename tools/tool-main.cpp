@@ -1,3 +1,4 @@
+#include "clients/command-line/progress-bar.h"
 #include "tools/command.h"
 #include "tools/usage.h"
 
@@ -98,9 +99,15 @@ std::span<const Command> commands()
     return COMMANDS;
 }
 
+void say(const std::string& message)
+{
+    command_line::ProgressBar::clear();
+    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+}
+
 int fail(const std::string& message)
 {
-    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+    say(message);
     return EXIT_FAILED;
 }
 

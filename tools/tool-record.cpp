@@ -1,3 +1,5 @@
+#include "clients/command-line/number-range.h"
+#include "clients/command-line/progress-bar.h"
 #include "tools/child-program.h"
 #include "tools/command.h"
 #include "tools/record-summary.h"
@@ -16,7 +18,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <regex>
 #include <vector>
 
 namespace tool
@@ -48,23 +49,14 @@ struct RecordOptions
     bool temporary_log = false;
 };
 
-std::string check_pages(const std::string& text)
-{
-    static const std::regex form("([1-9][0-9]{0,8})(-([1-9][0-9]{0,8}))?");
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form))
-        return "pages are given as A or A-B, counting from 1";
-    if (parts[3].matched && std::stoul(parts[1]) > std::stoul(parts[3]))
-        return "the last page comes before the first";
-    return {};
-}
-
 void declare_options(CLI::App& app, RecordOptions& options)
 {
     app.add_option("FILE", options.document, "the PDF document: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml; - for standard output")
         ->type_name("LOG");
-    app.add_option("--pages", options.pages, "only these pages, from 1")->type_name("A-B")->check(check_pages);
+    app.add_option("--pages", options.pages, "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
         ->check(CLI::IsMember({"transparent", "base"}))
         ->capture_default_str();
@@ -131,7 +123,7 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     option("--page-timeout", options.page_timeout);
     option("--save-tickets", options.ticket_folder);
     option("--folder-beside", options.log == "-" ? "." : "");
-    flag("--progress", isatty(STDERR_FILENO) != 0);
+    flag("--progress", command_line::bar_has_room());
     option("--summary", summary_file);
     return words;
 }

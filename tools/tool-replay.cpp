@@ -1,5 +1,6 @@
 // orvlog replay: the job of a log once more, from the log alone.
 
+#include "clients/command-line/number-range.h"
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"
@@ -12,7 +13,6 @@
 #include <cairo-svg.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -41,7 +41,7 @@ struct ReplayOptions
     std::string svg;
     std::string pdf;
     std::string renderer;
-    std::string pages;
+    command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
     int64_t up_to = -1;
 };
@@ -54,7 +54,7 @@ public:
     {
         constexpr size_t most = 100;
         if (said_.size() < most && said_.insert(line).second)
-            std::fprintf(stderr, "orvlog: %s\n", line.c_str());
+            tool::say(line);
     }
 
 private:
@@ -202,27 +202,6 @@ private:
     void* comment_context_ = nullptr;
 };
 
-// "3", "3-7", "3-".
-bool read_pages(const std::string& text, orvlog::replay::Options* options)
-{
-    if (text.empty())
-        return true;
-    const char* end = text.data() + text.size();
-    auto first = std::from_chars(text.data(), end, options->first_page);
-    if (first.ec != std::errc() || options->first_page == 0)
-        return false;
-    options->last_page = options->first_page;
-    if (first.ptr == end)
-        return true;
-    if (*first.ptr != '-')
-        return false;
-    options->last_page = UINT32_MAX;
-    if (first.ptr + 1 == end)
-        return true;
-    const auto last = std::from_chars(first.ptr + 1, end, options->last_page);
-    return last.ec == std::errc() && last.ptr == end && options->last_page >= options->first_page;
-}
-
 // A log is read twice, once to see what it is and once to play it.
 std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& source)
 {
@@ -241,8 +220,8 @@ public:
     int run()
     {
         orvlog::replay::Options play;
-        if (!read_pages(options_.pages, &play))
-            return fail("--pages takes a page or a range of pages, like 2 or 2-5");
+        play.first_page = options_.pages.first;
+        play.last_page = options_.pages.last;
         Source source(options_.log);
         if (!source.open())
             return fail(options_.log + ": " + source.why());
@@ -379,7 +358,11 @@ Run declare_replay(CLI::App& app)
         ->expected(0, 1)
         ->default_str(".")
         ->excludes(svg);
-    app.add_option("--pages", options->pages, "only these pages, from 1")->type_name("A-B");
+    app.add_option_function<std::string>(
+           "--pages", [options](const std::string& text) { command_line::read_pages(text, &options->pages); },
+           "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
     app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
