@@ -3,12 +3,11 @@
 #include "clients/pdf/job.h"
 
 #include "clients/pdf/interruption.h"
+#include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/files-beside.h"
-#include "clients/stream/temporary-log.h"
-#include "orvlog/core/orvlog-entry.h"
 #include "reader/files-due.h"
 #include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
@@ -16,7 +15,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdarg>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -53,109 +51,6 @@ public:
 
 private:
     std::vector<std::string> lines_;
-};
-
-// The logger between the painter and a renderer, for the time of one job.
-class LoggedInterface
-{
-public:
-    // Null with the reason in `why` if the session can't be had. `prefix` is that of the files of images, if any.
-    static std::unique_ptr<LoggedInterface> create(const JobOptions& options, const std::string& prefix,
-                                                   const ORV_Interface* renderer, GIO_Stream* log, std::string& why)
-    {
-        std::unique_ptr<LoggedInterface> result(new LoggedInterface);
-        // Images that are kept while a log is coded on the fly would take bits out of its stream.
-        if (options.via_temporary_log || (options.compressed && options.keep_images))
-        {
-            result->detour_ = client_stream::TemporaryLog::open(result->identity_.source());
-            if (result->detour_ == nullptr)
-            {
-                why = std::string("the temporary log can't be opened: ") + std::strerror(errno);
-                return nullptr;
-            }
-        }
-        const bool direct = result->detour_ == nullptr;
-        ORVLOG_SessionOptions session{};
-        session.interface_out = &result->table_;
-        session.interface_in = renderer;
-        session.allocator = result->allocator_.allocator();
-        session.identity = result->identity_.source();
-        session.log_stream = direct ? log : result->detour_->stream();
-        session.file_prefix = prefix.empty() ? nullptr : prefix.c_str();
-        session.ticket_functions = orvlog::colour::ColourManager::ticket_functions();
-        session.ticket_serial_functions = orvlog::colour::ColourManager::ticket_serial_functions();
-        session.comment_fn_out = &result->comment_;
-        session.comment_ctx_out = &result->comment_context_;
-        session.compress = direct && options.compressed ? 1 : 0;
-        session.mode = ORVLOG_MODE_TRANSPARENT;
-        if (orvlog_create_session_with(&session) == 0)
-        {
-            why = "the logger can't be started";
-            return nullptr;
-        }
-        result->session_ = result->table_.document_start.context;
-        if (options.base_mode)
-        {
-            const ORVLOG_Params params{};
-            ORVLOG_DLL_set_parameters(result->session_, &params);
-            auto* session_record = static_cast<ORVLOG_Session*>(result->session_);
-            session_record->glyph_fixed_format = options.glyphs == JobOptions::Glyphs::all ? 1 : 0;
-            if (options.glyphs == JobOptions::Glyphs::outlines)
-            {
-                session_record->glyph_get_format = GFI_GDT_PATH;
-            }
-        }
-        return result;
-    }
-
-    ~LoggedInterface()
-    {
-        shut_down();
-    }
-
-    void shut_down()
-    {
-        if (session_ != nullptr)
-        {
-            ORVLOG_DLL_shutdown(session_);
-        }
-        session_ = nullptr;
-    }
-
-    // Where the log stands until it is merged; null if it goes straight to its place.
-    client_stream::TemporaryLog* detour() const
-    {
-        return detour_.get();
-    }
-
-    void comment(const std::string& text)
-    {
-        print_comment("%s", text.c_str());
-    }
-
-    const ORV_Interface* table() const
-    {
-        return &table_;
-    }
-
-private:
-    LoggedInterface() = default;
-
-    void print_comment(const char* format, ...)
-    {
-        va_list args;
-        va_start(args, format);
-        comment_(comment_context_, format, args);
-        va_end(args);
-    }
-
-    client_stream::MallocAllocator allocator_;
-    client_stream::RandomIdentity identity_;
-    std::unique_ptr<client_stream::TemporaryLog> detour_;
-    ORV_Interface table_{};
-    void* session_ = nullptr;
-    orvlog_comment_fn_type comment_ = nullptr;
-    void* comment_context_ = nullptr;
 };
 
 // One walk through the document's pages.
