@@ -8,12 +8,16 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orvlog::reader
 {
+
+// The kinds of calls: their names without "ORV_".
+std::span<const std::string_view> call_kinds();
 
 struct CallSummary
 {

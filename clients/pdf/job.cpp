@@ -2,11 +2,14 @@
 
 #include "clients/pdf/job.h"
 
+#include "clients/pdf/interruption.h"
+#include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
-#include "clients/stream/file-stream.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "clients/stream/files-beside.h"
+#include "reader/files-due.h"
+#include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 
 #include <algorithm>
@@ -14,6 +17,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 
 namespace pdf_client
@@ -49,73 +53,6 @@ private:
     std::vector<std::string> lines_;
 };
 
-// The logger between the painter and a renderer, for the time of one job.
-class LoggedInterface
-{
-public:
-    // Null if the session can't be had.
-    static std::unique_ptr<LoggedInterface> create(const JobOptions& options, const ORV_Interface* renderer,
-                                                   GIO_Stream* log)
-    {
-        std::unique_ptr<LoggedInterface> result(new LoggedInterface);
-        ORVLOG_SessionOptions session{};
-        session.interface_out = &result->table_;
-        session.interface_in = renderer;
-        session.allocator = result->allocator_.allocator();
-        session.identity = result->identity_.source();
-        session.log_stream = log;
-        session.file_prefix = options.image_prefix.empty() ? nullptr : options.image_prefix.c_str();
-        session.ticket_functions = orvlog::colour::ColourManager::ticket_functions();
-        session.ticket_serial_functions = orvlog::colour::ColourManager::ticket_serial_functions();
-        session.compress = options.compressed ? 1 : 0;
-        session.mode = ORVLOG_MODE_TRANSPARENT;
-        // Images that are kept while a log is coded on the fly would take bits out of its stream.
-        session.via_temporary_log = options.via_temporary_log || (options.compressed && options.keep_images) ? 1 : 0;
-        if (orvlog_create_session_with(&session) == 0)
-        {
-            return nullptr;
-        }
-        result->session_ = result->table_.document_start.context;
-        if (options.base_mode)
-        {
-            const ORVLOG_Params params{};
-            ORVLOG_DLL_set_parameters(result->session_, &params);
-            auto* session_record = static_cast<ORVLOG_Session*>(result->session_);
-            session_record->glyph_fixed_format = options.glyphs == JobOptions::Glyphs::all ? 1 : 0;
-            if (options.glyphs == JobOptions::Glyphs::outlines)
-            {
-                session_record->glyph_get_format = GFI_GDT_PATH;
-            }
-        }
-        return result;
-    }
-
-    ~LoggedInterface()
-    {
-        shut_down();
-    }
-
-    bool shut_down()
-    {
-        const bool good = session_ == nullptr || ORVLOG_DLL_shutdown(session_) != 0;
-        session_ = nullptr;
-        return good;
-    }
-
-    const ORV_Interface* table() const
-    {
-        return &table_;
-    }
-
-private:
-    LoggedInterface() = default;
-
-    client_stream::MallocAllocator allocator_;
-    client_stream::RandomIdentity identity_;
-    ORV_Interface table_{};
-    void* session_ = nullptr;
-};
-
 // One walk through the document's pages.
 struct Run
 {
@@ -137,8 +74,11 @@ public:
             return result_;
         }
         finish_tickets();
-        run_without_logger();
-        if (options_.check)
+        if (result_.interrupted == 0)
+        {
+            run_without_logger();
+        }
+        if (options_.check && result_.interrupted == 0)
         {
             compare();
         }
@@ -162,7 +102,9 @@ private:
         if (pictures && !options_.png_folder.empty())
         {
             const std::filesystem::path folder(options_.png_folder);
-            options.png_prefix = (folder / std::filesystem::path(options_.document).stem()).string();
+            const std::filesystem::path prefix = folder / std::filesystem::path(options_.document).stem();
+            options.png_prefix = std::filesystem::absolute(prefix).string();
+            options.page_number = [](const cairo_renderer::Page& page) { return page.face_seq_number; };
         }
         options.keep_images = options_.keep_images;
         if (options_.glyphs != JobOptions::Glyphs::outlines)
@@ -212,34 +154,55 @@ private:
         }
         result_.started = true;
         result_.summary.log = options_.log;
+        record(*document, *log);
+        return true;
+    }
+
+    // In the folder where the files beside the log go.
+    void record(PdfDocument& document, client_stream::FileStream& log)
+    {
+        const std::string place = options_.folder_beside.empty() ? options_.log : options_.folder_beside + "/log";
+        const client_stream::FilesBeside beside = client_stream::files_beside(place, options_.image_prefix);
+        if (!beside.trouble.empty())
+        {
+            result_.errors.push_back(beside.trouble);
+            return;
+        }
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
         {
             renderer = make_renderer(logged_pages_, true);
         }
+        const std::filesystem::path from = std::filesystem::current_path();
+        const client_stream::PresentFolder there(beside.folder);
+        std::string why = there.error() ? beside.folder.string() + ": " + there.error().message() : "";
         const std::unique_ptr<LoggedInterface> logger =
-            LoggedInterface::create(options_, renderer != nullptr ? renderer->interface() : nullptr, log->stream());
+            there.error()
+                ? nullptr
+                : LoggedInterface::create(options_, beside.prefix,
+                                          renderer != nullptr ? renderer->interface() : nullptr, log.stream(), why);
         if (logger == nullptr)
         {
-            result_.errors.push_back("the logger can't be started");
-            return false;
+            result_.errors.push_back(why);
+            return;
         }
         const auto start = Clock::now();
-        Run run = walk(*document, logger->table(), true);
-        const bool completed = logger->shut_down();
+        const Run run = walk(document, logger->table(), logger.get());
+        painting_has_ended();
+        logger->shut_down();
+        finish_log(*logger, log, from);
         result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        if (finish_log(*log) && !completed)
-        {
-            result_.errors.push_back("the log could not be completed");
-        }
         if (renderer != nullptr && !renderer->all_pages_written())
         {
             result_.errors.push_back("not all page images could be written");
         }
+        else if (renderer != nullptr && !options_.png_folder.empty())
+        {
+            result_.summary.page_images = renderer->pages_finished();
+        }
         result_.errors.insert(result_.errors.end(), run.errors.begin(), run.errors.end());
         result_.summary.calls = run.counts;
         result_.summary.pages = run.pages;
-        return true;
     }
 
     void finish_tickets()
@@ -253,16 +216,60 @@ private:
         }
     }
 
-    bool finish_log(client_stream::FileStream& log)
+    // Says of each file what of it isn't there.
+    void finish_log(const LoggedInterface& logger, client_stream::FileStream& log, const std::filesystem::path& from)
     {
+        client_stream::TemporaryLog* detour = logger.detour();
+        std::string why;
+        if (detour != nullptr)
+        {
+            look_for_files(detour->name());
+        }
+        const bool merged = detour == nullptr || detour->merge_into(log.stream(), options_.compressed, &why);
         const bool whole = log.close();
         if (!whole)
         {
-            result_.errors.push_back(options_.log + ": " + std::strerror(log.first_error()) +
-                                     "; the log is incomplete");
+            why = options_.log + ": " + std::strerror(log.first_error());
+            result_.errors.push_back(why + "; the log is incomplete");
+        }
+        else if (!merged)
+        {
+            result_.errors.push_back(why + "; the log is incomplete");
+        }
+        if (!merged)
+        {
+            result_.errors.push_back("what was logged can be had by: " + detour->merge_command(from, wanted_log()));
+        }
+        if (detour == nullptr && whole)
+        {
+            look_for_files(from / options_.log);
         }
         result_.summary.log_bytes = log.size();
-        return whole;
+    }
+
+    // For a user whose log goes to the standard output the file that it is until then has no name.
+    std::string wanted_log() const
+    {
+        return options_.folder_beside.empty() ? options_.log : "LOG";
+    }
+
+    // The logger leaves unsaid what it could not write beside the log.
+    void look_for_files(const std::filesystem::path& file)
+    {
+        std::error_code none;
+        if ((options_.image_prefix.empty() && !options_.keep_images) || !std::filesystem::is_regular_file(file, none))
+        {
+            return;
+        }
+        std::ifstream input(file, std::ios::binary);
+        const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(
+            input, [](const std::string& name) { return orvlog::reader::open_beside("", name); });
+        result_.errors.insert(result_.errors.end(), lacking.lines.begin(), lacking.lines.end());
+        if (lacking.count > lacking.lines.size())
+        {
+            result_.errors.push_back("and as much of " + std::to_string(lacking.count - lacking.lines.size()) +
+                                     " further files");
+        }
     }
 
     void run_without_logger()
@@ -278,11 +285,13 @@ private:
             renderer = make_renderer(plain_pages_, false);
         }
         const auto start = Clock::now();
-        walk(*document, renderer != nullptr ? renderer->interface() : null_renderer(), false);
+        walk(*document, renderer != nullptr ? renderer->interface() : null_renderer(), nullptr);
+        painting_has_ended();
         result_.summary.seconds_without_logger = std::chrono::duration<double>(Clock::now() - start).count();
     }
 
-    Run walk(PdfDocument& document, const ORV_Interface* table, bool with_progress)
+    // `logger` is null for a run without it.
+    Run walk(PdfDocument& document, const ORV_Interface* table, LoggedInterface* logger)
     {
         Run run;
         Painter painter(table, sink());
@@ -292,17 +301,34 @@ private:
             return run;
         }
         const int last = std::min(options_.last_page, document.page_count());
-        for (int page = options_.first_page; page <= last; page++)
+        for (int page = options_.first_page; page <= last && result_.interrupted == 0; page++)
         {
             paint_page(document, page, painter, run);
-            if (with_progress && options_.progress)
+            if (logger != nullptr && options_.progress)
             {
                 options_.progress(page - options_.first_page + 1, last - options_.first_page + 1);
             }
+            note_interruption(page, logger);
         }
         painter.end_document();
         run.counts = painter.counts();
         return run;
+    }
+
+    void note_interruption(int page, LoggedInterface* logger)
+    {
+        result_.interrupted = interrupting_signal();
+        if (result_.interrupted == 0)
+        {
+            return;
+        }
+        const std::string what = "interrupted on page " + std::to_string(page);
+        if (logger != nullptr)
+        {
+            logger->comment("The job was " + what + ".\n");
+        }
+        result_.errors.push_back(logger != nullptr ? what + "; the log has what was drawn until then"
+                                                   : "interrupted when the log was written");
     }
 
     void paint_page(PdfDocument& document, int page, Painter& painter, Run& run)
@@ -341,7 +367,16 @@ private:
             run.errors.push_back("the renderer doesn't take " + name);
             return;
         }
-        if (!document.paint_page(static_cast<int>(geometry.number), painter, options_.seconds_for_page))
+        const auto start = Clock::now();
+        bool late = false;
+        document.paint_page(static_cast<int>(geometry.number), painter,
+                            [&]
+                            {
+                                const std::chrono::duration<double> taken = Clock::now() - start;
+                                late = options_.seconds_for_page > 0 && taken.count() > options_.seconds_for_page;
+                                return late || interrupting_signal() != 0;
+                            });
+        if (late)
         {
             run.errors.push_back(name + " took too long and was broken off");
         }

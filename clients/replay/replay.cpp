@@ -59,12 +59,16 @@ double resolution(const GGO_Matrix& inch_to_pixels)
 LogKind examine(std::istream& log)
 {
     LogKind kind;
+    uint32_t last_number = 0;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
     while (const Element* call = elements.next())
     {
         examine_call(*call, false, &kind);
         if (call->name != "ORV_face_start")
             continue;
+        const uint32_t number = reader::read_uint(*call, "face_seq_number");
+        kind.numbered = kind.numbered && number > last_number;
+        last_number = number;
         const Element* face = call->child("ORV_FaceProperties");
         if (kind.faces++ == 0 && face != nullptr)
             kind.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));

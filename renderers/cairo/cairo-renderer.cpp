@@ -379,6 +379,8 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
         complaints_.say_once("pages without pixels, or with more than 32000 at a side, cannot be opened");
         return false;
     }
+    if (options_.page_number)
+        page.number = options_.page_number(page);
     SurfacePtr surface = own_surface(options_.surface_factory ? options_.surface_factory(page) : make_image_page(page));
     if (surface == nullptr || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
     {
