@@ -7,6 +7,7 @@
 #include "clients/pdf/poppler/meshes.h"
 #include "clients/pdf/poppler/path-painting.h"
 #include "clients/pdf/poppler/shadings.h"
+#include "clients/pdf/watched-rows.h"
 
 #include <cmath>
 #include <utility>
@@ -23,6 +24,16 @@ namespace
 {
 
 SplashColor white = {255, 255, 255, 0};
+
+// What an image is called in what is said of it.
+std::string name_of_image(const Object* reference)
+{
+    if (reference == nullptr || !reference->isRef())
+    {
+        return "an image within the content";
+    }
+    return "image " + std::to_string(reference->getRefNum()) + " " + std::to_string(reference->getRefGen()) + " R";
+}
 
 }  // namespace
 
@@ -299,12 +310,13 @@ void PaintingDevice::type3D1(GfxState*, double, double, double, double, double, 
 
 //---- Images
 
-void PaintingDevice::drawImageMask(GfxState* state, Object*, Stream* stream, int width, int height, bool invert,
-                                   bool interpolate, bool inline_image)
+void PaintingDevice::drawImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
+                                   bool invert, bool interpolate, bool inline_image)
 {
     Image stencil = stencil_of(stream, width, height, invert);
     stencil.interpolate = interpolate;
     stencil.restartable = !inline_image;
+    watch(stencil, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (!paintable(stencil, to_content))
     {
@@ -319,12 +331,13 @@ void PaintingDevice::drawImageMask(GfxState* state, Object*, Stream* stream, int
     }
 }
 
-void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                               bool invert, bool inline_image, double*)
 {
     flush_capture();
     Image stencil = stencil_of(stream, width, height, invert);
     stencil.restartable = !inline_image;
+    watch(stencil, name_of_image(reference), complain_);
     set_stencil_mask(masks_, canvas_, state, stencil);
 }
 
@@ -333,13 +346,14 @@ void PaintingDevice::unsetSoftMaskFromImageMask(GfxState*, double*)
     restore_mask(masks_, canvas_);
 }
 
-void PaintingDevice::drawImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
-                               bool interpolate, const int* mask_colours, bool inline_image)
+void PaintingDevice::drawImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
+                               GfxImageColorMap* map, bool interpolate, const int* mask_colours, bool inline_image)
 {
     flush_capture();
     Image image = image_of(stream, width, height, map, mask_colours, canvas_.spaces);
     image.interpolate = interpolate;
     image.restartable = !inline_image;
+    watch(image, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (paintable(image, to_content))
     {
@@ -347,7 +361,7 @@ void PaintingDevice::drawImage(GfxState* state, Object*, Stream* stream, int wid
     }
 }
 
-void PaintingDevice::drawMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::drawMaskedImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                      GfxImageColorMap* map, bool interpolate, Stream* mask_stream, int mask_width,
                                      int mask_height, bool mask_invert, bool mask_interpolate)
 {
@@ -356,10 +370,10 @@ void PaintingDevice::drawMaskedImage(GfxState* state, Object*, Stream* stream, i
     image.interpolate = interpolate;
     Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
     mask.interpolate = mask_interpolate;
-    paint_masked(state, image, mask);
+    paint_masked(state, reference, image, mask);
 }
 
-void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                          GfxImageColorMap* map, bool interpolate, Stream* mask_stream, int mask_width,
                                          int mask_height, GfxImageColorMap* mask_map, bool mask_interpolate)
 {
@@ -372,11 +386,13 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object*, Stream* strea
     {
         complain_("the matte colour of a soft mask is left out");
     }
-    paint_masked(state, image, mask);
+    paint_masked(state, reference, image, mask);
 }
 
-void PaintingDevice::paint_masked(GfxState* state, const Image& image, const Image& mask)
+void PaintingDevice::paint_masked(GfxState* state, const Object* reference, Image image, Image mask)
 {
+    watch(image, name_of_image(reference), complain_);
+    watch(mask, "the mask of " + name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (paintable(image, to_content) && paintable(mask, to_content))
     {

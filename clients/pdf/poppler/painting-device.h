@@ -118,7 +118,7 @@ public:
 
 private:
     void flush_capture();
-    void paint_masked(GfxState* state, const Image& image, const Image& mask);
+    void paint_masked(GfxState* state, const Object* reference, Image image, Image mask);
     bool refresh_font(GfxState* state);
 
     PDFDoc* document_;

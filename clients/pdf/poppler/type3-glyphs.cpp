@@ -26,15 +26,16 @@ public:
         return true;
     }
 
-    bool read_row(uint8_t* row, size_t size) override
+    size_t read_row(uint8_t* row, size_t size) override
     {
         if (position_ + row_bytes_ > rows_.size())
         {
-            return false;
+            return 0;
         }
-        std::copy_n(&rows_[position_], std::min(size, row_bytes_), row);
+        const size_t count = std::min(size, row_bytes_);
+        std::copy_n(&rows_[position_], count, row);
         position_ += row_bytes_;
-        return true;
+        return count;
     }
 
 private:
@@ -77,9 +78,10 @@ void copy_bitmap(const Image& stencil, Glyph& glyph)
 {
     const size_t row = stencil.row_bytes();
     glyph.bitmap.resize(row * stencil.height);
-    stencil.rows->restart();
-    for (uint32_t y = 0; y < stencil.height && stencil.rows->read_row(&glyph.bitmap[y * row], row); y++)
+    bool more = stencil.rows->restart();
+    for (uint32_t y = 0; y < stencil.height && more; y++)
     {
+        more = stencil.rows->read_row(&glyph.bitmap[y * row], row) == row;
     }
     glyph.bitmap_width = stencil.width;
     glyph.bitmap_height = stencil.height;
