@@ -59,7 +59,10 @@ struct LogKind
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
-    uint32_t rendered_types = 0;  // bit N: the renderer has asked for glyphs of the type N, GFI_GDT_*
+    // How the renderer has asked for glyphs: whether some of them in a fixed form, and (bit N) whether a glyph was
+    // first asked for in any other way as the type N, GFI_GDT_*.
+    bool rendered_fixed = false;
+    uint32_t rendered_first = 0;
     uint64_t faces = 0;
     double dpi = 0;  // of the first face; 0 if there is none
     uint32_t glyph_get_type = GFI_GDT_BITMAP;
