@@ -49,7 +49,8 @@ void PaintingDevice::set_painter(Painter* painter)
     canvas_.painter = painter;
     canvas_.content = {};
     canvas_.text = {};
-    text_clip_ = {};
+    type3_.open.clear();
+    text_clip_.reset();
 }
 
 void PaintingDevice::finish_page()
@@ -143,7 +144,9 @@ bool PaintingDevice::tilingPatternFill(GfxState* state, Gfx* gfx, Catalog*, GfxT
     flush_capture();
     const auto draw_cell = [&]
     {
+        std::vector<std::optional<Colour>> outside = std::exchange(type3_.open, {});
         read_cell(document_, this, state, gfx, *pattern);
+        type3_.open = std::move(outside);
         fonts_.stale = true;
     };
     paint_pattern(patterns_, canvas_, state, {*pattern, mat, std::abs(x_step), std::abs(y_step)}, draw_cell, complain_);
@@ -199,16 +202,17 @@ bool PaintingDevice::patchMeshShadedFill(GfxState* state, GfxPatchMeshShading* s
 
 void PaintingDevice::beginTextObject(GfxState*)
 {
-    text_clip_ = {};
+    text_clip_.reset();
 }
 
 void PaintingDevice::endTextObject(GfxState*)
 {
     flush_text(canvas_);
-    if (!text_clip_.empty())
+    // Blanks clip too: nothing is left then.
+    if (text_clip_)
     {
-        canvas_.content.clip = canvas_.painter->narrow(canvas_.content.clip, text_clip_, Winding::non_zero);
-        text_clip_ = {};
+        canvas_.content.clip = canvas_.painter->narrow(canvas_.content.clip, *text_clip_, Winding::non_zero);
+        text_clip_.reset();
     }
 }
 
@@ -254,7 +258,11 @@ void PaintingDevice::drawChar(GfxState* state, double x, double y, double dx, do
     }
     if ((render & 4) != 0)
     {
-        text_clip_.append(glyph->outline.transformed(em_to_content));
+        if (!text_clip_)
+        {
+            text_clip_.emplace();
+        }
+        text_clip_->append(glyph->outline.transformed(em_to_content));
     }
 }
 
@@ -303,9 +311,9 @@ void PaintingDevice::type3D0(GfxState*, double, double)
     flush_capture();
 }
 
-void PaintingDevice::type3D1(GfxState*, double, double, double, double, double, double)
+void PaintingDevice::type3D1(GfxState* state, double, double, double, double, double, double)
 {
-    note_uncoloured(type3_);
+    note_uncoloured(type3_, canvas_, state);
 }
 
 //---- Images
@@ -323,7 +331,8 @@ void PaintingDevice::drawImageMask(GfxState* state, Object* reference, Stream* s
         return;
     }
     const GGO_Matrix place = pixels_to(stencil, to_content);
-    const Colour colour = fill_colour(canvas_, state);
+    const Colour* of_glyph = colour_of_glyph(type3_);
+    const Colour colour = of_glyph != nullptr ? *of_glyph : fill_colour(canvas_, state);
     const PaintState paint = fill_state(canvas_, state);
     if (!capture_stencil(type3_, canvas_, stencil, place, colour, paint))
     {

@@ -11,6 +11,7 @@
 #include "clients/pdf/poppler/type3-glyphs.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <SplashOutputDev.h>
@@ -128,7 +129,7 @@ private:
     Patterns patterns_;
     Type3Glyphs type3_;
     Fonts fonts_;
-    Path text_clip_;
+    std::optional<Path> text_clip_;  // none: no text has clipped
 };
 
 }  // namespace pdf_client

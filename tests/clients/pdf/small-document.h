@@ -27,6 +27,10 @@ std::string from_hex(const std::string& digits);
 // A JPEG 2000 image of 48 by 40 pixels in RGB, each (200, 40, 90).
 std::string jpeg_2000();
 
+// A font of two glyphs, of which "A" is a square as large as the em and " " is blank: three objects, the first of them
+// the font, to be numbered from `number` on.
+std::vector<std::string> square_font(int number);
+
 struct Made
 {
     pdf_client::JobResult result;
