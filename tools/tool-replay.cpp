@@ -150,13 +150,12 @@ private:
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     }
 
-    // That of the job's renderer.
+    // That of the job's renderer, by what it has asked for.
     cairo_renderer::GlyphForm glyph_form() const
     {
-        constexpr uint32_t others = 1U << GFI_GDT_FBE | 1U << GFI_GDT_TRUETYPE | 1U << GFI_GDT_RLE;
-        if ((kind_.rendered_types & others) != 0)
+        if (kind_.rendered_fixed)
             return cairo_renderer::GlyphForm::in_turn;
-        const bool bitmaps = (kind_.rendered_types & 1U << GFI_GDT_BITMAP) != 0;
+        const bool bitmaps = (kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
         return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
     }
 

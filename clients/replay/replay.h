@@ -65,7 +65,10 @@ struct LogKind
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
-    uint32_t rendered_types = 0;  // bit N: the renderer has asked for glyphs of the type N, GFI_GDT_*
+    // How the renderer has asked for glyphs: whether some of them in a fixed form, and (bit N) whether a glyph was
+    // first asked for in any other way as the type N, GFI_GDT_*.
+    bool rendered_fixed = false;
+    uint32_t rendered_first = 0;
     uint64_t faces = 0;
     bool numbered = true;  // the faces' own numbers rise from face to face, from 1 at least
     double dpi = 0;        // of the first face; 0 if there is none
