@@ -181,11 +181,15 @@ void Player::play_cell(const Group& group, const cairo_matrix_t& to_pixels)
 {
     const cairo_matrix_t kept = levels_.back().to_pixels;
     levels_.back().to_pixels = to_pixels;
-    cairo_save(cr_);
-    if (group.has_box)
-        cut(group.box);
+    on_each_plane(
+        [&]
+        {
+            cairo_save(cr_);
+            if (group.has_box)
+                cut(group.box);
+        });
     play(*group.content);
-    cairo_restore(cr_);
+    on_each_plane([&] { cairo_restore(cr_); });
     levels_.back().to_pixels = kept;
 }
 
@@ -217,21 +221,31 @@ bool Player::repeat_by_cell(const Group& group, const Box& content)
     if (columns > max_overlap || rows > max_overlap)
         return false;
     SurfacePtr surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, wide, high));
+    SurfacePtr shape_surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, wide, high));
     cairo_t* cr = cairo_create(surface.get());
+    ContextPtr shape;
+    if (levels_.back().shape != nullptr)
+        shape = ContextPtr(cairo_create(shape_surface.get()), cairo_destroy);
     for (double row = 1.0 - rows; row <= 0.0; row += 1.0)
         for (double column = 1.0 - columns; column <= 0.0; column += 1.0)
         {
             cairo_matrix_t shift{1.0, 0.0, 0.0, 1.0, column * x_length, row * y_length};
             Player player(cr, multiply(shift, to_cell), complaints_);
+            player.levels_.back().shape = shape;
             player.play_cell(group, player.to_pixels());
         }
     cairo_destroy(cr);
-    PatternPtr pattern = own_pattern(cairo_pattern_create_for_surface(surface.get()));
-    cairo_pattern_set_matrix(pattern.get(), &inverse);
-    cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_REPEAT);
-    cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
-    cairo_set_source(cr_, pattern.get());
-    cairo_paint(cr_);
+    on_each_plane(
+        [&]
+        {
+            cairo_surface_t* cell = plane_ == Plane::shape ? shape_surface.get() : surface.get();
+            PatternPtr pattern = own_pattern(cairo_pattern_create_for_surface(cell));
+            cairo_pattern_set_matrix(pattern.get(), &inverse);
+            cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_REPEAT);
+            cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+            cairo_set_source(cr_, pattern.get());
+            cairo_paint(cr_);
+        });
     return true;
 }
 

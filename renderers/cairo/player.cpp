@@ -291,13 +291,20 @@ void Player::paint(const Paint& paint)
 {
     if (levels_.back().hidden)
         return;
+    on_each_plane([&] { paint_plane(paint); });
+}
+
+void Player::paint_plane(const Paint& paint)
+{
     cairo_save(cr_);
     std::vector<const Clip*> masks;
     if (clip(paint.clips, masks))
     {
         PatternPtr source = source_of(paint.brush);
+        if (source != nullptr && plane_ == Plane::shape)
+            source = own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
         if (source != nullptr)
-            composite(source.get(), shape_of(paint), paint.compose, masks);
+            composite(source.get(), shape_of(paint), on_plane(paint.compose), masks);
     }
     cairo_restore(cr_);
 }
@@ -305,7 +312,7 @@ void Player::paint(const Paint& paint)
 void Player::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
                        const std::vector<const Clip*>& masks)
 {
-    if (levels_.back().knockout || reaches_beyond(compose.op))
+    if ((levels_.back().knockout && plane_ != Plane::shape) || reaches_beyond(compose.op))
         return composite_replacing(source, shape, compose, masks);
     const FlatBrush* flat = flat_of(compose.mask);
     double alpha = 1.0;
@@ -357,7 +364,7 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
                                  const std::vector<const Clip*>& masks)
 {
     const Level& level = levels_.back();
-    PatternPtr below = level.backdrop;
+    PatternPtr below = plane_ == Plane::colour ? level.backdrop : nullptr;
     if (!level.knockout)
         below = own_pattern(cairo_pattern_create_for_surface(cairo_get_group_target(cr_)));
     cairo_push_group_with_content(cr_, CAIRO_CONTENT_COLOR_ALPHA);
@@ -444,87 +451,6 @@ void Player::apply_mask(const Compose& compose)
     cairo_set_operator(cr_, in ? CAIRO_OPERATOR_DEST_IN : CAIRO_OPERATOR_DEST_OUT);
     cairo_set_source(cr_, mask.get());
     cairo_paint(cr_);
-}
-
-// Groups.
-
-void Player::begin_layer(const Group& group, Level& level, bool inside_knockout)
-{
-    cairo_surface_t* below = cairo_get_group_target(cr_);
-    const bool readable = cairo_surface_get_type(below) == CAIRO_SURFACE_TYPE_IMAGE;
-    bool isolated = group.isolated;
-    if (!isolated && (!readable || inside_knockout || group.compose.op != CAIRO_OPERATOR_OVER))
-    {
-        complaints_.say_once("groups that aren't isolated are painted as isolated in knockout groups, on vector "
-                             "surfaces, and under a blend mode");
-        isolated = true;
-    }
-    level.knockout = group.knockout;
-    level.on_backdrop = !isolated;
-    PatternPtr backdrop = isolated ? nullptr : own_pattern(cairo_pattern_create_for_surface(below));
-    if (group.knockout)
-        level.backdrop = backdrop;
-    cairo_push_group_with_content(cr_, CAIRO_CONTENT_COLOR_ALPHA);
-    cairo_reset_clip(cr_);
-    if (backdrop == nullptr)
-        return;
-    cairo_set_operator(cr_, CAIRO_OPERATOR_SOURCE);
-    cairo_set_source(cr_, backdrop.get());
-    cairo_paint(cr_);
-    cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
-}
-
-void Player::begin_group(const Group& group)
-{
-    const bool inside_knockout = levels_.back().knockout;
-    Level level;
-    cairo_save(cr_);
-    level.hidden = levels_.back().hidden || group.compose.op == CAIRO_OPERATOR_DEST || !clip(group.clips, level.masks);
-    level.to_pixels = multiply(group.retransform, to_pixels());
-    level.hidden = level.hidden || !is_finite(level.to_pixels);
-    level.through = !group.isolated && !group.knockout && !inside_knockout && group.compose.op == CAIRO_OPERATOR_OVER &&
-                    group.compose.mask_mode == MaskMode::none && level.masks.empty();
-    if (!level.hidden && !level.through)
-        begin_layer(group, level, inside_knockout);
-    levels_.push_back(std::move(level));
-    if (group.has_box && !levels_.back().hidden)
-        cut(group.box);
-}
-
-void Player::end_group(const Group& group)
-{
-    const Level level = std::move(levels_.back());
-    levels_.pop_back();
-    if (!level.hidden && !level.through)
-    {
-        PatternPtr layer = own_pattern(cairo_pop_group(cr_));
-        Shape all;
-        all.everything = true;
-        Compose compose = group.compose;
-        if (level.on_backdrop)
-            compose.op = CAIRO_OPERATOR_SOURCE;
-        if (levels_.back().knockout)
-        {
-            complaints_.say_once("groups inside knockout groups are painted over what lies there");
-            levels_.back().knockout = false;
-            composite(layer.get(), all, compose, level.masks);
-            levels_.back().knockout = true;
-        }
-        else
-            composite(layer.get(), all, compose, level.masks);
-    }
-    cairo_restore(cr_);
-}
-
-void Player::group(const Group& group)
-{
-    if (levels_.back().hidden || group.content == nullptr)
-        return;
-    if (group.repetition.x_step != 0.0 || group.repetition.y_step != 0.0)
-        return repeat(group);
-    begin_group(group);
-    play(*group.content);
-    end_group(group);
 }
 
 }  // namespace cairo_renderer

@@ -7,6 +7,7 @@
 
 #include <cairo.h>
 
+#include <memory>
 #include <vector>
 
 namespace cairo_renderer
@@ -35,6 +36,18 @@ public:
     const cairo_matrix_t& to_pixels() const;
 
 private:
+    // What a paint is painted on in turn. Beside the colours of a group that is painted on a backdrop, or stands in
+    // a knockout group, lie planes with what the group itself has painted: its alpha, and its shape, which
+    // is alpha without opacities and masks.
+    enum class Plane : uint8_t
+    {
+        colour,
+        alpha,
+        shape
+    };
+
+    using ContextPtr = std::shared_ptr<cairo_t>;
+
     struct Level
     {
         cairo_matrix_t to_pixels{};
@@ -42,7 +55,9 @@ private:
         bool through = false;      // painted straight onto what lies below
         bool on_backdrop = false;  // begins with a copy of what lies below
         bool knockout = false;
-        PatternPtr backdrop;             // of a knockout group that isn't isolated
+        PatternPtr backdrop;             // of a group that isn't isolated
+        ContextPtr alpha;                // null: the layer's own alpha is the group's
+        ContextPtr shape;                // null: nobody asks for it
         std::vector<const Clip*> masks;  // clips that Cairo cannot hold itself
     };
 
@@ -60,6 +75,9 @@ private:
     PatternPtr tile_source(const Image& image);
     Shape shape_of(const Paint& paint) const;
 
+    template <typename Draw> void on_each_plane(Draw&& draw);
+    void paint_plane(const Paint& paint);
+    Compose on_plane(const Compose& compose) const;
     void composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
                    const std::vector<const Clip*>& masks);
     bool composite_plain(cairo_pattern_t* source, const Shape& shape, cairo_operator_t op, double alpha);
@@ -69,7 +87,11 @@ private:
     void narrow(const Clip& clip);
     void apply_mask(const Compose& compose);
 
-    void begin_layer(const Group& group, Level& level, bool inside_knockout);
+    void begin_layer(const Group& group, Level& level);
+    void merge_layer(const Group& group, const Level& level);
+    PatternPtr masked(cairo_pattern_t* source, cairo_content_t content, const Compose& compose,
+                      const std::vector<const Clip*>& masks);
+    void knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, cairo_operator_t op);
     void cut(const Box& box);
     void repeat(const Group& group);
     void repeat_one_by_one(const Group& group, const Box& cells);
@@ -77,9 +99,36 @@ private:
     cairo_matrix_t cell_matrix(const Group& group, double column, double row) const;
     void play_cell(const Group& group, const cairo_matrix_t& to_pixels);
 
-    cairo_t* cr_;
+    cairo_t* cr_;  // of the plane that is painted on
+    Plane plane_ = Plane::colour;
     Complaints& complaints_;
     std::vector<Level> levels_;
 };
+
+// Calls `draw` with each plane of the innermost group as what is painted on, the colours first.
+template <typename Draw> void Player::on_each_plane(Draw&& draw)
+{
+    struct Restore
+    {
+        ~Restore()
+        {
+            player.cr_ = cr;
+            player.plane_ = Plane::colour;
+        }
+        Player& player;
+        cairo_t* cr;
+    };
+    draw();
+    const ContextPtr alpha = levels_.back().alpha;
+    const ContextPtr shape = levels_.back().shape;
+    const Restore restore{*this, cr_};
+    for (const Plane plane : {Plane::alpha, Plane::shape})
+    {
+        plane_ = plane;
+        cr_ = plane == Plane::alpha ? alpha.get() : shape.get();
+        if (cr_ != nullptr)
+            draw();
+    }
+}
 
 }  // namespace cairo_renderer
