@@ -6,7 +6,7 @@
 #ifndef ORVLOG_INTERFACE_GOP_OPERAND_H
 #define ORVLOG_INTERFACE_GOP_OPERAND_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 #include "orvlog/interface/gcm-csd.h"
 
 #include <stddef.h>

@@ -7,7 +7,7 @@
 #ifndef ORVLOG_INTERFACE_ORVLOG_H
 #define ORVLOG_INTERFACE_ORVLOG_H
 
-#include "holv-core/ger/ger-error.h"
+#include "holv-core/ger/ger-error-record.h"
 #include "holv-core/gio/gio-stream.h"
 #include "holv-core/gmm/gmm-allocator.h"
 #include "orvlog/interface/orv-interface.h"

@@ -1,5 +1,7 @@
 #include "orvlog/session/orvlog-frames.h"
 
+#include "holv-core/ggo/ggo-geometry.h"
+
 #include <cstring>
 
 namespace
