@@ -124,7 +124,7 @@ TEST_F(JobFiles, APrefixOfAnotherFolderIsTheUsers)
 
 TEST_F(JobFiles, MissingDataIsAnErrorUnlessItIsAllowed)
 {
-    ASSERT_EQ(record({"-o", "x.xml", "--images-beside", "pre", "--pages", "1"}).status, 0);
+    ASSERT_EQ(record({"-o", "x.xml", "--images-beside", "pre"}).status, 0);
     fs::resize_file(scratch.path("pre-img-10.bin"), 100);
     ToolResult result = replay({"x.xml", "--png", "pages"});
     EXPECT_EQ(result.status, 1);
@@ -140,7 +140,7 @@ TEST_F(JobFiles, MissingDataIsAnErrorUnlessItIsAllowed)
 
 TEST_F(JobFiles, AMissingLogOfAKeptImageIsAnError)
 {
-    ASSERT_EQ(record({"-o", "x.xml", "--keep-images", "--pages", "1"}).status, 0);
+    ASSERT_EQ(record({"-o", "x.xml", "--keep-images"}).status, 0);
     for (const std::string& name : names(""))
     {
         if (name.ends_with(".tmp"))
@@ -192,8 +192,8 @@ TEST_F(JobFiles, ATemporaryLogThatIsCutIsTold)
 
 TEST_F(JobFiles, AMergeThatFailsLosesNothing)
 {
-    ASSERT_EQ(record({"-o", "due.xml", "--keep-images", "--via-temporary-log", "--pages", "1"}).status, 0);
-    const ToolResult result = record({"-o", "/dev/full", "--keep-images", "--via-temporary-log", "--pages", "1"});
+    ASSERT_EQ(record({"-o", "due.xml", "--keep-images", "--via-temporary-log"}).status, 0);
+    const ToolResult result = record({"-o", "/dev/full", "--keep-images", "--via-temporary-log"});
     EXPECT_EQ(result.status, 1);
     std::string command = told_command(result);
     ASSERT_EQ(command.substr(command.size() - 9), "/dev/full") << result.err;
