@@ -96,8 +96,8 @@ TEST(Examples, NameScriptsThatAreThere)
             for (std::string line; std::getline(lines, line);)
             {
                 const std::string script = line.substr(0, line.find(' '));
-                if (script.starts_with("scripts/"))
-                    EXPECT_EQ(access((kRoot / script).c_str(), X_OK), 0) << page << ": " << line;
+                const bool runs = !script.starts_with("scripts/") || access((kRoot / script).c_str(), X_OK) == 0;
+                EXPECT_TRUE(runs) << page << ": " << line;
             }
         }
     }
