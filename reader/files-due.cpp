@@ -6,6 +6,7 @@
 #include "reader/values.h"
 
 #include <algorithm>
+#include <fstream>
 #include <map>
 
 namespace orvlog::reader
@@ -35,7 +36,7 @@ uint64_t bytes_of(const Element& image)
 class Search
 {
 public:
-    explicit Search(const FileBeside& open) : open_(open) {}
+    explicit Search(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
     void call(const Element& call)
     {
@@ -93,14 +94,14 @@ private:
     {
         if (in_image_log_)
             return;
-        const std::unique_ptr<std::istream> file = open_(name);
-        if (file == nullptr)
+        std::ifstream file(folder_ / name, std::ios::binary);
+        if (!file)
         {
             note(name + ": the log of a kept image is missing");
             return;
         }
         in_image_log_ = true;
-        ElementReader own(*file, LogForm::fragment, Data::skip);
+        ElementReader own(file, LogForm::fragment, Data::skip);
         bool whole = true, released = !granted;
         own.on_damage = [&whole](const Damage&) { whole = false; };
         while (const Element* element = own.next())
@@ -115,18 +116,18 @@ private:
 
     void hold(const std::string& name, uint64_t due)
     {
-        const std::unique_ptr<std::istream> file = open_(name);
-        if (file == nullptr)
+        std::ifstream file(folder_ / name, std::ios::binary);
+        if (!file)
         {
             note(name + ": is missing");
             return;
         }
-        const uint64_t size = size_of(*file);
+        const uint64_t size = size_of(file);
         if (size < due)
             note(name + ": has " + std::to_string(size) + " bytes, due were " + std::to_string(due));
     }
 
-    const FileBeside& open_;
+    std::filesystem::path folder_;
     FilesLacking found_;
     std::map<std::string, uint64_t> due_;  // of the call
     bool in_image_log_ = false;
@@ -134,9 +135,9 @@ private:
 
 }  // namespace
 
-FilesLacking find_lacking_files(std::istream& log, const FileBeside& open)
+FilesLacking find_lacking_files(std::istream& log, const std::filesystem::path& folder)
 {
-    Search search(open);
+    Search search(folder);
     ElementReader elements(log, LogForm::log, Data::skip);
     elements.on_comment = [&search](const Comment& comment)
     {

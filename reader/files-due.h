@@ -4,17 +4,13 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <filesystem>
 #include <istream>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace orvlog::reader
 {
-
-// The file that a log knows by a name; null if there is none.
-using FileBeside = std::function<std::unique_ptr<std::istream>(const std::string& name)>;
 
 struct FilesLacking
 {
@@ -26,7 +22,8 @@ struct FilesLacking
 
 // Reads a log from its beginning, whole, coded or cut short. A file lacks something if it isn't there, if it is shorter
 // than the reads and direct images that the log has for it, or if it is the log of a kept image and doesn't end with
-// the image's release. So it serves a job whose renderer has released what it kept. Memory goes with the largest call.
-FilesLacking find_lacking_files(std::istream& log, const FileBeside& open);
+// the image's release. So it serves a job whose renderer has released what it kept. The names are those of the log,
+// seen from `folder`, and are trusted: the log is one's own. Memory goes with the largest call.
+FilesLacking find_lacking_files(std::istream& log, const std::filesystem::path& folder);
 
 }  // namespace orvlog::reader

@@ -15,7 +15,9 @@ namespace
 constexpr std::string_view OVERVIEW =
     "orvlog records the drawing calls of a rendering job as an XML log, and works on such logs.\n\n"
     "A file that is read may be a path or a URL (http: or file:), and - is the standard input; a file that is "
-    "written may be -, the standard output. A file appears under its name only once it is whole. Progress is shown "
+    "written may be -, the standard output. A file appears under its name only once it is whole, but for the logs of "
+    "record and replay: these can be read while they are written, and as far as they got after a crash. Progress is "
+    "shown "
     "on a terminal alone, and only for what takes longer than a second.";
 
 // Marks with a meaning of their own in troff, and what gives them as they are.

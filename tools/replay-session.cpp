@@ -3,7 +3,6 @@
 #include "clients/stream/files-beside.h"
 #include "orvlog/core/orvlog-entry.h"
 #include "reader/files-due.h"
-#include "reader/log-files.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -135,8 +134,7 @@ void ReplaySession::look_for_files(const fs::path& log, std::vector<std::string>
     if ((prefix_.empty() && !options_.keeps_images) || !fs::is_regular_file(log, none))
         return;
     std::ifstream input(log, std::ios::binary);
-    const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(
-        input, [](const std::string& name) { return orvlog::reader::open_beside("", name); });
+    const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(input, "");
     lacks->insert(lacks->end(), lacking.lines.begin(), lacking.lines.end());
     if (lacking.count > lacking.lines.size())
         lacks->push_back("and as much of " + std::to_string(lacking.count - lacking.lines.size()) + " further files");

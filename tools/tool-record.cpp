@@ -223,12 +223,16 @@ Run declare_record(CLI::App& app)
 {
     auto options = std::make_shared<RecordOptions>();
     app.footer("Draws the pages of the document through the logger. Leaves the log FILE.orvlog.xml and the page images "
-               "FILE-001.png onwards, both beside FILE; a document that comes from standard input or by a URL leaves "
+               "FILE-001.png onwards, with the numbers of the pages, both beside FILE; a document that comes from "
+               "standard input or by a URL leaves "
                "them in the "
                "present folder, and is called document.pdf when it has no name. Then prints how often each call was "
                "made, the size "
                "of the log, and the time with and without the logger; on standard error when the log is the standard "
                "output.\n\n"
+               "The log is written as it grows and can be read at any time. What lies beside a log goes to its folder. "
+               "What could not be written, of all this, is told, and the status is then 1. SIGINT, SIGTERM and SIGHUP "
+               "break the job off: the log is brought to its end, and the status is 128 plus the signal.\n\n"
                "What reads the document is the program orvlog-record, which is started from the folder that "
                "ORVLOG_EXEC_PATH names, "
                "the folder of orvlog, libexec/orvlog beside that folder, or the PATH. Its exit status is passed on, "

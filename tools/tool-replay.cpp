@@ -278,10 +278,13 @@ Run declare_replay(CLI::App& app)
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
     app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
     app.add_flag("--allow-missing", options->allow_missing, "be content with what there is if image data is missing");
-    app.footer("The job is made again from the log and the files beside it: image data and the logs of kept images are "
-               "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
-               "log of a replay is the log.\n\n"
-               "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
+    app.footer(
+        "The job is made again from the log and the files beside it: image data and the logs of kept images are "
+        "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
+        "log of a replay is the log, if the job was drawn by the renderer that orvlog record has. Pages are named "
+        "by their own numbers if these rise from page to page.\n\n"
+        "Image data that is missing is an error, unless it is allowed. "
+        "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
     return [options] { return replay(*options); };
 }
 

@@ -28,7 +28,10 @@ bool write_summary(const JobSummary& summary, const std::string& file_name)
     object["log"] = summary.log;
     object["log_bytes"] = summary.log_bytes;
     object["seconds"] = summary.seconds;
-    object["seconds_without_logger"] = summary.seconds_without_logger;
+    if (summary.seconds_without_logger > 0)
+    {
+        object["seconds_without_logger"] = summary.seconds_without_logger;
+    }
     object["tickets"] = {{"retained", summary.tickets_retained}, {"released", summary.tickets_released}};
     object["messages"] = summary.messages;
     if (summary.check)

@@ -9,7 +9,6 @@
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/files-beside.h"
 #include "reader/files-due.h"
-#include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 
 #include <algorithm>
@@ -262,8 +261,7 @@ private:
             return;
         }
         std::ifstream input(file, std::ios::binary);
-        const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(
-            input, [](const std::string& name) { return orvlog::reader::open_beside("", name); });
+        const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(input, "");
         result_.errors.insert(result_.errors.end(), lacking.lines.begin(), lacking.lines.end());
         if (lacking.count > lacking.lines.size())
         {

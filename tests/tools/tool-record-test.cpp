@@ -74,6 +74,8 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
                                         "--keep-images",
                                         "--compressed",
                                         "--via-temporary-log",
+                                        "--page-timeout",
+                                        "2.5",
                                         "--save-tickets",
                                         "t"});
     EXPECT_EQ(result.status, 0);
@@ -81,7 +83,7 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
         result.out,
         document +
             "\n-o\nx.xml\n--mode\nbase\n--glyphs\nbitmaps\n--pages\n2-3\n--images-beside\np\n--png\nd\n--dpi\n144\n"
-            "--check\n--keep-images\n--compressed\n--via-temporary-log\n--save-tickets\nt\n");
+            "--check\n--keep-images\n--compressed\n--via-temporary-log\n--page-timeout\n2.5\n--save-tickets\nt\n");
     EXPECT_EQ(run_tool({"record", document, "-o", "x", "--no-renderer"}).out,
               document + "\n-o\nx\n--mode\ntransparent\n--glyphs\noutlines\n--no-renderer\n--dpi\n96\n");
 }
@@ -110,7 +112,8 @@ TEST_F(RecordStandIn, PrintsTheSummary)
     set_script("while [ \"$1\" != --summary ]; do shift; done\n"
                "echo '{\"calls\": {\"ORV_face_start\": 2, \"ORV_object_paint\": 31}, \"pages\": 2, \"log\": \"x.xml\", "
                "\"log_bytes\": 4711, \"seconds\": 1.5, \"seconds_without_logger\": 0.25, "
-               "\"check\": {\"same\": true, \"pages\": 2, \"pixels_different\": 0}}' >\"$2\"\n");
+               "\"page_images\": 2, \"check\": {\"same\": true, \"pages\": 2, \"pixels_different\": 0}}' "
+               ">\"$2\"\n[ -z \"$FAILS\" ]\n");
     EXPECT_EQ(run_tool({"record", document, "--png", "d"}).out,
               "ORV_object_paint                         31\n"
               "ORV_face_start                            2\n"
@@ -122,6 +125,14 @@ TEST_F(RecordStandIn, PrintsTheSummary)
               "pixels that differ without it             0 on 2 pages\n"
               "log written to x.xml\n"
               "page images in d\n");
+    // What has failed is not told as if it were there.
+    setenv("FAILS", "1", 1);
+    const ToolResult failed = run_tool({"record", document, "--png", "d"});
+    unsetenv("FAILS");
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_NE(failed.out.find("calls in all"), std::string::npos);
+    EXPECT_EQ(failed.out.find("written"), std::string::npos);
+    EXPECT_EQ(failed.out.find("page images"), std::string::npos);
 }
 
 TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
@@ -132,6 +143,13 @@ TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
               "orvlog record: --pages: the last page comes before the first (see orvlog record --help)\n");
     EXPECT_EQ(run_tool({"record", document, "--mode", "other"}).status, 2);
     EXPECT_EQ(run_tool({"record", document, "--dpi", "0"}).status, 2);
+    EXPECT_EQ(run_tool({"record", document, "--page-timeout", "0"}).status, 2);
+    for (const char* needs_renderer : {"--png=q", "--check"})
+    {
+        const ToolResult result = run_tool({"record", document, "--no-renderer", needs_renderer});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_NE(result.err.find("--no-renderer excludes --"), std::string::npos) << result.err;
+    }
     EXPECT_EQ(run_tool({"record"}).status, 2);
     EXPECT_EQ(run_tool({"record", document, "another.pdf"}).status, 2);
     EXPECT_EQ(run_tool({"recrd"}).err, "orvlog: no command 'recrd' (see orvlog help)\n");

@@ -256,7 +256,10 @@ TEST_F(ProgramTest, NoticesAFullDiskBehindATemporaryLog)
     const Outcome outcome = run(document + " -o /dev/full --no-renderer --pages 1 --via-temporary-log");
     std::filesystem::current_path(before);
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.errors, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n");
+    const std::string told = "orvlog-record: /dev/full: No space left on device; the log is incomplete\n"
+                             "orvlog-record: what was logged can be had by: orvlog merge orvlog-";
+    EXPECT_EQ(outcome.errors.substr(0, told.size()), told);
+    EXPECT_EQ(outcome.errors.substr(told.size() + 35), ".tmp -o /dev/full\n");
 }
 
 TEST_F(ProgramTest, DoesNotWriteTheLogOverTheDocument)

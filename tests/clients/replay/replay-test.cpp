@@ -82,7 +82,8 @@ TEST(Replay, DrawsThePagesAskedFor)
     replay::Options options;
     options.first_page = 2;
     const Played none = play(sample_log(), options);
-    EXPECT_EQ(none.outcome.pages, 1U);
+    EXPECT_EQ(none.outcome.faces, 1U);
+    EXPECT_EQ(none.outcome.pages, 0U);
     EXPECT_TRUE(none.pages.empty());
     EXPECT_EQ(none.outcome.not_played, 0U);
 }

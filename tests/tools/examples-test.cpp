@@ -1,0 +1,147 @@
+// Every command line that the pages show for the orvlog command works as it stands, pasted into a shell in a folder
+// that has docs/sample.pdf.
+
+#include "tests/tools/run-tool.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using namespace orvlog::test;
+
+const fs::path kRoot = ORVLOG_SOURCE_DIR;
+
+std::vector<fs::path> pages()
+{
+    std::vector<fs::path> found = {kRoot / "README.md"};
+    for (const fs::directory_entry& entry : fs::directory_iterator(kRoot / "docs"))
+    {
+        if (entry.path().extension() == ".md")
+            found.push_back(entry.path());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+// The blocks of shell commands in a page.
+std::vector<std::string> shell_blocks(const fs::path& page)
+{
+    std::ifstream file(page);
+    std::vector<std::string> blocks;
+    bool inside = false;
+    for (std::string line; std::getline(file, line);)
+    {
+        if (line.starts_with("```"))
+        {
+            inside = line == "```sh";
+            if (inside)
+                blocks.emplace_back();
+        }
+        else if (inside)
+            blocks.back() += line + "\n";
+    }
+    return blocks;
+}
+
+ToolResult paste(const std::string& folder, const std::string& lines)
+{
+    const std::string tools = fs::path(ORVLOG_TOOL).parent_path();
+    return run_program({"env", "-C", folder, "PATH=" + tools + ":/usr/bin:/bin", "sh", "-euc", lines});
+}
+
+// A folder as the project's is to whoever pastes.
+void add_sample(const ScratchFolder& folder)
+{
+    fs::create_directories(folder.path("docs"));
+    fs::copy_file(kRoot / "docs/sample.pdf", folder.path("docs/sample.pdf"));
+}
+
+TEST(Examples, OfThePagesWorkAsTheyStand)
+{
+    size_t run = 0;
+    for (const fs::path& page : pages())
+    {
+        for (const std::string& block : shell_blocks(page))
+        {
+            if (block.find("orvlog ") != 0 && block.find("\norvlog ") == std::string::npos)
+                continue;
+            const ScratchFolder folder;
+            add_sample(folder);
+            const ToolResult result = paste(folder.path(""), block);
+            EXPECT_EQ(result.status, 0) << page << "\n" << block << result.err;
+            ++run;
+        }
+    }
+    EXPECT_GE(run, 5U);
+}
+
+TEST(Examples, NameScriptsThatAreThere)
+{
+    for (const fs::path& page : pages())
+    {
+        for (const std::string& block : shell_blocks(page))
+        {
+            std::istringstream lines(block);
+            for (std::string line; std::getline(lines, line);)
+            {
+                const std::string script = line.substr(0, line.find(' '));
+                const bool runs = !script.starts_with("scripts/") || access((kRoot / script).c_str(), X_OK) == 0;
+                EXPECT_TRUE(runs) << page << ": " << line;
+            }
+        }
+    }
+}
+
+// No page asks for the program behind the command.
+TEST(Examples, AreOfOneProgram)
+{
+    for (const fs::path& page : pages())
+    {
+        const std::string text = read_file(page);
+        EXPECT_EQ(text.find("orvlog-record -"), std::string::npos) << page;
+        EXPECT_EQ(text.find("orvlog-record docs"), std::string::npos) << page;
+    }
+}
+
+// What the examples of help and manual pages start from.
+const char* const kBefore = "cp docs/sample.pdf letter.pdf\n"
+                            "orvlog record letter.pdf --save-tickets .\n"
+                            "mv ticket-1.bin job-1.ticket\n"
+                            "cp letter.orvlog.xml orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp\n";
+
+TEST(Examples, OfHelpWorkOneAfterAnother)
+{
+    const ScratchFolder folder;
+    add_sample(folder);
+    const ToolResult before = paste(folder.path(""), kBefore);
+    ASSERT_EQ(before.status, 0) << before.err;
+    std::istringstream list(run_tool({"help"}).out);
+    size_t run = 0;
+    for (std::string line; std::getline(list, line);)
+    {
+        if (!line.starts_with("  ") || line.starts_with("    ") || line.find("orvlog") == 2)
+            continue;
+        const std::string command = line.substr(2, line.find(' ', 2) - 2);
+        const std::string help = run_tool({command, "--help"}).out;
+        const size_t at = help.find("\nExample: ");
+        ASSERT_NE(at, std::string::npos) << command;
+        const std::string example = help.substr(at + 10, help.find('\n', at + 10) - at - 10);
+        const ToolResult result = paste(folder.path(""), example);
+        EXPECT_EQ(result.status, 0) << example << "\n" << result.err;
+        ++run;
+    }
+    EXPECT_GE(run, 12U);
+}
+
+}  // namespace
