@@ -7,6 +7,8 @@
 #include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/command.h"
+#include "tools/files-from.h"
+#include "tools/tool-look.h"
 #include "tools/tool-source.h"
 
 #include <cairo-pdf.h>
@@ -20,6 +22,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace tool
 {
@@ -41,6 +44,7 @@ struct ReplayOptions
     std::string svg;
     std::string pdf;
     std::string renderer;
+    std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
     int64_t up_to = -1;
@@ -54,7 +58,7 @@ public:
     {
         constexpr size_t most = 100;
         if (said_.size() < most && said_.insert(line).second)
-            tool::say(line);
+            tool::say(printable(line));
     }
 
 private:
@@ -239,7 +243,9 @@ public:
         if (const int status = open_log(&table, output); status != EXIT_DONE)
             return status;
         Progress progress(source.size());
-        play.folder = orvlog::reader::folder_of_log(options_.log).string();
+        play.files = orvlog::reader::LogFiles(options_.log, options_.folders);
+        if (!play.files.why().empty())
+            return fail(play.files.why());
         play.dpi = options_.dpi;
         if (options_.up_to >= 0)
             play.up_to = static_cast<uint32_t>(options_.up_to);
@@ -375,8 +381,10 @@ Run declare_replay(CLI::App& app)
         ->type_name("PREFIX");
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
     app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
+    add_files_from(app, options->folders);
     app.footer("The job is made again from the log and the files beside it: image data and the logs of kept images are "
-               "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
+               "looked for in the log's folder, and in those of --files-from. Pages drawn from a log are those of its "
+               "job, pixel by pixel, and the "
                "log of a replay is the log.\n\n"
                "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
     return [options] { return ReplayJob(*options).run(); };
