@@ -182,31 +182,6 @@ def message_faults(page, path):
                 yield f'"{message}" is not told'
 
 
-def order_faults(page, path):
-    """Names stand in the sources in the page's order, which is that of the log."""
-    source = check.text(path)
-    for name, entries in re.findall(r"ORVLOG_FlagEntry (\w+)\[\] = \{(.*?)\};", source, re.S):
-        written = re.findall(r"ORVLOG_FLAG\((\w+)\)", entries)
-        told = [[flag for flag, _ in pairs] for pairs in page.flags.values()]
-        transform = all(flag.startswith("GGO_XFLAG_") for flag in written)
-        told = [[flag for flag in row if flag in written] for row in told] if transform else told
-        if written not in told:
-            yield f"{name} isn't in the page's order: {' '.join(written)}"
-    for name, entries in re.findall(r'const char\* (k?\w*[Nn]\w*)\[\] = \{\s*("[A-Z].*?)\};', source, re.S):
-        written = re.findall(r'"(\w+)"', entries)
-        tabled = any(set(written[:2]) <= set(row) for row in page.enums.values())
-        if tabled and not any(written == row[:len(written)] for row in page.enums.values()):
-            yield f"{name} isn't in the page's order: {' '.join(written)}"
-
-
-def warning_faults(page, sources):
-    """Each message of the page's table of warnings is one that the library writes."""
-    text = re.sub(r'"\s*\n\s*"', "", "".join(sources))
-    for heads, cells in rows(page.text):
-        if heads[:2] == ["Message", "Means"] and f'"{cells[0].strip("`")}"' not in text:
-            yield f"no source writes {cells[0]}"
-
-
 report = check.Report()
 page = Page()
 seen = set()
@@ -223,6 +198,4 @@ for path in check.files(".cpp", ".h", under=("orvlog/",)):
     if not path.startswith(("orvlog/interface/", "orvlog/colour/gxc/", "orvlog/log/orvlog-merge")):
         report.hold(path, name_faults(page, path))
         report.hold(path, message_faults(page, path))
-        report.hold(path, order_faults(page, path))
-report.hold(PAGE, warning_faults(page, [check.text(path) for path in check.files(".cpp", under=("orvlog/",))]))
 report.end()

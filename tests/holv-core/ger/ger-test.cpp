@@ -467,14 +467,6 @@ TEST_F(Record, RaiseKeepsTheWorstAndOfEqualsTheFirst)
     EXPECT_STREQ(error->ge_Text, "worse");
 }
 
-TEST_F(Record, RaiseFormatsItsArguments)
-{
-    GER_Error* error = make(30);
-    GER_ErrorRaise(error, 1, 6, 33302523, "%s v%u L:%d", "text", 7U, -2523);
-    EXPECT_EQ(take(), "GER 1:6:33302523 'text v7 L:-2523'");
-    EXPECT_STREQ(error->ge_Text, "text v7 L:-2523");
-}
-
 TEST_F(Record, TextIsCutAtTheCapacity)
 {
     GER_Error* error = make(5, "p:");

@@ -418,14 +418,6 @@ TEST(ResolveUrl, RelativeNames)
     EXPECT_EQ(resolve("g", "file:///c:/d/e"), "file:///c:/d/g");
 }
 
-TEST(ResolveUrl, EscapesOfTheFragment)
-{
-    EXPECT_EQ(resolve("http://h/x#%41%2d%7E%2F%c3%a9"), "http://h/x#A-~%2F%c3%a9");
-    EXPECT_EQ(resolve("#%41/%2e%2E/b"), "http://a/b/c/d#A/../b") << "no dot segments here";
-    EXPECT_EQ(resolve("#%C3"), "code 38");
-    EXPECT_EQ(resolve("#%c3x"), "code 38");
-}
-
 TEST(ResolveUrl, RefusesWhatCantBeJoined)
 {
     EXPECT_EQ(resolve("g", nullptr), "code 22");

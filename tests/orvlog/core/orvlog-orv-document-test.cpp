@@ -3,7 +3,6 @@
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/fake-font-engine.h"
-#include "tests/support/fake-tickets.h"
 #include "tests/support/test-session.h"
 
 #include <gtest/gtest.h>
@@ -580,33 +579,6 @@ TEST_F(Resource, DestroyTranslatesTheNumberAndForgetsIt)
     EXPECT_EQ(test.orv.resource_destroy.fn(nullptr, &test.orv, test.document, nullptr, 1), 0U);
 }
 
-TEST_F(Resource, DestroyOfAnyLeavesTheOthers)
-{
-    for (const uint32_t destroyed : {1U, 0U, 2U})
-    {
-        TestSession one;
-        one.start_document();
-        ORV_DrawingInterface drawings[3] = {};
-        for (uint32_t i = 0; i < 3; ++i)
-        {
-            ASSERT_EQ(one.orv.resource_start.fn(nullptr, &one.orv, one.document, &drawings[i], nullptr, nullptr,
-                                                nullptr, nullptr, &resource_id),
-                      1U);
-            ASSERT_EQ(drawings[i].drawing_finish.fn(&drawings[i]), 1U);
-        }
-        const uint64_t rows = one.allocator.outstanding();
-        EXPECT_EQ(one.orv.resource_destroy.fn(nullptr, &one.orv, one.document, nullptr, destroyed), 1U);
-        EXPECT_EQ(one.allocator.outstanding(), rows - 1);
-        for (uint32_t i = 0; i < 3; ++i)
-            EXPECT_EQ(one.orv.resource_destroy.fn(nullptr, &one.orv, one.document, nullptr, i),
-                      i != destroyed ? 1U : 0U)
-                << destroyed;
-        EXPECT_EQ(session_of(one)->resource_map, nullptr);
-        EXPECT_EQ(one.allocator.outstanding(), rows - 3);
-        EXPECT_EQ(one.allocator.bad_frees(), 0U);
-    }
-}
-
 TEST_F(Resource, DestroyOfAnUnknownNumberIsLoggedAndGivesZero)
 {
     EXPECT_EQ(test.orv.resource_destroy.fn(nullptr, &test.orv, test.document, nullptr, 4), 0U);
@@ -681,34 +653,6 @@ TEST_F(MemoryContext, WithoutDocumentHasNoDocumentAttribute)
 {
     start(nullptr);
     EXPECT_NE(test.log().find("  <ORV_memory_context_start drawing_context=\"0\">\n"), std::string::npos);
-}
-
-// Its ticket is in force until it ends, for drawings within it too.
-TEST(MemoryContextTicket, IsHeldWhileTheContextIsOpen)
-{
-    FakeTickets tickets;
-    FakeTickets::Ticket ticket = {&tickets, 1, ""};
-    TestSession test(Behind::kRenderer, nullptr, tickets.functions(), nullptr);
-    ORV_DrawingInterface memory = {};
-    ORV_DrawingInterface face = {};
-    test.start_document();
-    EXPECT_EQ(test.orv.memory_context_start.fn(nullptr, &test.orv, test.document, &memory, 1, 2, 3, 4, 5, nullptr,
-                                               &ticket, 8, 9, 10, 11, 12, 13),
-              1U);
-    ASSERT_NE(session_of(test)->colour_frames, nullptr);
-    EXPECT_EQ(session_of(test)->colour_frames->ticket, &ticket);
-    EXPECT_EQ(session_of(test)->colour_frames->retained, 1U);
-    EXPECT_EQ(session_of(test)->colour_frames->ticket_space[3], 4U);
-    EXPECT_EQ(session_of(test)->colour_frames->next, nullptr);
-    EXPECT_EQ(ticket.references, 1);
-    test.start_face(&face);
-    EXPECT_EQ(session_of(test)->colour_frames->ticket, &ticket);
-    EXPECT_EQ(session_of(test)->colour_frames->retained, 0U);
-    face.drawing_finish.fn(&face);
-    EXPECT_EQ(ticket.references, 1);
-    memory.drawing_finish.fn(&memory);
-    EXPECT_EQ(session_of(test)->colour_frames, nullptr);
-    EXPECT_EQ(ticket.references, 0);
 }
 
 TEST_F(MemoryContext, WrapsTheFontEngine)

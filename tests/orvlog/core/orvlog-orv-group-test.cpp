@@ -611,25 +611,6 @@ TEST_F(ColourFrames, WithoutTicketFunctionsATicketPushesNothing)
     EXPECT_EQ(bare_session->colour_frames, nullptr);
 }
 
-// A ticket is neither retained nor looked at unless it can be given back, and its blocks can be had.
-TEST_F(ColourFrames, TicketTablesThatLackAnOperationPushNothing)
-{
-    ORVLOG_TicketFunctions without_retain = *tickets.functions();
-    ORVLOG_TicketFunctions without_release = without_retain;
-    ORVLOG_TicketFunctions without_query = without_retain;
-    without_retain.retain = nullptr;
-    without_release.release = nullptr;
-    without_query.query = nullptr;
-    for (const ORVLOG_TicketFunctions* functions : {&without_retain, &without_release, &without_query})
-    {
-        TestSession bare(Behind::kRenderer, nullptr, functions, nullptr);
-        auto* bare_session = static_cast<ORVLOG_Session*>(bare.session());
-        EXPECT_EQ(orvlog_push_colour_frame(bare_session, &ticket), 0U);
-        EXPECT_EQ(bare_session->colour_frames, nullptr);
-        EXPECT_EQ(tickets.calls, 0U);
-    }
-}
-
 TEST_F(ColourFrames, OfGroupsLeftOpenStayForTheNextDrawing)
 {
     arguments.ticket = &ticket;
