@@ -2,9 +2,9 @@
 // to the stream. It keeps the nesting depth, prints tags and comments, holds back warnings that arrive while an
 // element is open, and sends the text either straight to the stream or through the adaptive Huffman coder.
 //
-// No text but that of warnings is held back in the writer: when a form returns, its text has been given to the stream and the
-// stream has been flushed. No stream result is looked at; a failed write loses its text and nothing else.
-// A writer belongs to one thread at a time.
+// No text but that of warnings is held back in the writer: when a form returns, its text has been given to the stream
+// and the stream has been flushed. No stream result is looked at; a failed write loses its text and nothing else. A
+// writer belongs to one thread at a time.
 
 #pragma once
 
