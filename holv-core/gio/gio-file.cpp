@@ -24,7 +24,6 @@ struct StandardStreams
     GIO_FileInstance input;
     GIO_FileInstance output;
     GIO_FileInstance error;
-    GIO_Stream output_handle;
     GIO_Stream error_handle;
 };
 
@@ -256,9 +255,8 @@ constexpr GIO_StreamOps kFileOps = {
 // may set them up at once.
 constinit StandardStreams standard = {
     {GIO_FILE_STANDARD, nullptr, nullptr, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_READ},
-    {GIO_FILE_STANDARD, nullptr, &standard.output_handle, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_WRITE},
+    {GIO_FILE_STANDARD, nullptr, &gio_standard_output, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_WRITE},
     {GIO_FILE_STANDARD, nullptr, &standard.error_handle, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_WRITE},
-    {&standard.output, GIO_KIND_FORWARD_ONLY, &kFileOps},
     {&standard.error, GIO_KIND_FILE, &kFileOps},
 };
 
@@ -360,6 +358,8 @@ int32_t gio_OpenFile(const char* path, uint32_t mode, uint32_t text, GMM_Allocat
     return GIO_OK;
 }
 
+constinit GIO_Stream gio_standard_output = {&standard.output, GIO_KIND_FORWARD_ONLY, &kFileOps};
+
 void gio_setup_standard_streams(void)
 {
     set_file(&standard.input, stdin);
@@ -369,7 +369,7 @@ void gio_setup_standard_streams(void)
 
 GIO_Stream* gio_stdout(void)
 {
-    return &standard.output_handle;
+    return &gio_standard_output;
 }
 
 GIO_Stream* gio_stderr(void)

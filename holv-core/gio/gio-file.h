@@ -58,9 +58,11 @@ int32_t gio_file_open_instance(const char* path, uint32_t mode, uint32_t text, G
 // Removes a file; 0 or a code.
 int32_t GIO_FileDelete(const char* path);
 
-// The standard streams of the process. To be set up once before they are used; again does nothing new.
+// The standard streams of the process. To be set up once before they are used; again does nothing new, and several
+// threads may do it at once.
 void gio_setup_standard_streams(void);
 GIO_Stream* gio_stdout(void);
+extern GIO_Stream gio_standard_output;  // what gio_stdout gives, for what is initialised before any program runs
 GIO_Stream* gio_stderr(void);
 GIO_FileInstance* gio_stdin_instance(void);
 

@@ -229,7 +229,8 @@ void orvlog_detach_images(ORVLOG_Session* session)
     ORVLOG_ImageSlots* slots = &session->image_slots;
     for (ORVLOG_ImageSlot* slot = nullptr; (slot = orvlog_image_slots_next(slots, slot)) != nullptr;)
     {
-        // The coder goes with the session.
+        // Log and coder go with the session: all records of the image speak in the image's own log from here on.
+        slot->wrapper->writer.stream = slot->wrapper->context->async_stream;
         slot->wrapper->writer.coder = nullptr;
         ORVLOG_ImageContext* refused = refused_image(slot);
         if (refused != nullptr)

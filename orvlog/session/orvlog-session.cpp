@@ -2,7 +2,6 @@
 
 #include "holv-core/gio/gio-file.h"
 
-#include <atomic>
 #include <cstring>
 
 namespace
@@ -25,15 +24,20 @@ template <typename Record> Record* find_live(Record* list, const void* record)
     return list;
 }
 
+constexpr ORVLOG_Session on_standard_output()
+{
+    ORVLOG_Session session = {};
+    session.writer.stream = &gio_standard_output;
+    return session;
+}
+
 }  // namespace
 
 ORVLOG_Session* orvlog_standalone_session(void)
 {
-    static ORVLOG_Session session;
+    // It has its stream from the start, so that several threads may ask for it at once.
+    static constinit ORVLOG_Session session = on_standard_output();
     gio_setup_standard_streams();
-    // Whoever comes first puts it there; nobody writes to it again.
-    GIO_Stream* nothing = nullptr;
-    std::atomic_ref(session.writer.stream).compare_exchange_strong(nothing, gio_stdout());
     return &session;
 }
 

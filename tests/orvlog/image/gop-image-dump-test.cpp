@@ -278,7 +278,10 @@ TEST_F(ImageDump, DataOfUnknownSizeIsLeftOut)
     fake.image.im_ImageHeightPixels = 0x40000000;
     ORVLOG_DeleteImagePool(wrapped);
     wrapped = nullptr;
-    EXPECT_EQ(dump(1).find("imp_DirectImageData"), std::string::npos);
+    const std::string text = dump(1);
+    EXPECT_EQ(text.find("imp_DirectImageData"), std::string::npos);
+    EXPECT_NE(text.find("\n<!--\nORVLOG: WARNING: Image is too large.\n-->\n"), std::string::npos);
+    EXPECT_EQ(dump(0).find("WARNING"), std::string::npos) << "a callback's record has no bytes";
 }
 
 TEST_F(ImageDump, ColorTable)

@@ -174,6 +174,29 @@ TEST_F(ImageGeometry, SizesBeyondTheirRangeFail)
     EXPECT_EQ(measure(many), "none");
 }
 
+// A renderer reads an image a row at a time, but the bytes of a direct one are counted in 32 bits.
+TEST_F(ImageGeometry, DirectImageOfMoreThan32BitsFails)
+{
+    image.im_ImageWidthPixels = image.im_ImageHeightPixels = 0x10000;
+    EXPECT_EQ(measure(), "65536x65536,0");
+    fake.record.imp_DirectImage = fake.bytes.data();
+    EXPECT_EQ(measure(), "none");
+    EXPECT_EQ(size.too_large, 1U);
+    image.im_ImageHeightPixels = 0xFFFF;
+    EXPECT_EQ(measure(), "65535x65536,0");
+    EXPECT_EQ(size.too_large, 0U);
+}
+
+TEST_F(ImageGeometry, TellsTooLargeFromUnknown)
+{
+    image.im_ImageWidthPixels = UINT32_MAX;
+    EXPECT_EQ(measure(), "none");
+    EXPECT_EQ(size.too_large, 1U);
+    head.go_ColorSpaceFamily = GCM_CSF_NAMED;
+    EXPECT_EQ(measure(), "none");
+    EXPECT_EQ(size.too_large, 0U);
+}
+
 TEST_F(ImageGeometry, RecordWithoutAnImageFails)
 {
     fake.record.imp_Image = nullptr;

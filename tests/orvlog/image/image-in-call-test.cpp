@@ -408,6 +408,29 @@ TEST(ImageInCall, FailedReadFailsAResourcePaint)
     EXPECT_EQ(alone.allocator.outstanding(), 0U);
 }
 
+TEST(ImageInCall, DirectImageThatIsTooLarge)
+{
+    for (const bool base : {false, true})
+        for (const char* prefix : {static_cast<const char*>(nullptr), "side"})
+        {
+            ErrorRoom room = {};
+            room.error.ge_TextCapacity = 150;
+            Job job(prefix, base, &room.error);
+            FakeImage image(2, 2);
+            image.record.imp_DirectImage = image.bytes.data();
+            image.image.im_ImageWidthPixels = image.image.im_ImageHeightPixels = 0x10000;
+            EXPECT_EQ(job.drawing.object_paint.fn(&job.drawing, 8, 0, nullptr, nullptr, 9, nullptr, image.operand(),
+                                                  nullptr, nullptr),
+                      base ? 0U : 1U);
+            EXPECT_EQ(room.error.ge_Code, base ? 33303786 : 0);
+            const std::string log = job.client.log();
+            EXPECT_NE(log.find("/>\n\n<!--\nORVLOG: WARNING: Image is too large.\n-->\n"), std::string::npos) << log;
+            EXPECT_EQ(log.find("imp_DirectImageData"), std::string::npos);
+            EXPECT_TRUE(job.folder.names().empty());
+            EXPECT_EQ(image.take_calls(), "");
+        }
+}
+
 TEST(ImageInCall, TransparentModeGivesTheRenderersAnswerWhateverAReadSays)
 {
     Job job(nullptr, false);

@@ -171,6 +171,35 @@ TEST_F(KeptImageEnd, PreparesOnBehindTheSession)
     EXPECT_TRUE(fake.take_calls().ends_with("release "));
 }
 
+// The record that was not kept itself speaks in the session's log, and when that is closed in the image's own.
+TEST_F(KeptImageEnd, RecordOfAChainThatWasNotKeptItself)
+{
+    fake.replacement = other.get();
+    other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
+    GOP_OperandImagePointer* first = nullptr;
+    client.renderer.on_draw(
+        [&](const char*)
+        {
+            first = reinterpret_cast<GOP_OperandImagePointer*>(client.renderer.last_operands[0]);
+            GOP_OperandImagePointer* second = first;
+            first->imp_ImagePrepareFn(&second, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0);
+            EXPECT_EQ(second->imp_ImageKeepFn(second), 1U);
+        });
+    drawing.object_paint.fn(&drawing, 8, 0, nullptr, nullptr, 0, nullptr, fake.operand(), nullptr, nullptr);
+    client.renderer.on_draw(nullptr);
+    client.forget();
+    EXPECT_EQ(first->imp_ImageResetFn(first, first->imp_Context), 1U);
+    const std::string reset = "  <GOP_ImageResetFn Id=\"10\" return=\"TRUE\">\n  </GOP_ImageResetFn>\n";
+    EXPECT_EQ(client.log(), reset);
+    shut_down();
+    const std::string log = client.stream.text();
+    EXPECT_EQ(first->imp_ImageResetFn(first, first->imp_Context), 1U);
+    EXPECT_EQ(first->imp_ImageReleaseFn(first), client.allocator.get());
+    EXPECT_EQ(client.stream.text(), log);
+    EXPECT_EQ(text_of(folder, 0), reset + kRelease);
+    EXPECT_EQ(client.allocator.outstanding(), 0U);
+}
+
 // The renderer keeps records of its own and never touches the logger's again.
 TEST_F(KeptImageEnd, CopyOfTheRecordServesAsTheRecordDoes)
 {

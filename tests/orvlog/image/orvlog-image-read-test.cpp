@@ -343,7 +343,8 @@ TEST_F(ReadThrough, EachRefusedAllocationIsSurvived)
         GOP_OperandPointer* operand = fake.operand();
         ORVLOG_ReplaceImageOperand(&log.session, &operand, &kept);
         ORVLOG_DumpOperandPointer(&log.session, operand);
-        ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(operand), kept);
+        if (operand != fake.operand())
+            ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(operand), kept);
         log.take();
         EXPECT_EQ(log.allocator.outstanding(), 0U) << n;
         if (log.allocator.refused() == before)
