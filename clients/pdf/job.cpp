@@ -128,7 +128,7 @@ struct Run
 class Job
 {
 public:
-    explicit Job(const JobOptions& options) : options_(options) {}
+    explicit Job(const JobOptions& options) : options_(options), unlocking_{options.password, options.ask_password} {}
 
     JobResult run()
     {
@@ -177,7 +177,7 @@ private:
     std::unique_ptr<PdfDocument> open_document()
     {
         std::string reason;
-        std::unique_ptr<PdfDocument> document = PdfDocument::open(options_.document, sink(), reason);
+        std::unique_ptr<PdfDocument> document = PdfDocument::open(options_.document, sink(), reason, &unlocking_);
         if (document == nullptr)
         {
             result_.errors.push_back(options_.document + " " + reason);
@@ -370,6 +370,7 @@ private:
     }
 
     const JobOptions& options_;
+    Unlocking unlocking_;
     JobResult result_;
     orvlog::colour::ColourManager colour_manager_;
     Messages messages_;
