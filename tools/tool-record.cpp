@@ -2,6 +2,7 @@
 #include "clients/command-line/progress-bar.h"
 #include "tools/child-program.h"
 #include "tools/command.h"
+#include "tools/password-pipe.h"
 #include "tools/record-summary.h"
 #include "tools/signals.h"
 #include "tools/temporary-folder.h"
@@ -18,6 +19,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tool
@@ -41,6 +43,8 @@ struct RecordOptions
     std::string png_folder;
     std::string ticket_folder;
     std::string page_timeout;
+    std::optional<std::string> password;
+    std::string password_file;
     unsigned dpi = 96;
     bool no_renderer = false;
     bool check = false;
@@ -81,6 +85,11 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->type_name("S")
         ->check(CLI::Range(0.001, 1e6));
     app.add_option("--save-tickets", options.ticket_folder, "save the job's colour tickets in DIR")->type_name("DIR");
+    auto* password = app.add_option("--password", options.password, "open a protected document with this password")
+                         ->type_name("TEXT");
+    app.add_option("--password-file", options.password_file, "the password is the first line of FILE")
+        ->type_name("FILE")
+        ->excludes(password);
 }
 
 path without_pdf(const path& document)
@@ -122,6 +131,7 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     flag("--via-temporary-log", options.temporary_log);
     option("--page-timeout", options.page_timeout);
     option("--save-tickets", options.ticket_folder);
+    option("--password-file", options.password_file);
     option("--folder-beside", options.log == "-" ? "." : "");
     flag("--progress", command_line::bar_has_room());
     option("--summary", summary_file);
@@ -209,6 +219,13 @@ int record(RecordOptions options)
         return fail(given + ": " + why);
     if (access(options.document.c_str(), R_OK) != 0)
         return fail(options.document + ": " + std::strerror(errno));
+    std::optional<PasswordPipe> pipe;
+    if (options.password)
+    {
+        options.password_file = pipe.emplace(*options.password).name();
+        if (options.password_file.empty())
+            return fail(std::string("the password can't be handed on: ") + std::strerror(errno));
+    }
     if (options.log.empty())
         options.log = without_pdf(options.document).string() + ".orvlog.xml";
     if (options.png_folder.empty() && !options.no_renderer)
@@ -237,7 +254,11 @@ Run declare_record(CLI::App& app)
                "ORVLOG_EXEC_PATH names, "
                "the folder of orvlog, libexec/orvlog beside that folder, or the PATH. Its exit status is passed on, "
                "and 128 plus "
-               "the number of the signal if one ended it.");
+               "the number of the signal if one ended it.\n\n"
+               "A protected document is opened with the password of its owner or its user. Without one it is asked for "
+               "on the "
+               "terminal, if there is one. What is given with --password can be seen in the list of processes as long "
+               "as the job runs, but not in the log; a file and the terminal can't be seen.");
     declare_options(app, *options);
     return [options] { return record(*options); };
 }

@@ -64,7 +64,7 @@ struct Run
 class Job
 {
 public:
-    explicit Job(const JobOptions& options) : options_(options) {}
+    explicit Job(const JobOptions& options) : options_(options), unlocking_{options.password, options.ask_password} {}
 
     JobResult run()
     {
@@ -118,7 +118,7 @@ private:
     std::unique_ptr<PdfDocument> open_document()
     {
         std::string reason;
-        std::unique_ptr<PdfDocument> document = PdfDocument::open(options_.document, sink(), reason);
+        std::unique_ptr<PdfDocument> document = PdfDocument::open(options_.document, sink(), reason, &unlocking_);
         if (document == nullptr)
         {
             result_.errors.push_back(options_.document + " " + reason);
@@ -403,6 +403,7 @@ private:
     }
 
     const JobOptions& options_;
+    Unlocking unlocking_;
     JobResult result_;
     orvlog::colour::ColourManager colour_manager_;
     Messages messages_;

@@ -19,6 +19,9 @@ struct JobOptions
 {
     std::string document;
     std::string log;
+    // What opens a protected document, and who is asked if it isn't given; both may be empty.
+    std::optional<std::string> password;
+    std::function<std::optional<std::string>()> ask_password;
     int first_page = 1;
     int last_page = INT32_MAX;
     bool base_mode = false;

@@ -6,6 +6,7 @@
 #include "clients/command-line/progress-bar.h"
 #include "clients/pdf/interruption.h"
 #include "clients/pdf/job.h"
+#include "clients/pdf/password.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,6 +28,7 @@ struct CommandLine
     std::string mode = "transparent";
     std::string glyphs = "outlines";
     std::string summary;
+    std::string password_file;
     bool no_renderer = false;
     bool progress = false;
 };
@@ -62,6 +64,11 @@ void declare(CLI::App& app, CommandLine& line)
     app.add_option("--save-tickets", job.ticket_folder, "folder for the job's colour tickets")->type_name("DIR");
     app.add_option("--folder-beside", job.folder_beside, "where the files beside the log go instead of its folder")
         ->type_name("DIR");
+    auto* password = app.add_option("--password", job.password, "the document's password, the owner's or the user's");
+    app.add_option("--password-file", line.password_file,
+                   "read the password from the first line of FILE; - is standard input")
+        ->type_name("FILE")
+        ->excludes(password);
     app.add_option("--summary", line.summary, "write a summary of the job as JSON")->type_name("FILE");
 }
 
@@ -104,6 +111,15 @@ int record(CommandLine& line)
     {
         return fail(trouble);
     }
+    if (std::string error; !line.password_file.empty())
+    {
+        job.password = pdf_client::read_password(line.password_file, error);
+        if (!job.password)
+        {
+            return fail(error);
+        }
+    }
+    job.ask_password = [&job] { return pdf_client::ask_password(job.document); };
     job.base_mode = line.mode == "base";
     using Glyphs = pdf_client::JobOptions::Glyphs;
     job.glyphs = line.glyphs == "all" ? Glyphs::all : line.glyphs == "bitmaps" ? Glyphs::bitmaps : Glyphs::outlines;

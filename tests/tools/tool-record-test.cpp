@@ -53,6 +53,26 @@ TEST_F(RecordStandIn, NamesLogAndPagesAfterTheDocument)
                               "\n--mode\ntransparent\n--glyphs\noutlines\n--png\n" + here + "\n--dpi\n96\n");
 }
 
+// In no list of processes and no environment.
+TEST_F(RecordStandIn, HandsThePasswordOnInAPipe)
+{
+    set_script("tr '\\0' '\\n' < /proc/$$/cmdline > words; env > environment\n"
+               "while [ $# -gt 0 ]; do test \"$1\" = --password-file && cat \"$2\"; shift; done; exit 0\n");
+    const std::string here = folder.path("");
+    const ToolResult result =
+        run_program({"env", "-C", here, ORVLOG_TOOL, "record", document, "--password", "s3cret word"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "s3cret word\n");
+    EXPECT_NE(read_file(folder.path("words")).find("\n--password-file\n/dev/fd/"), std::string::npos);
+    EXPECT_EQ(read_file(folder.path("words")).find("s3cret"), std::string::npos);
+    EXPECT_EQ(read_file(folder.path("environment")).find("s3cret"), std::string::npos);
+    set_script("while [ $# -gt 0 ]; do test \"$1\" = --password-file && echo \"$2\"; shift; done\n");
+    EXPECT_EQ(run_tool({"record", document, "--password-file", "secret.txt"}).out, "secret.txt\n");
+    EXPECT_EQ(run_tool({"record", document, "--password-file", "a", "--password", "b"}).status, 2);
+    EXPECT_EQ(run_tool({"record", document, "--password", std::string(5000, 'a')}).err,
+              "orvlog: the password can't be handed on: Message too long\n");
+}
+
 TEST_F(RecordStandIn, HandsEveryOptionOn)
 {
     const ToolResult result = run_tool({"record",

@@ -57,6 +57,62 @@ const char* reason_of(int code)
     }
 }
 
+// Passwords are bytes; those of older documents are in an encoding of their own, whose letters beyond ASCII are mostly
+// those of Latin 1. Empty if the text isn't UTF-8 that can be said in that.
+std::string as_latin1(const std::string& text)
+{
+    std::string bytes;
+    for (size_t i = 0; i < text.size(); i++)
+    {
+        const auto lead = static_cast<uint8_t>(text[i]);
+        if (lead < 0x80)
+        {
+            bytes.push_back(text[i]);
+            continue;
+        }
+        const auto next = static_cast<uint8_t>(i + 1 < text.size() ? text[i + 1] : 0);
+        if ((lead != 0xC2 && lead != 0xC3) || (next & 0xC0U) != 0x80)
+        {
+            return {};
+        }
+        bytes.push_back(static_cast<char>((lead & 3U) << 6 | (next & 0x3FU)));
+        i++;
+    }
+    return bytes;
+}
+
+std::unique_ptr<PDFDoc> open_with(const std::string& file_name, const std::optional<std::string>& password)
+{
+    std::optional<GooString> key;
+    if (password)
+    {
+        key.emplace(*password);
+    }
+    return std::make_unique<PDFDoc>(std::make_unique<GooString>(file_name), key, key);
+}
+
+bool is_locked(PDFDoc& document)
+{
+    return !document.isOk() && document.getErrorCode() == errEncrypted;
+}
+
+// The document; locked if the password isn't one of its own.
+std::unique_ptr<PDFDoc> unlock(const std::string& file_name, Unlocking& unlocking)
+{
+    std::unique_ptr<PDFDoc> document = open_with(file_name, unlocking.password);
+    if (is_locked(*document) && !unlocking.password && unlocking.ask)
+    {
+        unlocking.password = unlocking.ask();
+        document = open_with(file_name, unlocking.password);
+    }
+    const std::string older = as_latin1(unlocking.password.value_or(""));
+    if (is_locked(*document) && !older.empty() && older != unlocking.password)
+    {
+        document = open_with(file_name, older);
+    }
+    return document;
+}
+
 struct Stop
 {
     const std::function<bool()>& wanted;
@@ -73,17 +129,21 @@ bool is_to_stop(void* data)
 }  // namespace
 
 std::unique_ptr<PdfDocument> PdfDocument::open(const std::string& file_name,
-                                               std::function<void(const std::string&)> complain, std::string& error)
+                                               std::function<void(const std::string&)> complain, std::string& error,
+                                               Unlocking* unlocking)
 {
     if (globalParams == nullptr)
     {
         globalParams = std::make_unique<GlobalParams>();
     }
     setErrorCallback(swallow_message);
-    auto document = std::make_unique<PDFDoc>(std::make_unique<GooString>(file_name));
+    Unlocking without;
+    Unlocking& with = unlocking != nullptr ? *unlocking : without;
+    std::unique_ptr<PDFDoc> document = unlock(file_name, with);
     if (!document->isOk())
     {
-        error = reason_of(document->getErrorCode());
+        const bool wrong = is_locked(*document) && with.password;
+        error = wrong ? "is protected by a password, and this one is wrong" : reason_of(document->getErrorCode());
         return nullptr;
     }
     if (document->getNumPages() < 1)

@@ -41,13 +41,22 @@ struct PageColours
     std::vector<uint8_t> output_intent;
 };
 
+// What a protected document is opened with.
+struct Unlocking
+{
+    std::optional<std::string> password;  // the owner's or the user's
+    // Asked once if there is no password and the document wants one; what it gives is kept as the password.
+    std::function<std::optional<std::string>()> ask;
+};
+
 class PdfDocument
 {
 public:
     // Null if the file can't be read; then `error` says why in a few words. `complain` takes, once for each
     // kind, what couldn't be passed on as it stands.
     static std::unique_ptr<PdfDocument> open(const std::string& file_name,
-                                             std::function<void(const std::string&)> complain, std::string& error);
+                                             std::function<void(const std::string&)> complain, std::string& error,
+                                             Unlocking* unlocking = nullptr);
     ~PdfDocument();
     PdfDocument(const PdfDocument&) = delete;
     PdfDocument& operator=(const PdfDocument&) = delete;
