@@ -1,10 +1,13 @@
 # The shared library, and the static form for tests and tools. Both are the same objects.
 
+include(GNUInstallDirs)
+set(ORVLOG_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/orvlog)
+
 add_library(orvlog SHARED)
 target_link_libraries(orvlog PRIVATE orvlog-objects)
 target_include_directories(orvlog PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-    $<INSTALL_INTERFACE:include/orvlog>)
+    $<INSTALL_INTERFACE:${ORVLOG_HEADERS}>)
 set_target_properties(orvlog PROPERTIES LINKER_LANGUAGE CXX)
 if(WIN32)
     set_target_properties(orvlog PROPERTIES PREFIX "")
@@ -25,16 +28,38 @@ target_link_libraries(orvlog-static PUBLIC orvlog-objects)
 target_include_directories(orvlog-static PUBLIC ${PROJECT_SOURCE_DIR})
 set_target_properties(orvlog-static PROPERTIES LINKER_LANGUAGE CXX)
 
-include(GNUInstallDirs)
+# The package: what a client includes, links and finds the library by. Its headers declare what the library exports
+# and the records that go through it, and no function besides.
 include(CMakePackageConfigHelpers)
-install(TARGETS orvlog EXPORT orvlog-targets)
-install(DIRECTORY orvlog/interface DESTINATION include/orvlog/orvlog FILES_MATCHING PATTERN "*.h")
-install(FILES holv-core/gmm/gmm-allocator.h DESTINATION include/orvlog/holv-core/gmm)
-install(FILES holv-core/gio/gio-stream.h DESTINATION include/orvlog/holv-core/gio)
-install(FILES holv-core/ggo/ggo-geometry.h DESTINATION include/orvlog/holv-core/ggo)
-install(FILES holv-core/ger/ger-error.h DESTINATION include/orvlog/holv-core/ger)
-install(EXPORT orvlog-targets FILE orvlog-config.cmake DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orvlog)
+install(TARGETS orvlog EXPORT orvlog-targets
+    RUNTIME COMPONENT library LIBRARY COMPONENT library ARCHIVE COMPONENT library)
+install(DIRECTORY orvlog/interface DESTINATION ${ORVLOG_HEADERS}/orvlog COMPONENT library FILES_MATCHING PATTERN "*.h")
+foreach(header gmm/gmm-allocator gio/gio-stream ggo/ggo-records ger/ger-error-record)
+    cmake_path(GET header PARENT_PATH room)
+    install(FILES holv-core/${header}.h DESTINATION ${ORVLOG_HEADERS}/holv-core/${room} COMPONENT library)
+endforeach()
+
+set(ORVLOG_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/orvlog)
+install(EXPORT orvlog-targets NAMESPACE orvlog:: DESTINATION ${ORVLOG_PACKAGE} COMPONENT library)
+install(FILES cmake/orvlog-config.cmake DESTINATION ${ORVLOG_PACKAGE} COMPONENT library)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/orvlog-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/orvlog-config-version.cmake DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orvlog)
+install(FILES ${PROJECT_BINARY_DIR}/orvlog-config-version.cmake DESTINATION ${ORVLOG_PACKAGE}
+    COMPONENT library)
+
+# The file for pkg-config finds the package from where it stands itself, so that it's right under any prefix. Folders
+# that the builder gave as absolute stay where they are.
+set(ORVLOG_PC ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(IS_ABSOLUTE ${ORVLOG_PC})
+    set(ORVLOG_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH up /prefix/${ORVLOG_PC} /prefix)
+    string(REGEX REPLACE "/$" "" ORVLOG_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
+foreach(folder LIBDIR INCLUDEDIR)
+    set(ORVLOG_PC_${folder} ${CMAKE_INSTALL_${folder}})
+    if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+        set(ORVLOG_PC_${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+    endif()
+endforeach()
 configure_file(cmake/orvlog.pc.in ${PROJECT_BINARY_DIR}/orvlog.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/orvlog.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/orvlog.pc DESTINATION ${ORVLOG_PC} COMPONENT library)

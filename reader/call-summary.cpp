@@ -197,6 +197,15 @@ template <typename Map> void remember(Map& map, uint32_t key, typename Map::mapp
 
 }  // namespace
 
+std::span<const std::string_view> call_kinds()
+{
+    static constexpr std::array<std::string_view, 13> kinds = {
+        "document_start",       "document_finish",         "face_start",      "resource_start", "resource_destroy",
+        "memory_context_start", "drawing_finish",          "drawing_discard", "group_start",    "group_finish",
+        "object_paint",         "object_paint_and_stroke", "resource_paint"};
+    return kinds;
+}
+
 std::string operator_text(const Element* op)
 {
     if (op == nullptr)

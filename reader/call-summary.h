@@ -8,12 +8,16 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orvlog::reader
 {
+
+// The kinds of calls: their names without "ORV_".
+std::span<const std::string_view> call_kinds();
 
 struct CallSummary
 {
@@ -26,7 +30,8 @@ struct CallSummary
     std::string colour;               // "rgb(1 0 0)", "image 40x40 rgb 8 bits"; empty likewise
 };
 
-// Follows the drawings of a log. Memory goes with what is open at a time.
+// Follows the drawings of a log. Memory goes with the drawings that are open and the resources that are there, of each
+// 65536 at most: beyond that, those with the lowest numbers are forgotten.
 class CallSummaries
 {
 public:

@@ -1,5 +1,7 @@
 #include "reader/coded-bytes.h"
 
+#include "reader/ticket-bytes.h"
+
 #include <algorithm>
 #include <array>
 #include <new>
@@ -18,6 +20,9 @@ constexpr size_t deepest_indent = 50;
 constexpr size_t line_kept = deepest_indent + ticket_element.size();
 // What must be in view to know that no ticket text begins at the first byte of it.
 constexpr size_t ticket_view = deepest_indent + ticket_start.size();
+
+// How much text of tickets is read more than once in a log.
+constexpr uint64_t most_looked_again = uint64_t{64} << 20;
 
 // The coder takes its blocks at its creation and asks for nothing else.
 GMM_Allocator* coder_memory()
@@ -146,11 +151,23 @@ bool CodedBytes::starts_ticket(std::string_view raw) const
     return indent_of(raw) == prefix && raw.substr(prefix).starts_with(ticket_start);
 }
 
+// A line that looks like the ticket's last one may stand in a string of it. Who reads tickets tells: then the text goes
+// on. A text that nobody could have written ends at the first such line, and so does one behind too many of them.
+bool CodedBytes::is_end_of_ticket()
+{
+    if (looked_again_ > most_looked_again)
+        return true;
+    looked_again_ += looked_at_ticket_ ? ticket_.size() : 0;
+    looked_at_ticket_ = true;
+    return read_ticket_text(ticket_).ending != TicketEnding::cut;
+}
+
 // Takes whole lines until the one that closes the ticket.
 void CodedBytes::take_ticket()
 {
     const std::string last_line(indent_of(source_.look(ticket_view)), ' ');
     size_t line_at = 0;
+    looked_at_ticket_ = false;
     for (bool at_end = false; !at_end;)
     {
         const std::string_view raw = source_.look(1);
@@ -163,7 +180,7 @@ void CodedBytes::take_ticket()
         if (newline == std::string_view::npos)
             continue;
         const std::string_view rest = std::string_view(ticket_).substr(line_at);
-        at_end = rest.starts_with(last_line) && rest.substr(last_line.size()) == ticket_end;
+        at_end = rest.starts_with(last_line) && rest.substr(last_line.size()) == ticket_end && is_end_of_ticket();
         line_at = ticket_.size();
     }
 }

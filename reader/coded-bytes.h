@@ -4,8 +4,8 @@
 // whole stream gives exactly the text that went in, and one that is cut gives what was whole.
 //
 // The text of a colour ticket stands as plain bytes between coded ones, because the ticket's reader prints it
-// straight to the stream. The coder's waiting bits come after it. It is found by its first and last line at the
-// place where a GCM_ColorTicket element has just begun, and is given out behind that line.
+// straight to the stream. The coder's waiting bits come after it. It is found by its first line at the place where a
+// GCM_ColorTicket element has just begun, goes on to its last line, and is given out behind the element's.
 
 #pragma once
 
@@ -55,12 +55,15 @@ private:
     void put(std::string_view text, std::string& out);
     bool starts_ticket(std::string_view raw) const;
     size_t coded_before_ticket(std::string_view raw) const;
+    bool is_end_of_ticket();
     void take_ticket();
 
     RawBytes& source_;
     std::unique_ptr<AdaptiveHuffmanCoder, Release> coder_;
     std::string line_;    // the first bytes of the present line of text
     std::string ticket_;  // text that waits for the end of the present line
+    uint64_t looked_again_ = 0;
+    bool looked_at_ticket_ = false;
     bool begun_ = false;
     bool ended_ = false;
     bool damaged_ = false;

@@ -1,6 +1,7 @@
 #include "tools/child-program.h"
 
 #include "tools/command.h"
+#include "tools/signals.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -45,6 +46,36 @@ std::vector<path> folders_of(const char* list)
     return folders;
 }
 
+// Gives 0, or what was wrong. The program begins with the signals that this process began with.
+int start(const std::string& path, char** arguments, pid_t* child)
+{
+    const SignalsHeld held;
+    posix_spawnattr_t attributes;
+    if (const int error = posix_spawnattr_init(&attributes); error != 0)
+        return error;
+    posix_spawnattr_setsigmask(&attributes, &held.before());
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    const int error = posix_spawn(child, path.c_str(), nullptr, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    if (error == 0)
+        set_running_program(*child);
+    return error;
+}
+
+// Its number is nobody else's until it has been waited for, and no signal goes to it from then on.
+int wait_for(pid_t child)
+{
+    siginfo_t ended;
+    while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 && errno == EINTR)
+        continue;
+    const SignalsHeld held;
+    set_running_program(0);
+    int status = 0;
+    if (waitpid(child, &status, 0) < 0)
+        return -1;
+    return WIFSIGNALED(status) ? EXIT_SIGNAL + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
 }  // namespace
 
 std::string find_program(const std::string& name, const std::string& build_folder)
@@ -75,19 +106,14 @@ int run_program(const std::string& path, const std::vector<std::string>& argumen
         argv.push_back(word.data());
     argv.push_back(nullptr);
 
+    catch_signals();
     pid_t child = 0;
-    if (const int error = posix_spawn(&child, path.c_str(), nullptr, nullptr, argv.data(), environ); error != 0)
+    if (const int error = start(path, argv.data(), &child); error != 0)
     {
         errno = error;
         return -1;
     }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0)
-    {
-        if (errno != EINTR)
-            return -1;
-    }
-    return WIFSIGNALED(status) ? EXIT_SIGNAL + WTERMSIG(status) : WEXITSTATUS(status);
+    return wait_for(child);
 }
 
 }  // namespace tool

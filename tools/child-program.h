@@ -14,7 +14,8 @@ namespace tool
 std::string find_program(const std::string& name, const std::string& build_folder);
 
 // Runs a program with the standard streams of this process, and waits for it. Gives its exit status, or
-// EXIT_SIGNAL plus the signal that ended it, or -1 with errno set when it could not be started.
+// EXIT_SIGNAL plus the signal that ended it, or -1 with errno set when it could not be started. Signals are passed on
+// to it, see signals.h.
 int run_program(const std::string& path, const std::vector<std::string>& arguments);
 
 }  // namespace tool

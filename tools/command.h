@@ -52,6 +52,8 @@ std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
 
 // Writes "orvlog: " and the message as one line on standard error, and gives EXIT_FAILED.
 int fail(const std::string& message);
+// The same for what doesn't end the command, or ends it with another status.
+void say(const std::string& message);
 
 Run declare_record(CLI::App& app);
 Run declare_pack(CLI::App& app);

@@ -69,6 +69,7 @@ std::optional<RecordSummary> read_record_summary(const std::string& file)
     RecordSummary summary;
     read_calls(object, summary);
     summary.pages = number_of<uint64_t>(object, "pages");
+    summary.page_images = number_of<uint64_t>(object, "page_images");
     summary.log_bytes = number_of<uint64_t>(object, "log_bytes");
     summary.seconds = number_of<double>(object, "seconds");
     summary.seconds_without_logger = number_of<double>(object, "seconds_without_logger");

@@ -1,5 +1,7 @@
 #include "tools/temporary-folder.h"
 
+#include "tools/signals.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -9,17 +11,22 @@ namespace tool
 
 TemporaryFolder::TemporaryFolder()
 {
+    const SignalsHeld held;
+    catch_signals();
     std::string form = (std::filesystem::temp_directory_path() / "orvlog-XXXXXX").string();
     if (mkdtemp(form.data()) == nullptr)
         throw std::filesystem::filesystem_error("no temporary folder", form,
                                                 std::error_code(errno, std::generic_category()));
     folder_ = form;
+    note_folder(form);
 }
 
 TemporaryFolder::~TemporaryFolder()
 {
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
+    const SignalsHeld held;
+    forget_folder(folder_.string());
 }
 
 bool TemporaryFolder::keep(std::istream& bytes, const std::string& name) const

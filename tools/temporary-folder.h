@@ -1,4 +1,5 @@
-// A folder that is there for as long as its object, with all that is in it.
+// A folder that is there for as long as its object, with all that is in it: files only. It goes when a signal ends the
+// command, too.
 
 #pragma once
 

@@ -13,27 +13,6 @@ namespace tool
 
 using nlohmann::ordered_json;
 
-bool read_range(const std::string& text, NumberRange* range)
-{
-    *range = {};
-    const char* end = text.data() + text.size();
-    const char* at = text.data();
-    if (at == end || text == "-")
-        return false;
-    if (*at != '-')
-    {
-        const auto first = std::from_chars(at, end, range->first);
-        if (first.ec != std::errc())
-            return false;
-        at = first.ptr;
-        range->last = at == end ? range->first : UINT32_MAX;
-    }
-    if (at == end || at + 1 == end)
-        return at == end || *at == '-';
-    const auto last = std::from_chars(at + 1, end, range->last);
-    return *at == '-' && last.ec == std::errc() && last.ptr == end && range->first <= range->last;
-}
-
 int LogInput::fail_to_open() const
 {
     return fail(name_ + ": " + source_.why());
@@ -97,6 +76,7 @@ std::string printable(std::string_view text)
 
 bool put(std::string_view text)
 {
+    Progress::make_way_for_output();
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 }
 

@@ -17,20 +17,6 @@
 namespace tool
 {
 
-// A range of numbers as a command line tells it: "3", "3-7", "3-", "-7".
-struct NumberRange
-{
-    uint32_t first = 0;
-    uint32_t last = UINT32_MAX;
-
-    bool holds(uint32_t number) const
-    {
-        return first <= number && number <= last;
-    }
-};
-// False for what is none.
-bool read_range(const std::string& text, NumberRange* range);
-
 // A log that is read once from its beginning to its end, with its progress shown.
 class LogInput
 {

@@ -1,5 +1,6 @@
 // orvlog ls: a line for each call of a log.
 
+#include "clients/command-line/number-range.h"
 #include "reader/call-summary.h"
 #include "tools/command.h"
 #include "tools/tool-look.h"
@@ -22,8 +23,8 @@ using orvlog::reader::CallSummary;
 struct LsOptions
 {
     std::string log;
-    std::string pages;
-    std::string ids;
+    std::string pages;  // empty: all, and calls that are on no page
+    std::string ids;    // likewise
     std::vector<std::string> kinds;
     bool places = false;
     bool json = false;
@@ -32,11 +33,20 @@ struct LsOptions
 // What is listed.
 struct Filter
 {
-    NumberRange pages;
-    NumberRange ids;
+    explicit Filter(const LsOptions& options)
+        : kinds(options.kinds.begin(), options.kinds.end()), by_page(!options.pages.empty()),
+          by_id(!options.ids.empty())
+    {
+        command_line::read_pages(options.pages, &pages);
+        command_line::read_ids(options.ids, &ids);
+    }
+
+    command_line::NumberRange pages;
+    command_line::NumberRange ids;
     std::set<std::string, std::less<>> kinds;
-    bool by_page = false;
-    bool by_id = false;
+    bool by_page;
+    bool by_id;
+    bool met_id = false;  // a paint of these ids, listed or not
 
     bool holds(const CallSummary& call) const
     {
@@ -78,24 +88,19 @@ std::string json_line(const CallSummary& call)
     return json_text(object);
 }
 
-bool make_filter(const LsOptions& options, Filter* filter)
+// What was asked for and is nowhere in the log; empty if nothing is amiss. Of a range one is enough.
+std::string missing(const LsOptions& options, const Filter& filter, uint32_t pages)
 {
-    filter->by_page = !options.pages.empty();
-    filter->by_id = !options.ids.empty();
-    for (const std::string& kind : options.kinds)
-        filter->kinds.insert(kind.starts_with("ORV_") ? kind.substr(4) : kind);
-    return (!filter->by_page || read_range(options.pages, &filter->pages)) &&
-           (!filter->by_id || read_range(options.ids, &filter->ids));
+    if (filter.by_page && filter.pages.first > pages)
+        return "has no page " + options.pages + ", but " + std::to_string(pages) + " in all";
+    if (filter.by_id && !filter.met_id)
+        return "has no paint " + options.ids;
+    return {};
 }
 
 int list(const LsOptions& options)
 {
-    Filter filter;
-    if (!make_filter(options, &filter))
-    {
-        fail("--page and --id take a number or a range of numbers, like 2 or 2-5");
-        return EXIT_BAD_USE;
-    }
+    Filter filter(options);
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
@@ -112,6 +117,7 @@ int list(const LsOptions& options)
         if (!orvlog::reader::is_call_name(element->name))
             continue;
         const CallSummary call = summaries.next(*element);
+        filter.met_id = filter.met_id || (filter.by_id && call.id && filter.ids.holds(*call.id));
         if (!filter.holds(call))
             continue;
         if (options.json)
@@ -125,31 +131,42 @@ int list(const LsOptions& options)
     if (options.json)
         put(first ? "[]\n" : "\n]\n");
     const int status = finish_output(EXIT_DONE);
-    if (damage > 0 && status == EXIT_DONE)
-        std::fprintf(stderr, "orvlog: %s: damaged in %llu places%s\n", options.log.c_str(),
-                     static_cast<unsigned long long>(damage), elements.events().is_cut() ? ", cut short" : "");
-    return status;
+    if (status != EXIT_DONE)
+        return status;
+    if (damage > 0)
+        say(options.log + ": damaged in " + std::to_string(damage) + " places" +
+            (elements.events().is_cut() ? ", cut short" : ""));
+    const std::string none = missing(options, filter, summaries.pages());
+    return none.empty() ? EXIT_DONE : fail(options.log + ": " + none);
 }
 
 }  // namespace
 
 Run declare_ls(CLI::App& app)
 {
+    const std::span<const std::string_view> kinds = orvlog::reader::call_kinds();
+    const auto without_prefix = [](const std::string& kind)
+    { return kind.starts_with("ORV_") ? kind.substr(4) : kind; };
     auto options = std::make_shared<LsOptions>();
     app.add_option("LOG", options->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
-    app.add_option("--page", options->pages, "only what is on these pages, from 1")->type_name("A-B");
-    app.add_option("--kind", options->kinds, "only calls of this kind, as object_paint; may be given again")
+    app.add_option("--page", options->pages, "only what is on these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
+    app.add_option("--kind", options->kinds, "only calls of this kind; may be given again")
         ->type_name("NAME")
         ->expected(1)
-        ->take_all();
-    app.add_option("--id", options->ids, "only paints of these ids")->type_name("A-B");
+        ->take_all()
+        ->transform(without_prefix)
+        ->check(CLI::IsMember(std::vector<std::string>(kinds.begin(), kinds.end())));
+    app.add_option("--id", options->ids, "only paints of these ids")->type_name("A-B")->check(command_line::check_ids);
     app.add_flag("--places", options->places, "begin each line with the call's byte and line in the log's text");
     app.add_flag("--json", options->json, "write an array of objects instead, with unrounded boxes");
     app.footer("A line has the id of a paint, the page, the kind of the call, the box that it paints, in whole pixels "
                "around it (minimum x, minimum y, maximum x, maximum y), the operator, and what paints: a colour, a "
                "gradient or an image. A - stands for what a call doesn't have, or the log doesn't tell. Clips don't "
                "narrow boxes, but of calls without a shape; mitered corners and what stands in resources have none. "
-               "Of a damaged or cut log it lists what can be read.");
+               "Of a damaged or cut log it lists what can be read. Pages and paints that the log doesn't have are an "
+               "error.");
     return [options] { return list(*options); };
 }
 

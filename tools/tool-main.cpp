@@ -1,7 +1,9 @@
+#include "clients/command-line/progress-bar.h"
 #include "tools/command.h"
 #include "tools/usage.h"
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -97,9 +99,15 @@ std::span<const Command> commands()
     return COMMANDS;
 }
 
+void say(const std::string& message)
+{
+    command_line::ProgressBar::clear();
+    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+}
+
 int fail(const std::string& message)
 {
-    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+    say(message);
     return EXIT_FAILED;
 }
 
@@ -107,6 +115,8 @@ int fail(const std::string& message)
 
 int main(int argc, char** argv)
 {
+    // A file that may grow no further is an error as any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     try
     {
         return tool::main_of_tool(argc, argv);

@@ -1,5 +1,7 @@
 #include "tools/tool-output.h"
 
+#include "clients/command-line/progress-bar.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -86,6 +88,8 @@ void Output::discard()
 
 bool Output::write(const void* data, size_t size)
 {
+    if (file_ == stdout)
+        command_line::ProgressBar::make_way_for_output();
     if (failed_ || std::fwrite(data, 1, size, file_) == size)
         return !failed_;
     failed_ = true;

@@ -1,6 +1,9 @@
+#include "clients/command-line/number-range.h"
+#include "clients/command-line/progress-bar.h"
 #include "tools/child-program.h"
 #include "tools/command.h"
 #include "tools/record-summary.h"
+#include "tools/signals.h"
 #include "tools/temporary-folder.h"
 #include "tools/tool-input.h"
 #include "tools/tool-output.h"
@@ -15,7 +18,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <regex>
 #include <vector>
 
 namespace tool
@@ -38,6 +40,7 @@ struct RecordOptions
     std::string image_prefix;
     std::string png_folder;
     std::string ticket_folder;
+    std::string page_timeout;
     unsigned dpi = 96;
     bool no_renderer = false;
     bool check = false;
@@ -46,23 +49,14 @@ struct RecordOptions
     bool temporary_log = false;
 };
 
-std::string check_pages(const std::string& text)
-{
-    static const std::regex form("([1-9][0-9]{0,8})(-([1-9][0-9]{0,8}))?");
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form))
-        return "pages are given as A or A-B, counting from 1";
-    if (parts[3].matched && std::stoul(parts[1]) > std::stoul(parts[3]))
-        return "the last page comes before the first";
-    return {};
-}
-
 void declare_options(CLI::App& app, RecordOptions& options)
 {
     app.add_option("FILE", options.document, "the PDF document: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml; - for standard output")
         ->type_name("LOG");
-    app.add_option("--pages", options.pages, "only these pages, from 1")->type_name("A-B")->check(check_pages);
+    app.add_option("--pages", options.pages, "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
     app.add_option("--mode", options.mode, "base: log all images and glyphs; transparent: what the renderer asks for")
         ->check(CLI::IsMember({"transparent", "base"}))
         ->capture_default_str();
@@ -71,17 +65,21 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->capture_default_str();
     app.add_option("--images-beside", options.image_prefix, "image data goes to files PREFIX-..., not into the log")
         ->type_name("PREFIX");
-    app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
+    auto* silent = app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
     app.add_option("--png", options.png_folder, "folder for the page images instead of the document's")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->excludes(silent);
     app.add_option("--dpi", options.dpi, "resolution of the page images")
         ->type_name("N")
         ->check(CLI::Range(1U, 2400U))
         ->capture_default_str();
-    app.add_flag("--check", options.check, "draw again without the logger and compare each pixel");
+    app.add_flag("--check", options.check, "draw again without the logger and compare each pixel")->excludes(silent);
     app.add_flag("--keep-images", options.keep_images, "let the renderer keep images until a drawing ends");
     app.add_flag("--compressed", options.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", options.temporary_log, "log to a temporary file first, then merge");
+    app.add_option("--page-timeout", options.page_timeout, "break off a page that takes longer than S seconds")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, 1e6));
     app.add_option("--save-tickets", options.ticket_folder, "save the job's colour tickets in DIR")->type_name("DIR");
 }
 
@@ -97,9 +95,11 @@ std::string folder_of(const path& document)
     return folder.empty() ? "." : folder.string();
 }
 
-std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& summary_file)
+// A log for the standard output is the file `log_file` first; what lies beside it goes to the present folder.
+std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& log_file,
+                                      const std::string& summary_file)
 {
-    std::vector<std::string> words = {options.document, "-o",       options.log,   "--mode",
+    std::vector<std::string> words = {options.document, "-o",       log_file,      "--mode",
                                       options.mode,     "--glyphs", options.glyphs};
     const auto option = [&words](const char* name, const std::string& value)
     {
@@ -120,22 +120,24 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     flag("--keep-images", options.keep_images);
     flag("--compressed", options.compressed);
     flag("--via-temporary-log", options.temporary_log);
+    option("--page-timeout", options.page_timeout);
     option("--save-tickets", options.ticket_folder);
-    flag("--progress", isatty(STDERR_FILENO) != 0);
+    option("--folder-beside", options.log == "-" ? "." : "");
+    flag("--progress", command_line::bar_has_room());
     option("--summary", summary_file);
     return words;
 }
 
-// A log on the standard output has it for itself.
-void print_summary(const RecordOptions& options, const std::string& file)
+// A log on the standard output has it for itself. What a failed job has left is not spoken of as if it were whole.
+void print_summary(const RecordOptions& options, const std::string& file, bool good)
 {
     auto summary = read_record_summary(file);
     if (!summary)
         return;
     std::FILE* output = options.log == "-" ? stderr : stdout;
-    summary->log = options.log == "-" ? "the standard output" : summary->log;
+    summary->log = !good ? "" : options.log == "-" ? "the standard output" : summary->log;
     std::fputs(format_record_summary(*summary).c_str(), output);
-    if (!options.png_folder.empty() && summary->pages.value_or(0) > 0)
+    if (good && summary->page_images.value_or(0) > 0)
         std::fprintf(output, "page images in %s\n", options.png_folder.c_str());
 }
 
@@ -187,16 +189,15 @@ int draw(const RecordOptions& options)
         return fail("orvlog-record, which reads PDF documents, is not installed");
     const TemporaryFolder folder;
     const std::string summary = folder.path("summary");
-    RecordOptions handed_on = options;
-    if (options.log == "-")
-        handed_on.log = folder.path("log");
-    const int status = run_program(program, arguments_of(handed_on, summary));
+    const std::string log = options.log == "-" ? folder.path("log") : options.log;
+    const int status = run_program(program, arguments_of(options, log, summary));
     if (status < 0)
         return fail(program + ": " + std::strerror(errno));
-    if (options.log == "-" && !put_out(handed_on.log))
+    if (options.log == "-" && !put_out(log))
         return fail(std::string("standard output: ") + std::strerror(errno));
-    print_summary(options, summary);
-    return status;
+    const int signal = signal_received();
+    print_summary(options, summary, status == EXIT_DONE && signal == 0);
+    return signal != 0 ? EXIT_SIGNAL + signal : status;
 }
 
 int record(RecordOptions options)

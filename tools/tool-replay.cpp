@@ -1,25 +1,21 @@
 // orvlog replay: the job of a log once more, from the log alone.
 
+#include "clients/command-line/number-range.h"
 #include "clients/replay/replay.h"
-#include "clients/stream/file-stream.h"
-#include "orvlog/core/orvlog-entry.h"
 #include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/command.h"
+#include "tools/replay-session.h"
 #include "tools/tool-source.h"
+#include "tools/vector-pages.h"
 
-#include <cairo-pdf.h>
-#include <cairo-svg.h>
-
-#include <cerrno>
-#include <charconv>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace tool
 {
@@ -37,11 +33,12 @@ struct ReplayOptions
     std::string image_prefix;
     bool compressed = false;
     bool via_temporary_log = false;
+    bool allow_missing = false;
     std::string png;
     std::string svg;
     std::string pdf;
     std::string renderer;
-    std::string pages;
+    command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
     int64_t up_to = -1;
 };
@@ -54,173 +51,17 @@ public:
     {
         constexpr size_t most = 100;
         if (said_.size() < most && said_.insert(line).second)
-            std::fprintf(stderr, "orvlog: %s\n", line.c_str());
+            tool::say(line);
     }
 
 private:
     std::set<std::string> said_;
 };
 
-// Where pages go as vectors: one PDF file, or an SVG file for each page.
-class VectorPages
+// What the files of pages begin with.
+std::string page_name(const ReplayOptions& options)
 {
-public:
-    explicit VectorPages(const ReplayOptions& options) : svg_(options.svg), pdf_(options.pdf)
-    {
-        name_ = fs::path(options.log == "-" ? "log" : options.log).stem().string();
-        if (fs::is_directory(pdf_))
-            pdf_ = (fs::path(pdf_) / (name_ + ".pdf")).string();
-    }
-    VectorPages(const VectorPages&) = delete;
-    VectorPages& operator=(const VectorPages&) = delete;
-    ~VectorPages()
-    {
-        close();
-    }
-
-    bool wanted() const
-    {
-        return !svg_.empty() || !pdf_.empty();
-    }
-
-    bool would_replace(const std::string& file) const
-    {
-        std::error_code none;
-        return !pdf_.empty() && fs::equivalent(pdf_, file, none);
-    }
-
-    // Surfaces of both kinds have 72 units to the inch; pages have pixels.
-    cairo_surface_t* surface(const cairo_renderer::Page& page, double dpi)
-    {
-        const double scale = dpi > 0 ? 72 / dpi : 1;
-        const double width = page.width * scale;
-        const double height = page.height * scale;
-        if (!svg_.empty())
-        {
-            char number[16];
-            std::snprintf(number, sizeof number, "-%03u.svg", page.number);
-            cairo_surface_t* made =
-                cairo_svg_surface_create((fs::path(svg_) / (name_ + number)).c_str(), width, height);
-            cairo_surface_set_device_scale(made, scale, scale);
-            return made;
-        }
-        if (document_ == nullptr)
-            document_ = cairo_pdf_surface_create(pdf_.c_str(), width, height);
-        cairo_pdf_surface_set_size(document_, width, height);
-        cairo_surface_set_device_scale(document_, scale, scale);
-        return cairo_surface_reference(document_);
-    }
-
-    // False if the file could not be written.
-    bool close()
-    {
-        if (document_ == nullptr)
-            return true;
-        cairo_surface_finish(document_);
-        const bool good = cairo_surface_status(document_) == CAIRO_STATUS_SUCCESS;
-        cairo_surface_destroy(document_);
-        document_ = nullptr;
-        return good;
-    }
-
-private:
-    std::string svg_;
-    std::string pdf_;
-    std::string name_;
-    cairo_surface_t* document_ = nullptr;
-};
-
-// The logger behind which the job is played.
-class Session
-{
-public:
-    ~Session()
-    {
-        end();
-    }
-
-    bool begin(const ReplayOptions& options, const LogKind& kind, const ORV_Interface* renderer, GIO_Stream* log)
-    {
-        ORVLOG_SessionOptions session{};
-        session.interface_out = &table_;
-        session.interface_in = renderer;
-        session.allocator = memory_.allocator();
-        session.identity = identity_.source();
-        session.log_stream = log;
-        session.file_prefix = options.image_prefix.empty() ? nullptr : options.image_prefix.c_str();
-        session.ticket_functions = orvlog::replay::ReplayTickets::functions();
-        session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
-        session.comment_fn_out = &comment_;
-        session.comment_ctx_out = &comment_context_;
-        session.compress = options.compressed ? 1 : 0;
-        session.mode = kind.base_mode ? ORVLOG_MODE_BASE : ORVLOG_MODE_TRANSPARENT;
-        session.via_temporary_log = options.via_temporary_log ? 1 : 0;
-        if (orvlog_create_session_with(&session) == 0)
-            return false;
-        session_ = table_.document_start.context;
-        const ORVLOG_Params base{};
-        if (kind.base_content && !kind.base_mode)
-            ORVLOG_DLL_set_parameters(session_, &base);
-        auto* inside = static_cast<ORVLOG_Session*>(session_);
-        inside->glyph_fixed_format = kind.fixed_formats ? 1 : 0;
-        inside->glyph_get_format = kind.glyph_get_type;
-        inside->image.image_dump_flag = kind.image_attributes ? 1 : 0;
-        return true;
-    }
-
-    bool end()
-    {
-        const bool good = session_ == nullptr || ORVLOG_DLL_shutdown(session_) != 0;
-        session_ = nullptr;
-        return good;
-    }
-
-    const ORV_Interface* table() const
-    {
-        return &table_;
-    }
-
-    void comment(const std::string& text)
-    {
-        print_comment("%s", text.c_str());
-    }
-
-private:
-    void print_comment(const char* format, ...)
-    {
-        va_list args;
-        va_start(args, format);
-        comment_(comment_context_, format, args);
-        va_end(args);
-    }
-
-    client_stream::MallocAllocator memory_;
-    client_stream::RandomIdentity identity_;
-    ORV_Interface table_{};
-    void* session_ = nullptr;
-    orvlog_comment_fn_type comment_ = nullptr;
-    void* comment_context_ = nullptr;
-};
-
-// "3", "3-7", "3-".
-bool read_pages(const std::string& text, orvlog::replay::Options* options)
-{
-    if (text.empty())
-        return true;
-    const char* end = text.data() + text.size();
-    auto first = std::from_chars(text.data(), end, options->first_page);
-    if (first.ec != std::errc() || options->first_page == 0)
-        return false;
-    options->last_page = options->first_page;
-    if (first.ptr == end)
-        return true;
-    if (*first.ptr != '-')
-        return false;
-    options->last_page = UINT32_MAX;
-    if (first.ptr + 1 == end)
-        return true;
-    const auto last = std::from_chars(first.ptr + 1, end, options->last_page);
-    return last.ec == std::errc() && last.ptr == end && options->last_page >= options->first_page;
+    return fs::path(options.log == "-" ? "log" : options.log).stem().string();
 }
 
 // A log is read twice, once to see what it is and once to play it.
@@ -236,13 +77,18 @@ std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& s
 class ReplayJob
 {
 public:
-    explicit ReplayJob(const ReplayOptions& options) : options_(options), vectors_(options) {}
+    explicit ReplayJob(const ReplayOptions& options)
+        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
+    {
+    }
 
     int run()
     {
         orvlog::replay::Options play;
-        if (!read_pages(options_.pages, &play))
-            return fail("--pages takes a page or a range of pages, like 2 or 2-5");
+        play.first_page = options_.pages.first;
+        play.last_page = options_.pages.last;
+        // The job may be played in another folder than the present one.
+        play.folder = fs::absolute(orvlog::reader::folder_of_log(options_.log) / ".").parent_path().string();
         Source source(options_.log);
         if (!source.open())
             return fail(options_.log + ": " + source.why());
@@ -250,28 +96,29 @@ public:
         kind_ = orvlog::replay::examine(*log);
         if (!kind_.is_log)
             return fail(options_.log + ": is not a log");
+        if (options_.pages.first > kind_.faces && kind_.faces > 0)
+            return fail(options_.log + ": has no page " + std::to_string(options_.pages.first) + ", but " +
+                        std::to_string(kind_.faces) + " in all");
         if (vectors_.would_replace(options_.log))
             return fail(options_.pdf + ": is the log to be replayed");
         log->clear();
         log->seekg(0);
         make_renderer();
-        const ORV_Interface* table = renderer_ != nullptr ? renderer_->interface() : nullptr;
-        std::unique_ptr<client_stream::FileStream> output;
-        if (const int status = open_log(&table, output); status != EXIT_DONE)
+        if (const int status = open_log(); status != EXIT_DONE)
             return status;
         Progress progress(source.size());
-        play.folder = orvlog::reader::folder_of_log(options_.log).string();
         play.dpi = options_.dpi;
         if (options_.up_to >= 0)
             play.up_to = static_cast<uint32_t>(options_.up_to);
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
         play.progress = [&progress](uint64_t done) { progress.show(done); };
-        if (output != nullptr)
-            play.comment = [this](const std::string& text) { session_.comment(text); };
+        play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
+        if (session_ != nullptr)
+            play.comment = [this](const std::string& text) { session_->comment(text); };
+        const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_->interface();
         orvlog::replay::ReplayTickets tickets;
         const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
-        session_.end();
-        return finish(outcome, output.get());
+        return finish(outcome);
     }
 
 private:
@@ -285,8 +132,7 @@ private:
         if (!options_.png.empty())
         {
             fs::create_directories(options_.png);
-            const std::string name = fs::path(options_.log == "-" ? "log" : options_.log).stem().string();
-            options.png_prefix = (fs::path(options_.png) / name).string();
+            options.png_prefix = (fs::absolute(options_.png) / page_name(options_)).string();
         }
         if (vectors_.wanted())
         {
@@ -295,71 +141,106 @@ private:
             const double dpi = options_.dpi > 0 ? options_.dpi : kind_.dpi;
             options.surface_factory = [this, dpi](const cairo_renderer::Page& page)
             { return vectors_.surface(page, dpi); };
+            options.page_sink = [this](const cairo_renderer::Page& page) { vectors_.finish(page); };
         }
+        options.page_number = [this](const cairo_renderer::Page&) { return page_; };
         options.keep_images = kind_.kept_images;
         options.glyph_form = glyph_form();
         options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     }
 
-    // That of the job's renderer.
+    // That of the job's renderer, by what it has asked for.
     cairo_renderer::GlyphForm glyph_form() const
     {
-        constexpr uint32_t others = 1U << GFI_GDT_FBE | 1U << GFI_GDT_TRUETYPE | 1U << GFI_GDT_RLE;
-        if ((kind_.rendered_types & others) != 0)
+        if (kind_.rendered_fixed)
             return cairo_renderer::GlyphForm::in_turn;
-        const bool bitmaps = (kind_.rendered_types & 1U << GFI_GDT_BITMAP) != 0;
+        const bool bitmaps = (kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
         return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
     }
 
     // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
-    int open_log(const ORV_Interface** table, std::unique_ptr<client_stream::FileStream>& output)
+    int open_log()
     {
         if (options_.new_log.empty() && renderer_ != nullptr)
             return EXIT_DONE;
-        std::string name = options_.new_log.empty() ? "/dev/null" : options_.new_log;
-        if (name == "-")
-            name = "/dev/stdout";
         std::error_code none;
-        if (fs::equivalent(name, options_.log, none))
+        const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
+        if (!target.empty() && fs::equivalent(target, options_.log, none))
             return fail(options_.new_log + ": is the log to be replayed");
-        output = client_stream::FileStream::open(name, name.starts_with("/dev/") ? "wb" : "w+b");
-        if (output == nullptr)
-            return fail(options_.new_log + ": " + std::strerror(errno));
-        if (!session_.begin(options_, kind_, *table, output->stream()))
-            return fail(options_.new_log + ": the log cannot be begun");
-        *table = session_.table();
-        return EXIT_DONE;
+        session_ = std::make_unique<ReplaySession>(ReplaySessionOptions{options_.new_log, options_.image_prefix,
+                                                                        options_.compressed, options_.via_temporary_log,
+                                                                        renderer_ != nullptr && kind_.kept_images},
+                                                   kind_);
+        std::string why;
+        return session_->open(renderer_ != nullptr ? renderer_->interface() : nullptr, &why) ? EXIT_DONE : fail(why);
     }
 
-    int finish(const orvlog::replay::Outcome& outcome, client_stream::FileStream* output)
+    // Says all that is wrong, a line each.
+    int finish(const orvlog::replay::Outcome& outcome)
     {
+        std::vector<std::string> wrong;
+        if (session_ != nullptr)
+            wrong = session_->close();
         const bool drawn = renderer_ == nullptr || renderer_->all_pages_written();
-        if (!drawn || !vectors_.close())
-            return fail("a page could not be written");
-        if (output != nullptr && !output->close())
-            return fail(options_.new_log + ": " + std::strerror(output->first_error()));
-        std::fprintf(stderr, "%llu calls, %u pages", static_cast<unsigned long long>(outcome.calls), outcome.pages);
+        if (!vectors_.close() || !drawn)
+            wrong.emplace_back("a page could not be written");
+        std::string done = std::to_string(outcome.calls) + " calls, " + std::to_string(outcome.pages) + " pages";
         if (outcome.not_played > 0)
-            std::fprintf(stderr, ", %llu not played", static_cast<unsigned long long>(outcome.not_played));
-        std::fputs("\n", stderr);
+            done += ", " + std::to_string(outcome.not_played) + " not played";
+        std::fprintf(stderr, "%s\n", done.c_str());
+        for (const std::string& line : what_lacks(outcome))
+            wrong.push_back(options_.log + ": " + line);
+        for (const std::string& line : wrong)
+            fail(line);
+        return wrong.empty() ? EXIT_DONE : EXIT_FAILED;
+    }
+
+    // Of the log, and of what was made from it.
+    std::vector<std::string> what_lacks(const orvlog::replay::Outcome& outcome) const
+    {
+        std::vector<std::string> lacks;
+        if (outcome.pages_refused > 0)
+            lacks.push_back(std::to_string(outcome.pages_refused) + " pages could not be drawn");
+        if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
+            lacks.emplace_back("has no page");
         if (!outcome.reached)
-            return fail(options_.log + ": has no paint " + std::to_string(options_.up_to));
+            lacks.push_back("has no paint " + std::to_string(options_.up_to));
+        if (outcome.missing > 0 && !options_.allow_missing)
+            lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
+                            " places; what could be found is played (--allow-missing is content with that)");
         if (outcome.cut)
-            return fail(options_.log + ": is cut short; what it has is played");
-        if (outcome.damage > 0)
-            return fail(options_.log + ": is damaged in " + std::to_string(outcome.damage) +
-                        " places; what could be read is played");
-        return EXIT_DONE;
+            lacks.emplace_back("is cut short; what it has is played");
+        else if (outcome.damage > 0)
+            lacks.push_back("is damaged in " + std::to_string(outcome.damage) +
+                            " places; what could be read is played");
+        return lacks;
     }
 
     const ReplayOptions& options_;
     Complaints complaints_;
     VectorPages vectors_;
     LogKind kind_;
+    uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
-    Session session_;
+    std::unique_ptr<ReplaySession> session_;
 };
+
+// Empty if the options go together.
+std::string contradiction(const ReplayOptions& options)
+{
+    const bool pictures = !options.png.empty() || !options.svg.empty() || !options.pdf.empty();
+    return pictures && options.renderer == "none" ? "--renderer none draws no pages for --png, --svg or --pdf" : "";
+}
+
+int replay(const ReplayOptions& options)
+{
+    const std::string wrong = contradiction(options);
+    if (wrong.empty())
+        return ReplayJob(options).run();
+    std::fprintf(stderr, "orvlog replay: %s (see orvlog replay --help)\n", wrong.c_str());
+    return EXIT_BAD_USE;
+}
 
 }  // namespace
 
@@ -379,7 +260,11 @@ Run declare_replay(CLI::App& app)
         ->expected(0, 1)
         ->default_str(".")
         ->excludes(svg);
-    app.add_option("--pages", options->pages, "only these pages, from 1")->type_name("A-B");
+    app.add_option_function<std::string>(
+           "--pages", [options](const std::string& text) { command_line::read_pages(text, &options->pages); },
+           "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
     app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
@@ -392,11 +277,12 @@ Run declare_replay(CLI::App& app)
         ->type_name("PREFIX");
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
     app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
+    app.add_flag("--allow-missing", options->allow_missing, "be content with what there is if image data is missing");
     app.footer("The job is made again from the log and the files beside it: image data and the logs of kept images are "
                "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
                "log of a replay is the log.\n\n"
                "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
-    return [options] { return ReplayJob(*options).run(); };
+    return [options] { return replay(*options); };
 }
 
 }  // namespace tool

@@ -3,32 +3,14 @@
 #include "tools/tool-input.h"
 
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <sstream>
-#include <unistd.h>
 #include <vector>
 
 namespace tool
 {
-
-namespace
-{
-
-constexpr int64_t QUIET_MS = 1000;
-constexpr int64_t STEP_MS = 100;
-constexpr int BAR = 40;
-
-int64_t now_ms()
-{
-    const auto since = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
-}
-
-}  // namespace
 
 Source::Source(const std::string& name)
 {
@@ -63,29 +45,6 @@ Source::Source(const std::string& name)
     const auto size = std::filesystem::file_size(name, error);
     size_ = error ? 0 : size;
     stream_ = owned_.get();
-}
-
-Progress::Progress(uint64_t whole)
-    : whole_(whole), wanted_(whole != 0 && isatty(STDERR_FILENO) != 0), started_(now_ms())
-{
-}
-
-Progress::~Progress()
-{
-    if (shown_)
-        std::fprintf(stderr, "\r%*s\r", BAR + 8, "");
-}
-
-void Progress::show(uint64_t done)
-{
-    const int64_t now = wanted_ ? now_ms() : 0;
-    if (!wanted_ || now - started_ < QUIET_MS || now - last_ < STEP_MS)
-        return;
-    last_ = now;
-    shown_ = true;
-    const int filled = static_cast<int>(static_cast<double>(done) / static_cast<double>(whole_) * BAR);
-    const std::string bar(static_cast<size_t>(filled < BAR ? filled : BAR), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d%%", BAR, bar.c_str(), filled * 100 / BAR);
 }
 
 }  // namespace tool

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "clients/command-line/progress-bar.h"
+
 #include <cstdint>
 #include <fstream>
 #include <istream>
@@ -42,22 +44,6 @@ private:
     uint64_t size_ = 0;
 };
 
-// A bar on standard error for what takes longer than a second, when that is a terminal.
-class Progress
-{
-public:
-    explicit Progress(uint64_t whole);
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress();
-    void show(uint64_t done);
-
-private:
-    uint64_t whole_;
-    bool wanted_;
-    bool shown_ = false;
-    int64_t started_;
-    int64_t last_ = 0;
-};
+using Progress = command_line::ProgressBar;
 
 }  // namespace tool

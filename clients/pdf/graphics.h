@@ -159,8 +159,9 @@ public:
     virtual ~ImageRows() = default;
     // Starts over at the first row. False if that can't be done.
     virtual bool restart() = 0;
-    // Fills one row; what the data doesn't have is zero. False once the data has ended before its time.
-    virtual bool read_row(uint8_t* row, size_t size) = 0;
+    // Fills one row, and gives how many of its bytes came: fewer than `size` where the data ends before its time, and
+    // 0 from there on. The bytes that didn't come are left as they were.
+    virtual size_t read_row(uint8_t* row, size_t size) = 0;
 };
 
 struct Image

@@ -43,16 +43,16 @@ public:
         return true;
     }
 
-    bool read_row(uint8_t* row, size_t size) override
+    size_t read_row(uint8_t* row, size_t size) override
     {
         if (row_ >= mask_->height)
         {
-            return false;
+            return 0;
         }
         const size_t count = std::min<size_t>(size, mask_->width);
         std::memcpy(row, mask_->samples.data() + static_cast<size_t>(row_) * mask_->width, count);
         row_++;
-        return true;
+        return count;
     }
 
 private:
@@ -98,22 +98,24 @@ public:
         pointer_.imp_ImageReleaseFn = release;
     }
 
+    // A direct image has all its bytes: one whose data ends early is held too, but hands out what there is.
     void hold_in_memory()
     {
         const size_t row = source_.row_bytes();
-        held_.resize(row * source_.height);
-        if (source_.rows == nullptr || !source_.rows->restart())
+        is_held_ = true;
+        bool whole = source_.rows != nullptr && source_.rows->restart();
+        for (uint32_t y = 0; whole && y < source_.height; y++)
         {
-            return;
+            const size_t before = held_.size();
+            held_.resize(before + row);
+            const size_t came = source_.rows->read_row(held_.data() + before, row);
+            held_.resize(before + came);
+            whole = came == row;
         }
-        for (uint32_t y = 0; y < source_.height; y++)
+        if (whole)
         {
-            if (!source_.rows->read_row(held_.data() + y * row, row))
-            {
-                break;
-            }
+            pointer_.imp_DirectImage = held_.data();
         }
-        pointer_.imp_DirectImage = held_.data();
     }
 
     GOP_OperandPointer* get() override
@@ -163,34 +165,38 @@ private:
     {
         row_ = 0;
         ended_ = false;
-        return !held_.empty() || (source_.rows != nullptr && source_.rows->restart());
+        return is_held_ || (source_.rows != nullptr && source_.rows->restart());
     }
 
-    void next_row(uint8_t* row, size_t size)
+    // Gives how many bytes of the row there are. With the first row that isn't whole the image ends.
+    size_t next_row(uint8_t* row, size_t size)
     {
-        if (!held_.empty())
+        size_t came = 0;
+        if (is_held_)
         {
-            std::memcpy(row, held_.data() + static_cast<size_t>(row_) * size, size);
+            const size_t begin = std::min(static_cast<size_t>(row_) * size, held_.size());
+            came = std::min(size, held_.size() - begin);
+            std::copy_n(held_.begin() + static_cast<std::ptrdiff_t>(begin), came, row);
         }
         else
         {
-            if (!ended_)
-            {
-                ended_ = !source_.rows->read_row(row, size);
-            }
-            if (ended_)
-            {
-                std::memset(row, 0, size);
-            }
+            came = source_.rows->read_row(row, size);
         }
+        ended_ = came < size;
         row_++;
+        return came;
+    }
+
+    bool has_more() const
+    {
+        return !ended_ && row_ < source_.height;
     }
 
     uint32_t skip_rows(uint32_t skip_pixels)
     {
         std::vector<uint8_t> row(source_.row_bytes());
         const uint32_t count = source_.width > 0 ? skip_pixels / source_.width : 0;
-        for (uint32_t i = 0; i < count && row_ < source_.height; i++)
+        for (uint32_t i = 0; i < count && has_more(); i++)
         {
             next_row(row.data(), row.size());
         }
@@ -221,10 +227,10 @@ private:
         }
         image->skip_rows(skip_pixels);
         size_t offset = 0;
-        while (image->row_ < image->source_.height && offset + row <= image_size && offset + row <= INT32_MAX)
+        while (image->has_more() && offset + row <= image_size && offset + row <= INT32_MAX)
         {
-            image->next_row(image_buffer + offset, row);
-            offset += step;
+            const size_t came = image->next_row(image_buffer + offset, row);
+            offset += came < row ? came : step;
         }
         *img_returned = static_cast<int32_t>(std::min<size_t>(offset, image_size));
         return 1;
@@ -258,6 +264,7 @@ private:
     GOP_OperandImage record_{};
     GOP_OperandImagePointer pointer_{};
     std::vector<uint8_t> held_;
+    bool is_held_ = false;
     std::shared_ptr<PulledImage> kept_;
     uint32_t row_ = 0;
     bool ended_ = false;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 //
 // An image as an operand whose rows a renderer pulls through callbacks. Small images, and those that can be
-// read only once, lie in memory and are passed as direct images; of all others one row at a time is held.
+// read only once, lie in memory and are passed as direct images; of all others one row at a time is held. An image
+// whose data ends before its time ends there: a read gives what there is of the last row, and the next one gives
+// nothing.
 
 #pragma once
 

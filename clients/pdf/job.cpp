@@ -2,11 +2,15 @@
 
 #include "clients/pdf/job.h"
 
+#include "clients/pdf/interruption.h"
+#include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
+#include "clients/pdf/page-check.h"
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
-#include "clients/stream/file-stream.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "clients/stream/files-beside.h"
+#include "reader/files-due.h"
+#include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 
 #include <algorithm>
@@ -14,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 
 namespace pdf_client
@@ -23,8 +28,7 @@ namespace
 {
 
 constexpr double points_per_inch = 72.0;
-constexpr double greatest_side = 32767;
-constexpr double greatest_area = 1U << 27;
+constexpr double greatest_undrawn_side = INT32_MAX;
 
 using Clock = std::chrono::steady_clock;
 
@@ -49,73 +53,6 @@ private:
     std::vector<std::string> lines_;
 };
 
-// The logger between the painter and a renderer, for the time of one job.
-class LoggedInterface
-{
-public:
-    // Null if the session can't be had.
-    static std::unique_ptr<LoggedInterface> create(const JobOptions& options, const ORV_Interface* renderer,
-                                                   GIO_Stream* log)
-    {
-        std::unique_ptr<LoggedInterface> result(new LoggedInterface);
-        ORVLOG_SessionOptions session{};
-        session.interface_out = &result->table_;
-        session.interface_in = renderer;
-        session.allocator = result->allocator_.allocator();
-        session.identity = result->identity_.source();
-        session.log_stream = log;
-        session.file_prefix = options.image_prefix.empty() ? nullptr : options.image_prefix.c_str();
-        session.ticket_functions = orvlog::colour::ColourManager::ticket_functions();
-        session.ticket_serial_functions = orvlog::colour::ColourManager::ticket_serial_functions();
-        session.compress = options.compressed ? 1 : 0;
-        session.mode = ORVLOG_MODE_TRANSPARENT;
-        // Images that are kept while a log is coded on the fly would take bits out of its stream.
-        session.via_temporary_log = options.via_temporary_log || (options.compressed && options.keep_images) ? 1 : 0;
-        if (orvlog_create_session_with(&session) == 0)
-        {
-            return nullptr;
-        }
-        result->session_ = result->table_.document_start.context;
-        if (options.base_mode)
-        {
-            const ORVLOG_Params params{};
-            ORVLOG_DLL_set_parameters(result->session_, &params);
-            auto* session_record = static_cast<ORVLOG_Session*>(result->session_);
-            session_record->glyph_fixed_format = options.glyphs == JobOptions::Glyphs::all ? 1 : 0;
-            if (options.glyphs == JobOptions::Glyphs::outlines)
-            {
-                session_record->glyph_get_format = GFI_GDT_PATH;
-            }
-        }
-        return result;
-    }
-
-    ~LoggedInterface()
-    {
-        shut_down();
-    }
-
-    bool shut_down()
-    {
-        const bool good = session_ == nullptr || ORVLOG_DLL_shutdown(session_) != 0;
-        session_ = nullptr;
-        return good;
-    }
-
-    const ORV_Interface* table() const
-    {
-        return &table_;
-    }
-
-private:
-    LoggedInterface() = default;
-
-    client_stream::MallocAllocator allocator_;
-    client_stream::RandomIdentity identity_;
-    ORV_Interface table_{};
-    void* session_ = nullptr;
-};
-
 // One walk through the document's pages.
 struct Run
 {
@@ -123,6 +60,7 @@ struct Run
     double seconds = 0;
     CallCounts counts;
     std::vector<std::string> errors;
+    orvlog::colour::ColourManager* colours = nullptr;
 };
 
 class Job
@@ -137,8 +75,11 @@ public:
             return result_;
         }
         finish_tickets();
-        run_without_logger();
-        if (options_.check)
+        if (!options_.check && result_.interrupted == 0)
+        {
+            run_without_logger();
+        }
+        if (options_.check && result_.interrupted == 0)
         {
             compare();
         }
@@ -152,17 +93,19 @@ private:
         return [this](const std::string& line) { messages_.add(line); };
     }
 
-    std::unique_ptr<cairo_renderer::Renderer> make_renderer(cairo_renderer::PageCollector& collector, bool pictures)
+    std::unique_ptr<cairo_renderer::Renderer> make_renderer(cairo_renderer::PageSink check, bool pictures)
     {
         cairo_renderer::Options options;
         if (options_.check)
         {
-            options.page_sink = collector.sink();
+            options.page_sink = std::move(check);
         }
         if (pictures && !options_.png_folder.empty())
         {
             const std::filesystem::path folder(options_.png_folder);
-            options.png_prefix = (folder / std::filesystem::path(options_.document).stem()).string();
+            const std::filesystem::path prefix = folder / std::filesystem::path(options_.document).stem();
+            options.png_prefix = std::filesystem::absolute(prefix).string();
+            options.page_number = [](const cairo_renderer::Page& page) { return page.face_seq_number; };
         }
         options.keep_images = options_.keep_images;
         if (options_.glyphs != JobOptions::Glyphs::outlines)
@@ -212,34 +155,58 @@ private:
         }
         result_.started = true;
         result_.summary.log = options_.log;
+        record(*document, *log);
+        return true;
+    }
+
+    // In the folder where the files beside the log go.
+    void record(PdfDocument& document, client_stream::FileStream& log)
+    {
+        const std::string place = options_.folder_beside.empty() ? options_.log : options_.folder_beside + "/log";
+        const client_stream::FilesBeside beside = client_stream::files_beside(place, options_.image_prefix);
+        if (!beside.trouble.empty())
+        {
+            result_.errors.push_back(beside.trouble);
+            return;
+        }
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
         {
-            renderer = make_renderer(logged_pages_, true);
+            renderer = make_renderer(check_.first(), true);
         }
+        const std::unique_ptr<PlainRun> plain = options_.check ? std::make_unique<PlainRun>(*this) : nullptr;
+        const double seconds_before = plain != nullptr ? plain->seconds() : 0;
+        const std::filesystem::path from = std::filesystem::current_path();
+        const client_stream::PresentFolder there(beside.folder);
+        std::string why = there.error() ? beside.folder.string() + ": " + there.error().message() : "";
         const std::unique_ptr<LoggedInterface> logger =
-            LoggedInterface::create(options_, renderer != nullptr ? renderer->interface() : nullptr, log->stream());
+            there.error()
+                ? nullptr
+                : LoggedInterface::create(options_, beside.prefix,
+                                          renderer != nullptr ? renderer->interface() : nullptr, log.stream(), why);
         if (logger == nullptr)
         {
-            result_.errors.push_back("the logger can't be started");
-            return false;
+            result_.errors.push_back(why);
+            return;
         }
         const auto start = Clock::now();
-        Run run = walk(*document, logger->table(), true);
-        const bool completed = logger->shut_down();
-        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        if (finish_log(*log) && !completed)
-        {
-            result_.errors.push_back("the log could not be completed");
-        }
+        const Run run = walk(document, logger.get(), plain.get());
+        painting_has_ended();
+        logger->shut_down();
+        finish_log(*logger, log, from);
+        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count() -
+                                  (plain != nullptr ? plain->seconds() - seconds_before : 0);
         if (renderer != nullptr && !renderer->all_pages_written())
         {
             result_.errors.push_back("not all page images could be written");
         }
+        else if (renderer != nullptr && !options_.png_folder.empty())
+        {
+            result_.summary.page_images = renderer->pages_finished();
+        }
         result_.errors.insert(result_.errors.end(), run.errors.begin(), run.errors.end());
         result_.summary.calls = run.counts;
         result_.summary.pages = run.pages;
-        return true;
     }
 
     void finish_tickets()
@@ -253,38 +220,153 @@ private:
         }
     }
 
-    bool finish_log(client_stream::FileStream& log)
+    // Says of each file what of it isn't there.
+    void finish_log(const LoggedInterface& logger, client_stream::FileStream& log, const std::filesystem::path& from)
     {
+        client_stream::TemporaryLog* detour = logger.detour();
+        std::string why;
+        if (detour != nullptr)
+        {
+            look_for_files(detour->name());
+        }
+        const bool merged = detour == nullptr || detour->merge_into(log.stream(), options_.compressed, &why);
         const bool whole = log.close();
         if (!whole)
         {
-            result_.errors.push_back(options_.log + ": " + std::strerror(log.first_error()) +
-                                     "; the log is incomplete");
+            why = options_.log + ": " + std::strerror(log.first_error());
+            result_.errors.push_back(why + "; the log is incomplete");
+        }
+        else if (!merged)
+        {
+            result_.errors.push_back(why + "; the log is incomplete");
+        }
+        if (!merged)
+        {
+            result_.errors.push_back("what was logged can be had by: " + detour->merge_command(from, wanted_log()));
+        }
+        if (detour == nullptr && whole)
+        {
+            look_for_files(from / options_.log);
         }
         result_.summary.log_bytes = log.size();
-        return whole;
     }
 
-    void run_without_logger()
+    // For a user whose log goes to the standard output the file that it is until then has no name.
+    std::string wanted_log() const
     {
-        const std::unique_ptr<PdfDocument> document = open_document();
-        if (document == nullptr)
+        return options_.folder_beside.empty() ? options_.log : "LOG";
+    }
+
+    // The logger leaves unsaid what it could not write beside the log.
+    void look_for_files(const std::filesystem::path& file)
+    {
+        std::error_code none;
+        if ((options_.image_prefix.empty() && !options_.keep_images) || !std::filesystem::is_regular_file(file, none))
         {
             return;
         }
-        std::unique_ptr<cairo_renderer::Renderer> renderer;
-        if (options_.renderer)
+        std::ifstream input(file, std::ios::binary);
+        const orvlog::reader::FilesLacking lacking = orvlog::reader::find_lacking_files(
+            input, [](const std::string& name) { return orvlog::reader::open_beside("", name); });
+        result_.errors.insert(result_.errors.end(), lacking.lines.begin(), lacking.lines.end());
+        if (lacking.count > lacking.lines.size())
         {
-            renderer = make_renderer(plain_pages_, false);
+            result_.errors.push_back("and as much of " + std::to_string(lacking.count - lacking.lines.size()) +
+                                     " further files");
         }
-        const auto start = Clock::now();
-        walk(*document, renderer != nullptr ? renderer->interface() : null_renderer(), false);
-        result_.summary.seconds_without_logger = std::chrono::duration<double>(Clock::now() - start).count();
     }
 
-    Run walk(PdfDocument& document, const ORV_Interface* table, bool with_progress)
+    // The pages drawn without the logger. With a check each is drawn right after the logged one, so that one page of
+    // each run is held; else they are all drawn after the log.
+    class PlainRun
+    {
+    public:
+        // Does nothing if the document can't be opened again.
+        explicit PlainRun(Job& job) : job_(job), document_(job.open_document())
+        {
+            if (document_ == nullptr)
+            {
+                return;
+            }
+            const auto start = Clock::now();
+            if (job.options_.renderer)
+            {
+                renderer_ = job.make_renderer(job.check_.second(), false);
+            }
+            painter_ =
+                std::make_unique<Painter>(renderer_ != nullptr ? renderer_->interface() : null_renderer(), job.sink());
+            run_.colours = &colours_;
+            begun_ = painter_->begin_document(1);
+            note_time(start);
+        }
+
+        ~PlainRun()
+        {
+            const auto start = Clock::now();
+            if (begun_)
+            {
+                painter_->end_document();
+            }
+            note_time(start);
+            job_.result_.summary.seconds_without_logger = seconds_;
+        }
+
+        PlainRun(const PlainRun&) = delete;
+        PlainRun& operator=(const PlainRun&) = delete;
+
+        void page(int number)
+        {
+            const auto start = Clock::now();
+            if (begun_)
+            {
+                job_.paint_page(*document_, number, *painter_, run_);
+            }
+            note_time(start);
+        }
+
+        int pages() const
+        {
+            return begun_ ? std::min(job_.options_.last_page, document_->page_count()) : 0;
+        }
+
+        double seconds() const
+        {
+            return seconds_;
+        }
+
+    private:
+        void note_time(Clock::time_point start)
+        {
+            seconds_ += std::chrono::duration<double>(Clock::now() - start).count();
+        }
+
+        Job& job_;
+        orvlog::colour::ColourManager colours_;
+        std::unique_ptr<PdfDocument> document_;
+        std::unique_ptr<cairo_renderer::Renderer> renderer_;
+        std::unique_ptr<Painter> painter_;
+        Run run_;
+        bool begun_ = false;
+        double seconds_ = 0;
+    };
+
+    void run_without_logger()
+    {
+        PlainRun plain(*this);
+        for (int page = options_.first_page; page <= plain.pages() && result_.interrupted == 0; page++)
+        {
+            plain.page(page);
+            note_interruption(page, nullptr);
+        }
+        painting_has_ended();
+    }
+
+    // `plain` is null without a check.
+    Run walk(PdfDocument& document, LoggedInterface* logger, PlainRun* plain)
     {
         Run run;
+        run.colours = &colour_manager_;
+        const ORV_Interface* table = logger->table();
         Painter painter(table, sink());
         if (!painter.begin_document(1))
         {
@@ -292,17 +374,39 @@ private:
             return run;
         }
         const int last = std::min(options_.last_page, document.page_count());
-        for (int page = options_.first_page; page <= last; page++)
+        for (int page = options_.first_page; page <= last && result_.interrupted == 0; page++)
         {
             paint_page(document, page, painter, run);
-            if (with_progress && options_.progress)
+            if (plain != nullptr)
+            {
+                plain->page(page);
+                check_.end_page(page);
+            }
+            if (options_.progress)
             {
                 options_.progress(page - options_.first_page + 1, last - options_.first_page + 1);
             }
+            note_interruption(page, logger);
         }
         painter.end_document();
         run.counts = painter.counts();
         return run;
+    }
+
+    void note_interruption(int page, LoggedInterface* logger)
+    {
+        result_.interrupted = interrupting_signal();
+        if (result_.interrupted == 0)
+        {
+            return;
+        }
+        const std::string what = "interrupted on page " + std::to_string(page);
+        if (logger != nullptr)
+        {
+            logger->comment("The job was " + what + ".\n");
+        }
+        result_.errors.push_back(logger != nullptr ? what + "; the log has what was drawn until then"
+                                                   : "interrupted when the log was written");
     }
 
     void paint_page(PdfDocument& document, int page, Painter& painter, Run& run)
@@ -321,14 +425,15 @@ private:
             run.errors.push_back(name + " can't be read");
             return;
         }
-        if (width > greatest_side || height > greatest_side || width * height > greatest_area)
+        const double greatest_side = options_.renderer ? cairo_renderer::greatest_page_side : greatest_undrawn_side;
+        if (width > greatest_side || height > greatest_side)
         {
             run.errors.push_back(name + " is too large at " + std::to_string(options_.dpi) + " dots per inch");
             return;
         }
         geometry.width = static_cast<uint32_t>(width);
         geometry.height = static_cast<uint32_t>(height);
-        geometry.colour_ticket = make_page_ticket(colour_manager_, document.page_colours(page), sink());
+        geometry.colour_ticket = make_page_ticket(*run.colours, document.page_colours(page), sink());
         paint_with_ticket(document, geometry, name, painter, run);
         orvlog::colour::ColourManager::release(geometry.colour_ticket);
     }
@@ -341,7 +446,16 @@ private:
             run.errors.push_back("the renderer doesn't take " + name);
             return;
         }
-        if (!document.paint_page(static_cast<int>(geometry.number), painter, options_.seconds_for_page))
+        const auto start = Clock::now();
+        bool late = false;
+        document.paint_page(static_cast<int>(geometry.number), painter,
+                            [&]
+                            {
+                                const std::chrono::duration<double> taken = Clock::now() - start;
+                                late = options_.seconds_for_page > 0 && taken.count() > options_.seconds_for_page;
+                                return late || interrupting_signal() != 0;
+                            });
+        if (late)
         {
             run.errors.push_back(name + " took too long and was broken off");
         }
@@ -352,20 +466,14 @@ private:
     void compare()
     {
         CheckResult check;
-        const std::vector<cairo_renderer::PagePixels>& logged = logged_pages_.pages();
-        const std::vector<cairo_renderer::PagePixels>& plain = plain_pages_.pages();
-        check.same = logged.size() == plain.size();
-        for (size_t i = 0; i < std::min(logged.size(), plain.size()); i++)
-        {
-            const cairo_renderer::PixelDifference difference = cairo_renderer::compare_pixels(logged[i], plain[i]);
-            check.pages_compared++;
-            check.pixels_different += difference.pixels_different;
-            check.same = check.same && logged[i] == plain[i];
-        }
-        if (!check.same)
+        check.pages_compared = check_.pages_compared();
+        check.pixels_different = check_.pixels_different();
+        check.same = !check_.differ() && check_.not_compared().empty();
+        if (check_.differ())
         {
             result_.errors.push_back("the pages differ from those drawn without the logger");
         }
+        result_.errors.insert(result_.errors.end(), check_.not_compared().begin(), check_.not_compared().end());
         result_.summary.check = check;
     }
 
@@ -373,8 +481,7 @@ private:
     JobResult result_;
     orvlog::colour::ColourManager colour_manager_;
     Messages messages_;
-    cairo_renderer::PageCollector logged_pages_;
-    cairo_renderer::PageCollector plain_pages_;
+    PageCheck check_;
 };
 
 }  // namespace

@@ -31,15 +31,17 @@ struct JobOptions
         all
     } glyphs = Glyphs::outlines;
     std::string image_prefix;  // not empty: image data goes to files beside the log
+    // Not empty: what lies beside the log goes there, and not to the log's folder.
+    std::string folder_beside;
     bool renderer = true;
-    std::string png_folder;  // not empty: page images go there, NAME-001.png and onwards
+    std::string png_folder;  // not empty: page images go there, NAME-001.png for page 1
     unsigned dpi = 96;
     bool check = false;
     bool keep_images = false;
     bool compressed = false;
     bool via_temporary_log = false;
     std::string ticket_folder;
-    double seconds_for_page = 300;
+    double seconds_for_page = 0;  // above 0: a page that takes longer is broken off
     // Told of each page that is finished: its place among all pages to do, and their count. May be empty.
     std::function<void(int, int)> progress;
 };
@@ -55,6 +57,7 @@ struct JobSummary
 {
     CallCounts calls;
     int pages = 0;
+    uint32_t page_images = 0;  // written
     std::string log;
     int64_t log_bytes = -1;
     double seconds = 0;
@@ -71,6 +74,8 @@ struct JobResult
     std::vector<std::string> errors;
     // False if not even a log was begun.
     bool started = false;
+    // The signal that broke the job off; 0 if none did.
+    int interrupted = 0;
     JobSummary summary;
 };
 

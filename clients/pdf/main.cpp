@@ -2,14 +2,20 @@
 //
 // orvlog-record: draws the pages of a PDF file through the logger.
 
+#include "clients/command-line/number-range.h"
+#include "clients/command-line/progress-bar.h"
+#include "clients/pdf/interruption.h"
 #include "clients/pdf/job.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <regex>
+#include <optional>
 
 namespace
 {
@@ -17,7 +23,7 @@ namespace
 struct CommandLine
 {
     pdf_client::JobOptions job;
-    std::string pages;
+    command_line::NumberRange pages = {1, UINT32_MAX};
     std::string mode = "transparent";
     std::string glyphs = "outlines";
     std::string summary;
@@ -30,21 +36,32 @@ void declare(CLI::App& app, CommandLine& line)
     pdf_client::JobOptions& job = line.job;
     app.add_option("FILE", job.document, "the PDF file")->required();
     app.add_option("-o,--output", job.log, "the log to write")->type_name("LOG")->required();
-    app.add_option("--pages", line.pages, "only these pages, from 1")->type_name("A-B");
+    app.add_option_function<std::string>(
+           "--pages", [&line](const std::string& text) { command_line::read_pages(text, &line.pages); },
+           "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
     app.add_option("--mode", line.mode, "what is logged of images and glyphs")
         ->check(CLI::IsMember({"transparent", "base"}));
     app.add_option("--glyphs", line.glyphs, "the forms in which glyphs are asked for")
         ->check(CLI::IsMember({"outlines", "bitmaps", "all"}));
     app.add_option("--images-beside", job.image_prefix, "image data goes to files PREFIX-...")->type_name("PREFIX");
-    app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
-    app.add_option("--png", job.png_folder, "folder for page images; none without it")->type_name("DIR");
+    auto* silent = app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
+    app.add_option("--png", job.png_folder, "folder for page images; none without it")
+        ->type_name("DIR")
+        ->excludes(silent);
     app.add_option("--dpi", job.dpi, "pixels for each inch")->check(CLI::Range(1U, 2400U));
-    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel");
-    app.add_flag("--progress", line.progress, "show a progress bar on standard error");
+    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel")->excludes(silent);
+    app.add_option("--page-timeout", job.seconds_for_page, "break off a page that takes longer, in seconds")
+        ->type_name("S")
+        ->check(CLI::Range(0.001, 1e6));
+    app.add_flag("--progress", line.progress, "show a progress bar if standard error is a terminal");
     app.add_flag("--keep-images", job.keep_images, "keep images until a drawing ends");
     app.add_flag("--compressed", job.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", job.via_temporary_log, "log to a temporary file first, then merge");
     app.add_option("--save-tickets", job.ticket_folder, "folder for the job's colour tickets")->type_name("DIR");
+    app.add_option("--folder-beside", job.folder_beside, "where the files beside the log go instead of its folder")
+        ->type_name("DIR");
     app.add_option("--summary", line.summary, "write a summary of the job as JSON")->type_name("FILE");
 }
 
@@ -52,28 +69,6 @@ int fail(const std::string& text)
 {
     std::fprintf(stderr, "orvlog-record: %s\n", text.c_str());
     return 1;
-}
-
-bool read_pages(const std::string& text, pdf_client::JobOptions& job)
-{
-    static const std::regex form("([1-9][0-9]{0,8})(?:-([1-9][0-9]{0,8}))?");
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form))
-    {
-        return false;
-    }
-    job.first_page = std::stoi(parts[1]);
-    job.last_page = parts[2].matched ? std::stoi(parts[2]) : job.first_page;
-    return job.first_page <= job.last_page;
-}
-
-void show_progress(int done, int total)
-{
-    constexpr int width = 40;
-    std::string bar(static_cast<size_t>(width * done / total), '#');
-    bar.resize(width, '.');
-    std::fprintf(stderr, "\r[%s] page %d of %d%s", bar.c_str(), done, total, done == total ? "\n" : "");
-    std::fflush(stderr);
 }
 
 // What is wrong with a file before anybody tries to read it; empty if nothing is.
@@ -102,10 +97,9 @@ std::string trouble_with(const std::string& file)
 int record(CommandLine& line)
 {
     pdf_client::JobOptions& job = line.job;
-    if (!line.pages.empty() && !read_pages(line.pages, job))
-    {
-        return fail("pages are given as A or A-B, counting from 1");
-    }
+    constexpr uint32_t most = INT_MAX;
+    job.first_page = static_cast<int>(std::min(line.pages.first, most));
+    job.last_page = static_cast<int>(std::min(line.pages.last, most));
     if (const std::string trouble = trouble_with(job.document); !trouble.empty())
     {
         return fail(trouble);
@@ -114,9 +108,12 @@ int record(CommandLine& line)
     using Glyphs = pdf_client::JobOptions::Glyphs;
     job.glyphs = line.glyphs == "all" ? Glyphs::all : line.glyphs == "bitmaps" ? Glyphs::bitmaps : Glyphs::outlines;
     job.renderer = !line.no_renderer;
+    constexpr int whole = 1000;
+    std::optional<command_line::ProgressBar> bar;
     if (line.progress)
     {
-        job.progress = show_progress;
+        bar.emplace(uint64_t{whole});
+        job.progress = [&bar](int done, int total) { bar->show(static_cast<uint64_t>(int64_t{done} * whole / total)); };
     }
     for (const std::string& folder : {job.png_folder, job.ticket_folder})
     {
@@ -126,7 +123,9 @@ int record(CommandLine& line)
             return fail(folder + ": " + error.message());
         }
     }
+    pdf_client::watch_for_interruption();
     const pdf_client::JobResult result = pdf_client::run_job(job);
+    bar.reset();
     for (const std::string& message : result.summary.messages)
     {
         std::fprintf(stderr, "orvlog-record: note: %s\n", message.c_str());
@@ -139,6 +138,10 @@ int record(CommandLine& line)
     {
         return fail(line.summary + " can't be written");
     }
+    if (result.interrupted != 0)
+    {
+        return 128 + result.interrupted;
+    }
     return result.errors.empty() ? 0 : 1;
 }
 
@@ -149,7 +152,21 @@ int main(int argc, char** argv)
     CLI::App app("Draws the pages of a PDF file through the logger.", "orvlog-record");
     CommandLine line;
     declare(app, line);
-    CLI11_PARSE(app, argc, argv);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::CallForHelp& help)
+    {
+        return app.exit(help);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        fail(std::string(error.what()) + " (see orvlog-record --help)");
+        return 2;
+    }
+    // A file that may grow no further is an error as any other.
+    std::signal(SIGXFSZ, SIG_IGN);
     try
     {
         return record(line);

@@ -583,9 +583,8 @@ GOP_Operator blend_operator(Blend blend, uint32_t mask_mode)
     }
     if (blend >= Blend::hue)
     {
-        static constexpr uint16_t numbers[] = {0, 1, 2, 3};  // hue, saturation, colour, luminosity
         op.op_OperatorType = GOP_ROP_PDF_NONSEPARABLE;
-        op.op_Operator = numbers[static_cast<size_t>(blend) - static_cast<size_t>(Blend::hue)];
+        op.op_Operator = static_cast<uint16_t>(static_cast<uint32_t>(blend) - static_cast<uint32_t>(Blend::hue));
     }
     else
     {

@@ -63,6 +63,7 @@ std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, ui
         if (side_file_ == nullptr)
             complain("the file " + side_file_name_ + " is missing");
     }
+    outcome_.missing += side_file_ == nullptr ? 1 : 0;
     if (side_file_ == nullptr)
         return {};
     side_file_->clear();
@@ -72,6 +73,11 @@ std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, ui
     side_file_->seekg(static_cast<std::streamoff>(std::min(begin, size)));
     side_file_->read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<size_t>(side_file_->gcount()));
+    if (bytes.size() < count && count != UINT64_MAX)
+    {
+        ++outcome_.missing;
+        complain("the file " + side_file_name_ + " is too short");
+    }
     return bytes;
 }
 
@@ -86,13 +92,16 @@ void Player::on_image(GOP_OperandImagePointer* image, const Element& element)
         return;
     const Element* data = element.child("imp_DirectImageData");
     const Element* buffer = data != nullptr ? data->child("BufferUInt8") : nullptr;
+    const uint64_t missing_before = outcome_.missing;
     std::vector<uint8_t> bytes;
     if (buffer != nullptr)
         bytes.assign(buffer->bytes.begin(), buffer->bytes.end());
     else if (element.has("imp_DirectImageFileName"))
         bytes = side_file(reader::to_text(element.value("imp_DirectImageFileName")), 0, UINT64_MAX);
-    if (!made->set_direct(std::move(bytes)))
-        complain("image " + std::to_string(id) + " has fewer bytes than pixels");
+    if (made->set_direct(std::move(bytes)))
+        return;
+    outcome_.missing = missing_before + 1;
+    complain("image " + std::to_string(id) + " has fewer bytes than pixels");
 }
 
 void Player::begin_call()
@@ -149,6 +158,7 @@ void Player::follow_kept(const Element& callback)
     const std::unique_ptr<std::istream> file = reader::open_beside(options_.folder, name);
     if (file == nullptr)
     {
+        ++outcome_.missing;
         complain("the log " + name + " of a kept image is missing");
         return;
     }
@@ -213,19 +223,21 @@ void Player::scale(ORV_FaceProperties* face) const
     for (double& value : face->fp_FaceInchToPixels.m)
         value *= factor;
     const auto scaled = [factor](uint32_t pixels)
-    { return static_cast<uint32_t>(std::clamp(std::round(pixels * factor), 1.0, 32767.0)); };
+    { return static_cast<uint32_t>(std::clamp(std::round(pixels * factor), 1.0, 4294967295.0)); };
     face->fp_WidthInPixels = scaled(face->fp_WidthInPixels);
     face->fp_HeightInPixels = scaled(face->fp_HeightInPixels);
 }
 
 void Player::start_face(const Element& call)
 {
-    ++outcome_.pages;
+    ++outcome_.faces;
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
-    drawing.skipped = outcome_.pages < options_.first_page || outcome_.pages > options_.last_page;
+    drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page;
     if (drawing.skipped)
         return;
+    if (options_.page_begins)
+        options_.page_begins(outcome_.faces, reader::read_uint(call, "face_seq_number"));
     const ORV_FaceProperties* told = memory_->records.face_properties(call.child("ORV_FaceProperties"));
     ORV_FaceProperties face = told != nullptr ? *told : ORV_FaceProperties{};
     scale(&face);
@@ -233,6 +245,8 @@ void Player::start_face(const Element& call)
         nullptr, table_, document(call), &drawing.table, fonts_.engine(call),
         reader::read_uint(call, "face_seq_number"), told != nullptr ? &face : nullptr, tickets_.ticket(call),
         reader::read_enum(call, "pixel_placement_orientation"), reader::read_enum(call, "pixel_placement")));
+    outcome_.pages += drawing.open ? 1 : 0;
+    outcome_.pages_refused += drawing.open ? 0 : 1;
 }
 
 void Player::start_resource(const Element& call)

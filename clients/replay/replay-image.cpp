@@ -301,9 +301,8 @@ void ReplayImage::answer_from_pixels(uint32_t skip_pixels, uint8_t* buffer, uint
     {
         const size_t count = std::min(row, pixels_.size() - next_byte_);
         std::memcpy(buffer + to, pixels_.data() + next_byte_, count);
-        std::memset(buffer + to + count, 0, row - count);
         next_byte_ += count;
-        to += row_bytes_ != 0 ? step : count;
+        to += count == row && row_bytes_ != 0 ? step : count;
     }
     *returned = static_cast<int32_t>(std::min<size_t>(to, size));
 }

@@ -24,19 +24,33 @@ void examine_callback(const Element& callback, LogKind* kind)
         kind->image_attributes = true;
 }
 
+// A glyph callback of the renderer's; `first` as long as it hasn't asked for the present glyph. Gives that for what
+// follows.
+bool examine_rendered(const Element& callback, bool first, LogKind* kind)
+{
+    if (callback.name == "GFI_GlyphIndexGetFn")
+        return true;
+    if (callback.name == "GFI_GlyphGetFixedFormatFn")
+        kind->rendered_fixed = true;
+    if (callback.name != "GFI_GlyphGetFn")
+        return first;
+    if (first)
+        kind->rendered_first |= 1U << (reader::read_enum(callback, "requested_desc_type") & 31);
+    return false;
+}
+
 // Callbacks that stand in members are the logger's own.
 void examine_call(const Element& element, bool in_member, LogKind* kind)
 {
+    bool first = false;
     for (const Element& child : Children(element))
     {
         const bool callback = child.name.ends_with("Fn");
         kind->side_files |= child.has("imp_DirectImageFileName") || child.has("ImageFileName");
         kind->kept_images |= child.name == "GOP_ImageKeepFn";
         kind->rendered |= callback && !in_member;
-        if (!in_member && child.name == "GFI_GlyphGetFn")
-            kind->rendered_types |= 1U << (reader::read_enum(child, "requested_desc_type") & 31);
-        if (!in_member && child.name == "GFI_GlyphGetFixedFormatFn")
-            kind->rendered_types |= 1U << (reader::read_enum(child, "required_desc_type") & 31);
+        if (!in_member)
+            first = examine_rendered(child, first, kind);
         if (callback && in_member)
         {
             kind->base_content = true;
@@ -59,12 +73,16 @@ double resolution(const GGO_Matrix& inch_to_pixels)
 LogKind examine(std::istream& log)
 {
     LogKind kind;
+    uint32_t last_number = 0;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
     while (const Element* call = elements.next())
     {
         examine_call(*call, false, &kind);
         if (call->name != "ORV_face_start")
             continue;
+        const uint32_t number = reader::read_uint(*call, "face_seq_number");
+        kind.numbered = kind.numbered && number > last_number;
+        last_number = number;
         const Element* face = call->child("ORV_FaceProperties");
         if (kind.faces++ == 0 && face != nullptr)
             kind.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));

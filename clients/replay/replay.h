@@ -31,6 +31,9 @@ struct Options
     std::function<void(const std::string& line)> complain;
     // Told of each comment of the client's between two calls, as it stands; may be empty.
     std::function<void(const std::string& text)> comment;
+    // Told of each face that is about to be begun: its place in the log, counted from 1, and its own number,
+    // face_seq_number; may be empty.
+    std::function<void(uint32_t page, uint32_t number)> page_begins;
     // Told how many bytes of the file have been used; may be empty.
     std::function<void(uint64_t)> progress;
 };
@@ -39,10 +42,13 @@ struct Outcome
 {
     bool is_log = false;
     bool cut = false;
-    bool reached = true;      // the paint of up_to
-    uint64_t calls = 0;       // made
-    uint64_t failed = 0;      // of them, those that gave 0
-    uint32_t pages = 0;       // faces begun
+    bool reached = true;  // the paint of up_to
+    uint64_t calls = 0;   // made
+    uint64_t failed = 0;  // of them, those that gave 0
+    uint32_t faces = 0;   // in the log, as far as it was played
+    uint32_t pages = 0;   // of them, those that were begun
+    uint32_t pages_refused = 0;
+    uint64_t missing = 0;     // places where data is not there, neither in the log nor beside it
     uint64_t damage = 0;      // places where the log is not as a log should be
     uint64_t unknown = 0;     // elements that no record could be made from
     uint64_t not_played = 0;  // calls that cannot be made again
@@ -59,9 +65,13 @@ struct LogKind
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
-    uint32_t rendered_types = 0;  // bit N: the renderer has asked for glyphs of the type N, GFI_GDT_*
+    // How the renderer has asked for glyphs: whether some of them in a fixed form, and (bit N) whether a glyph was
+    // first asked for in any other way as the type N, GFI_GDT_*.
+    bool rendered_fixed = false;
+    uint32_t rendered_first = 0;
     uint64_t faces = 0;
-    double dpi = 0;  // of the first face; 0 if there is none
+    bool numbered = true;  // the faces' own numbers rise from face to face, from 1 at least
+    double dpi = 0;        // of the first face; 0 if there is none
     uint32_t glyph_get_type = GFI_GDT_BITMAP;
 };
 LogKind examine(std::istream& log);

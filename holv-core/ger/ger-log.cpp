@@ -180,10 +180,9 @@ int32_t GER_LogDestroy(GER_Log* log)
     const GER_OsServices* services = log->gl_OsServices;
     void* lock = log->gl_Lock;
     free_blocks(log->gl_Allocator, log);
-    if (services->release(services, lock) != GER_LOCK_SUCCESS)
-        return GIO_ERR_PLATFORM;
-    return services->destroy(services, lock) == GER_LOCK_SUCCESS ? static_cast<int32_t>(GIO_OK)
-                                                                 : static_cast<int32_t>(GIO_ERR_PLATFORM);
+    const bool released = services->release(services, lock) == GER_LOCK_SUCCESS;
+    const bool destroyed = services->destroy(services, lock) == GER_LOCK_SUCCESS;
+    return released && destroyed ? static_cast<int32_t>(GIO_OK) : static_cast<int32_t>(GIO_ERR_PLATFORM);
 }
 
 int32_t GER_LogPrint(GER_Log* log, int32_t level, int32_t channel, const char* format, ...)

@@ -22,7 +22,8 @@ int32_t GIO_FileCopyPlain(const char* source, const char* target);
 
 // Copies or moves a file. A target that is a directory, or null for the present one, receives it under the last
 // element of the source's path. GIO_ERR_PERMISSION when a file stands there and `overwrite` is 0. A move replaces
-// and crosses volumes; GIO_ERR_PLATFORM when it fails, and then the target is as it was.
+// and crosses volumes; GIO_ERR_PLATFORM when it fails, and then the target is as it was. Across volumes files alone are
+// moved, with their permissions; a source that cannot be removed behind its copy stays, and the move has succeeded.
 int32_t GIO_FileCopy(const char* source, const char* target, uint32_t overwrite);
 int32_t GIO_FileRename(const char* source, const char* target, uint32_t overwrite);
 

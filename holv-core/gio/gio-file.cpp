@@ -4,6 +4,7 @@
 #include "holv-core/gio/gio-result.h"
 #include "holv-core/gio/gio-utf8.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -27,14 +28,13 @@ struct StandardStreams
     GIO_Stream error_handle;
 };
 
-StandardStreams standard;
-
 // The file of an instance; null sets GIO_ERR_BAD_HANDLE.
 FILE* file_of(void* c)
 {
-    const auto* instance = static_cast<const GIO_FileInstance*>(c);
-    if (instance != nullptr && instance->tag <= GIO_FILE_STANDARD && instance->file != nullptr)
-        return instance->file;
+    auto* instance = static_cast<GIO_FileInstance*>(c);
+    if (instance != nullptr && instance->tag <= GIO_FILE_STANDARD)
+        if (FILE* file = std::atomic_ref(instance->file).load(std::memory_order_relaxed))
+            return file;
     gio_set_error(GIO_ERR_BAD_HANDLE);
     return nullptr;
 }
@@ -252,6 +252,23 @@ constexpr GIO_StreamOps kFileOps = {
     file_clear_err, file_eof,   file_error, file_last_error, file_size,     file_close,
 };
 
+// All but their files, which no program knows before it runs, stands in them from the start, so that several threads
+// may set them up at once.
+constinit StandardStreams standard = {
+    {GIO_FILE_STANDARD, nullptr, nullptr, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_READ},
+    {GIO_FILE_STANDARD, nullptr, &standard.output_handle, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_WRITE},
+    {GIO_FILE_STANDARD, nullptr, &standard.error_handle, nullptr, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_WRITE},
+    {&standard.output, GIO_KIND_FORWARD_ONLY, &kFileOps},
+    {&standard.error, GIO_KIND_FILE, &kFileOps},
+};
+
+// Whoever comes first puts it there; nobody writes to it again.
+void set_file(GIO_FileInstance* instance, FILE* file)
+{
+    FILE* nothing = nullptr;
+    std::atomic_ref(instance->file).compare_exchange_strong(nothing, file, std::memory_order_relaxed);
+}
+
 struct PathLook
 {
     bool valid;
@@ -345,13 +362,9 @@ int32_t gio_OpenFile(const char* path, uint32_t mode, uint32_t text, GMM_Allocat
 
 void gio_setup_standard_streams(void)
 {
-    standard.input = {GIO_FILE_STANDARD, nullptr, nullptr, stdin, nullptr, GIO_FILE_PATH_KIND, GIO_OPEN_READ};
-    standard.output = {GIO_FILE_STANDARD,  nullptr,       &standard.output_handle, stdout, nullptr,
-                       GIO_FILE_PATH_KIND, GIO_OPEN_WRITE};
-    standard.error = {GIO_FILE_STANDARD,  nullptr,       &standard.error_handle, stderr, nullptr,
-                      GIO_FILE_PATH_KIND, GIO_OPEN_WRITE};
-    standard.output_handle = {&standard.output, GIO_KIND_FORWARD_ONLY, &kFileOps};
-    standard.error_handle = {&standard.error, GIO_KIND_FILE, &kFileOps};
+    set_file(&standard.input, stdin);
+    set_file(&standard.output, stdout);
+    set_file(&standard.error, stderr);
 }
 
 GIO_Stream* gio_stdout(void)

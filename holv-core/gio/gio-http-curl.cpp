@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <string>
 
 namespace
@@ -22,12 +24,10 @@ constexpr int64_t kSkippedByReading = 64 * 1024;
 uint32_t connect_limit = kUsualConnect;
 uint32_t total_limit = kUsualTotal;
 
-struct Session
-{
-    std::string agent;
-};
-
-Session session;
+// A session is its agent's name, kept once for all sessions that have it: a session that opens no URL is not given up
+// by its stream. Names are never changed nor dropped, so that any thread may read one.
+std::mutex agents_lock;
+std::set<std::string> agents;
 
 struct CloseEasy
 {
@@ -50,6 +50,7 @@ struct Request
 {
     std::unique_ptr<CURLM, CloseMulti> multi{curl_multi_init()};
     std::unique_ptr<CURL, CloseEasy> easy{curl_easy_init()};
+    const std::string* agent = nullptr;
     std::string url;
     std::string store;      // bytes that came and were not read yet
     size_t taken = 0;       // how many at its start were read
@@ -97,7 +98,7 @@ void set_options(Request* r, int64_t from)
     CURL* easy = r->easy.get();
     curl_easy_reset(easy);
     curl_easy_setopt(easy, CURLOPT_URL, r->url.c_str());
-    curl_easy_setopt(easy, CURLOPT_USERAGENT, session.agent.c_str());
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, r->agent->c_str());
     curl_easy_setopt(easy, CURLOPT_PROXY, "");
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_FAILONERROR, 1L);
@@ -210,15 +211,22 @@ bool reach_position(Request* r)
 
 void* open_session(const char* agent)
 {
-    session.agent = agent;
-    return &session;
+    const std::lock_guard guard(agents_lock);
+    return const_cast<std::string*>(&*agents.emplace(agent).first);
 }
 
-void* open_url(void*, const char* url)
+bool is_session(const void* handle)
+{
+    const std::lock_guard guard(agents_lock);
+    return std::any_of(agents.begin(), agents.end(), [=](const std::string& agent) { return &agent == handle; });
+}
+
+void* open_url(void* session, const char* url)
 {
     auto request = std::make_unique<Request>();
     if (request->multi == nullptr || request->easy == nullptr)
         return nullptr;
+    request->agent = static_cast<const std::string*>(session);
     request->url = url;
     request->limit = std::chrono::milliseconds(total_limit);
     return start(request.get(), 0) ? request.release() : nullptr;
@@ -253,7 +261,7 @@ int32_t set_position(void* handle, int32_t distance, uint32_t origin)
 
 void close_handle(void* handle)
 {
-    if (handle != &session)
+    if (!is_session(handle))
         delete static_cast<Request*>(handle);
 }
 

@@ -168,12 +168,19 @@ void dump_callback_stream(ORVLOG_Writer* writer, const GIO_Stream* stream)
     const GIO_StreamOps* ops = stream->ops;
     if (ops->gio_Seek != nullptr)
         ops->gio_Seek(stream->instance, 0, GIO_SEEK_SET);
-    for (uint32_t taken = 0; taken < ORVLOG_MAX_CSD_STREAM; taken += kPieceSize)
+    uint64_t read = 0;
+    for (uint32_t left = ORVLOG_MAX_CSD_STREAM;; left -= static_cast<uint32_t>(read))
     {
-        const uint64_t read = ops->gio_Read(piece, 1, kPieceSize, stream->instance);
+        read = ops->gio_Read(piece, 1, kPieceSize, stream->instance);
         if (read == 0 || read > kPieceSize)
             break;
+        const bool beyond = read > left;
+        read = beyond ? left : read;
         orvlog_elem_bytes(writer, piece, static_cast<uint32_t>(read), kRowSize);
+        if (!beyond)
+            continue;
+        warn(writer, "The profile of a callback definition is too large; it is cut short.");
+        break;
     }
     if (ops->gio_Eof != nullptr && ops->gio_ClearErr != nullptr && ops->gio_Eof(stream->instance) != 0)
         ops->gio_ClearErr(stream->instance);

@@ -15,16 +15,6 @@ namespace
 
 constexpr size_t kPrefixLimit = sizeof(ORVLOG_ImageParams::file_prefix) - 1;
 
-// The standard streams are the one thing that sessions share; they are set up once.
-void set_up_standard_streams()
-{
-    static bool done = false;
-    if (done)
-        return;
-    done = true;
-    gio_setup_standard_streams();
-}
-
 bool read_identity(ORVLOG_Session* session, const ORVLOG_IdentitySource* identity)
 {
     if (identity == nullptr || identity->object == nullptr)
@@ -97,7 +87,8 @@ ORVLOG_Session* session_of(const ORV_Interface* table)
     return static_cast<ORVLOG_Session*>(table->document_start.context);
 }
 
-// The client is asked to finish what it opened; what it left is given back all the same.
+// The client is asked to finish what it opened. The memory of what it left is given back all the same, without a call
+// to the renderer, an engine or the colour manager: the client may have ended them already.
 void release_open_work(ORVLOG_Session* session)
 {
     while (session->live_drawings != nullptr)
@@ -108,9 +99,9 @@ void release_open_work(ORVLOG_Session* session)
     }
     while (session->live_documents != nullptr)
         orvlog_close_document(session->live_documents);
-    orvlog_close_images(session);
+    orvlog_detach_images(session);
     font_wrapper_release_all(session);
-    orvlog_clear_colour_frames(session);
+    orvlog_free_colour_frames(session);
     orvlog_session_clear_scratch(session);
 }
 
@@ -199,7 +190,7 @@ uint32_t ORVLOG_DLL_initialise(ORV_Interface* interface_out, const ORV_Interface
                                const ORVLOG_TicketSerialFunctions* ticket_serial_functions, uint64_t,
                                orvlog_comment_fn_type* comment_fn_out, void** comment_ctx_out)
 {
-    set_up_standard_streams();
+    gio_setup_standard_streams();
     return orvlog_create_session(interface_out, interface_in, allocator, identity, log_stream, file_prefix,
                                  ticket_functions, ticket_serial_functions, nullptr, comment_fn_out, comment_ctx_out, 0,
                                  ORVLOG_MODE_TRANSPARENT);
@@ -286,6 +277,6 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     release_open_work(session);
     finish_coder(&session->writer);
     const uint32_t result = merge(session);
-    session->allocator->gmm_Free(session->allocator, session);
+    orvlog_free_session(session);
     return result;
 }

@@ -1,3 +1,4 @@
+#include "holv-core/ggo/ggo-geometry.h"
 #include "orvlog/colour/orvlog-colour-ticket.h"
 #include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"

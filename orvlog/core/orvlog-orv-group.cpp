@@ -13,22 +13,22 @@
 namespace
 {
 
-// Wraps the engine of a group and puts it in force. Without a frame to remember it by, the group goes on with
-// the engine unwrapped.
+// Wraps the engine of a group and puts it in force. Without a frame to remember it by, the wrapper stays to the
+// session's end.
 void install_engine(ORVLOG_Session* session, ORVLOG_GroupFrame* frame, ORVLOG_GroupStartCall* call)
 {
-    const GFI_FontEngineTable* engine = call->forwarded_font_engine;
-    if (frame == nullptr)
-        return;
-    frame->saved_font_wrapper = session->current_font_wrapper;
-    const ORVLOG_EngineArgument argument = orvlog_wrap_engine(session, engine);
+    if (frame != nullptr)
+        frame->saved_font_wrapper = session->current_font_wrapper;
+    const ORVLOG_EngineArgument argument = orvlog_wrap_engine(session, call->forwarded_font_engine);
     call->font_engine = argument.logged;
     call->forwarded_font_engine = argument.forwarded;
     if (argument.logged == nullptr)
         return;
+    session->current_font_wrapper = argument.logged;
+    if (frame == nullptr)
+        return;
     frame->owns_font_wrapper = 1;
     frame->font_wrapper = argument.logged;
-    session->current_font_wrapper = argument.logged;
 }
 
 void replace_mask(ORVLOG_Session* session, ORVLOG_GroupFrame* frame, ORVLOG_CallOperand* operand2)
@@ -139,6 +139,9 @@ void release_drawing(ORVLOG_DrawingContext* drawing)
     ORVLOG_Session* session = drawing->session;
     while (drawing->group_frames != nullptr)
         orvlog_pop_group(drawing);
+    while (orvlog_end_frameless_group(drawing))
+    {
+    }
     if (drawing->font_wrapper != nullptr)
     {
         font_wrapper_end_scope(session, drawing->font_wrapper, drawing->saved_font_wrapper);
@@ -158,7 +161,7 @@ void orvlog_pop_group(ORVLOG_DrawingContext* drawing)
     if (frame->owns_font_wrapper != 0)
         font_wrapper_end_scope(session, frame->font_wrapper, frame->saved_font_wrapper);
     session->current_font_wrapper = frame->saved_font_wrapper;
-    if (orvlog_operand_is_image(frame->replaced_operand))
+    if (frame->replaced_operand != nullptr)
         ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(frame->replaced_operand), frame->operand_kept);
     orvlog_unlink_group_frame(drawing);
 }
@@ -230,7 +233,8 @@ uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay
         return result;
     if (*replay == 0)
     {
-        orvlog_pop_group(drawing);
+        if (!orvlog_end_frameless_group(drawing))
+            orvlog_pop_group(drawing);
         orvlog_pop_colour_frame(session);
     }
     ORVLOG_Writer* writer = &session->writer;

@@ -65,7 +65,6 @@ void dump_stroking_params(ORVLOG_Writer* writer, const GPA_PathStrokingParams* p
 {
     orvlog_writer_open_member(writer, kPaintAndStroke, "stroking_params");
     orvlog_writer_depth_up(writer);
-    writer->element_open = 1;
     dump_GPA_PathStrokingParams(writer, params);
     orvlog_writer_depth_down(writer);
     orvlog_writer_close_member(writer, kPaintAndStroke, "stroking_params");

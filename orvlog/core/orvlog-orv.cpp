@@ -2,7 +2,6 @@
 
 #include "holv-core/ger/ger-error.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
-#include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-attributes.h"
 
@@ -89,7 +88,7 @@ void orvlog_release_operands(const ORVLOG_CallOperand* operands, uint32_t count)
     for (uint32_t i = 0; i < count; ++i)
     {
         const ORVLOG_CallOperand* operand = &operands[i];
-        if (operand->replaced != 0 && orvlog_operand_is_image(operand->operand))
+        if (operand->replaced != 0)
             ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(operand->operand), operand->kept);
     }
 }

@@ -3,6 +3,7 @@
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/records/ggo-dump.h"
+#include "orvlog/session/orvlog-font-ids.h"
 #include "orvlog/session/orvlog-frames.h"
 
 namespace
@@ -26,22 +27,12 @@ uint32_t value_of(const uint32_t* word)
     return word != nullptr ? *word : 0;
 }
 
-// The node that holds both; the numbering of shapes is content with one of each, and readers of the log rely on
-// the warnings that follow from that.
-const font_id_pair* find_pair(const ORVLOG_Session* session, const GFI_FontSpecPointer* font_spec,
-                              const GFI_StringDescPointer* string_desc)
-{
-    const font_id_pair* pair = session->object_scratch;
-    while (pair != nullptr && (pair->font_spec != font_spec || pair->string_desc != string_desc))
-        pair = pair->next;
-    return pair;
-}
-
 void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font_spec,
                         const GFI_StringDescPointer* string_desc)
 {
     ORVLOG_Writer* writer = &session->writer;
-    const font_id_pair* pair = find_pair(session, font_spec, string_desc);
+    // The numbering of shapes is content with one node for each; readers of the log rely on the warnings that follow.
+    const font_id_pair* pair = orvlog_font_ids_find(session, font_spec, string_desc);
     if (pair != nullptr)
     {
         orvlog_attr_uint(writer, "orvlog_font_spec_id", pair->font_spec_id);

@@ -1,5 +1,7 @@
 #include "orvlog/font/orvlog-glyph-capture.h"
 
+#include "holv-core/ggo/ggo-geometry.h"
+
 namespace
 {
 

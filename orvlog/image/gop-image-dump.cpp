@@ -102,11 +102,10 @@ void dump_direct_file(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const
 // Closes the tag, with the bytes of a direct image before or behind that, one level deeper.
 void dump_data_and_end_tag(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const ORVLOG_ImageSize* size)
 {
-    const uint64_t count = uint64_t{size->rows} * size->row_bytes;
-    const bool holds = size->direct_image != nullptr && count <= UINT32_MAX;
-    if (holds && (context == nullptr || context->params->has_file_prefix == 0))
-        return dump_direct_data(writer, size->direct_image, static_cast<uint32_t>(count));
-    if (holds)
+    const uint32_t count = size->rows * size->row_bytes;
+    if (size->direct_image != nullptr && (context == nullptr || context->params->has_file_prefix == 0))
+        return dump_direct_data(writer, size->direct_image, count);
+    if (size->direct_image != nullptr)
         dump_direct_file(writer, context, size->direct_image, count);
     orvlog_writer_end_tag(writer);
     orvlog_writer_depth_up(writer);
@@ -122,6 +121,28 @@ void dump_children(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record)
     ORVLOG_DumpImageOperand(writer, image);
     if (GOP_COLOR_INFO_SPACE(image->im_Operand.go_ColorInfo) == GOP_OCS_OTHER)
         ORVLOG_DumpCsdPointer(writer, &record->imp_Csd);
+}
+
+void dump_pointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, const ORVLOG_ImageWrapper* wrapper,
+                  uint32_t with_data)
+{
+    ORVLOG_ImageContext* context = wrapper != nullptr ? wrapper->context : nullptr;
+    const uint32_t flags = record->imp_Image != nullptr ? record->imp_Image->im_Flags : 0;
+    ORVLOG_ImageSize size;
+    const bool sized =
+        ORVLOG_ImageGeometry(record, context != nullptr ? context->render_description : nullptr, &size) != 0;
+    orvlog_writer_begin_element(writer, "GOP_OperandImagePointer");
+    dump_attributes(writer, record, flags, wrapper != nullptr ? wrapper->id : 0);
+    if ((flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 && sized)
+        orvlog_attr_uint8_array(writer, "imp_IndexColorTable", size.color_table, size.color_table_bytes);
+    if (with_data != 0 && size.too_large != 0)
+        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "Image is too large.");
+    if (with_data == 0 || !sized)
+        size.direct_image = nullptr;
+    dump_data_and_end_tag(writer, context, &size);
+    dump_children(writer, record);
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "GOP_OperandImagePointer");
 }
 
 }  // namespace
@@ -155,22 +176,12 @@ void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* imag
 
 void ORVLOG_DumpImagePointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t with_data)
 {
-    if (record == nullptr)
-        return;
-    const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
-    ORVLOG_ImageContext* context = wrapper != nullptr ? wrapper->context : nullptr;
-    const uint32_t flags = record->imp_Image != nullptr ? record->imp_Image->im_Flags : 0;
-    ORVLOG_ImageSize size;
-    const bool sized =
-        ORVLOG_ImageGeometry(record, context != nullptr ? context->render_description : nullptr, &size) != 0;
-    orvlog_writer_begin_element(writer, "GOP_OperandImagePointer");
-    dump_attributes(writer, record, flags, wrapper != nullptr ? wrapper->id : 0);
-    if ((flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 && sized)
-        orvlog_attr_uint8_array(writer, "imp_IndexColorTable", size.color_table, size.color_table_bytes);
-    if (with_data == 0 || !sized)
-        size.direct_image = nullptr;
-    dump_data_and_end_tag(writer, context, &size);
-    dump_children(writer, record);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandImagePointer");
+    if (record != nullptr)
+        dump_pointer(writer, record, orvlog_image_wrapper_of(record), with_data);
+}
+
+void orvlog_dump_wrapped_image(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record,
+                               const ORVLOG_ImageWrapper* wrapper)
+{
+    dump_pointer(writer, record, wrapper, 0);
 }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "orvlog/image/orvlog-image-context.h"
 #include "orvlog/interface/gop-image.h"
 #include "orvlog/log/orvlog-writer.h"
 
@@ -16,3 +17,7 @@ void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* imag
 // The GOP_OperandImagePointer element. With `with_data` the bytes of a direct image go into the log or into a "dir"
 // file beside it. The record may be one that could not be wrapped: then Id is 0 and bytes go into the log.
 void ORVLOG_DumpImagePointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t with_data);
+
+// The same without data, for a record that a renderer holds, whatever it has made of the record's context.
+void orvlog_dump_wrapped_image(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record,
+                               const ORVLOG_ImageWrapper* wrapper);

@@ -121,5 +121,8 @@ uint32_t ORVLOG_ImageGeometry(const GOP_OperandImagePointer* record, const uint3
     if (!count_channels(record, render_description, &channels))
         return 0;
     const uint64_t alphas = (image->im_Flags & GOP_OP_FLAGS_HAS_ALPHA) != 0 ? 1 : 0;
-    return size_rows(image, channels, alphas, size) ? 1 : 0;
+    const bool fits = size_rows(image, channels, alphas, size) &&
+                      (size->direct_image == nullptr || uint64_t{size->rows} * size->row_bytes <= UINT32_MAX);
+    size->too_large = fits ? 0 : 1;
+    return fits ? 1 : 0;
 }

@@ -60,6 +60,22 @@ uint32_t held(const ReadBuffer* buffer)
     return static_cast<uint32_t>(count) < buffer->size ? static_cast<uint32_t>(count) : buffer->size;
 }
 
+ORVLOG_ImageWrapper* known_wrapper(const GOP_OperandImagePointer* record, const void* context)
+{
+    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record, context);
+    ORVLOG_ImageSlots* slots = wrapper == nullptr ? orvlog_image_slots_behind(record, context) : nullptr;
+    if (slots != nullptr)
+        orvlog_image_warn_once(slots, &slots->warned, "Image callback for an image that is gone.");
+    return wrapper;
+}
+
+// Null, too, for a record whose image cannot be kept: a renderer may have these callbacks from another one.
+ORVLOG_ImageWrapper* kept_wrapper(const GOP_OperandImagePointer* record)
+{
+    ORVLOG_ImageWrapper* wrapper = known_wrapper(record, nullptr);
+    return wrapper != nullptr && wrapper->asynchronous != 0 ? wrapper : nullptr;
+}
+
 void begin(ORVLOG_ImageWrapper* wrapper, const char* element, uint32_t id, uint32_t result)
 {
     orvlog_writer_begin_element(&wrapper->writer, element);
@@ -73,20 +89,22 @@ void end_and_close(ORVLOG_Writer* writer, const char* element)
     orvlog_writer_close_element(writer, element);
 }
 
-void dump_record_and_close(ORVLOG_Writer* writer, const char* element, const GOP_OperandImagePointer* record)
+void dump_record_and_close(ORVLOG_Writer* writer, const char* element, const GOP_OperandImagePointer* record,
+                           const ORVLOG_ImageWrapper* wrapper)
 {
     orvlog_writer_end_tag(writer);
     orvlog_writer_depth_up(writer);
-    ORVLOG_DumpImagePointer(writer, record, 0);
+    orvlog_dump_wrapped_image(writer, record, wrapper);
     orvlog_writer_depth_down(writer);
     orvlog_writer_close_element(writer, element);
 }
 
-// The client may have changed its record in place: takes that over, but for what must stay the logger's.
+// The client may have changed its record in place: takes that over into the one that the renderer holds, but for what
+// must stay the logger's.
 void refresh(GOP_OperandImagePointer* record, ORVLOG_ImageWrapper* wrapper)
 {
     const GOP_OperandImagePointer mine = *record;
-    GOP_OperandImage* image = &orvlog_image_handle_find(record)->image;
+    GOP_OperandImage* image = &wrapper->slot->image;
     *record = *wrapper->client_record;
     if (record->imp_Image != nullptr)
         *image = *record->imp_Image;
@@ -97,15 +115,16 @@ void refresh(GOP_OperandImagePointer* record, ORVLOG_ImageWrapper* wrapper)
     record->imp_ImageResetFn = mine.imp_ImageResetFn;
     record->imp_ImageKeepFn = mine.imp_ImageKeepFn;
     record->imp_ImageReleaseFn = mine.imp_ImageReleaseFn;
-    record->imp_Context = wrapper;
+    record->imp_Context = wrapper->word;
 }
 
-void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, uint32_t replaced,
-                  const PrepareRequest* request, const GOP_OperandImagePointer* record)
+// `held` is the wrapper of `record`, which the renderer holds now.
+void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, const PrepareRequest* request,
+                  const ORVLOG_ImageWrapper* held, const GOP_OperandImagePointer* record)
 {
     ORVLOG_Writer* writer = &wrapper->writer;
     begin(wrapper, "GOP_ImagePrepareFn", id, result);
-    orvlog_attr_bool(writer, "operand_p_replaced", replaced);
+    orvlog_attr_bool(writer, "operand_p_replaced", held != wrapper ? 1 : 0);
     orvlog_attr_flags(writer, "object_type", &kObjectType, request->object_type);
     orvlog_attr_bool(writer, "decompress", request->decompress);
     if (request->decompress == 0)
@@ -124,7 +143,7 @@ void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, ui
         orvlog_attr_bit_depth(writer, "req_bit_depth", request->req_bit_depth);
         orvlog_attr_bool(writer, "need_attr", request->need_attr);
     }
-    dump_record_and_close(writer, "GOP_ImagePrepareFn", record);
+    dump_record_and_close(writer, "GOP_ImagePrepareFn", record, held);
 }
 
 void free_name(const ORVLOG_ImageWrapper* wrapper, char** name)
@@ -205,6 +224,9 @@ uint32_t dump_read(ORVLOG_ImageWrapper* wrapper, uint32_t result, uint32_t skip_
     }
     orvlog_writer_close_element(writer, "GOP_ImageReadFn");
     wrapper->files_open = 1;
+    if (result != 0 && (told(image) < 0 || (with_attr && told(attr) < 0)))
+        orvlog_image_warn_once(wrapper->context->slots, &wrapper->context->warned,
+                               "Image read returned a negative count.");
     return result;
 }
 
@@ -249,7 +271,7 @@ uint32_t orvlog_image_prepare(GOP_OperandImagePointer** operand_p, uint32_t obje
                               float max_height_rescale, float min_height_rescale, uint32_t use_render_color_space,
                               uint32_t req_bit_depth, uint32_t need_attr)
 {
-    ORVLOG_ImageWrapper* wrapper = operand_p != nullptr ? orvlog_image_wrapper_of(*operand_p) : nullptr;
+    ORVLOG_ImageWrapper* wrapper = operand_p != nullptr ? known_wrapper(*operand_p, nullptr) : nullptr;
     if (wrapper == nullptr)
         return 0;
     const PrepareRequest request = {object_type,
@@ -269,28 +291,29 @@ uint32_t orvlog_image_prepare(GOP_OperandImagePointer** operand_p, uint32_t obje
                                                    min_width_rescale, max_height_rescale, min_height_rescale,
                                                    use_render_color_space, req_bit_depth, need_attr);
     const uint32_t id = wrapper->id;
-    const bool replaced = client_record != wrapper->client_record;
-    if (replaced)
+    const ORVLOG_ImageWrapper* held = wrapper;
+    if (client_record != wrapper->client_record)
     {
         GOP_OperandImagePointer* wrapped = nullptr;
-        if (ORVLOG_WrapImage(&wrapper->writer, wrapper->context, client_record, &wrapped, *operand_p) == 0)
+        if (ORVLOG_WrapImage(&wrapper->writer, wrapper->context, client_record, &wrapped, &wrapper->slot->record) == 0)
             return 0;
         *operand_p = wrapped;
+        held = orvlog_image_slot_of(wrapped)->wrapper;
     }
     else
     {
         refresh(*operand_p, wrapper);
         wrapper->id = wrapper->context->counters[1]++;
     }
-    dump_prepare(wrapper, id, result, replaced ? 1 : 0, &request, *operand_p);
+    dump_prepare(wrapper, id, result, &request, held, *operand_p);
     return result;
 }
 
-uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void*, uint32_t skip_pixels, uint8_t* image_buffer,
-                           uint32_t image_size, int32_t img_row_step, int32_t* img_returned, uint8_t* attr_buffer,
-                           uint32_t attr_size, int32_t attr_row_step, int32_t* attr_returned)
+uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void* context, uint32_t skip_pixels,
+                           uint8_t* image_buffer, uint32_t image_size, int32_t img_row_step, int32_t* img_returned,
+                           uint8_t* attr_buffer, uint32_t attr_size, int32_t attr_row_step, int32_t* attr_returned)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
@@ -304,9 +327,9 @@ uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void*, uint32_t s
     return dump_read(wrapper, result, skip_pixels, &image, &attr);
 }
 
-uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void*)
+uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void* context)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
@@ -314,7 +337,8 @@ uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void*)
     if (client->imp_ImageFinishFn != nullptr)
         result = client->imp_ImageFinishFn(client, client->imp_Context);
     begin(wrapper, "GOP_ImageFinishFn", wrapper->id, result);
-    dump_record_and_close(&wrapper->writer, "GOP_ImageFinishFn", operand_p);
+    dump_record_and_close(&wrapper->writer, "GOP_ImageFinishFn",
+                          operand_p != nullptr ? operand_p : &wrapper->slot->record, wrapper);
     free_name(wrapper, &wrapper->image_file_name);
     orvlog_close_stream(&wrapper->image_file);
     free_name(wrapper, &wrapper->attr_file_name);
@@ -322,9 +346,9 @@ uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void*)
     return 1;
 }
 
-uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void*)
+uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void* context)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
@@ -338,7 +362,7 @@ uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void*)
 
 uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_kept_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = kept_wrapper(operand_p);
     if (wrapper == nullptr)
         return 0;
     ORVLOG_ImageContext* context = wrapper->context;
@@ -363,7 +387,7 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
 
 void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
 {
-    ORVLOG_ImageWrapper* wrapper = orvlog_kept_wrapper_of(operand_p);
+    ORVLOG_ImageWrapper* wrapper = kept_wrapper(operand_p);
     if (wrapper == nullptr)
         return nullptr;
     ORVLOG_ImageContext* context = wrapper->context;
@@ -377,7 +401,5 @@ void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
     end_and_close(&wrapper->writer, "GOP_ImageReleaseFn");
     context->released = 1;
     context->granted = 0;
-    if (context->in_call == 0)
-        return ORVLOG_DeleteImagePool(operand_p);
-    return nullptr;
+    return context->in_call == 0 ? orvlog_end_image(context) : nullptr;
 }

@@ -25,13 +25,16 @@ void fill_callbacks(GOP_OperandImagePointer* record, const GOP_OperandImagePoint
     record->imp_ImageReleaseFn = asynchronous ? orvlog_image_release : nullptr;
 }
 
+ORVLOG_ImageWrapper* wrapper_at(GOP_OperandImagePointer* record)
+{
+    return orvlog_image_slot_of(record)->wrapper;
+}
+
 void append(GOP_OperandImagePointer* chain, GOP_OperandImagePointer* record)
 {
-    ORVLOG_ImageWrapper* last = orvlog_image_wrapper_of(chain);
-    if (last == nullptr)
-        return;
+    ORVLOG_ImageWrapper* last = wrapper_at(chain);
     while (last->next != nullptr)
-        last = orvlog_image_wrapper_of(last->next);
+        last = wrapper_at(last->next);
     last->next = record;
 }
 
@@ -57,80 +60,56 @@ ORVLOG_ImageContext* make_context(ORVLOG_Session* session, GMM_Allocator* pool, 
                     sizeof context->render_description);
     std::memcpy(context->session_id, session->session_id, sizeof context->session_id);
     context->session_allocator = session->side_allocator;
-    context->kept_images = &session->kept_images;
+    context->slots = &session->image_slots;
+    context->slots->session = session;
+    context->slots->allocator = session->side_allocator;
+    context->number = session->image_sequence[1];
     context->in_call = 1;
     return context;
 }
 
-// Images that may be kept have handles of their own, so that the renderer's records stay readable when the image has
-// gone; the others have them in the pool.
-ORVLOG_ImageHandle* make_handle(const ORVLOG_ImageContext* context, const GOP_OperandImagePointer* client_record)
+// Fills in the record that the renderer gets.
+void fill_slot(ORVLOG_ImageSlot* slot, const GOP_OperandImagePointer* client_record)
 {
-    const bool asynchronous = (client_record->imp_Image->im_Flags & GOP_OP_FLAGS_ASYNCH_ACCESS) != 0;
-    GMM_Allocator* own = asynchronous ? context->session_allocator : nullptr;
-    void* block = own != nullptr ? own->gmm_Alloc(own, sizeof(ORVLOG_ImageHandle), 0)
-                                 : orvlog_image_alloc(context->allocator, sizeof(ORVLOG_ImageHandle));
-    if (block == nullptr)
-        return nullptr;
-    auto* handle = static_cast<ORVLOG_ImageHandle*>(block);
-    std::memset(handle, 0, sizeof *handle);
-    handle->record = *client_record;
-    handle->image = *client_record->imp_Image;
-    handle->record.imp_Image = &handle->image;
-    handle->allocator = own;
-    return handle;
+    void* word = slot->record.imp_Context;
+    slot->record = *client_record;
+    slot->image = *client_record->imp_Image;
+    slot->record.imp_Image = &slot->image;
+    slot->record.imp_Context = word;
+    fill_callbacks(&slot->record, client_record);
 }
 
-void free_handles(ORVLOG_ImageHandle* handle)
+// The image of a slot that holds the first record of a refused image behind its call; null for others.
+ORVLOG_ImageContext* refused_image(const ORVLOG_ImageSlot* slot)
 {
-    while (handle != nullptr)
+    ORVLOG_ImageContext* context = slot->wrapper->context;
+    const bool refused = context->granted == 0 && context->in_call == 0;
+    return refused && context->first_record == &slot->record ? context : nullptr;
+}
+
+void limit_refused_images(ORVLOG_ImageSlots* slots)
+{
+    ORVLOG_ImageContext* oldest = nullptr;
+    uint32_t count = 0;
+    for (ORVLOG_ImageSlot* slot = nullptr; (slot = orvlog_image_slots_next(slots, slot)) != nullptr;)
     {
-        ORVLOG_ImageHandle* next = handle->next_record;
-        handle->allocator->gmm_Free(handle->allocator, handle);
-        handle = next;
+        ORVLOG_ImageContext* context = refused_image(slot);
+        if (context == nullptr)
+            continue;
+        ++count;
+        if (oldest == nullptr || context->number < oldest->number)
+            oldest = context;
     }
-}
-
-// Closes what is open and makes the records unknown; gives the handles that do not lie in the pool, as a chain.
-ORVLOG_ImageHandle* close_records(ORVLOG_ImageContext* context)
-{
-    ORVLOG_ImageHandle* first = nullptr;
-    ORVLOG_ImageHandle** link = &first;
-    for (GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
-    {
-        ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-        ORVLOG_ImageWrapper* wrapper = handle->wrapper;
-        orvlog_close_stream(&wrapper->image_file);
-        orvlog_close_stream(&wrapper->attr_file);
-        orvlog_image_handle_leave(handle);
-        handle->wrapper = nullptr;
-        handle->record.imp_Context = nullptr;
-        if (handle->allocator != nullptr)
-        {
-            *link = handle;
-            link = &handle->next_record;
-        }
-        record = wrapper->next;
-    }
-    orvlog_close_stream(&context->async_stream);
-    return first;
-}
-
-// The first of the image's handles that outlives the pool; an image that was kept has one.
-ORVLOG_ImageHandle* lasting_handle(const ORVLOG_ImageContext* context)
-{
-    ORVLOG_ImageHandle* handle = orvlog_image_handle_find(context->first_record);
-    while (handle->allocator == nullptr)
-        handle = orvlog_image_handle_find(handle->wrapper->next);
-    return handle;
+    if (count > ORVLOG_MAX_REFUSED_IMAGES)
+        orvlog_end_image(oldest);
 }
 
 }  // namespace
 
-ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record)
+ORVLOG_ImageWrapper* orvlog_image_wrapper_of(const GOP_OperandImagePointer* record, const void* context)
 {
-    const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-    return handle != nullptr ? handle->wrapper : nullptr;
+    const ORVLOG_ImageSlot* slot = orvlog_image_slot_find(record, context);
+    return slot != nullptr ? slot->wrapper : nullptr;
 }
 
 void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
@@ -142,12 +121,6 @@ void* orvlog_image_alloc(GMM_Allocator* allocator, uint64_t size)
     return static_cast<uint8_t*>(block) + (kAlignment - at % kAlignment) % kAlignment;
 }
 
-ORVLOG_ImageWrapper* orvlog_kept_wrapper_of(const GOP_OperandImagePointer* record)
-{
-    const ORVLOG_ImageHandle* handle = orvlog_image_handle_find(record);
-    return handle != nullptr && handle->allocator != nullptr ? handle->wrapper : nullptr;
-}
-
 uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* context,
                           GOP_OperandImagePointer* client_record, GOP_OperandImagePointer** wrapped,
                           GOP_OperandImagePointer* chain)
@@ -157,21 +130,22 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
     auto* wrapper =
         static_cast<ORVLOG_ImageWrapper*>(orvlog_image_alloc(context->allocator, sizeof(ORVLOG_ImageWrapper)));
     // What was got lies in the pool and goes with it.
-    ORVLOG_ImageHandle* handle = wrapper != nullptr ? make_handle(context, client_record) : nullptr;
-    if (handle == nullptr)
+    ORVLOG_ImageSlot* slot = wrapper != nullptr ? orvlog_image_slot_take(context->slots) : nullptr;
+    if (slot == nullptr)
         return 0;
-    GOP_OperandImagePointer* record = &handle->record;
+    fill_slot(slot, client_record);
+    slot->wrapper = wrapper;
+    GOP_OperandImagePointer* record = &slot->record;
     std::memset(wrapper, 0, sizeof *wrapper);
-    fill_callbacks(record, client_record);
-    record->imp_Context = wrapper;
-    handle->wrapper = wrapper;
+    wrapper->slot = slot;
+    wrapper->word = slot->record.imp_Context;
+    wrapper->asynchronous = (slot->image.im_Flags & GOP_OP_FLAGS_ASYNCH_ACCESS) != 0 ? 1 : 0;
     wrapper->writer = *writer;
     wrapper->writer.warnings = nullptr;
     wrapper->writer.allocator = nullptr;
     wrapper->context = context;
     wrapper->client_record = client_record;
     wrapper->id = context->counters[1]++;
-    orvlog_image_handle_enter(handle);
     if (chain != nullptr)
         append(chain, record);
     else
@@ -202,46 +176,64 @@ void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** op
                                 "Image operand could not be replaced. Image callbacks will not be logged.");
 }
 
+GMM_Allocator* orvlog_end_image(ORVLOG_ImageContext* context)
+{
+    GMM_Allocator* pool = context->allocator;
+    ORVLOG_ImageSlots* slots = context->slots;
+    for (GOP_OperandImagePointer* record = context->first_record; record != nullptr;)
+    {
+        ORVLOG_ImageSlot* slot = orvlog_image_slot_of(record);
+        ORVLOG_ImageWrapper* wrapper = slot->wrapper;
+        orvlog_close_stream(&wrapper->image_file);
+        orvlog_close_stream(&wrapper->attr_file);
+        record = wrapper->next;
+        orvlog_image_slot_give_back(slot);
+    }
+    orvlog_close_stream(&context->async_stream);
+    GMM_Allocator* parent = pool->gmm_Delete(pool);
+    orvlog_image_slots_settle(slots);
+    return parent;
+}
+
+void orvlog_image_warn_once(const ORVLOG_ImageSlots* slots, uint32_t* warned, const char* message)
+{
+    if (slots->session == nullptr || *warned != 0)
+        return;
+    *warned = 1;
+    orvlog_writer_defer_warning(&slots->session->writer, ORVLOG_WARNING_FORMAT, message);
+}
+
 void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept)
 {
-    const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
+    const ORVLOG_ImageWrapper* wrapper = record != nullptr ? wrapper_at(record) : nullptr;
     if (wrapper == nullptr)
         return;
     ORVLOG_ImageContext* context = wrapper->context;
     context->in_call = 0;
-    // A renderer that has asked to keep an image may come back with it, whatever it was told.
-    if (context->async_stream != nullptr)
-    {
-        ORVLOG_ImageHandle* handle = lasting_handle(context);
-        handle->next_image = *context->kept_images;
-        *context->kept_images = handle;
-        context->listed = 1;
-    }
-    if (kept == 0 || context->granted == 0 || context->released != 0)
-        ORVLOG_DeleteImagePool(record);
+    if (record->imp_Context != wrapper->word)
+        orvlog_image_warn_once(context->slots, &context->slots->warned, "Image record has lost its context.");
+    if (kept == 0 || context->released != 0)
+        orvlog_end_image(context);
+    else if (context->granted == 0)
+        limit_refused_images(context->slots);
 }
 
 GMM_Allocator* ORVLOG_DeleteImagePool(GOP_OperandImagePointer* record)
 {
     const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
-    if (wrapper == nullptr)
-        return nullptr;
-    ORVLOG_ImageContext* context = wrapper->context;
-    GMM_Allocator* pool = context->allocator;
-    const bool listed = context->listed != 0;
-    ORVLOG_ImageHandle* first = close_records(context);
-    if (!listed)
-        free_handles(first);
-    return pool->gmm_Delete(pool);
+    return wrapper != nullptr ? orvlog_end_image(wrapper->context) : nullptr;
 }
 
-void orvlog_close_images(ORVLOG_Session* session)
+void orvlog_detach_images(ORVLOG_Session* session)
 {
-    while (session->kept_images != nullptr)
+    ORVLOG_ImageSlots* slots = &session->image_slots;
+    for (ORVLOG_ImageSlot* slot = nullptr; (slot = orvlog_image_slots_next(slots, slot)) != nullptr;)
     {
-        ORVLOG_ImageHandle* handle = session->kept_images;
-        session->kept_images = handle->next_image;
-        ORVLOG_DeleteImagePool(&handle->record);
-        free_handles(handle);
+        // The coder goes with the session.
+        slot->wrapper->writer.coder = nullptr;
+        ORVLOG_ImageContext* refused = refused_image(slot);
+        if (refused != nullptr)
+            orvlog_end_image(refused);
     }
+    orvlog_image_slots_end(slots, session->side_allocator, nullptr);
 }

@@ -4,7 +4,7 @@
 #ifndef ORVLOG_INTERFACE_GFI_FONT_H
 #define ORVLOG_INTERFACE_GFI_FONT_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 #include "orvlog/interface/gpa-path.h"
 
 #include <stddef.h>

@@ -6,7 +6,7 @@
 #ifndef ORVLOG_INTERFACE_GOP_OPERAND_H
 #define ORVLOG_INTERFACE_GOP_OPERAND_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 #include "orvlog/interface/gcm-csd.h"
 
 #include <stddef.h>
@@ -114,7 +114,7 @@ typedef struct GBC_Color
 {
     uint16_t num_chans;    // alpha included
     uint8_t bit_depth;     // 32: float channels; anything else: 16-bit channels
-    uint8_t has_alpha;     // non-zero when channel 0 is alpha
+    uint8_t has_alpha;     // non-zero when channel 0 is alpha; without channels nothing is read
     uint32_t empty_chans;  // bit N set: channel N+1 is empty
     union
     {

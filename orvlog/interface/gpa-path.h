@@ -6,7 +6,7 @@
 #ifndef ORVLOG_INTERFACE_GPA_PATH_H
 #define ORVLOG_INTERFACE_GPA_PATH_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 
 #include <stddef.h>
 #include <stdint.h>

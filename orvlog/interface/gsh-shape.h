@@ -4,7 +4,7 @@
 #ifndef ORVLOG_INTERFACE_GSH_SHAPE_H
 #define ORVLOG_INTERFACE_GSH_SHAPE_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 #include "orvlog/interface/gfi-font.h"
 #include "orvlog/interface/gpa-path.h"
 

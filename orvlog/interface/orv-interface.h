@@ -7,7 +7,7 @@
 #ifndef ORVLOG_INTERFACE_ORV_INTERFACE_H
 #define ORVLOG_INTERFACE_ORV_INTERFACE_H
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/ggo/ggo-records.h"
 #include "orvlog/interface/gfi-font.h"
 #include "orvlog/interface/gop-image.h"
 #include "orvlog/interface/gop-operand.h"

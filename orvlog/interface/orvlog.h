@@ -7,7 +7,7 @@
 #ifndef ORVLOG_INTERFACE_ORVLOG_H
 #define ORVLOG_INTERFACE_ORVLOG_H
 
-#include "holv-core/ger/ger-error.h"
+#include "holv-core/ger/ger-error-record.h"
 #include "holv-core/gio/gio-stream.h"
 #include "holv-core/gmm/gmm-allocator.h"
 #include "orvlog/interface/orv-interface.h"
@@ -111,8 +111,9 @@ ORVLOG_EXPORT uint32_t ORVLOG_DLL_initialise(ORV_Interface* interface_out, const
                                              void** comment_ctx_out);
 
 // Ends the log and frees the session. `session` is the context word of any entry of the wrapped table but
-// the first; null gives 1. Documents and drawings that are still open go
-// with it, and the renderer is not told.
+// the first; null gives 1. What is still open is given back without a word in the log, and nothing of the client's
+// but its allocator and the log's stream is called for it: its renderer, engines and colour manager may have ended.
+// References on tickets that it held stay held.
 ORVLOG_EXPORT uint32_t ORVLOG_DLL_shutdown(void* session);
 
 // Chooses the logging mode ("base" unless the obsolete mode is asked for) and the second receiver. Call it

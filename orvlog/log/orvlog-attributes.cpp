@@ -1,6 +1,6 @@
 #include "orvlog/log/orvlog-attributes.h"
 
-#include "orvlog/log/orvlog-number.h"
+#include "orvlog/log/orvlog-line.h"
 
 #include <bit>
 #include <cstring>
@@ -33,103 +33,12 @@ constexpr HexTable make_hex_table()
 
 constexpr HexTable kHexTable = make_hex_table();
 
-// Collects text on the stack and gives it to the writer in large pieces.
-struct Line
+void line_hex_byte(ORVLOG_Line* line, uint8_t byte)
 {
-    ORVLOG_Writer* writer;
-    uint32_t length;
-    char text[2048];
-};
-
-void line_start(Line* line, ORVLOG_Writer* writer)
-{
-    line->writer = writer;
-    line->length = 0;
-}
-
-void line_put(Line* line)
-{
-    line->text[line->length] = '\0';
-    orvlog_writer_put(line->writer, line->text, line->length);
-    line->length = 0;
-}
-
-// Room for `size` more bytes and a terminator.
-char* line_room(Line* line, uint32_t size)
-{
-    if (line->length + size >= sizeof line->text)
-        line_put(line);
-    return line->text + line->length;
-}
-
-void line_char(Line* line, char c)
-{
-    *line_room(line, 1) = c;
-    ++line->length;
-}
-
-void line_text(Line* line, const char* text)
-{
-    for (size_t left = std::strlen(text); left > 0;)
-    {
-        const size_t piece = left < 256 ? left : 256;
-        std::memcpy(line_room(line, static_cast<uint32_t>(piece)), text, piece);
-        line->length += static_cast<uint32_t>(piece);
-        text += piece;
-        left -= piece;
-    }
-}
-
-void line_name(Line* line, const char* name)
-{
-    line_char(line, ' ');
-    line_text(line, name);
-    line_text(line, "=\"");
-}
-
-void line_number(Line* line, uint32_t (*format)(char*, uint32_t), uint32_t value)
-{
-    line->length += format(line_room(line, ORVLOG_NUMBER_SIZE), value);
-}
-
-void line_uint(Line* line, uint32_t value)
-{
-    line_number(line, orvlog_format_uint, value);
-}
-
-void line_int(Line* line, int32_t value)
-{
-    line->length += orvlog_format_int(line_room(line, ORVLOG_NUMBER_SIZE), value);
-}
-
-void line_double(Line* line, double value)
-{
-    line->length += orvlog_format_double(line_room(line, ORVLOG_NUMBER_SIZE), value);
-}
-
-void line_float(Line* line, float value)
-{
-    line->length += orvlog_format_float(line_room(line, ORVLOG_NUMBER_SIZE), value);
-}
-
-void line_hex_byte(Line* line, uint8_t byte)
-{
-    char* to = line_room(line, 2);
+    char* to = orvlog_line_room(line, 2);
     to[0] = kHexDigits[byte >> 4];
     to[1] = kHexDigits[byte & 0xF];
     line->length += 2;
-}
-
-void line_finish(Line* line)
-{
-    line_put(line);
-    orvlog_writer_flush(line->writer);
-}
-
-void line_finish_value(Line* line)
-{
-    line_char(line, '"');
-    line_finish(line);
 }
 
 bool passes_unescaped(uint8_t byte)
@@ -153,20 +62,20 @@ void write_hex(char* to, const uint8_t* bytes, uint32_t count)
 
 // One array attribute: each value by `put`, with a blank behind it.
 template <typename Value, typename Put>
-void write_array(ORVLOG_Writer* writer, const char* name, const Value* values, uint64_t count, Put put)
+void write_array(ORVLOG_Writer* writer, std::string_view name, const Value* values, uint64_t count, Put put)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
     for (uint64_t i = 0; values != nullptr && i < count; ++i)
     {
         put(&line, values[i]);
-        line_char(&line, ' ');
+        orvlog_line_char(&line, ' ');
     }
-    line_finish_value(&line);
+    orvlog_line_finish_value(&line);
 }
 
-void begin_buffer(ORVLOG_Writer* writer, const char* name, uint32_t length)
+void begin_buffer(ORVLOG_Writer* writer, std::string_view name, uint32_t length)
 {
     orvlog_writer_begin_element(writer, name);
     // The count is unsigned but is shown by "%i"; readers of the log rely on the form.
@@ -174,13 +83,13 @@ void begin_buffer(ORVLOG_Writer* writer, const char* name, uint32_t length)
     orvlog_writer_end_tag(writer);
 }
 
-void open_named(ORVLOG_Writer* writer, const char* name)
+void open_named(ORVLOG_Writer* writer, std::string_view name)
 {
     orvlog_writer_open_element(writer, name);
     orvlog_writer_depth_up(writer);
 }
 
-void close_named(ORVLOG_Writer* writer, const char* name)
+void close_named(ORVLOG_Writer* writer, std::string_view name)
 {
     orvlog_writer_depth_down(writer);
     orvlog_writer_close_element(writer, name);
@@ -188,157 +97,156 @@ void close_named(ORVLOG_Writer* writer, const char* name)
 
 }  // namespace
 
-void orvlog_attr_begin(ORVLOG_Writer* writer, const char* name)
+void orvlog_attr_begin(ORVLOG_Writer* writer, std::string_view name)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_finish(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_finish(&line);
 }
 
 void orvlog_attr_end(ORVLOG_Writer* writer)
 {
-    orvlog_writer_put(writer, "\"", 1);
-    orvlog_writer_flush(writer);
+    orvlog_writer_emit(writer, "\"", 1);
 }
 
-void orvlog_attr_string(ORVLOG_Writer* writer, const char* name, const char* text)
+void orvlog_attr_string(ORVLOG_Writer* writer, std::string_view name, const char* text)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
     for (; text != nullptr && *text != '\0'; ++text)
     {
         const auto byte = static_cast<uint8_t>(*text);
         if (passes_unescaped(byte))
         {
-            line_char(&line, *text);
+            orvlog_line_char(&line, *text);
             continue;
         }
-        line_text(&line, "\\x");
+        orvlog_line_text(&line, "\\x");
         line_hex_byte(&line, byte);
     }
-    line_finish_value(&line);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_flags(ORVLOG_Writer* writer, const char* name, const ORVLOG_FlagTable* table, uint32_t value)
+void orvlog_attr_flags(ORVLOG_Writer* writer, std::string_view name, const ORVLOG_FlagTable* table, uint32_t value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_char(&line, '[');
-    line_number(&line, orvlog_format_hex, value);
-    line_text(&line, "] ");
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_char(&line, '[');
+    orvlog_line_hex(&line, value);
+    orvlog_line_text(&line, "] ");
     for (uint32_t i = 0; i < table->count; ++i)
     {
         const ORVLOG_FlagEntry* entry = &table->entries[i];
         const bool holds = value == 0 ? entry->value == 0 : (entry->value & value) != 0;
         if (!holds)
             continue;
-        line_text(&line, entry->name);
-        line_char(&line, ' ');
+        orvlog_line_text(&line, entry->name);
+        orvlog_line_char(&line, ' ');
         if (value == 0)
             break;
     }
-    line_finish_value(&line);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_enum(ORVLOG_Writer* writer, const char* name, const ORVLOG_EnumTable* table, uint32_t value)
+void orvlog_attr_enum(ORVLOG_Writer* writer, std::string_view name, const ORVLOG_EnumTable* table, uint32_t value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
     if (value <= table->max_value)
     {
-        line_text(&line, table->names[value]);
+        orvlog_line_text(&line, table->names[value]);
     }
     else
     {
-        line_text(&line, "UNKNOWN_VALUE(");
-        line_int(&line, static_cast<int32_t>(value));
-        line_char(&line, ')');
+        orvlog_line_text(&line, "UNKNOWN_VALUE(");
+        orvlog_line_int(&line, static_cast<int32_t>(value));
+        orvlog_line_char(&line, ')');
     }
-    line_finish_value(&line);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_uint(ORVLOG_Writer* writer, const char* name, uint32_t value)
+void orvlog_attr_uint(ORVLOG_Writer* writer, std::string_view name, uint32_t value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_uint(&line, value);
-    line_finish_value(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_uint(&line, value);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_int(ORVLOG_Writer* writer, const char* name, int32_t value)
+void orvlog_attr_int(ORVLOG_Writer* writer, std::string_view name, int32_t value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_int(&line, value);
-    line_finish_value(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_int(&line, value);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_bool(ORVLOG_Writer* writer, const char* name, uint32_t value)
+void orvlog_attr_bool(ORVLOG_Writer* writer, std::string_view name, uint32_t value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_text(&line, value != 0 ? "TRUE" : "FALSE");
-    line_finish_value(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_text(&line, value != 0 ? "TRUE" : "FALSE");
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_double(ORVLOG_Writer* writer, const char* name, double value)
+void orvlog_attr_double(ORVLOG_Writer* writer, std::string_view name, double value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_double(&line, value);
-    line_finish_value(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_double(&line, value);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_float(ORVLOG_Writer* writer, const char* name, float value)
+void orvlog_attr_float(ORVLOG_Writer* writer, std::string_view name, float value)
 {
-    Line line;
-    line_start(&line, writer);
-    line_name(&line, name);
-    line_float(&line, value);
-    line_finish_value(&line);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, name);
+    orvlog_line_float(&line, value);
+    orvlog_line_finish_value(&line);
 }
 
-void orvlog_attr_uint_array(ORVLOG_Writer* writer, const char* name, const uint32_t* values, uint64_t count)
+void orvlog_attr_uint_array(ORVLOG_Writer* writer, std::string_view name, const uint32_t* values, uint64_t count)
 {
-    write_array(writer, name, values, count, line_uint);
+    write_array(writer, name, values, count, orvlog_line_uint);
 }
 
-void orvlog_attr_int4(ORVLOG_Writer* writer, const char* name, const int32_t* values)
+void orvlog_attr_int4(ORVLOG_Writer* writer, std::string_view name, const int32_t* values)
 {
-    write_array(writer, name, values, 4, line_int);
+    write_array(writer, name, values, 4, orvlog_line_int);
 }
 
-void orvlog_attr_uint16_array(ORVLOG_Writer* writer, const char* name, const uint16_t* values, uint64_t count)
+void orvlog_attr_uint16_array(ORVLOG_Writer* writer, std::string_view name, const uint16_t* values, uint64_t count)
 {
-    write_array(writer, name, values, count, [](Line* line, uint16_t value) { line_uint(line, value); });
+    write_array(writer, name, values, count, [](ORVLOG_Line* line, uint16_t value) { orvlog_line_uint(line, value); });
 }
 
-void orvlog_attr_uint8_array(ORVLOG_Writer* writer, const char* name, const uint8_t* values, uint64_t count)
+void orvlog_attr_uint8_array(ORVLOG_Writer* writer, std::string_view name, const uint8_t* values, uint64_t count)
 {
-    write_array(writer, name, values, count, [](Line* line, uint8_t value) { line_uint(line, value); });
+    write_array(writer, name, values, count, [](ORVLOG_Line* line, uint8_t value) { orvlog_line_uint(line, value); });
 }
 
-void orvlog_attr_hex4(ORVLOG_Writer* writer, const char* name, const uint8_t* values)
+void orvlog_attr_hex4(ORVLOG_Writer* writer, std::string_view name, const uint8_t* values)
 {
     write_array(writer, name, values, 4, line_hex_byte);
 }
 
-void orvlog_attr_double_array(ORVLOG_Writer* writer, const char* name, const double* values, uint64_t count)
+void orvlog_attr_double_array(ORVLOG_Writer* writer, std::string_view name, const double* values, uint64_t count)
 {
-    write_array(writer, name, values, count, line_double);
+    write_array(writer, name, values, count, orvlog_line_double);
 }
 
-void orvlog_attr_float_array(ORVLOG_Writer* writer, const char* name, const float* values, uint64_t count)
+void orvlog_attr_float_array(ORVLOG_Writer* writer, std::string_view name, const float* values, uint64_t count)
 {
-    write_array(writer, name, values, count, line_float);
+    write_array(writer, name, values, count, orvlog_line_float);
 }
 
 void orvlog_elem_bytes(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t length, uint32_t row_size)
@@ -350,7 +258,7 @@ void orvlog_elem_bytes(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t len
     orvlog_writer_close_element(writer, "BufferUInt8");
 }
 
-void orvlog_elem_named_bytes(ORVLOG_Writer* writer, const char* name, const uint8_t* bytes, uint32_t length)
+void orvlog_elem_named_bytes(ORVLOG_Writer* writer, std::string_view name, const uint8_t* bytes, uint32_t length)
 {
     open_named(writer, name);
     orvlog_elem_bytes(writer, bytes, length, kBytesPerLine);
@@ -364,7 +272,7 @@ void orvlog_elem_floats(ORVLOG_Writer* writer, const float* values, uint32_t len
     orvlog_writer_close_element(writer, "BufferFloat");
 }
 
-void orvlog_elem_named_floats(ORVLOG_Writer* writer, const char* name, const float* values, uint32_t length)
+void orvlog_elem_named_floats(ORVLOG_Writer* writer, std::string_view name, const float* values, uint32_t length)
 {
     open_named(writer, name);
     orvlog_elem_floats(writer, values, length);
@@ -387,30 +295,30 @@ void orvlog_write_hex_rows(ORVLOG_Writer* writer, const uint8_t* bytes, uint64_t
     // A row is one print, and the coded path brings no more than its limit of a print: a row of more than 66
     // bytes loses its tail there, and readers of coded logs rely on it.
     const bool coded = writer->coder != nullptr && writer->compress == 1;
-    Line line;
-    line_start(&line, writer);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
     for (uint64_t at = 0; at < length; at += row)
     {
         const auto count = static_cast<uint32_t>(length - at < row ? length - at : row);
-        write_hex(line_room(&line, 3 * kRowBytes + kHexSlack), bytes + at, count);
+        write_hex(orvlog_line_room(&line, 3 * kRowBytes + kHexSlack), bytes + at, count);
         line.length += coded && 3 * count > ORVLOG_CODED_PRINT_LIMIT ? ORVLOG_CODED_PRINT_LIMIT : 3 * count;
         if (row_size != 0)
-            line_char(&line, '\n');
+            orvlog_line_char(&line, '\n');
     }
-    line_finish(&line);
+    orvlog_line_finish(&line);
 }
 
 void orvlog_write_float_rows(ORVLOG_Writer* writer, const float* values, uint64_t length)
 {
-    Line line;
-    line_start(&line, writer);
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
     for (uint64_t i = 0; values != nullptr && i < length; ++i)
     {
         if (i != 0 && i % kFloatsPerLine == 0)
-            line_char(&line, '\n');
-        line_float(&line, values[i]);
-        line_char(&line, ' ');
+            orvlog_line_char(&line, '\n');
+        orvlog_line_float(&line, values[i]);
+        orvlog_line_char(&line, ' ');
     }
-    line_char(&line, '\n');
-    line_finish(&line);
+    orvlog_line_char(&line, '\n');
+    orvlog_line_finish(&line);
 }

@@ -1,5 +1,7 @@
 #include "orvlog/log/orvlog-writer.h"
 
+#include "orvlog/log/orvlog-line.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -9,6 +11,7 @@ namespace
 {
 
 constexpr uint32_t kMaxIndentDepth = 25;
+constexpr size_t kLongestName = 256;
 constexpr uint32_t kFormatBlock = 200;
 constexpr uint32_t kCoderOutput = 10;
 constexpr uint32_t kWarningText = 500;
@@ -51,6 +54,14 @@ void put_coded(ORVLOG_Writer* writer, const char* text, uint32_t length)
         stream->ops->gio_Write(output, 1, static_cast<uint64_t>(count), stream->instance);
 }
 
+void put_text(ORVLOG_Writer* writer, const char* text, uint64_t length)
+{
+    if (is_coded(writer))
+        put_coded(writer, text, static_cast<uint32_t>(length));
+    else
+        stream_print(writer->stream, "%s", text);
+}
+
 int32_t vprint_coded(ORVLOG_Writer* writer, const char* format, va_list args)
 {
     char block[kFormatBlock] = "";
@@ -65,30 +76,68 @@ int32_t vprint_coded(ORVLOG_Writer* writer, const char* format, va_list args)
     return static_cast<int32_t>(length);
 }
 
-// One print for the pieces of a tag, with the limit of one where it is coded.
-void put_tag(ORVLOG_Writer* writer, std::initializer_list<const char*> pieces)
+// A tag is one print, at the indent of the present depth. Where the log is coded, what is longer than a print allows
+// is cut.
+uint32_t indent_size(const ORVLOG_Writer* writer)
 {
-    char tag[512];
-    size_t length = 0;
-    size_t allowed = is_coded(writer) ? ORVLOG_CODED_PRINT_LIMIT : SIZE_MAX;
-    for (const char* piece : pieces)
-    {
-        const size_t size = std::min(std::strlen(piece), allowed);
-        allowed -= size;
-        if (size >= sizeof tag - length)
-        {
-            tag[length] = '\0';
-            orvlog_writer_put(writer, tag, length);
-            orvlog_writer_put(writer, piece, size);
-            length = 0;
-            continue;
-        }
-        std::memcpy(tag + length, piece, size);
-        length += size;
-    }
-    tag[length] = '\0';
-    orvlog_writer_put(writer, tag, length);
-    orvlog_writer_flush(writer);
+    return 2 * std::min(writer->depth, kMaxIndentDepth);
+}
+
+void tag_finish(ORVLOG_Line* line)
+{
+    if (is_coded(line->writer))
+        line->length = std::min(line->length, ORVLOG_CODED_PRINT_LIMIT);
+    orvlog_line_finish(line);
+}
+
+// Names longer than any record has, in pieces.
+[[gnu::noinline, gnu::cold]] void put_long_tag(ORVLOG_Writer* writer, std::initializer_list<std::string_view> pieces)
+{
+    const size_t allowed = is_coded(writer) ? ORVLOG_CODED_PRINT_LIMIT : SIZE_MAX;
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_text(&line, orvlog_writer_indent(writer->depth));
+    for (const std::string_view piece : pieces)
+        orvlog_line_text(&line, piece.substr(0, allowed));
+    tag_finish(&line);
+}
+
+// The brackets are of lengths known when compiling.
+template <size_t Open, size_t Close>
+void put_tag(ORVLOG_Writer* writer, const char (&open)[Open], std::string_view name, const char (&close)[Close])
+{
+    if (name.size() > kLongestName)
+        return put_long_tag(writer, {open, name, close});
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    std::memset(line.text, ' ', 2 * kMaxIndentDepth);
+    char* at = line.text + indent_size(writer);
+    std::memcpy(at, open, Open - 1);
+    orvlog_copy_text(at + Open - 1, name.data(), name.size());
+    at += Open - 1 + name.size();
+    std::memcpy(at, close, Close - 1);
+    line.length = static_cast<uint32_t>(at + Close - 1 - line.text);
+    tag_finish(&line);
+}
+
+template <size_t Open>
+void put_member_tag(ORVLOG_Writer* writer, const char (&open)[Open], std::string_view element, std::string_view member)
+{
+    if (element.size() + member.size() > kLongestName)
+        return put_long_tag(writer, {open, element, ".", member, ">\n"});
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    std::memset(line.text, ' ', 2 * kMaxIndentDepth);
+    char* at = line.text + indent_size(writer);
+    std::memcpy(at, open, Open - 1);
+    orvlog_copy_text(at + Open - 1, element.data(), element.size());
+    at += Open - 1 + element.size();
+    *at++ = '.';
+    orvlog_copy_text(at, member.data(), member.size());
+    at += member.size();
+    std::memcpy(at, ">\n", 2);
+    line.length = static_cast<uint32_t>(at + 2 - line.text);
+    tag_finish(&line);
 }
 
 void after_close(ORVLOG_Writer* writer)
@@ -143,16 +192,21 @@ void orvlog_writer_put(ORVLOG_Writer* writer, const char* text, uint64_t length)
 {
     if (!can_write(writer) || length == 0)
         return;
-    if (is_coded(writer))
-        put_coded(writer, text, static_cast<uint32_t>(length));
-    else
-        stream_print(writer->stream, "%s", text);
+    put_text(writer, text, length);
 }
 
 void orvlog_writer_flush(ORVLOG_Writer* writer)
 {
     if (can_write(writer))
         flush(writer->stream);
+}
+
+void orvlog_writer_emit(ORVLOG_Writer* writer, const char* text, uint64_t length)
+{
+    if (length == 0 || !can_write(writer))
+        return;
+    put_text(writer, text, length);
+    flush(writer->stream);
 }
 
 void orvlog_writer_depth_up(ORVLOG_Writer* writer)
@@ -165,44 +219,44 @@ void orvlog_writer_depth_down(ORVLOG_Writer* writer)
     --writer->depth;
 }
 
-void orvlog_writer_open_element(ORVLOG_Writer* writer, const char* name)
+void orvlog_writer_open_element(ORVLOG_Writer* writer, std::string_view name)
 {
-    put_tag(writer, {orvlog_writer_indent(writer->depth), "<", name, ">\n"});
+    put_tag(writer, "<", name, ">\n");
     writer->element_open = 1;
 }
 
-void orvlog_writer_open_member(ORVLOG_Writer* writer, const char* element, const char* member)
+void orvlog_writer_open_member(ORVLOG_Writer* writer, std::string_view element, std::string_view member)
 {
-    put_tag(writer, {orvlog_writer_indent(writer->depth), "<", element, ".", member, ">\n"});
+    put_member_tag(writer, "<", element, member);
     writer->element_open = 1;
 }
 
-void orvlog_writer_begin_element(ORVLOG_Writer* writer, const char* name)
+void orvlog_writer_begin_element(ORVLOG_Writer* writer, std::string_view name)
 {
-    put_tag(writer, {orvlog_writer_indent(writer->depth), "<", name});
+    put_tag(writer, "<", name, "");
     writer->element_open = 1;
 }
 
 void orvlog_writer_end_tag(ORVLOG_Writer* writer)
 {
-    put_tag(writer, {">\n"});
+    orvlog_writer_emit(writer, ">\n", 2);
 }
 
-void orvlog_writer_close_element(ORVLOG_Writer* writer, const char* name)
+void orvlog_writer_close_element(ORVLOG_Writer* writer, std::string_view name)
 {
-    put_tag(writer, {orvlog_writer_indent(writer->depth), "</", name, ">\n"});
+    put_tag(writer, "</", name, ">\n");
     after_close(writer);
 }
 
-void orvlog_writer_close_member(ORVLOG_Writer* writer, const char* element, const char* member)
+void orvlog_writer_close_member(ORVLOG_Writer* writer, std::string_view element, std::string_view member)
 {
-    put_tag(writer, {orvlog_writer_indent(writer->depth), "</", element, ".", member, ">\n"});
+    put_member_tag(writer, "</", element, member);
     after_close(writer);
 }
 
 void orvlog_writer_self_close(ORVLOG_Writer* writer)
 {
-    put_tag(writer, {"/>\n"});
+    orvlog_writer_emit(writer, "/>\n", 3);
     after_close(writer);
 }
 
@@ -216,9 +270,9 @@ void orvlog_writer_comment(ORVLOG_Writer* writer, const char* format, ...)
 
 int32_t orvlog_writer_vcomment(ORVLOG_Writer* writer, const char* format, va_list args)
 {
-    put_tag(writer, {"\n<!--\n"});
+    orvlog_writer_emit(writer, "\n<!--\n", 6);
     const int32_t length = orvlog_writer_vprint(writer, format, args);
-    put_tag(writer, {"-->\n"});
+    orvlog_writer_emit(writer, "-->\n", 4);
     return length;
 }
 

@@ -1,8 +1,8 @@
-// The log writer: every byte of the XML log passes through it. It keeps the nesting depth, prints tags and
-// comments, holds back warnings that arrive while an element is open, and sends the text either straight to
-// the stream or through the adaptive Huffman coder.
+// The log writer: all of the XML log passes through it but the text of colour tickets, which their reader prints
+// to the stream. It keeps the nesting depth, prints tags and comments, holds back warnings that arrive while an
+// element is open, and sends the text either straight to the stream or through the adaptive Huffman coder.
 //
-// Nothing is held back in the writer: when a form returns, its text has been given to the stream and the
+// No text but that of warnings is held back in the writer: when a form returns, its text has been given to the stream and the
 // stream has been flushed. No stream result is looked at; a failed write loses its text and nothing else.
 // A writer belongs to one thread at a time.
 
@@ -14,6 +14,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <string_view>
 
 #if defined(__MINGW32__)
 #define ORVLOG_PRINTF(text, first) __attribute__((format(gnu_printf, text, first)))
@@ -61,6 +62,8 @@ int32_t orvlog_writer_print(ORVLOG_Writer* writer, const char* format, ...) ORVL
 // in orvlog_writer_flush. `text` is terminated behind its `length` bytes.
 void orvlog_writer_put(ORVLOG_Writer* writer, const char* text, uint64_t length);
 void orvlog_writer_flush(ORVLOG_Writer* writer);
+// One print of a text as it stands: put, and flush.
+void orvlog_writer_emit(ORVLOG_Writer* writer, const char* text, uint64_t length);
 
 // No check at either end.
 void orvlog_writer_depth_up(ORVLOG_Writer* writer);
@@ -68,13 +71,15 @@ void orvlog_writer_depth_down(ORVLOG_Writer* writer);
 
 // The tag forms print at the indent of the present depth and do not change it. Opening forms set element_open;
 // closing forms clear it and write the warnings that wait.
-void orvlog_writer_open_element(ORVLOG_Writer* writer, const char* name);                        // "%s<%s>\n"
-void orvlog_writer_open_member(ORVLOG_Writer* writer, const char* element, const char* member);  // "%s<%s.%s>\n"
-void orvlog_writer_begin_element(ORVLOG_Writer* writer, const char* name);  // "%s<%s"; attributes follow
-void orvlog_writer_end_tag(ORVLOG_Writer* writer);                          // ">\n"
-void orvlog_writer_close_element(ORVLOG_Writer* writer, const char* name);  // "%s</%s>\n"
-void orvlog_writer_close_member(ORVLOG_Writer* writer, const char* element, const char* member);  // "%s</%s.%s>\n"
-void orvlog_writer_self_close(ORVLOG_Writer* writer);                                             // "/>\n"
+void orvlog_writer_open_element(ORVLOG_Writer* writer, std::string_view name);  // "%s<%s>\n"
+void orvlog_writer_open_member(ORVLOG_Writer* writer, std::string_view element,
+                               std::string_view member);                         // "%s<%s.%s>\n"
+void orvlog_writer_begin_element(ORVLOG_Writer* writer, std::string_view name);  // "%s<%s"; attributes follow
+void orvlog_writer_end_tag(ORVLOG_Writer* writer);                               // ">\n"
+void orvlog_writer_close_element(ORVLOG_Writer* writer, std::string_view name);  // "%s</%s>\n"
+void orvlog_writer_close_member(ORVLOG_Writer* writer, std::string_view element,
+                                std::string_view member);  // "%s</%s.%s>\n"
+void orvlog_writer_self_close(ORVLOG_Writer* writer);      // "/>\n"
 
 // A comment: "\n<!--\n", the text as it stands, "-->\n". Not guarded: inside an unfinished tag it lands there.
 void orvlog_writer_comment(ORVLOG_Writer* writer, const char* format, ...) ORVLOG_PRINTF(2, 3);

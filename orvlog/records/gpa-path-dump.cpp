@@ -1,5 +1,6 @@
 #include "orvlog/records/gpa-path-dump.h"
 
+#include "orvlog/log/orvlog-line.h"
 #include "orvlog/log/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 
@@ -54,6 +55,32 @@ constexpr ORVLOG_FlagEntry kPathHintEntries[] = {
     ORVLOG_FLAG(GPA_HINT_ONLY_STRAIGHTS), ORVLOG_FLAG(GPA_HINT_ONLY_STAIRCASES), ORVLOG_FLAG(GPA_HINT_INPUT_INT_ONLY),
 };
 constexpr ORVLOG_FlagTable kPathHints = orvlog_flag_table(kPathHintEntries);
+
+// The low bits are a number and not flags, so no flag table says this.
+void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
+{
+    const uint32_t subpath = flag & 0x7FU;
+    ORVLOG_Line line;
+    orvlog_line_start(&line, writer);
+    orvlog_line_name(&line, "ed_EdgeFlag");
+    orvlog_line_char(&line, '[');
+    orvlog_line_hex(&line, flag);
+    orvlog_line_text(&line, "] ");
+    if ((flag & GPA_SUPPRESS_STROKING_FLAG) != 0)
+        orvlog_line_text(&line, "GPA_SUPPRESS_STROKING_FLAG ");
+    if (subpath <= kSubpath.max_value)
+    {
+        orvlog_line_text(&line, kSubpath.names[subpath]);
+    }
+    else
+    {
+        orvlog_line_text(&line, "UNKNOWN_VALUE(");
+        orvlog_line_uint(&line, subpath);
+        orvlog_line_char(&line, ')');
+    }
+    orvlog_line_char(&line, ' ');
+    orvlog_line_finish_value(&line);
+}
 
 void end_and_close(ORVLOG_Writer* writer, const char* element)
 {
@@ -148,16 +175,9 @@ void dump_GPA_Edge(ORVLOG_Writer* writer, const GPA_Edge* edge)
 {
     if (edge == nullptr)
         return;
-    const uint32_t flag = edge->ed_EdgeFlag;
-    const uint32_t subpath = flag & 0x7FU;
     orvlog_writer_begin_element(writer, "GPA_Edge");
     orvlog_attr_enum(writer, "ed_EdgeType", &kEdgeType, edge->ed_EdgeType);
-    // The low bits are a number and not flags, so no flag table says this.
-    const char* suppress = (flag & GPA_SUPPRESS_STROKING_FLAG) != 0 ? "GPA_SUPPRESS_STROKING_FLAG " : "";
-    if (subpath <= kSubpath.max_value)
-        orvlog_writer_print(writer, " ed_EdgeFlag=\"[%#x] %s%s \"", flag, suppress, kSubpath.names[subpath]);
-    else
-        orvlog_writer_print(writer, " ed_EdgeFlag=\"[%#x] %sUNKNOWN_VALUE(%u) \"", flag, suppress, subpath);
+    attr_edge_flag(writer, edge->ed_EdgeFlag);
     orvlog_attr_uint(writer, "ed_SegmentCount", edge->ed_SegmentCount);
     orvlog_writer_self_close(writer);
 }

@@ -5,6 +5,7 @@
 #include "orvlog/log/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
+#include "orvlog/session/orvlog-font-ids.h"
 
 namespace
 {
@@ -129,54 +130,17 @@ void dump_stroked_glyphs(ORVLOG_Writer* writer, const GSH_StrokedGlyphShape* sha
     leave_shape(writer, "GSH_StrokedGlyphShape");
 }
 
-// The numbers of a font and a string within a paint. The two may have been seen in different nodes, and then no
-// node says that they belong together: the font engine's side looks for both in one node and warns when there is
-// none. Readers of the log rely on that difference.
-const font_id_pair* number_pair(ORVLOG_Session* session, font_id_pair* found, const GFI_FontSpecPointer* font_spec,
-                                const GFI_StringDescPointer* string_desc)
-{
-    bool font_seen = false;
-    bool string_seen = false;
-    for (const font_id_pair* pair = session->object_scratch; pair != nullptr && !(font_seen && string_seen);
-         pair = pair->next)
-    {
-        if (pair->font_spec == font_spec)
-        {
-            found->font_spec_id = pair->font_spec_id;
-            font_seen = true;
-        }
-        if (pair->string_desc == string_desc)
-        {
-            found->string_desc_id = pair->string_desc_id;
-            string_seen = true;
-        }
-    }
-    if (font_seen && string_seen)
-        return found;
-    GMM_Allocator* allocator = session->side_allocator;
-    if (allocator == nullptr)
-        return nullptr;
-    auto* pair = static_cast<font_id_pair*>(allocator->gmm_Alloc(allocator, sizeof(font_id_pair), 0));
-    if (pair == nullptr)
-        return nullptr;
-    *pair = {session->object_scratch, font_spec, font_seen ? found->font_spec_id : session->next_font_spec_id++,
-             string_desc, string_seen ? found->string_desc_id : session->next_string_desc_id++};
-    session->object_scratch = pair;
-    return pair;
-}
-
 void dump_glyph_member(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
 {
     ORVLOG_Writer* writer = &session->writer;
     const GFI_FontSpecPointer* font_spec = pointer->sp_U.glyph.font_spec_ptr;
     const GFI_StringDescPointer* string_desc = pointer->sp_U.glyph.string_desc;
     orvlog_writer_begin_element(writer, "GSH_ShapePointer.sp_U.glyph");
-    font_id_pair found = {};
-    const font_id_pair* ids = number_pair(session, &found, font_spec, string_desc);
-    if (ids != nullptr)
+    ORVLOG_FontIds ids = {};
+    if (orvlog_font_ids_take(session, font_spec, string_desc, &ids) != 0)
     {
-        orvlog_attr_uint(writer, "orvlog_font_spec_id", ids->font_spec_id);
-        orvlog_attr_uint(writer, "orvlog_string_desc_id", ids->string_desc_id);
+        orvlog_attr_uint(writer, "orvlog_font_spec_id", ids.font_spec_id);
+        orvlog_attr_uint(writer, "orvlog_string_desc_id", ids.string_desc_id);
     }
     orvlog_writer_end_tag(writer);
     orvlog_writer_depth_up(writer);

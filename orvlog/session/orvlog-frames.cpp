@@ -1,5 +1,7 @@
 #include "orvlog/session/orvlog-frames.h"
 
+#include "holv-core/ggo/ggo-geometry.h"
+
 #include <cstring>
 
 namespace
@@ -40,6 +42,30 @@ ORVLOG_ColourFrame* push_frame(ORVLOG_Session* session, void* ticket, const Tick
     return frame;
 }
 
+uint32_t* frameless_groups(ORVLOG_DrawingContext* drawing)
+{
+    return drawing->group_frames != nullptr ? &drawing->group_frames->frameless_groups : &drawing->frameless_groups;
+}
+
+// By the groups that have frames.
+const GFI_FontEngineTable* engine_in_force(const ORVLOG_DrawingContext* drawing)
+{
+    for (const ORVLOG_GroupFrame* frame = drawing->group_frames; frame != nullptr; frame = frame->next)
+        if (frame->owns_font_wrapper != 0)
+            return frame->font_wrapper;
+    return drawing->font_wrapper != nullptr ? drawing->font_wrapper : drawing->saved_font_wrapper;
+}
+
+void free_frames(const ORVLOG_Session* session, ORVLOG_ColourFrame* frames)
+{
+    while (frames != nullptr)
+    {
+        ORVLOG_ColourFrame* next = frames->next;
+        session->side_allocator->gmm_Free(session->side_allocator, frames);
+        frames = next;
+    }
+}
+
 }  // namespace
 
 ORVLOG_GroupFrame* orvlog_push_group_frame(ORVLOG_DrawingContext* drawing)
@@ -47,7 +73,10 @@ ORVLOG_GroupFrame* orvlog_push_group_frame(ORVLOG_DrawingContext* drawing)
     GMM_Allocator* allocator = drawing->session->side_allocator;
     auto* frame = static_cast<ORVLOG_GroupFrame*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_GroupFrame), 0));
     if (frame == nullptr)
+    {
+        ++*frameless_groups(drawing);
         return nullptr;
+    }
     std::memset(frame, 0, sizeof *frame);
     frame->next = drawing->group_frames;
     drawing->group_frames = frame;
@@ -76,6 +105,16 @@ void orvlog_unlink_group_frame(ORVLOG_DrawingContext* drawing)
     drawing->session->side_allocator->gmm_Free(drawing->session->side_allocator, frame);
 }
 
+bool orvlog_end_frameless_group(ORVLOG_DrawingContext* drawing)
+{
+    uint32_t* frameless = frameless_groups(drawing);
+    if (*frameless == 0)
+        return false;
+    --*frameless;
+    drawing->session->current_font_wrapper = engine_in_force(drawing);
+    return true;
+}
+
 uint32_t orvlog_push_colour_frame(ORVLOG_Session* session, void* ticket)
 {
     TicketBlocks blocks = {};
@@ -90,12 +129,8 @@ uint32_t orvlog_push_colour_frame(ORVLOG_Session* session, void* ticket)
     }
     if (retain_and_query(session->ticket_functions, ticket, &blocks) == 0)
         return 0;
-    if (push_frame(session, ticket, &blocks, 1) != nullptr)
-        return 1;
-    // The reference stays held, to the end of the session.
-    if (session->held_ticket_count < ORVLOG_MAX_HELD_TICKETS)
-        session->held_tickets[session->held_ticket_count++] = ticket;
-    return 0;
+    // Without a frame the reference stays held, beyond the session too.
+    return push_frame(session, ticket, &blocks, 1) != nullptr ? 1 : 0;
 }
 
 void orvlog_pop_colour_frame(ORVLOG_Session* session)
@@ -114,19 +149,12 @@ void orvlog_pop_colour_frame(ORVLOG_Session* session)
     session->side_allocator->gmm_Free(session->side_allocator, frame);
 }
 
-void orvlog_clear_colour_frames(ORVLOG_Session* session)
+void orvlog_free_colour_frames(ORVLOG_Session* session)
 {
-    while (session->colour_frames != nullptr)
-        orvlog_pop_colour_frame(session);
-    while (session->unreleased_frames != nullptr)
-    {
-        ORVLOG_ColourFrame* frame = session->unreleased_frames;
-        session->unreleased_frames = frame->next;
-        session->side_allocator->gmm_Free(session->side_allocator, frame);
-    }
-    for (uint32_t i = 0; i < session->held_ticket_count; ++i)
-        session->ticket_functions->release(session->held_tickets[i]);
-    session->held_ticket_count = 0;
+    free_frames(session, session->colour_frames);
+    free_frames(session, session->unreleased_frames);
+    session->colour_frames = nullptr;
+    session->unreleased_frames = nullptr;
 }
 
 void orvlog_set_object_transforms(ORVLOG_DrawingContext* drawing, const GSH_ShapePointer* paint_path)

@@ -2,6 +2,7 @@
 
 #include "holv-core/gio/gio-file.h"
 
+#include <atomic>
 #include <cstring>
 
 namespace
@@ -29,12 +30,16 @@ template <typename Record> Record* find_live(Record* list, const void* record)
 ORVLOG_Session* orvlog_standalone_session(void)
 {
     static ORVLOG_Session session;
-    if (session.writer.stream == nullptr)
-    {
-        gio_setup_standard_streams();
-        session.writer.stream = gio_stdout();
-    }
+    gio_setup_standard_streams();
+    // Whoever comes first puts it there; nobody writes to it again.
+    GIO_Stream* nothing = nullptr;
+    std::atomic_ref(session.writer.stream).compare_exchange_strong(nothing, gio_stdout());
     return &session;
+}
+
+void orvlog_free_session(ORVLOG_Session* session)
+{
+    orvlog_image_slots_end(&session->image_slots, session->allocator, session);
 }
 
 void orvlog_session_clear_scratch(ORVLOG_Session* session)
@@ -46,6 +51,9 @@ void orvlog_session_clear_scratch(ORVLOG_Session* session)
         session->object_scratch = pair->next;
         allocator->gmm_Free(allocator, pair);
     }
+    session->pairs_by_font = nullptr;
+    session->pairs_by_string = nullptr;
+    session->pairs_by_both = nullptr;
 }
 
 bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing)

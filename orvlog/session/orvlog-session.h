@@ -1,10 +1,11 @@
 // The session: everything that belongs to one log, from initialise to shutdown, and the records that hang from
-// it. One thread at a time drives a session; sessions share nothing.
+// it. One thread at a time drives a session; sessions share the records of the standard streams and nothing else.
 
 #pragma once
 
 #include "orvlog/interface/orvlog.h"
 #include "orvlog/log/orvlog-writer.h"
+#include "orvlog/session/orvlog-image-slots.h"
 
 #include <cstdint>
 
@@ -13,7 +14,6 @@ struct ORVLOG_ColourFrame;
 struct ORVLOG_DocumentContext;
 struct ORVLOG_DrawingContext;
 struct ORVLOG_GroupFrame;
-struct ORVLOG_ImageHandle;
 struct ORVLOG_TicketEntry;
 
 // Values of logging_mode. Anything but base counts as transparent.
@@ -49,10 +49,11 @@ struct font_id_pair
     uint32_t font_spec_id;
     const GFI_StringDescPointer* string_desc;
     uint32_t string_desc_id;
-};
 
-// Ticket references that no frame could be had for; they are held until the session ends.
-constexpr uint32_t ORVLOG_MAX_HELD_TICKETS = 16;
+    font_id_pair* by_font[2];  // below this node in each of the trees that it stands in
+    font_id_pair* by_string[2];
+    font_id_pair* by_both[2];
+};
 
 struct ORVLOG_Session
 {
@@ -103,14 +104,15 @@ struct ORVLOG_Session
     uint32_t merge_compress;
     uint32_t merge_mode;  // non-zero: an image was kept and has a log of its own
 
+    font_id_pair* pairs_by_font;  // the nodes of object_scratch again, as trees
+    font_id_pair* pairs_by_string;
+    font_id_pair* pairs_by_both;
     ORVLOG_DrawingContext* second_drawing;   // the face that second_drawing_table stands for
     FontEngineWrapper* live_font_wrappers;   // all wrappers that have not been destroyed
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded
-    ORVLOG_ImageHandle* kept_images;         // all images that a renderer has asked to keep, released or not
     ORVLOG_ColourFrame* unreleased_frames;   // popped frames whose ticket could not be released
-    void* held_tickets[ORVLOG_MAX_HELD_TICKETS];
-    uint32_t held_ticket_count;
+    ORVLOG_ImageSlots image_slots;  // where the records of wrapped images stand
 };
 
 // What the client holds as its document.
@@ -145,6 +147,7 @@ struct ORVLOG_DrawingContext
     void* error_context;  // first argument of the start call: the client's GER_Error, or null
 
     ORVLOG_DrawingContext* next_live;
+    uint32_t frameless_groups;  // open groups that got no memory for a frame, within no group that has one
 };
 
 // The session stands open to the client as the context word of each entry of its table.
@@ -153,6 +156,9 @@ static_assert(sizeof(ORVLOG_ImageParams) == 1012);
 // A session for dumping records without a log: it writes to the standard output, in transparent mode, and has no
 // allocator, so that its warnings are dropped.
 ORVLOG_Session* orvlog_standalone_session(void);
+
+// Frees a session that has ended; while images are kept its block stands, and goes with the last of them.
+void orvlog_free_session(ORVLOG_Session* session);
 
 // Gives back all nodes of object_scratch and empties it.
 void orvlog_session_clear_scratch(ORVLOG_Session* session);

@@ -392,6 +392,8 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     }
     if (in_bands(page))
         page.rows = static_cast<uint32_t>(std::max<uint64_t>(options_.pixels_at_once / page.width, 1));
+    if (options_.page_number)
+        page.number = options_.page_number(page);
     SurfacePtr surface = own_surface(options_.surface_factory ? options_.surface_factory(page) : make_image_page(page));
     if (surface == nullptr || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
     {

@@ -27,7 +27,8 @@ constexpr uint32_t greatest_page_side = 32000;  // pixels; larger pages cannot b
 
 struct Page
 {
-    uint32_t number = 0;                 // 1 for the first face that was opened, then counting up
+    // 1 for the first face that was opened, then counting up; Options::page_number may give another.
+    uint32_t number = 0;
     uint32_t face_seq_number = 0;        // the client's own number of the face
     uint32_t width = 0;                  // pixels
     uint32_t height = 0;                 // pixels
@@ -63,6 +64,8 @@ struct Options
 {
     PageSink page_sink;              // may be empty
     std::string png_prefix;          // when not empty: files PREFIX-001.png and onwards, one for each page
+    // Gives the number of a page that is about to be opened; may be empty. Files of equal numbers replace each other.
+    std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
     // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
     // the page ends, then played once for each band. Pages from a surface factory never are.

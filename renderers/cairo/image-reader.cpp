@@ -301,6 +301,12 @@ public:
 
     // The next stored row, or null when there are no more. It stays until the next call.
     const uint8_t* next();
+    // What came of a row that isn't whole, once there is no next one: so many bytes of it.
+    const uint8_t* rest(uint64_t& bytes) const
+    {
+        bytes = filled_ - taken_;
+        return buffer_.data() + taken_;
+    }
 
 private:
     bool fill();
@@ -350,6 +356,24 @@ bool RowSource::fill()
     return true;
 }
 
+// The pixels of a row that came in part; those that didn't come stay clear.
+void add_rest(const RowSource& source, const Layout& layout, Decoder& decoder, Canvas& canvas)
+{
+    uint64_t bytes = 0;
+    const uint8_t* rest = source.rest(bytes);
+    const uint64_t bits = uint64_t{layout.indexed ? 1 : layout.channels} * layout.bits;
+    const uint64_t whole = bytes * 8 / bits;
+    if (layout.planar || whole == 0 || bytes >= layout.row_bytes)
+        return;
+    std::vector<uint8_t> row(layout.row_bytes);
+    std::memcpy(row.data(), rest, bytes);
+    std::vector<Pixel> pixels(layout.width);
+    decoder.decode(row.data(), pixels);
+    std::fill(pixels.begin() + static_cast<std::ptrdiff_t>(std::min<uint64_t>(whole, layout.width)), pixels.end(),
+              Pixel{});
+    canvas.add_row(pixels);
+}
+
 // Reads all rows; false if some did not come.
 bool read_rows(GOP_OperandImagePointer* record, const Layout& layout, const ColourSpace& space, BrushUse use,
                Canvas& canvas)
@@ -366,7 +390,10 @@ bool read_rows(GOP_OperandImagePointer* record, const Layout& layout, const Colo
         {
             line = source.next();
             if (line == nullptr)
+            {
+                add_rest(source, layout, decoder, canvas);
                 return false;
+            }
             if (layout.planar)
                 planes.insert(planes.end(), line, line + layout.row_bytes);
         }
@@ -432,11 +459,6 @@ void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& 
 }
 
 }  // namespace
-
-bool is_image(const GOP_Operand& operand)
-{
-    return operand.go_OpType == GOP_OPERAND_IMAGE || operand.go_OpType == GOP_OPERAND_IMAGE_TILE;
-}
 
 void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, ColourSpaces& spaces,
                 Complaints& complaints, Image& image)

@@ -18,9 +18,6 @@ enum class BrushUse
     mask  // alpha holds the mask: luminance times alpha
 };
 
-// True for image operands, whose pointer record is a GOP_OperandImagePointer.
-bool is_image(const GOP_Operand& operand);
-
 // Prepares the image, reads all of its rows, finishes it, and fills `image`. On failure the surface holds
 // the rows that came, or is null when there were none.
 void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, ColourSpaces& spaces,

@@ -1,9 +1,11 @@
 #include "reader/coded-input.h"
 
 #include "orvlog/log/orvlog-compressed-stream.h"
+#include "tests/reader/dump-ticket.h"
 #include "tests/support/ahc-oracle.h"
 #include "tests/support/memory-stream.h"
 #include "tests/support/test-allocator.h"
+#include "tests/support/ticket-bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -20,8 +22,10 @@ namespace
 using namespace std::string_literals;
 using orvlog::reader::CodedInput;
 using orvlog::reader::Ending;
+using orvlog::test::dump_ticket;
 using orvlog::test::MemoryStream;
 using orvlog::test::TestAllocator;
+using orvlog::test::TicketBytes;
 
 const std::string log_text = "<ORV MIRDA_TOLMA_VERSION=\"10034\" ORV_VERSION=\"10066\">\n"
                              "  <ORV_document_start document_context=\"0\" document_id=\"7\">\n"
@@ -323,6 +327,63 @@ TEST(CodedInput, GivesWhatIsWholeOfAFileCutAroundATicket)
             ASSERT_GE(log.text.size(), before_ticket.size() + ticket_text.size());
         }
     }
+}
+
+// A ticket whose strings hold the line that closes it, at its own indent and behind newlines and quotes.
+const std::string closing_line = "\n      </GXC_ColorTickets>\n";
+
+std::string ticket_of_closing_lines()
+{
+    const std::string name = "a" + closing_line + closing_line + "\" />\n";
+    const TicketBytes bytes = TicketBytes()
+                                  .u8({1, 0, 1, 0, 0, 1, 1, 0})
+                                  .u32({0, 4, 0, 0})
+                                  .u8({3, 0, 0, 0})
+                                  .u32({0})
+                                  .text(name.c_str())
+                                  .u32({0, 0xFFFFFFFF})
+                                  .u32({28, 0})
+                                  .text(closing_line.c_str())
+                                  .text("")
+                                  .text("b")
+                                  .text(("\"" + closing_line).c_str())
+                                  .text((closing_line + "c").c_str())
+                                  .u32({0});
+    return dump_ticket(bytes.bytes(), 1, "      ");
+}
+
+TEST(CodedInput, TakesTicketsWithStringsThatHoldTheClosingLine)
+{
+    const std::string ticket = ticket_of_closing_lines();
+    ASSERT_NE(ticket.find(closing_line), ticket.rfind(closing_line.substr(0, closing_line.size() - 1)));
+    const std::string text = before_ticket + ticket + after_ticket;
+    const std::string file = CodedFile().code(before_ticket).plain(ticket).code(after_ticket).close();
+    const Log log = read_log(file);
+    EXPECT_EQ(log.text, text);
+    EXPECT_EQ(log.ending, Ending::whole);
+    EXPECT_EQ(log.used, file.size());
+    // Cut within the ticket it gives what is there of it.
+    const size_t at = file.find(ticket);
+    for (size_t size = at + 100; size < at + ticket.size(); ++size)
+    {
+        const Log cut = read_log(file.substr(0, size));
+        ASSERT_EQ(cut.ending, Ending::cut) << size;
+        ASSERT_EQ(cut.text.substr(cut.text.size() - 40), file.substr(size - 40, 40)) << size;
+    }
+}
+
+// Strings full of closing lines are read again and again, but not without bound; the text goes on as coded bytes.
+TEST(CodedInput, BoundsHowOftenATicketIsReadAgain)
+{
+    std::string lines;
+    for (int i = 0; i < 20000; ++i)
+        lines += closing_line.substr(1);
+    const std::string whole = ticket_of_closing_lines();
+    const size_t at = whole.find(closing_line);
+    const std::string full = whole.substr(0, at + 1) + lines + whole.substr(at + 1);
+    const Log log = read_log(CodedFile().code(before_ticket).plain(full).code(after_ticket).close());
+    EXPECT_EQ(log.text.substr(0, before_ticket.size()), before_ticket);
+    EXPECT_GT(log.text.size(), 30000U);
 }
 
 }  // namespace

@@ -45,6 +45,7 @@ public:
     uint32_t releases = 0;
     uint32_t queries = 0;
     uint32_t serialised = 0;
+    uint32_t calls = 0;  // of all operations
     // First words of the two blocks of a query; the fourth word of the first is 4.
     uint32_t kind = 1;
     // Of the list of definitions, which fails unless told otherwise.

@@ -17,7 +17,7 @@ RecordLog::RecordLog(uint32_t depth) : session{}, depth_(depth)
 
 RecordLog::~RecordLog()
 {
-    orvlog_close_images(&session);
+    orvlog_detach_images(&session);
     orvlog_session_clear_scratch(&session);
     EXPECT_EQ(allocator.outstanding(), 0U);
     EXPECT_EQ(allocator.bad_frees(), 0U);

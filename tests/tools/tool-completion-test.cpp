@@ -57,6 +57,7 @@ TEST(BashCompletion, OffersTheWordsOfAnOption)
     EXPECT_EQ(offered({"ticket", "x", "--family", "c"}), "cmyk\n");
     EXPECT_EQ(offered({"help", "--completion", ""}), "bash zsh\n");
     EXPECT_EQ(offered({"help", "me"}), "merge\n");
+    EXPECT_EQ(offered({"ls", "x.xml", "--kind", "object"}), "object_paint object_paint_and_stroke\n");
 }
 
 TEST(BashCompletion, OffersFilesAndFolders)

@@ -65,9 +65,42 @@ TEST(ToolLs, FiltersByPageKindAndId)
        -     2 group_start             0,0,1,1                normal/mask-in mask 0
 )X");
     EXPECT_EQ(run_tool({"ls", kEveryCall, "--page", "3-"}).out, "");
-    const ToolResult result = run_tool({"ls", kEveryCall, "--page", "5-3"});
+    EXPECT_EQ(run_tool({"ls", kEveryCall, "--id", "-0"}).out,
+              "       0     1 object_paint            0,0,1,2                rop4(0)        rgb(0 0 0), mask 0\n");
+}
+
+TEST(ToolLs, RefusesACommandLineThatMakesNoSense)
+{
+    for (const char* pages : {"0", "5-3", "1,3-4", "x", "", "4294967296"})
+    {
+        const ToolResult result = run_tool({"ls", kEveryCall, "--page", pages});
+        EXPECT_EQ(result.status, 2) << pages;
+        EXPECT_EQ(result.out, "") << pages;
+    }
+    EXPECT_EQ(run_tool({"ls", kEveryCall, "--page", "0"}).err,
+              "orvlog ls: --page: pages are given as A, A-B, A- or -B, counting from 1 (see orvlog ls --help)\n");
+    EXPECT_EQ(run_tool({"ls", kEveryCall, "--id", "5-3"}).err,
+              "orvlog ls: --id: the last id comes before the first (see orvlog ls --help)\n");
+    const ToolResult result = run_tool({"ls", kEveryCall, "--kind", "object_pant"});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err, "orvlog: --page and --id take a number or a range of numbers, like 2 or 2-5\n");
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.find("orvlog ls: --kind: object_pant not in {document_start,document_finish,"), 0U)
+        << result.err;
+}
+
+TEST(ToolLs, SaysWhatTheLogDoesNotHave)
+{
+    ToolResult result = run_tool({"ls", kEveryCall, "--page", "99"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "orvlog: " + kEveryCall + ": has no page 99, but 2 in all\n");
+    result = run_tool({"ls", kEveryCall, "--json", "--id", "400-"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "[]\n");
+    EXPECT_EQ(result.err, "orvlog: " + kEveryCall + ": has no paint 400-\n");
+    // What is there is listed; a page without a paint of the id is no fault.
+    EXPECT_EQ(run_tool({"ls", kEveryCall, "--page", "2-99"}).status, 0);
+    EXPECT_EQ(run_tool({"ls", kEveryCall, "--page", "1", "--id", "5"}).status, 0);
 }
 
 TEST(ToolLs, TellsPlaces)

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 
 #include <Object.h>
 #include <Stream.h>
@@ -37,53 +36,86 @@ private:
     Object object_;
 };
 
-// The samples as the document has them, row by row; inverted for masks whose zeros paint.
-class RawRows : public ImageRows
+// True for a stream that decodes all its data at once and has none left once it has been closed.
+bool is_spent_by_closing(Stream* stream)
+{
+    for (; stream != nullptr; stream = stream->getNextStream())
+    {
+        if (stream->getKind() == strJPX)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A document's stream, which is read from its beginning as often as is asked for.
+class Source
 {
 public:
-    RawRows(Stream* stream, bool inverted) : hold_(stream), inverted_(inverted) {}
+    explicit Source(Stream* stream) : hold_(stream), stays_open_(is_spent_by_closing(stream)) {}
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
 
-    ~RawRows() override
+    ~Source()
     {
         close();
     }
 
-    bool restart() override
+    void restart()
     {
         close();
         hold_.stream()->reset();
         open_ = true;
-        return true;
     }
 
-    bool read_row(uint8_t* row, size_t size) override
+    // Gives how many bytes came.
+    size_t read(uint8_t* bytes, size_t size)
     {
-        const int got = hold_.stream()->doGetChars(static_cast<int>(size), row);
-        if (got <= 0)
-        {
-            return false;
-        }
-        std::memset(row + got, 0, size - static_cast<size_t>(got));
-        if (inverted_)
-        {
-            std::transform(row, row + size, row, [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
-        }
-        return true;
+        const int got = open_ ? hold_.stream()->doGetChars(static_cast<int>(size), bytes) : 0;
+        return static_cast<size_t>(std::max(got, 0));
     }
 
 private:
     void close()
     {
-        if (open_)
+        if (open_ && !stays_open_)
         {
             hold_.stream()->close();
-            open_ = false;
         }
+        open_ = false;
     }
 
     StreamHold hold_;
-    bool inverted_;
+    bool stays_open_;
     bool open_ = false;
+};
+
+// The samples as the document has them, row by row; inverted for masks whose zeros paint.
+class RawRows : public ImageRows
+{
+public:
+    RawRows(Stream* stream, bool inverted) : source_(stream), inverted_(inverted) {}
+
+    bool restart() override
+    {
+        source_.restart();
+        return true;
+    }
+
+    size_t read_row(uint8_t* row, size_t size) override
+    {
+        const size_t came = source_.read(row, size);
+        if (inverted_)
+        {
+            std::transform(row, row + came, row, [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
+        }
+        return came;
+    }
+
+private:
+    Source source_;
+    bool inverted_;
 };
 
 // Rows whose samples have to be worked out: decode arrays, colour spaces without a form of their own in the
@@ -92,48 +124,65 @@ class MappedRows : public ImageRows
 {
 public:
     MappedRows(Stream* stream, uint32_t width, GfxImageColorMap* map, uint16_t channels, const int* mask_colours)
-        : hold_(stream), map_(map->copy()), width_(width), channels_(channels)
+        : source_(stream), map_(map->copy()), width_(width), channels_(channels),
+          components_(static_cast<size_t>(map->getNumPixelComps())), bits_(static_cast<size_t>(map->getBits()))
     {
         if (mask_colours != nullptr)
         {
-            mask_colours_.assign(mask_colours, mask_colours + 2 * map->getNumPixelComps());
+            mask_colours_.assign(mask_colours, mask_colours + 2 * components_);
         }
     }
 
     bool restart() override
     {
-        pixels_ = std::make_unique<ImageStream>(hold_.stream(), static_cast<int>(width_), map_->getNumPixelComps(),
-                                                map_->getBits());
-        pixels_->reset();
+        samples_.resize(width_ * components_);
+        packed_.resize((samples_.size() * bits_ + 7) / 8);
+        converted_.resize(static_cast<size_t>(width_) * channels_);
+        source_.restart();
         return true;
     }
 
-    bool read_row(uint8_t* row, size_t) override
+    // Of a row that isn't whole the pixels that are.
+    size_t read_row(uint8_t* row, size_t) override
     {
-        unsigned char* line = pixels_ != nullptr ? pixels_->getLine() : nullptr;
-        if (line == nullptr)
-        {
-            return false;
-        }
+        const size_t came = source_.read(packed_.data(), packed_.size());
+        const size_t pixels = std::min<size_t>(width_, came * 8 / (components_ * bits_));
+        std::fill(packed_.begin() + static_cast<std::ptrdiff_t>(came), packed_.end(), uint8_t{0});
+        unpack();
         // The colour map may write over its input.
-        const std::vector<unsigned char> samples(line, line + static_cast<size_t>(width_) *
-                                                                  static_cast<size_t>(map_->getNumPixelComps()));
+        std::vector<unsigned char> line = samples_;
+        convert(line.data(), converted_.data());
         if (mask_colours_.empty())
         {
-            convert(line, row);
-            return true;
+            std::copy_n(converted_.data(), pixels * channels_, row);
+            return pixels * channels_;
         }
-        converted_.resize(static_cast<size_t>(width_) * channels_);
-        convert(line, converted_.data());
-        for (uint32_t x = 0; x < width_; x++)
+        for (size_t x = 0; x < pixels; x++)
         {
-            *row++ = masked(&samples[static_cast<size_t>(x) * static_cast<size_t>(map_->getNumPixelComps())]) ? 0 : 255;
-            row = std::copy_n(&converted_[static_cast<size_t>(x) * channels_], channels_, row);
+            *row++ = masked(&samples_[x * components_]) ? 0 : 255;
+            row = std::copy_n(&converted_[x * channels_], channels_, row);
         }
-        return true;
+        return pixels * (channels_ + size_t{1});
     }
 
 private:
+    // A byte for each sample; of those of 16 bits the high one, which is what the colour map takes.
+    void unpack()
+    {
+        const unsigned mask = (1U << std::min<size_t>(bits_, 16)) - 1;
+        for (size_t i = 0; i < samples_.size(); i++)
+        {
+            const size_t bit = i * bits_;
+            unsigned window = 0;
+            for (size_t byte = bit / 8; byte < bit / 8 + 3; byte++)
+            {
+                window = window << 8 | (byte < packed_.size() ? packed_[byte] : 0U);
+            }
+            const unsigned value = window >> (24 - bit % 8 - bits_) & mask;
+            samples_[i] = static_cast<unsigned char>(bits_ == 16 ? value >> 8 : value);
+        }
+    }
+
     void convert(unsigned char* samples, uint8_t* row)
     {
         const int width = static_cast<int>(width_);
@@ -163,13 +212,16 @@ private:
         return true;
     }
 
-    StreamHold hold_;
+    Source source_;
     std::unique_ptr<GfxImageColorMap> map_;
     uint32_t width_;
     uint16_t channels_;
+    size_t components_;
+    size_t bits_;
+    std::vector<uint8_t> packed_;         // a row as the document has it
+    std::vector<unsigned char> samples_;  // a byte for each
     std::vector<int> mask_colours_;
     std::vector<uint8_t> converted_;
-    std::unique_ptr<ImageStream> pixels_;
 };
 
 bool decodes_plainly(GfxImageColorMap& map, double high)

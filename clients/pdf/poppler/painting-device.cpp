@@ -7,6 +7,7 @@
 #include "clients/pdf/poppler/meshes.h"
 #include "clients/pdf/poppler/path-painting.h"
 #include "clients/pdf/poppler/shadings.h"
+#include "clients/pdf/watched-rows.h"
 
 #include <cmath>
 #include <utility>
@@ -24,6 +25,16 @@ namespace
 
 SplashColor white = {255, 255, 255, 0};
 
+// What an image is called in what is said of it.
+std::string name_of_image(const Object* reference)
+{
+    if (reference == nullptr || !reference->isRef())
+    {
+        return "an image within the content";
+    }
+    return "image " + std::to_string(reference->getRefNum()) + " " + std::to_string(reference->getRefGen()) + " R";
+}
+
 }  // namespace
 
 PaintingDevice::PaintingDevice(PDFDoc* document, std::function<void(const std::string&)> complain)
@@ -38,7 +49,8 @@ void PaintingDevice::set_painter(Painter* painter)
     canvas_.painter = painter;
     canvas_.content = {};
     canvas_.text = {};
-    text_clip_ = {};
+    type3_.open.clear();
+    text_clip_.reset();
 }
 
 void PaintingDevice::finish_page()
@@ -132,7 +144,9 @@ bool PaintingDevice::tilingPatternFill(GfxState* state, Gfx* gfx, Catalog*, GfxT
     flush_capture();
     const auto draw_cell = [&]
     {
+        std::vector<std::optional<Colour>> outside = std::exchange(type3_.open, {});
         read_cell(document_, this, state, gfx, *pattern);
+        type3_.open = std::move(outside);
         fonts_.stale = true;
     };
     paint_pattern(patterns_, canvas_, state, {*pattern, mat, std::abs(x_step), std::abs(y_step)}, draw_cell, complain_);
@@ -188,16 +202,17 @@ bool PaintingDevice::patchMeshShadedFill(GfxState* state, GfxPatchMeshShading* s
 
 void PaintingDevice::beginTextObject(GfxState*)
 {
-    text_clip_ = {};
+    text_clip_.reset();
 }
 
 void PaintingDevice::endTextObject(GfxState*)
 {
     flush_text(canvas_);
-    if (!text_clip_.empty())
+    // Blanks clip too: nothing is left then.
+    if (text_clip_)
     {
-        canvas_.content.clip = canvas_.painter->narrow(canvas_.content.clip, text_clip_, Winding::non_zero);
-        text_clip_ = {};
+        canvas_.content.clip = canvas_.painter->narrow(canvas_.content.clip, *text_clip_, Winding::non_zero);
+        text_clip_.reset();
     }
 }
 
@@ -243,7 +258,11 @@ void PaintingDevice::drawChar(GfxState* state, double x, double y, double dx, do
     }
     if ((render & 4) != 0)
     {
-        text_clip_.append(glyph->outline.transformed(em_to_content));
+        if (!text_clip_)
+        {
+            text_clip_.emplace();
+        }
+        text_clip_->append(glyph->outline.transformed(em_to_content));
     }
 }
 
@@ -292,26 +311,28 @@ void PaintingDevice::type3D0(GfxState*, double, double)
     flush_capture();
 }
 
-void PaintingDevice::type3D1(GfxState*, double, double, double, double, double, double)
+void PaintingDevice::type3D1(GfxState* state, double, double, double, double, double, double)
 {
-    note_uncoloured(type3_);
+    note_uncoloured(type3_, canvas_, state);
 }
 
 //---- Images
 
-void PaintingDevice::drawImageMask(GfxState* state, Object*, Stream* stream, int width, int height, bool invert,
-                                   bool interpolate, bool inline_image)
+void PaintingDevice::drawImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
+                                   bool invert, bool interpolate, bool inline_image)
 {
     Image stencil = stencil_of(stream, width, height, invert);
     stencil.interpolate = interpolate;
     stencil.restartable = !inline_image;
+    watch(stencil, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (!paintable(stencil, to_content))
     {
         return;
     }
     const GGO_Matrix place = pixels_to(stencil, to_content);
-    const Colour colour = fill_colour(canvas_, state);
+    const Colour* of_glyph = colour_of_glyph(type3_);
+    const Colour colour = of_glyph != nullptr ? *of_glyph : fill_colour(canvas_, state);
     const PaintState paint = fill_state(canvas_, state);
     if (!capture_stencil(type3_, canvas_, stencil, place, colour, paint))
     {
@@ -319,12 +340,13 @@ void PaintingDevice::drawImageMask(GfxState* state, Object*, Stream* stream, int
     }
 }
 
-void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                               bool invert, bool inline_image, double*)
 {
     flush_capture();
     Image stencil = stencil_of(stream, width, height, invert);
     stencil.restartable = !inline_image;
+    watch(stencil, name_of_image(reference), complain_);
     set_stencil_mask(masks_, canvas_, state, stencil);
 }
 
@@ -333,13 +355,14 @@ void PaintingDevice::unsetSoftMaskFromImageMask(GfxState*, double*)
     restore_mask(masks_, canvas_);
 }
 
-void PaintingDevice::drawImage(GfxState* state, Object*, Stream* stream, int width, int height, GfxImageColorMap* map,
-                               bool interpolate, const int* mask_colours, bool inline_image)
+void PaintingDevice::drawImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
+                               GfxImageColorMap* map, bool interpolate, const int* mask_colours, bool inline_image)
 {
     flush_capture();
     Image image = image_of(stream, width, height, map, mask_colours, canvas_.spaces);
     image.interpolate = interpolate;
     image.restartable = !inline_image;
+    watch(image, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (paintable(image, to_content))
     {
@@ -347,7 +370,7 @@ void PaintingDevice::drawImage(GfxState* state, Object*, Stream* stream, int wid
     }
 }
 
-void PaintingDevice::drawMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::drawMaskedImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                      GfxImageColorMap* map, bool interpolate, Stream* mask_stream, int mask_width,
                                      int mask_height, bool mask_invert, bool mask_interpolate)
 {
@@ -356,10 +379,10 @@ void PaintingDevice::drawMaskedImage(GfxState* state, Object*, Stream* stream, i
     image.interpolate = interpolate;
     Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
     mask.interpolate = mask_interpolate;
-    paint_masked(state, image, mask);
+    paint_masked(state, reference, image, mask);
 }
 
-void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object*, Stream* stream, int width, int height,
+void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                          GfxImageColorMap* map, bool interpolate, Stream* mask_stream, int mask_width,
                                          int mask_height, GfxImageColorMap* mask_map, bool mask_interpolate)
 {
@@ -372,11 +395,13 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object*, Stream* strea
     {
         complain_("the matte colour of a soft mask is left out");
     }
-    paint_masked(state, image, mask);
+    paint_masked(state, reference, image, mask);
 }
 
-void PaintingDevice::paint_masked(GfxState* state, const Image& image, const Image& mask)
+void PaintingDevice::paint_masked(GfxState* state, const Object* reference, Image image, Image mask)
 {
+    watch(image, name_of_image(reference), complain_);
+    watch(mask, "the mask of " + name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (paintable(image, to_content) && paintable(mask, to_content))
     {

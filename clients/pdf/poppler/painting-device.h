@@ -11,6 +11,7 @@
 #include "clients/pdf/poppler/type3-glyphs.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <SplashOutputDev.h>
@@ -118,7 +119,7 @@ public:
 
 private:
     void flush_capture();
-    void paint_masked(GfxState* state, const Image& image, const Image& mask);
+    void paint_masked(GfxState* state, const Object* reference, Image image, Image mask);
     bool refresh_font(GfxState* state);
 
     PDFDoc* document_;
@@ -128,7 +129,7 @@ private:
     Patterns patterns_;
     Type3Glyphs type3_;
     Fonts fonts_;
-    Path text_clip_;
+    std::optional<Path> text_clip_;  // none: no text has clipped
 };
 
 }  // namespace pdf_client

@@ -40,7 +40,8 @@ void fill_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding wind
     {
         return;
     }
-    const Colour colour = fill_colour(canvas, state);
+    const Colour* of_glyph = colour_of_glyph(type3);
+    const Colour colour = of_glyph != nullptr ? *of_glyph : fill_colour(canvas, state);
     const PaintState paint = fill_state(canvas, state);
     if (!capture_fill(type3, canvas, path, winding, colour, paint))
     {
@@ -50,7 +51,7 @@ void fill_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding wind
 
 void stroke_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
-    if (!state->getStrokeColorSpace()->isNonMarking())
+    if (colour_of_glyph(type3) != nullptr || !state->getStrokeColorSpace()->isNonMarking())
     {
         stroke_outlines(type3, canvas, state, current_path(state));
     }
@@ -64,7 +65,8 @@ void stroke_outlines(Type3Glyphs& type3, Canvas& canvas, GfxState* state, const 
     {
         return;
     }
-    const Colour colour = stroke_colour(canvas, state);
+    const Colour* of_glyph = colour_of_glyph(type3);
+    const Colour colour = of_glyph != nullptr ? *of_glyph : stroke_colour(canvas, state);
     const PaintState paint = stroke_state(canvas, state);
     if (keeps_circles(to_content))
     {

@@ -5,7 +5,6 @@
 #include "clients/pdf/poppler/page-resources.h"
 #include "clients/pdf/poppler/painting-device.h"
 
-#include <chrono>
 #include <utility>
 
 #include <Error.h>
@@ -58,17 +57,17 @@ const char* reason_of(int code)
     }
 }
 
-struct Deadline
+struct Stop
 {
-    std::chrono::steady_clock::time_point end;
-    bool passed = false;
+    const std::function<bool()>& wanted;
+    bool met = false;
 };
 
-bool deadline_has_passed(void* data)
+bool is_to_stop(void* data)
 {
-    Deadline* deadline = static_cast<Deadline*>(data);
-    deadline->passed = deadline->passed || std::chrono::steady_clock::now() > deadline->end;
-    return deadline->passed;
+    Stop* stop = static_cast<Stop*>(data);
+    stop->met = stop->met || stop->wanted();
+    return stop->met;
 }
 
 }  // namespace
@@ -133,11 +132,9 @@ PageColours PdfDocument::page_colours(int page)
     return colours;
 }
 
-bool PdfDocument::paint_page(int page, Painter& painter, double seconds)
+bool PdfDocument::paint_page(int page, Painter& painter, const std::function<bool()>& stop)
 {
-    Deadline deadline;
-    deadline.end = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-                                                          std::chrono::duration<double>(seconds));
+    Stop state = {stop};
     PaintingDevice& device = implementation_->device();
     device.set_painter(&painter);
     // What blends, blends with what was painted before it and not with the paper.
@@ -148,14 +145,14 @@ bool PdfDocument::paint_page(int page, Painter& painter, double seconds)
         painter.begin_group({true, false, {1, 1, -1, -1}, PaintState{}});
     }
     implementation_->document().displayPageSlice(&device, page, points_per_inch, points_per_inch, 0, true, false, false,
-                                                 -1, -1, -1, -1, deadline_has_passed, &deadline);
+                                                 -1, -1, -1, -1, is_to_stop, &state);
     device.finish_page();
     if (blends)
     {
         painter.end_group();
     }
     device.set_painter(nullptr);
-    return !deadline.passed;
+    return !state.met;
 }
 
 }  // namespace pdf_client

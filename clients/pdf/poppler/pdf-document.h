@@ -56,9 +56,9 @@ public:
     // Pages count from 1. A page that can't be read has the size 0.
     PageSize page_size(int page) const;
     PageColours page_colours(int page);
-    // Paints one page, its annotations too, between the painter's begin_page and end_page. False if the page
-    // took longer than `seconds` and was broken off.
-    bool paint_page(int page, Painter& painter, double seconds);
+    // Paints one page, its annotations too, between the painter's begin_page and end_page. `stop`, which is
+    // asked again and again, breaks the page off; false if it did.
+    bool paint_page(int page, Painter& painter, const std::function<bool()>& stop);
 
 private:
     class Implementation;

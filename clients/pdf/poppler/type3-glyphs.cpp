@@ -26,15 +26,16 @@ public:
         return true;
     }
 
-    bool read_row(uint8_t* row, size_t size) override
+    size_t read_row(uint8_t* row, size_t size) override
     {
         if (position_ + row_bytes_ > rows_.size())
         {
-            return false;
+            return 0;
         }
-        std::copy_n(&rows_[position_], std::min(size, row_bytes_), row);
+        const size_t count = std::min(size, row_bytes_);
+        std::copy_n(&rows_[position_], count, row);
         position_ += row_bytes_;
-        return true;
+        return count;
     }
 
 private:
@@ -77,9 +78,10 @@ void copy_bitmap(const Image& stencil, Glyph& glyph)
 {
     const size_t row = stencil.row_bytes();
     glyph.bitmap.resize(row * stencil.height);
-    stencil.rows->restart();
-    for (uint32_t y = 0; y < stencil.height && stencil.rows->read_row(&glyph.bitmap[y * row], row); y++)
+    bool more = stencil.rows->restart();
+    for (uint32_t y = 0; y < stencil.height && more; y++)
     {
+        more = stencil.rows->read_row(&glyph.bitmap[y * row], row) == row;
     }
     glyph.bitmap_width = stencil.width;
     glyph.bitmap_height = stencil.height;
@@ -90,10 +92,15 @@ void copy_bitmap(const Image& stencil, Glyph& glyph)
 bool begin_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state, GGO_Vector advance, CharCode code)
 {
     flush_capture(type3, canvas);
+    if (state->getRender() == 3)
+    {
+        return true;
+    }
     const GGO_Matrix place = user_to_content(canvas, state);
     const std::shared_ptr<GfxFont>& source = state->getFont();
-    if (source == nullptr || !finite(place) || determinant(place) == 0 || state->getRender() == 3)
+    if (source == nullptr || !finite(place) || determinant(place) == 0)
     {
+        type3.open.emplace_back();
         return false;
     }
     const std::shared_ptr<Type3Font> font = font_of(type3, *source);
@@ -109,28 +116,44 @@ bool begin_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state, GGO_
         type3.capture->glyph_to_content = place;
         type3.capture->advance = step;
         type3.capture->code = code;
+        type3.open.emplace_back();
         return false;
     }
     if (known->second == nullptr)
     {
         flush_text(canvas);
+        type3.open.emplace_back();
         return false;
     }
     add_glyph(canvas, state, {known->second, font->id, place, step, code, 1});
     return true;
 }
 
-void note_uncoloured(Type3Glyphs& type3)
+void note_uncoloured(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
     if (type3.capture != nullptr)
     {
         type3.capture->uncoloured = true;
     }
+    // A pattern is no colour that could be handed on.
+    if (!type3.open.empty() && state->getFillColorSpace()->getMode() != csPattern)
+    {
+        type3.open.back() = fill_colour(canvas, state);
+    }
+}
+
+const Colour* colour_of_glyph(const Type3Glyphs& type3)
+{
+    return !type3.open.empty() && type3.open.back() ? &*type3.open.back() : nullptr;
 }
 
 void end_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
     const std::unique_ptr<Type3Capture> capture = std::move(type3.capture);
+    if (!type3.open.empty())
+    {
+        type3.open.pop_back();
+    }
     if (capture == nullptr)
     {
         return;

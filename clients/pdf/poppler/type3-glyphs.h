@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -42,13 +43,18 @@ struct Type3Glyphs
 {
     std::map<std::pair<int, int>, std::shared_ptr<Type3Font>> fonts;
     std::unique_ptr<Type3Capture> capture;  // null if there is none under way
+    // The glyphs whose content is being read, one within the other: for those that say that they have no colours of
+    // their own the text's fill colour.
+    std::vector<std::optional<Colour>> open;
 };
 
-// True if the glyph is known and was added to the waiting text, so that its content needn't be read. The advance is
-// in the user space of the text.
+// True if the glyph is invisible, or is known and was added to the waiting text, so that its content needn't be read.
+// The advance is in the user space of the text.
 bool begin_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state, GGO_Vector advance, CharCode code);
 // The glyph says that it has no colours of its own.
-void note_uncoloured(Type3Glyphs& type3);
+void note_uncoloured(Type3Glyphs& type3, Canvas& canvas, GfxState* state);
+// The colour in which all is painted while the content of a glyph without colours is read; null otherwise.
+const Colour* colour_of_glyph(const Type3Glyphs& type3);
 // The glyph's content has been read.
 void end_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state);
 

@@ -24,19 +24,22 @@ public:
         return true;
     }
 
-    bool read_row(uint8_t* row, size_t size) override
+    size_t read_row(uint8_t* row, size_t size) override
     {
         if (next_ >= rows_)
         {
-            return false;
+            const size_t count = next_++ == rows_ ? std::min(size, rest) : 0;
+            std::fill_n(row, count, uint8_t{0xEE});
+            return count;
         }
         std::fill_n(row, size, static_cast<uint8_t>(next_++));
         read++;
-        return true;
+        return size;
     }
 
     int restarts = 0;
     int read = 0;
+    size_t rest = 0;  // bytes of a last row that isn't whole
 
 private:
     int rows_;
@@ -141,16 +144,44 @@ TEST(ImageOperand, RefusesABufferBelowARow)
     EXPECT_EQ(returned, 0);
 }
 
-TEST(ImageOperand, FillsUpDataThatEndsEarly)
+TEST(ImageOperand, EndsWhereTheDataEnds)
 {
-    const auto operand = ImageOperand::make(large_image(std::make_shared<CountedRows>(1)), identity(), 1, 1);
-    GOP_OperandImagePointer* image = image_of(operand);
-    prepare(image);
-    std::vector<uint8_t> buffer(9000, 255);
-    int32_t returned = 0;
-    image->imp_ImageReadFn(image, image->imp_Context, 0, buffer.data(), 9000, 300, &returned, nullptr, 0, 0, nullptr);
-    EXPECT_EQ(returned, 9000);
-    EXPECT_EQ(buffer[8999], 0);
+    const auto rows = std::make_shared<CountedRows>(2);
+    rows->rest = 5;
+    for (const bool restartable : {true, false})
+    {
+        Image source = large_image(rows);
+        source.restartable = restartable;
+        const auto operand = ImageOperand::make(source, identity(), 1, 1);
+        EXPECT_FALSE(operand->is_direct());
+        GOP_OperandImagePointer* image = image_of(operand);
+        for (int pass = 0; pass < 2; pass++)
+        {
+            ASSERT_EQ(prepare(image), 1U);
+            std::vector<uint8_t> buffer(9000, 255);
+            int32_t returned = 0;
+            const auto read = [&]
+            {
+                return image->imp_ImageReadFn(image, image->imp_Context, 0, buffer.data(), 9000, 320, &returned,
+                                              nullptr, 0, 0, nullptr);
+            };
+            EXPECT_EQ(read(), 1U);
+            EXPECT_EQ(returned, 645);
+            EXPECT_EQ(buffer[320], 1);
+            EXPECT_EQ(buffer[644], 0xEE);
+            EXPECT_EQ(buffer[645], 255);
+            EXPECT_EQ(read(), 1U);
+            EXPECT_EQ(returned, 0);
+        }
+    }
+}
+
+TEST(ImageOperand, IsNotDirectWithoutAllItsBytes)
+{
+    Image image = large_image(std::make_shared<CountedRows>(1));
+    image.width = 4;
+    image.height = 2;
+    EXPECT_FALSE(ImageOperand::make(image, identity(), 1, 1)->is_direct());
 }
 
 TEST(ImageOperand, HoldsSmallImagesInMemory)

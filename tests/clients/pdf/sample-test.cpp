@@ -80,7 +80,7 @@ TEST(Sample, BecomesTheCallsThatItShows)
                                    fake.count("group_start"), fake.count("resource_start"),
                                    fake.count("resource_paint")};
         ASSERT_TRUE(painter.begin_page({static_cast<uint32_t>(page), 794, 1123, 595 / 72.0, 842 / 72.0, 96, nullptr}));
-        EXPECT_TRUE(document->paint_page(page, painter, 100));
+        EXPECT_TRUE(document->paint_page(page, painter, [] { return false; }));
         painter.end_page();
         const uint32_t after[] = {fake.count("object_paint"), fake.count("object_paint_and_stroke"),
                                   fake.count("group_start"), fake.count("resource_start"),

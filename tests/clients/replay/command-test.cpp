@@ -107,8 +107,10 @@ TEST_F(ReplayCommand, SaysWhatIsWrong)
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "5 calls, 1 pages\norvlog: " + log + ": has no paint 7\n");
     result = replay({log, "--pages", "0"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "orvlog: --pages takes a page or a range of pages, like 2 or 2-5\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "orvlog replay: --pages: pages are given as A, A-B, A- or -B, counting from 1 (see orvlog "
+                          "replay --help)\n");
+    EXPECT_EQ(replay({log, "--pages", "5-3"}).status, 2);
     for (const char* option : {"--log", "--pdf"})
     {
         result = replay({log, option, log});

@@ -131,7 +131,7 @@ void record(const std::string& document, const std::string& log, const ORV_Inter
             geometry.width = static_cast<uint32_t>(size.width);
             geometry.height = static_cast<uint32_t>(size.height);
             ASSERT_TRUE(painter.begin_page(geometry));
-            pages->paint_page(page, painter, 60);
+            pages->paint_page(page, painter, [] { return false; });
             painter.end_page();
         }
         painter.end_document();

@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -298,6 +301,88 @@ TEST_F(CsdDump, ACallbackStreamMayLackOperations)
     EXPECT_NE(dump().find("  <BufferUInt8 len=\"2\">\n41 42 \n  </BufferUInt8>\n"), std::string::npos);
     bare.ops = nullptr;
     EXPECT_EQ(dump().find("<BufferUInt8"), std::string::npos);
+}
+
+// A stream of zeros that gives at most `piece` bytes a read.
+struct Zeros
+{
+    uint64_t left;
+    uint64_t piece;
+    GIO_StreamOps ops = {};
+    GIO_Stream handle = {this, 0, &ops};
+
+    Zeros(uint64_t size, uint64_t most) : left(size), piece(most)
+    {
+        ops.gio_Read = [](void* buffer, uint64_t, uint64_t count, void* context)
+        {
+            auto* self = static_cast<Zeros*>(context);
+            const uint64_t given = std::min({count, self->piece, self->left});
+            std::memset(buffer, 0, given);
+            self->left -= given;
+            return given;
+        };
+    }
+};
+
+// What counts is how many bytes came, not how often they were asked for.
+TEST_F(CsdDump, ACallbackStreamOfShortReadsIsWrittenWhole)
+{
+    constexpr uint32_t kSize = 600000;
+    Zeros profile(kSize, 1);
+    csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+    pointer.cp_CallbackStream = &profile.handle;
+    const std::string text = dump();
+    const std::string one = "  <BufferUInt8 len=\"1\">\n00 \n  </BufferUInt8>\n";
+    EXPECT_EQ(text.size() - text.find("  <BufferUInt8"), kSize * one.size() + std::strlen("</GCM_CsdPointer>\n"));
+    EXPECT_EQ(text.find("WARNING", text.find("<BufferUInt8")), std::string::npos);
+}
+
+// A log of which only the warnings are kept, and the bytes counted that its buffers tell of.
+struct RowCounter
+{
+    uint64_t bytes = 0;
+    std::string warnings;
+    GIO_StreamOps ops = {};
+    GIO_Stream handle = {this, 0, &ops};
+
+    RowCounter()
+    {
+        ops.gio_VPrintf = [](void* context, const char* format, va_list args) -> int32_t
+        {
+            auto* self = static_cast<RowCounter*>(context);
+            if (std::strcmp(format, "%s") != 0)
+                return 0;
+            const char* text = va_arg(args, const char*);
+            const size_t length = std::strlen(text);
+            const char* len = length < 100 ? std::strstr(text, "len=\"") : nullptr;
+            if (len != nullptr)
+                self->bytes += std::strtoull(len + 5, nullptr, 10);
+            else if (std::strstr(text, "WARNING") != nullptr)
+                self->warnings += text;
+            return static_cast<int32_t>(length);
+        };
+    }
+};
+
+TEST_F(CsdDump, ACallbackStreamEndsAtItsBoundWithAWarning)
+{
+    constexpr uint64_t kBound = 268435456;
+    const std::string converted = "ORVLOG: WARNING: Converted a GCM_CSDTYPE_CALLBACK to a GCM_CSDTYPE_PROFILE_BUFFER "
+                                  "in order to dump it to the log.\n";
+    for (const uint64_t beyond : {uint64_t{0}, uint64_t{100}})
+    {
+        RowCounter log;
+        writer.stream = &log.handle;
+        Zeros profile(kBound + beyond, 300);
+        csd.csd_Type = GCM_CSDTYPE_CALLBACK;
+        pointer.cp_CallbackStream = &profile.handle;
+        dump();
+        EXPECT_EQ(log.bytes, kBound);
+        EXPECT_EQ(log.warnings,
+                  beyond == 0 ? converted
+                              : converted + "ORVLOG: WARNING: The profile of a callback definition is too large; it is "
+                                            "cut short.\n");
+    }
 }
 
 // More bytes than were asked for cannot have been read.

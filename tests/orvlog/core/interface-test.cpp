@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -32,6 +33,85 @@ TEST(SharedLibrary, LogsAndForwardsAWholeJob)
     EXPECT_EQ(log.compare(0, 33, "<ORV MIRDA_TOLMA_VERSION=\"10034\" "), 0);
     EXPECT_EQ(log.substr(log.size() - 7), "</ORV>\n");
     EXPECT_NE(log.find("  <ORV_face_start document_context=\"0\" drawing_context=\"1\" "), std::string::npos);
+}
+
+// Whatever keeps a log from beginning, the table that the client gets is the renderer's own, and the job is drawn.
+TEST(SharedLibrary, WithoutALogTheJobIsDrawnByTheRenderersTable)
+{
+    FakeIdentity identity;
+    FakeIdentity refusing;
+    refusing.refuse();
+    const ORVLOG_IdentitySource no_object = {nullptr};
+    ORVLOG_IdentityObject table_less = {nullptr};
+    const ORVLOG_IdentitySource no_table = {&table_less};
+    const ORVLOG_IdentityTable empty = {};
+    ORVLOG_IdentityObject function_less = {&empty};
+    const ORVLOG_IdentitySource no_function = {&function_less};
+    TestAllocator allocator;
+    TestAllocator exhausted;
+    exhausted.refuse(1, true);
+    GMM_Allocator no_alloc = *allocator.get();
+    no_alloc.gmm_Alloc = nullptr;
+    GMM_Allocator no_free = *allocator.get();
+    no_free.gmm_Free = nullptr;
+    GMM_Allocator no_realloc = *allocator.get();
+    no_realloc.gmm_Realloc = nullptr;
+    const struct
+    {
+        const char* name;
+        GMM_Allocator* allocator;
+        const ORVLOG_IdentitySource* identity;
+    } cases[] = {
+        {"no allocator", nullptr, identity.get()},      {"no gmm_Alloc", &no_alloc, identity.get()},
+        {"no gmm_Free", &no_free, identity.get()},      {"no gmm_Realloc", &no_realloc, identity.get()},
+        {"no memory", exhausted.get(), identity.get()}, {"no identity", allocator.get(), nullptr},
+        {"no object", allocator.get(), &no_object},     {"no table", allocator.get(), &no_table},
+        {"no function", allocator.get(), &no_function}, {"no number", allocator.get(), refusing.get()},
+    };
+    for (const auto& failure : cases)
+    {
+        EveryCall job;
+        FakeRenderer renderer;
+        MemoryStream stream;
+        ORV_Interface orv;
+        std::memset(&orv, 0xCD, sizeof orv);
+        EXPECT_EQ(ORVLOG_DLL_initialise(&orv, renderer.get(), failure.allocator, failure.identity, 0, stream.get(),
+                                        nullptr, 0, job.ticket_functions(), nullptr, 0, nullptr, nullptr),
+                  0U)
+            << failure.name;
+        EXPECT_EQ(std::memcmp(&orv, renderer.get(), sizeof orv), 0) << failure.name;
+        EXPECT_EQ(job.run(&orv), 42U) << failure.name;
+        // A session answers three of these itself.
+        EXPECT_EQ(renderer.count("drawing_error_context"), 3U) << failure.name;
+        EXPECT_EQ(renderer.calls().size(), 45U) << failure.name;
+        EXPECT_EQ(stream.text(), "") << failure.name;
+    }
+    EXPECT_EQ(allocator.outstanding(), 0U);
+}
+
+// Where the two tables are one, it stays what it was; without a renderer there is nothing to copy.
+TEST(SharedLibrary, ATableThatCannotBeFilledStaysAsItWas)
+{
+    TestAllocator allocator;
+    FakeIdentity identity;
+    FakeRenderer renderer;
+    MemoryStream stream;
+    const ORV_Interface before = *renderer.get();
+    const auto initialise = [&](ORV_Interface* out, const ORV_Interface* in, GMM_Allocator* memory)
+    {
+        return ORVLOG_DLL_initialise(out, in, memory, identity.get(), 0, stream.get(), nullptr, 0, nullptr, nullptr, 0,
+                                     nullptr, nullptr);
+    };
+    EXPECT_EQ(initialise(renderer.table(), renderer.table(), allocator.get()), 0U);
+    EXPECT_EQ(std::memcmp(&before, renderer.get(), sizeof before), 0);
+    ORV_Interface orv;
+    ORV_Interface untouched;
+    std::memset(&orv, 0xCD, sizeof orv);
+    std::memset(&untouched, 0xCD, sizeof untouched);
+    EXPECT_EQ(initialise(&orv, nullptr, nullptr), 0U);
+    EXPECT_EQ(std::memcmp(&orv, &untouched, sizeof orv), 0);
+    EXPECT_EQ(stream.text(), "");
+    EXPECT_EQ(allocator.requests(), 0U);
 }
 
 std::string expected_text(const char* name)

@@ -3,6 +3,7 @@
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/fake-font-engine.h"
+#include "tests/support/fake-image.h"
 #include "tests/support/fake-tickets.h"
 #include "tests/support/test-session.h"
 
@@ -358,17 +359,87 @@ TEST_F(Group, FontEngineEndsWithTheGroup)
 
 TEST_F(Group, RefusedFrameStillLogsAndForwards)
 {
-    FakeFontEngine engine;
+    FakeFontEngine engine("E");
     arguments.engine = engine.get();
     test.allocator.refuse(1);
     EXPECT_EQ(start_group(face, arguments), 1U);
     EXPECT_EQ(drawing()->group_frames, nullptr);
     EXPECT_EQ(session()->group_depth, 0U);
-    EXPECT_NE(test.log().find("  <ORV_group_start drawing_context=\"0\" "), std::string::npos);
-    EXPECT_EQ(test.renderer.last_engine, engine.get());
-    EXPECT_EQ(session()->current_font_wrapper, nullptr);
+    EXPECT_NE(test.log().find("  <ORV_group_start drawing_context=\"0\" group_unique_id=\"5\" "
+                              "font_engine_functions=\"TRUE\" fp_EngineIdGet=\"E\" GfpId=\"0\" hints="),
+              std::string::npos);
+    ASSERT_NE(test.renderer.last_engine, nullptr);
+    EXPECT_EQ(test.renderer.last_engine, session()->current_font_wrapper) << "the wrapped one";
+    EXPECT_NE(test.renderer.last_engine, engine.get());
     finish_group();
+    EXPECT_EQ(session()->current_font_wrapper, nullptr) << "the engine may be gone from here on";
     test.shut_down();
+    EXPECT_EQ(test.allocator.outstanding(), 0U);
+}
+
+// Its finish ends it alone: the groups around it and in it keep their frames and their engines.
+TEST_F(Group, WithoutAFrameEndsByItself)
+{
+    FakeFontEngine outer_engine("outer");
+    FakeFontEngine engine("without a frame");
+    FakeFontEngine inner_engine("inner");
+    arguments.engine = outer_engine.get();
+    start_group(face, arguments);
+    const ORVLOG_GroupFrame* outer = drawing()->group_frames;
+    const GFI_FontEngineTable* outer_wrapper = session()->current_font_wrapper;
+    arguments.engine = engine.get();
+    test.allocator.refuse(1);
+    start_group(face, arguments);
+    const GFI_FontEngineTable* wrapper = session()->current_font_wrapper;
+    EXPECT_NE(wrapper, outer_wrapper);
+    EXPECT_EQ(drawing()->group_frames, outer);
+    arguments.engine = inner_engine.get();
+    start_group(face, arguments);
+    EXPECT_NE(drawing()->group_frames, outer);
+    EXPECT_NE(session()->current_font_wrapper, wrapper);
+    finish_group();
+    EXPECT_EQ(drawing()->group_frames, outer);
+    EXPECT_EQ(session()->current_font_wrapper, wrapper);
+    test.renderer.set_replay(1);
+    finish_group();
+    EXPECT_EQ(session()->current_font_wrapper, wrapper) << "it is played again";
+    test.renderer.set_replay(0);
+    finish_group();
+    EXPECT_EQ(drawing()->group_frames, outer);
+    EXPECT_EQ(session()->current_font_wrapper, outer_wrapper);
+    finish_group();
+    EXPECT_EQ(drawing()->group_frames, nullptr);
+    EXPECT_EQ(session()->group_depth, 0U);
+    EXPECT_EQ(session()->current_font_wrapper, nullptr);
+}
+
+// The engine of the drawing is in force behind it, and the one from before behind the drawing.
+TEST_F(Group, WithoutAFrameLeavesTheEngineOfTheDrawing)
+{
+    FakeFontEngine drawing_engine("drawing");
+    FakeFontEngine engine("group");
+    const ORV_FaceProperties properties = letter_face();
+    for (const bool finished : {true, false})
+    {
+        ORV_DrawingInterface second = {};
+        test.orv.face_start.fn(nullptr, &test.orv, test.document, &second, drawing_engine.get(), 1, &properties,
+                               nullptr, 0, 0);
+        const GFI_FontEngineTable* wrapper = session()->current_font_wrapper;
+        arguments.engine = engine.get();
+        test.allocator.refuse(1);
+        start_group(second, arguments);
+        EXPECT_NE(session()->current_font_wrapper, wrapper);
+        uint32_t replay = 0;
+        if (finished)
+            second.group_finish.fn(&second, &replay);
+        EXPECT_EQ(session()->current_font_wrapper == wrapper, finished);
+        second.drawing_finish.fn(&second);
+        EXPECT_EQ(session()->current_font_wrapper, nullptr);
+    }
+    test.allocator.refuse(1);
+    start_group(face, arguments);
+    face.drawing_finish.fn(&face);
+    EXPECT_EQ(session()->current_font_wrapper, nullptr) << "a drawing without an engine of its own";
 }
 
 TEST_F(Group, InAMemoryContextIsForwardedOnly)
@@ -464,14 +535,57 @@ TEST_F(ColourFrames, FailedQueryReleases)
     EXPECT_EQ(session()->colour_frames, nullptr) << "the pop takes the enclosing frame";
 }
 
-TEST_F(ColourFrames, RefusedFrameHoldsTheReferenceToTheEndOfTheSession)
+// Seventeen of them: however many there are, nothing is remembered of them, and the session's end calls nobody.
+TEST_F(ColourFrames, WithoutMemoryForAFrameTheReferenceStaysHeld)
 {
-    test.allocator.refuse(1);
-    EXPECT_EQ(orvlog_push_colour_frame(session(), &ticket), 0U);
-    EXPECT_EQ(ticket.references, 1);
-    EXPECT_EQ(tickets.releases, 0U);
+    const uint64_t outstanding = test.allocator.outstanding();
+    FakeTickets::Ticket other = {&tickets, 2, ""};
+    for (int32_t i = 0; i < 17; ++i)
+    {
+        test.allocator.refuse(1);
+        EXPECT_EQ(orvlog_push_colour_frame(session(), i == 1 ? &other : &ticket), 0U);
+    }
+    EXPECT_EQ(test.allocator.outstanding(), outstanding);
+    EXPECT_EQ(ticket.references, 16);
+    EXPECT_EQ(other.references, 1);
     test.shut_down();
-    EXPECT_EQ(ticket.references, 0);
+    EXPECT_EQ(tickets.releases, 0U);
+    EXPECT_EQ(ticket.references, 16);
+    EXPECT_EQ(other.references, 1);
+}
+
+// A client may have ended its colour manager, its engines and the renderer before it ends the log.
+TEST_F(ColourFrames, ShutdownCallsNothingOfTheClientsForWhatWasLeftOpen)
+{
+    FakeFontEngine engine("E");
+    FakeImage image(2, 2);
+    GOP_Operator op = {};
+    op.op_MaskMode = GOP_MASK_IN;
+    arguments.ticket = &ticket;
+    arguments.engine = engine.get();
+    arguments.op = &op;
+    arguments.operand2 = image.operand();
+    ASSERT_EQ(start_group(face, arguments), 1U);
+    ASSERT_EQ(start_group(face, arguments), 1U);
+    ASSERT_NE(drawing()->group_frames->replaced_operand, nullptr);
+    tickets.release_result = 0;
+    finish_group();
+    tickets.release_result = 1;
+    ASSERT_EQ(ticket.references, 2);
+    const uint32_t ticket_calls = tickets.calls;
+    const uint32_t engine_calls = engine.asked_for_id();
+    image.take_calls();
+    const size_t renderer_calls = test.renderer.calls().size();
+    test.forget();
+    EXPECT_EQ(test.shut_down(), 1U);
+    EXPECT_EQ(test.log(), "</ORV>\n");
+    EXPECT_EQ(tickets.calls, ticket_calls);
+    EXPECT_EQ(engine.asked_for_id(), engine_calls);
+    EXPECT_EQ(image.take_calls(), "");
+    EXPECT_EQ(test.renderer.calls().size(), renderer_calls);
+    EXPECT_EQ(ticket.references, 2) << "they are the client's affair";
+    EXPECT_EQ(test.allocator.outstanding(), 0U);
+    EXPECT_EQ(test.allocator.bad_frees(), 0U);
 }
 
 TEST_F(ColourFrames, FailedReleaseLosesNoMemory)

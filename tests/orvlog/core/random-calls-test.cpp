@@ -2,6 +2,7 @@
 // tickets of their own, while the renderer goes on pulling glyphs by every engine whose scope is still open.
 
 #include "orvlog/font/orvlog-font-wrapper.h"
+#include "orvlog/session/orvlog-frames.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/fake-tickets.h"
 #include "tests/support/scripted-font-engine.h"
@@ -60,6 +61,15 @@ public:
             step();
             pull_by_all();
         }
+    }
+
+    int32_t references_of_frames()
+    {
+        int32_t count = 0;
+        const auto* session = static_cast<const ORVLOG_Session*>(test.session());
+        for (const ORVLOG_ColourFrame* frame = session->colour_frames; frame != nullptr; frame = frame->next)
+            count += static_cast<int32_t>(frame->retained);
+        return count;
     }
 
     FakeTickets tickets;
@@ -255,11 +265,15 @@ TEST(RandomCallSequence, KeepsEveryOpenEngineAndLosesNothing)
     {
         RandomCalls calls(seed);
         calls.run(80);
+        const int32_t held = calls.ticket.references;
+        const uint32_t ticket_calls = calls.tickets.calls;
+        EXPECT_EQ(held, calls.references_of_frames());
         EXPECT_EQ(calls.test.shut_down(), 1U);
         EXPECT_EQ(calls.test.allocator.bad_frees(), 0U);
         EXPECT_EQ(calls.test.allocator.other_channels(), 0U);
         EXPECT_EQ(calls.test.allocator.outstanding(), 0U);
-        EXPECT_EQ(calls.ticket.references, 0);
+        EXPECT_EQ(calls.ticket.references, held) << "what is left open is the client's to release";
+        EXPECT_EQ(calls.tickets.calls, ticket_calls);
         EXPECT_TRUE(calls.test.stream.text().ends_with("</ORV>\n"));
         if (testing::Test::HasFailure())
             FAIL() << "seed " << seed;

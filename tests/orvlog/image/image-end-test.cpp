@@ -1,6 +1,6 @@
 // Renderers that come back with an image when it is gone: in a job as it runs, with all memory watched.
 
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/image/orvlog-image-wrapper.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/temp-folder.h"
 #include "tests/support/test-session.h"
@@ -66,8 +66,23 @@ protected:
         drawing.drawing_finish.fn(&drawing);
         client.finish_document();
         EXPECT_EQ(client.shut_down(), 1U);
+        // What is kept outlives the session.
+        for (GOP_OperandImagePointer* record : still_kept)
+        {
+            EXPECT_GT(client.allocator.outstanding(), 0U);
+            EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+        }
         EXPECT_EQ(client.allocator.outstanding(), 0U);
         EXPECT_EQ(client.allocator.bad_frees(), 0U);
+    }
+    // How often the log has the text.
+    uint32_t count_in_log(const std::string& text) const
+    {
+        uint32_t count = 0;
+        const std::string log = client.log();
+        for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
+            ++count;
+        return count;
     }
     // A paint in which the renderer does `act`; gives the record that it saw.
     GOP_OperandImagePointer* paint(const std::function<void(GOP_OperandImagePointer*)>& act)
@@ -102,7 +117,10 @@ protected:
     FakeImage fake{2, 2};
     const GOP_Operator op = {};
     bool ended = false;
+    std::vector<GOP_OperandImagePointer*> still_kept;
 };
+
+constexpr const char* kGone = "\n<!--\nORVLOG: WARNING: Image callback for an image that is gone.\n-->\n";
 
 TEST_F(ImageEnd, ReleaseRepeatedBehindTheCall)
 {
@@ -110,7 +128,9 @@ TEST_F(ImageEnd, ReleaseRepeatedBehindTheCall)
     EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
     EXPECT_EQ(fake.take_calls(), "keep release ");
     const std::string text = folder.read(folder.names()[0]);
+    EXPECT_EQ(count_in_log(kGone), 0U);
     EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    EXPECT_EQ(count_in_log(kGone), 1U);
     EXPECT_EQ(Callbacks(record).answers(record), "000000");
     // Other images come and go in the meantime.
     paint(read);
@@ -119,17 +139,26 @@ TEST_F(ImageEnd, ReleaseRepeatedBehindTheCall)
     EXPECT_EQ(fake.take_calls(), "");
     EXPECT_EQ(record->imp_Image->im_ImageWidthPixels, 2U);
     EXPECT_EQ(folder.read(folder.names()[0]), text);
+    EXPECT_EQ(count_in_log(kGone), 1U) << "once";
 }
 
-TEST_F(ImageEnd, ReleaseRepeatedBehindTheSession)
+// The renderer holds a copy, which knows its image for as long as there is one, and no other.
+TEST_F(ImageEnd, ReleaseRepeatedByACopyWhileManyOthersComeAndGo)
 {
-    GOP_OperandImagePointer* record = paint(keep);
-    const Callbacks callbacks(record);
-    record->imp_ImageReleaseFn(record);
-    fake.take_calls();
-    shut_down();
-    EXPECT_EQ(callbacks.answers(record), "000000");
-    EXPECT_EQ(fake.take_calls(), "");
+    GOP_OperandImagePointer copy = *paint(keep);
+    EXPECT_EQ(copy.imp_ImageReleaseFn(&copy), client.allocator.get());
+    const uint64_t bytes = client.allocator.bytes();
+    for (int i = 0; i < 300; ++i)
+    {
+        GOP_OperandImagePointer* other = paint(keep);
+        fake.take_calls();
+        EXPECT_EQ(Callbacks(&copy).answers(&copy), "000000");
+        EXPECT_EQ(copy.imp_ImageReleaseFn(&copy), nullptr);
+        EXPECT_EQ(fake.take_calls(), "");
+        EXPECT_EQ(other->imp_ImageReleaseFn(other), client.allocator.get());
+    }
+    EXPECT_EQ(client.allocator.bytes(), bytes);
+    EXPECT_EQ(count_in_log(kGone), 1U);
 }
 
 TEST_F(ImageEnd, ReleasedWithinTheCallAndAgainBehindIt)
@@ -145,7 +174,7 @@ TEST_F(ImageEnd, ReleasedWithinTheCallAndAgainBehindIt)
     EXPECT_EQ(fake.take_calls(), "keep release ");
 }
 
-TEST_F(ImageEnd, RefusedKeepEndsWithTheCall)
+TEST_F(ImageEnd, RefusedKeepLivesUntilItsRelease)
 {
     fake.keep_result = 0;
     const uint64_t before = client.allocator.outstanding();
@@ -155,18 +184,49 @@ TEST_F(ImageEnd, RefusedKeepEndsWithTheCall)
             EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U);
             read(seen);
         });
-    // No pool and no open file: the record alone.
-    EXPECT_EQ(client.allocator.outstanding(), before + 1);
+    EXPECT_NE(client.log().find("-async-image-0000000011.tmp\" return=\"FALSE\">"), std::string::npos);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
+    EXPECT_EQ(client.allocator.outstanding(), before);
+    EXPECT_EQ(fake.take_calls(), "keep read release ");
     ASSERT_EQ(folder.names().size(), 2U);
     EXPECT_EQ(folder.read("side-img-10.bin"), "\x01\x02");
-    const std::string text = folder.read(folder.names()[0]);
-    EXPECT_NE(text.find("<GOP_ImageReadFn Id=\"10\" return=\"TRUE\""), std::string::npos);
-    EXPECT_EQ(text.find("GOP_ImageReleaseFn"), std::string::npos);
-    EXPECT_NE(client.log().find("-async-image-0000000011.tmp\" return=\"FALSE\">"), std::string::npos);
-    // The client has not agreed to anything that a release could end.
-    EXPECT_EQ(record->imp_ImageReleaseFn(record), nullptr);
+    std::string text = folder.read(folder.names()[0]);
+    std::erase(text, '\r');
+    EXPECT_EQ(text, R"(  <GOP_ImageReadFn Id="10" return="TRUE" skip_pixels="0" img_row_step="2" img_returned="2" )"
+                    R"(ImageFileName="side-img-10.bin">
+  </GOP_ImageReadFn>
+  <GOP_ImageReleaseFn Id="10">
+  </GOP_ImageReleaseFn>
+)");
     EXPECT_EQ(Callbacks(record).answers(record), "000000");
-    EXPECT_EQ(fake.take_calls(), "keep read ");
+}
+
+// A renderer that was refused need not come back: the last of them alone are held, and not beyond the session.
+TEST_F(ImageEnd, RefusedKeepsThatAreNeverReleased)
+{
+    fake.keep_result = 0;
+    std::vector<GOP_OperandImagePointer*> refused;
+    for (uint32_t i = 0; i < ORVLOG_MAX_REFUSED_IMAGES + 1; ++i)
+        refused.push_back(paint([](GOP_OperandImagePointer* seen) { EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U); }));
+    fake.take_calls();
+    EXPECT_EQ(refused[0]->imp_ImageReleaseFn(refused[0]), nullptr);
+    EXPECT_EQ(fake.take_calls(), "");
+    EXPECT_EQ(refused[1]->imp_ImageReleaseFn(refused[1]), client.allocator.get());
+    EXPECT_EQ(fake.take_calls(), "release ");
+    shut_down();
+}
+
+TEST_F(ImageEnd, RefusedImagesTakeNoMoreMemoryHoweverManyTheyAre)
+{
+    fake.keep_result = 0;
+    uint64_t bytes = 0;
+    for (int i = 0; i < 400; ++i)
+    {
+        paint([](GOP_OperandImagePointer* seen) { EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U); });
+        if (i == 20)
+            bytes = client.allocator.bytes();
+    }
+    EXPECT_EQ(client.allocator.bytes(), bytes);
 }
 
 TEST_F(ImageEnd, ManyRefusedKeepsLeaveNoFileOpen)
@@ -176,7 +236,7 @@ TEST_F(ImageEnd, ManyRefusedKeepsLeaveNoFileOpen)
         paint([](GOP_OperandImagePointer* seen) { EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U); });
     EXPECT_EQ(folder.names().size(), 1500U);
     fake.keep_result = 1;
-    paint(keep);
+    still_kept = {paint(keep)};
 }
 
 TEST_F(ImageEnd, RefusedKeepBehindAGrantedOneEndsNothing)
@@ -220,27 +280,6 @@ TEST_F(ImageEnd, ReleasedAndKeptAgainWithinTheCall)
     EXPECT_EQ(fake.take_calls(), "keep release keep read release ");
 }
 
-TEST_F(ImageEnd, KeptAndNeverReleased)
-{
-    GOP_OperandImagePointer* first = paint(keep);
-    GOP_OperandImagePointer* second = paint(keep);
-    const Callbacks callbacks(first);
-    read(first);
-    read(second);
-    fake.take_calls();
-    shut_down();
-    EXPECT_EQ(fake.take_calls(), "");
-    EXPECT_EQ(folder.read("side-img-10.bin"), "\x01\x02");
-    EXPECT_EQ(folder.read("side-img-20.bin"), "\x03\x04");
-    ASSERT_EQ(folder.names().size(), 4U);
-    const std::string text = folder.read(folder.names()[0]);
-    EXPECT_TRUE(text.starts_with("  <GOP_ImageReadFn Id=\"10\" ")) << text;
-    EXPECT_NE(text.find("</GOP_ImageReadFn>"), std::string::npos);
-    EXPECT_EQ(callbacks.answers(first), "000000");
-    EXPECT_EQ(callbacks.answers(second), "000000");
-    EXPECT_EQ(folder.read(folder.names()[0]), text);
-}
-
 TEST_F(ImageEnd, ExchangedAndKeptAndNeverReleased)
 {
     FakeImage other(2, 2);
@@ -257,11 +296,11 @@ TEST_F(ImageEnd, ExchangedAndKeptAndNeverReleased)
     ASSERT_NE(first, exchanged);
     GOP_OperandImagePointer* third = first;
     EXPECT_EQ(first->imp_ImagePrepareFn(&third, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0), 1U);
-    const Callbacks callbacks(first);
     read(third);
+    // Any record of the image releases it, behind the session, too.
+    still_kept = {third};
     shut_down();
-    for (GOP_OperandImagePointer* record : {first, exchanged, third})
-        EXPECT_EQ(callbacks.answers(record), "000000");
+    EXPECT_EQ(other.take_calls(), "keep read release ");
 }
 
 TEST_F(ImageEnd, ExchangedAndKeptAndReleased)
@@ -318,32 +357,69 @@ TEST_F(ImageEnd, KeptByTwoOfItsRecords)
     EXPECT_EQ(fake.take_calls() + other.take_calls(), "prepare(0,3,0) keep release keep read ");
 }
 
-// The record is the renderer's to write to; the logger has its own way to what belongs to it.
-TEST_F(ImageEnd, RecordThatTheRendererWipedStillServes)
+// The record is the renderer's to write to, but for its context, by which it is known.
+TEST_F(ImageEnd, RecordWithoutAnImageStillServes)
 {
-    client.forget();
+    const uint64_t before = client.allocator.outstanding();
     GOP_OperandImagePointer* record = paint(
         [&](GOP_OperandImagePointer* seen)
         {
             GOP_OperandImagePointer* prepared = seen;
-            seen->imp_Context = &client;
-            read(seen);
             seen->imp_Image = nullptr;
             EXPECT_EQ(seen->imp_ImageFinishFn(seen, nullptr), 1U);
             EXPECT_EQ(seen->imp_ImagePrepareFn(&prepared, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0), 1U);
             EXPECT_EQ(prepared, seen);
             ASSERT_NE(seen->imp_Image, nullptr);
             EXPECT_EQ(seen->imp_Image->im_ImageWidthPixels, 2U);
-            EXPECT_NE(seen->imp_Context, &client);
-            seen->imp_Context = nullptr;
             keep(seen);
         });
-    record->imp_Context = &client;
     read(record);
     record->imp_Image = nullptr;
     EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
-    EXPECT_EQ(fake.take_calls(), "read finish prepare(0,3,0) keep read release ");
+    EXPECT_EQ(fake.take_calls(), "finish prepare(0,3,0) keep read release ");
     EXPECT_EQ(Callbacks(record).answers(record), "000000");
+    EXPECT_EQ(client.allocator.outstanding(), before);
+}
+
+// Without its context a record serves where the context comes as an argument, and is told of at the end of the call.
+TEST_F(ImageEnd, RecordThatHasLostItsContext)
+{
+    static constexpr const char* kLost = "\n<!--\nORVLOG: WARNING: Image record has lost its context.\n-->\n";
+    const uint64_t before = client.allocator.outstanding();
+    for (int i = 0; i < 2; ++i)
+        paint(
+            [&](GOP_OperandImagePointer* seen)
+            {
+                GOP_OperandImagePointer* prepared = seen;
+                void* context = seen->imp_Context;
+                uint8_t row[2];
+                int32_t returned = 0;
+                seen->imp_Context = &client;
+                EXPECT_EQ(seen->imp_ImageReadFn(seen, context, 0, row, 2, 2, &returned, nullptr, 0, 0, nullptr), 1U);
+                EXPECT_EQ(
+                    seen->imp_ImageReadFn(seen, seen->imp_Context, 0, row, 2, 2, &returned, nullptr, 0, 0, nullptr),
+                    0U);
+                EXPECT_EQ(seen->imp_ImageFinishFn(nullptr, context), 1U);
+                EXPECT_EQ(seen->imp_ImageResetFn(seen, context), 1U);
+                EXPECT_EQ(seen->imp_ImageKeepFn(seen), 0U);
+                EXPECT_EQ(seen->imp_ImagePrepareFn(&prepared, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0), 0U);
+            });
+    EXPECT_EQ(fake.take_calls(), "read finish reset read finish reset ");
+    EXPECT_EQ(count_in_log(kLost), 1U);
+    EXPECT_EQ(client.allocator.outstanding(), before);
+}
+
+// Whether an image ends is not a matter of what the renderer has made of its record.
+TEST_F(ImageEnd, RecordMadeIntoAnotherKindOfOperand)
+{
+    const uint64_t before = client.allocator.outstanding();
+    paint([](GOP_OperandImagePointer* seen) { seen->imp_Image = nullptr; });
+    EXPECT_EQ(client.allocator.outstanding(), before);
+    paint([](GOP_OperandImagePointer* seen)
+          { const_cast<GOP_OperandImage*>(seen->imp_Image)->im_Operand.go_OpType = GOP_OPERAND_FLAT; });
+    EXPECT_EQ(client.allocator.outstanding(), before);
+    paint([](GOP_OperandImagePointer* seen) { *seen = {}; });
+    EXPECT_EQ(client.allocator.outstanding(), before);
 }
 
 // The image that the client first passed could not be kept; the one that it exchanged it for can.
@@ -387,21 +463,17 @@ TEST_F(ImageEndOfAnExchange, Released)
     EXPECT_EQ(other.take_calls(), "keep read release ");
     EXPECT_EQ(callbacks.answers(kept), "000000");
     EXPECT_EQ(callbacks.answers(first), "000000");
-    // The record that could be kept stays readable until the session ends.
-    EXPECT_EQ(client.allocator.outstanding(), before + 1);
+    EXPECT_EQ(client.allocator.outstanding(), before);
     EXPECT_EQ(kept->imp_Image->im_ImageWidthPixels, 2U);
-    paint_and_keep();
-    shut_down();
-    EXPECT_EQ(callbacks.answers(kept), "000000");
+    still_kept = {paint_and_keep()};
 }
 
 TEST_F(ImageEndOfAnExchange, NeverReleased)
 {
     GOP_OperandImagePointer* kept = paint_and_keep();
-    const Callbacks callbacks(kept);
+    still_kept = {kept};
     shut_down();
-    EXPECT_EQ(callbacks.answers(kept), "000000");
-    EXPECT_EQ(callbacks.answers(first), "000000");
+    EXPECT_EQ(other.take_calls(), "keep release ");
 }
 
 TEST_F(ImageEndOfAnExchange, ReleasedWithinTheCall)
@@ -459,12 +531,13 @@ TEST_F(ImageEnd, MaskOfAGroupThatNeverFinishes)
                            nullptr, 0, 0, 0, nullptr, nullptr, nullptr);
     client.renderer.on_draw(nullptr);
     ASSERT_NE(record, nullptr);
-    const Callbacks callbacks(record);
     read(record);
     ended = true;
     EXPECT_EQ(client.shut_down(), 1U);
+    read(record);
+    EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
     EXPECT_EQ(client.allocator.outstanding(), 0U);
-    EXPECT_EQ(callbacks.answers(record), "000000");
+    EXPECT_EQ(fake.take_calls(), "keep read read release ");
 }
 
 }  // namespace

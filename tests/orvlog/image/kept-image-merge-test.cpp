@@ -68,19 +68,26 @@ std::string run_job(bool keeps, uint32_t compress, uint32_t via_temporary_log, b
         drawing.object_paint.fn(&drawing, 8, 0, &op, nullptr, 0, nullptr, image->operand(), nullptr, nullptr);
     }
     renderer.on_draw(nullptr);
-    while (!kept.empty())
+    for (auto record = kept.rbegin(); record != kept.rend(); ++record)
     {
-        pull(kept.back());
+        pull(*record);
         if (releases)
-            kept.back()->imp_ImageReleaseFn(kept.back());
-        kept.pop_back();
+            (*record)->imp_ImageReleaseFn(*record);
     }
     drawing.drawing_finish.fn(&drawing);
     orv.document_finish.fn(&orv, document);
     EXPECT_EQ(ORVLOG_DLL_shutdown(orv.document_start.context), 1U);
+    const std::string text = stream.text();
+    // A log that is still open is merged as it is; Windows leaves its file.
+    for (GOP_OperandImagePointer* record : kept)
+        if (!releases)
+            record->imp_ImageReleaseFn(record);
+    EXPECT_EQ(stream.text(), text);
     EXPECT_EQ(allocator.outstanding(), 0U);
+#if !defined(_WIN32)
     EXPECT_TRUE(folder.names().empty());
-    return stream.text();
+#endif
+    return text;
 }
 
 // The text without the elements that tell of keeping, and without what text files put at the ends of lines.
@@ -123,7 +130,7 @@ TEST(KeptImageMerge, CodedMergedLogHoldsTheSame)
 }
 
 // Coded as it is written, an image's own log takes bytes of the one stream of bits: the session's log has a hole where
-// the image spoke. Nothing comes behind the shutdown.
+// the image spoke. Behind the shutdown there is no coder: what the image says then is plain.
 TEST(KeptImageInCodedLog, SharesTheCoderOfTheSession)
 {
     TempFolder folder;
@@ -161,10 +168,13 @@ TEST(KeptImageInCodedLog, SharesTheCoderOfTheSession)
     EXPECT_EQ(stream.text(), before);
     EXPECT_EQ(ORVLOG_DLL_shutdown(orv.document_start.context), 1U);
     const std::string after = stream.text().substr(before.size());
-    EXPECT_EQ(allocator.outstanding(), 0U);
-    EXPECT_EQ(finish(kept, nullptr), 0U);
     ASSERT_EQ(folder.names().size(), 1U);
     std::string side = folder.read(folder.names()[0]);
+    EXPECT_EQ(kept->imp_ImageReleaseFn(kept), allocator.get());
+    EXPECT_EQ(allocator.outstanding(), 0U);
+    std::string plain = folder.read(folder.names()[0]).substr(side.size());
+    std::erase(plain, '\r');
+    EXPECT_EQ(plain, "  <GOP_ImageReleaseFn Id=\"10\">\n  </GOP_ImageReleaseFn>\n");
     // A text file may have put this in front of a coded byte.
     for (size_t at = side.find("\r\n"); at != std::string::npos; at = side.find("\r\n"))
         side.erase(at, 1);

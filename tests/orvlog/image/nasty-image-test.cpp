@@ -120,6 +120,7 @@ protected:
     {
         set_up = [](FakeImage*) {};
         behind_the_call = [](Trace*) {};
+        behind_the_session = [](Trace*) {};
     }
     void prepare_image(FakeImage* image) const
     {
@@ -134,6 +135,7 @@ protected:
         Trace trace(image.get());
         in_the_call(&trace);
         behind_the_call(&trace);
+        behind_the_session(&trace);
         return trace.text;
     }
     std::string through_the_logger()
@@ -160,6 +162,7 @@ protected:
         drawing.drawing_finish.fn(&drawing);
         client.finish_document();
         EXPECT_EQ(client.shut_down(), 1U);
+        behind_the_session(&trace);
         EXPECT_EQ(client.allocator.outstanding(), 0U);
         EXPECT_EQ(client.allocator.bad_frees(), 0U);
         log = client.stream.text();
@@ -176,6 +179,7 @@ protected:
     std::function<void(FakeImage*)> set_up;
     Act in_the_call;
     Act behind_the_call;
+    Act behind_the_session;
     std::string log;
 };
 
@@ -339,7 +343,7 @@ TEST_P(NastyImage, PreparesInTheMiddle)
     expect("prepare:1 read:1/2[0102] prepare:1 prepare:1 read:1/2[0102] finish:1 ");
 }
 
-TEST_P(NastyImage, KeepsAndNeverReleases)
+TEST_P(NastyImage, KeepsAndReleasesBehindTheSession)
 {
     in_the_call = [](Trace* trace) { trace->keep(); };
     behind_the_call = [](Trace* trace)
@@ -347,7 +351,12 @@ TEST_P(NastyImage, KeepsAndNeverReleases)
         trace->prepare();
         trace->read();
     };
-    expect("keep:1 prepare:1 read:1/2[0102] ");
+    behind_the_session = [](Trace* trace)
+    {
+        trace->read();
+        trace->release();
+    };
+    expect("keep:1 prepare:1 read:1/2[0102] read:1/2[0304] release ");
 }
 
 TEST_P(NastyImage, KeepsInTheMiddleAndReadsOn)

@@ -1,0 +1,78 @@
+#include "clients/command-line/progress-bar.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+namespace command_line
+{
+
+namespace
+{
+
+constexpr int64_t QUIET_MS = 1000;
+constexpr int64_t STEP_MS = 100;
+constexpr int BAR = 40;
+
+ProgressBar* current = nullptr;
+
+int64_t now_ms()
+{
+    const auto since = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
+}
+
+}  // namespace
+
+bool bar_has_room()
+{
+    struct stat output = {};
+    const bool piped = fstat(STDOUT_FILENO, &output) == 0 && (S_ISFIFO(output.st_mode) || S_ISSOCK(output.st_mode));
+    return isatty(STDERR_FILENO) != 0 && !piped;
+}
+
+ProgressBar::ProgressBar(uint64_t whole) : whole_(whole), wanted_(whole != 0 && bar_has_room()), started_(now_ms())
+{
+    current = this;
+}
+
+ProgressBar::~ProgressBar()
+{
+    clear();
+    current = nullptr;
+}
+
+void ProgressBar::show(uint64_t done)
+{
+    const int64_t now = wanted_ ? now_ms() : 0;
+    if (!wanted_ || now - started_ < QUIET_MS || now - last_ < STEP_MS)
+        return;
+    last_ = now;
+    shown_ = true;
+    const double part = static_cast<double>(std::min(done, whole_)) / static_cast<double>(whole_);
+    const std::string bar(static_cast<size_t>(part * BAR), '#');
+    std::fprintf(stderr, "\r[%-*s] %3d%%", BAR, bar.c_str(), static_cast<int>(part * 100));
+    std::fflush(stderr);
+}
+
+void ProgressBar::clear()
+{
+    if (current == nullptr || !current->shown_)
+        return;
+    current->shown_ = false;
+    std::fprintf(stderr, "\r%*s\r", BAR + 8, "");
+}
+
+void ProgressBar::make_way_for_output()
+{
+    if (current == nullptr || !current->wanted_ || isatty(STDOUT_FILENO) == 0)
+        return;
+    clear();
+    current->wanted_ = false;
+}
+
+}  // namespace command_line

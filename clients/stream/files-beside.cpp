@@ -1,0 +1,56 @@
+#include "clients/stream/files-beside.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+namespace client_stream
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr size_t longest_prefix = 999;  // the session keeps no more
+
+fs::path folder_of(const std::string& log)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(log, error);
+    const fs::path present = fs::current_path(error);
+    const bool no_file = fs::exists(status) && !fs::is_regular_file(status);
+    return no_file ? present : (present / log).parent_path();
+}
+
+std::string trouble_with(const FilesBeside& files)
+{
+    const fs::path folder = (files.folder / files.prefix).parent_path();
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+    {
+        return folder.string() + ": " + std::strerror(errno);
+    }
+    return files.prefix.size() > longest_prefix ? "the prefix of image files is longer than 999 bytes" : "";
+}
+
+}  // namespace
+
+FilesBeside files_beside(const std::string& log, const std::string& prefix)
+{
+    FilesBeside files = {folder_of(log), prefix, {}};
+    const fs::path given(prefix);
+    std::error_code error;
+    const fs::path present = fs::current_path(error);
+    if (given.has_parent_path() && given.is_relative() && !fs::equivalent(present, files.folder, error))
+    {
+        const fs::path seen = fs::relative(present / given.parent_path(), files.folder, error);
+        files.prefix = error ? (present / given).string() : (seen / given.filename()).lexically_normal().string();
+    }
+    if (!prefix.empty())
+    {
+        files.trouble = trouble_with(files);
+    }
+    return files;
+}
+
+}  // namespace client_stream

@@ -1,0 +1,32 @@
+// The files that a finished job has left beside its log, held against the log: whether all bytes are there that it says
+// went into them.
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <istream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvlog::reader
+{
+
+// The file that a log knows by a name; null if there is none.
+using FileBeside = std::function<std::unique_ptr<std::istream>(const std::string& name)>;
+
+struct FilesLacking
+{
+    std::vector<std::string> lines;  // of the first lacks, for the user
+    uint64_t count = 0;              // of all
+
+    static constexpr size_t most_lines = 10;
+};
+
+// Reads a log from its beginning, whole, coded or cut short. A file lacks something if it isn't there, if it is shorter
+// than the reads and direct images that the log has for it, or if it is the log of a kept image and doesn't end with
+// the image's release. So it serves a job whose renderer has released what it kept. Memory goes with the largest call.
+FilesLacking find_lacking_files(std::istream& log, const FileBeside& open);
+
+}  // namespace orvlog::reader

@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""The installed library is whole: put into an empty folder, it declares what it exports and no more, clients find it
+by find_package and by pkg-config, as C11 and as C++20, and they run; also after the folder has been moved. The
+snippet in README.md is what they do.
+
+usage: package.py CMAKE BUILD-FOLDER C-COMPILER C++-COMPILER
+"""
+
+import glob
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import check
+
+CLIENT = "tests/package/client.c"
+EXPORTS = {"ORVLOG_DLL_initialise", "ORVLOG_DLL_set_parameters", "ORVLOG_DLL_shutdown"}
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
+
+DRAWN = """document 7 starts
+page 1 starts, 850 pixels wide
+page finishes
+document finishes
+"""
+
+# Behind the line of the root's opening tag, which tells the versions.
+LOG = """  <ORV_document_start document_context="0" document_id="7" font_engine_functions="FALSE">
+  </ORV_document_start>
+  <ORV_face_start document_context="0" drawing_context="0" font_engine_functions="FALSE" face_seq_number="1" \
+pixel_placement_orientation="GPA_PP_ORIENTATION_0_DEG" pixel_placement="GPA_PLACEMENT_GDI">
+    <ORV_FaceProperties fp_FaceHints="[0] ORV_FACE_HINT_NONE " fp_FaceInchToPixels="0 0 0 0 0 0 " \
+fp_WidthInPixels="850" fp_HeightInPixels="0" fp_TrimBox="0 0 0 0 " fp_ClipBox="0 0 0 0 " fp_MediaSize="0 0 ">
+    </ORV_FaceProperties>
+  </ORV_face_start>
+  <ORV_drawing_finish drawing_context="0">
+  </ORV_drawing_finish>
+  <ORV_document_finish document_context="0">
+  </ORV_document_finish>
+</ORV>
+"""
+
+
+def declared_functions(c, include):
+    """Names of the functions that the installed headers declare without giving a body."""
+    names = set()
+    headers = sorted(glob.glob(os.path.join(include, "**", "*.h"), recursive=True))
+    source = "".join(f"#include <{os.path.relpath(header, include)}>\n" for header in headers)
+    done = subprocess.run([c, "-std=c11", "-E", f"-I{include}", "-xc", "-"], input=source, stdout=subprocess.PIPE,
+                          text=True, check=True)
+    ours, text = False, []
+    for line in done.stdout.splitlines():
+        marker = re.match(r'# \d+ "(.*?)"', line)
+        if marker:
+            ours = os.path.abspath(marker[1]).startswith(os.path.abspath(include))
+        elif ours:
+            text.append(line)
+    text = "\n".join(text)
+    while re.search(r"\{[^{}]*\}", text):
+        text = re.sub(r"\{[^{}]*\}", " ", text)
+    for declaration in text.split(";"):
+        found = re.match(r"[^()]*\b(\w+)\s*\(", declaration)
+        if found and declaration.split()[0] != "typedef":
+            names.add(found[1])
+    return headers, names
+
+
+def run(*command, **more):
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **more)
+    return done.returncode, done.stdout
+
+
+def faults_of_run(program, library, folder):
+    """What is wrong with a client's output and log, when the logger begins and when it can't."""
+    log = os.path.join(folder, "log.xml")
+    environment = dict(os.environ, LD_LIBRARY_PATH=library)
+    for refused in ("", "allocator", "memory", "identity", "number"):
+        status, output = run(program, log, refused, env=environment)
+        expected = DRAWN + ("not logged\n" if refused else "logged\n")
+        if (status, output) != (0, expected):
+            yield f"refusing {refused or 'nothing'}: status {status}, says {output!r}"
+        with open(log, encoding="utf-8") as file:
+            text = file.read()
+        if refused and text:
+            yield f"refusing {refused}: the log is {text!r}"
+        elif not refused and not (text.startswith("<ORV MIRDA") and text.partition("\n")[2] == LOG):
+            yield f"the log is {text!r}"
+
+
+def build_with_cmake(cmake, c, cxx, prefix, folder):
+    """Builds the clients' project; gives its programs."""
+    status, output = run(cmake, "-S", os.path.join(check.ROOT, os.path.dirname(CLIENT)), "-B", folder,
+                         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_COMPILER={c}", f"-DCMAKE_CXX_COMPILER={cxx}",
+                         "-DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF")
+    if status == 0:
+        status, output = run(cmake, "--build", folder)
+    return [output] if status != 0 else [], [os.path.join(folder, name) for name in ("client-c", "client-cxx")]
+
+
+def build_with_pkg_config(compiler, language, standard, prefix, folder):
+    """Builds the client by what pkg-config says; gives its program and the library's folder."""
+    places = glob.glob(os.path.join(prefix, "**", "orvlog.pc"), recursive=True)
+    if len(places) != 1:
+        return [f"{len(places)} files orvlog.pc"], None, None
+    environment = dict(os.environ, PKG_CONFIG_LIBDIR=os.path.dirname(places[0]))
+    environment.pop("PKG_CONFIG_PATH", None)
+
+    def ask(what):
+        status, output = run("pkg-config", what, "orvlog", env=environment)
+        return output.split() if status == 0 else [f"--pkg-config-failed={output}"]
+
+    program = os.path.join(folder, "client-" + standard)
+    status, output = run(compiler, f"-std={standard}", *WARNINGS, *ask("--cflags"), "-x", language,
+                         os.path.join(check.ROOT, CLIENT), "-x", "none", "-o", program, *ask("--libs"))
+    return [output] if status != 0 else [], program, "".join(ask("--variable=libdir"))
+
+
+def hold_package(report, cmake, c, cxx, prefix, where):
+    with tempfile.TemporaryDirectory() as folder:
+        faults, programs = build_with_cmake(cmake, c, cxx, prefix, folder)
+        report.hold(f"{where}, find_package", faults)
+        for program in programs if not faults else []:
+            report.hold(f"{where}, {os.path.basename(program)} of find_package", faults_of_run(program, "", folder))
+        for compiler, language, standard in ((c, "c", "c11"), (cxx, "c++", "c++20")):
+            faults, program, library = build_with_pkg_config(compiler, language, standard, prefix, folder)
+            report.hold(f"{where}, {standard} by pkg-config", faults or faults_of_run(program, library, folder))
+
+
+def snippet_faults():
+    """The README's snippet must stand in the client as it is."""
+    snippets = re.findall(r"```c\n(.*?)```", check.text("README.md"), re.S)
+    client = " ".join(check.text(CLIENT).split())
+    if not snippets:
+        yield "README.md has no snippet"
+    for snippet in snippets:
+        if " ".join(re.sub(r"//.*", "", snippet).split()) not in client:
+            yield f"this isn't in {CLIENT}:\n{snippet}"
+
+
+def main(cmake, build, c, cxx):
+    report = check.Report()
+    with tempfile.TemporaryDirectory() as folder:
+        first = os.path.join(folder, "first")
+        status, output = run(cmake, "--install", build, "--prefix", first, "--component", "library")
+        report.hold("install", [] if status == 0 else [output])
+        headers, declared = declared_functions(c, os.path.join(first, "include", "orvlog"))
+        report.hold("headers", [] if len(headers) > 8 else [f"only {headers}"])
+        report.hold("declared functions", [f"{name} is not exported" for name in sorted(declared - EXPORTS)] +
+                    [f"{name} is not declared" for name in sorted(EXPORTS - declared)])
+        hold_package(report, cmake, c, cxx, first, "as installed")
+        second = os.path.join(folder, "elsewhere", "second")
+        os.makedirs(os.path.dirname(second))
+        shutil.move(first, second)
+        hold_package(report, cmake, c, cxx, second, "moved")
+    report.hold("README.md", snippet_faults())
+    report.end()
+
+
+main(*sys.argv[1:])
