@@ -5,6 +5,7 @@
 #include "clients/pdf/interruption.h"
 #include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
+#include "clients/pdf/page-check.h"
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/files-beside.h"
@@ -26,8 +27,7 @@ namespace
 {
 
 constexpr double points_per_inch = 72.0;
-constexpr double greatest_side = 32767;
-constexpr double greatest_area = 1U << 27;
+constexpr double greatest_undrawn_side = INT32_MAX;
 
 using Clock = std::chrono::steady_clock;
 
@@ -59,6 +59,7 @@ struct Run
     double seconds = 0;
     CallCounts counts;
     std::vector<std::string> errors;
+    orvlog::colour::ColourManager* colours = nullptr;
 };
 
 class Job
@@ -73,7 +74,7 @@ public:
             return result_;
         }
         finish_tickets();
-        if (result_.interrupted == 0)
+        if (!options_.check && result_.interrupted == 0)
         {
             run_without_logger();
         }
@@ -91,12 +92,12 @@ private:
         return [this](const std::string& line) { messages_.add(line); };
     }
 
-    std::unique_ptr<cairo_renderer::Renderer> make_renderer(cairo_renderer::PageCollector& collector, bool pictures)
+    std::unique_ptr<cairo_renderer::Renderer> make_renderer(cairo_renderer::PageSink check, bool pictures)
     {
         cairo_renderer::Options options;
         if (options_.check)
         {
-            options.page_sink = collector.sink();
+            options.page_sink = std::move(check);
         }
         if (pictures && !options_.png_folder.empty())
         {
@@ -170,8 +171,10 @@ private:
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
         {
-            renderer = make_renderer(logged_pages_, true);
+            renderer = make_renderer(check_.first(), true);
         }
+        const std::unique_ptr<PlainRun> plain = options_.check ? std::make_unique<PlainRun>(*this) : nullptr;
+        const double seconds_before = plain != nullptr ? plain->seconds() : 0;
         const std::filesystem::path from = std::filesystem::current_path();
         const client_stream::PresentFolder there(beside.folder);
         std::string why = there.error() ? beside.folder.string() + ": " + there.error().message() : "";
@@ -186,11 +189,12 @@ private:
             return;
         }
         const auto start = Clock::now();
-        const Run run = walk(document, logger->table(), logger.get());
+        const Run run = walk(document, logger.get(), plain.get());
         painting_has_ended();
         logger->shut_down();
         finish_log(*logger, log, from);
-        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count() -
+                                  (plain != nullptr ? plain->seconds() - seconds_before : 0);
         if (renderer != nullptr && !renderer->all_pages_written())
         {
             result_.errors.push_back("not all page images could be written");
@@ -270,28 +274,97 @@ private:
         }
     }
 
+    // The pages drawn without the logger. With a check each is drawn right after the logged one, so that one page of
+    // each run is held; else they are all drawn after the log.
+    class PlainRun
+    {
+    public:
+        // Does nothing if the document can't be opened again.
+        explicit PlainRun(Job& job) : job_(job), document_(job.open_document())
+        {
+            if (document_ == nullptr)
+            {
+                return;
+            }
+            const auto start = Clock::now();
+            if (job.options_.renderer)
+            {
+                renderer_ = job.make_renderer(job.check_.second(), false);
+            }
+            painter_ =
+                std::make_unique<Painter>(renderer_ != nullptr ? renderer_->interface() : null_renderer(), job.sink());
+            run_.colours = &colours_;
+            begun_ = painter_->begin_document(1);
+            note_time(start);
+        }
+
+        ~PlainRun()
+        {
+            const auto start = Clock::now();
+            if (begun_)
+            {
+                painter_->end_document();
+            }
+            note_time(start);
+            job_.result_.summary.seconds_without_logger = seconds_;
+        }
+
+        PlainRun(const PlainRun&) = delete;
+        PlainRun& operator=(const PlainRun&) = delete;
+
+        void page(int number)
+        {
+            const auto start = Clock::now();
+            if (begun_)
+            {
+                job_.paint_page(*document_, number, *painter_, run_);
+            }
+            note_time(start);
+        }
+
+        int pages() const
+        {
+            return begun_ ? std::min(job_.options_.last_page, document_->page_count()) : 0;
+        }
+
+        double seconds() const
+        {
+            return seconds_;
+        }
+
+    private:
+        void note_time(Clock::time_point start)
+        {
+            seconds_ += std::chrono::duration<double>(Clock::now() - start).count();
+        }
+
+        Job& job_;
+        orvlog::colour::ColourManager colours_;
+        std::unique_ptr<PdfDocument> document_;
+        std::unique_ptr<cairo_renderer::Renderer> renderer_;
+        std::unique_ptr<Painter> painter_;
+        Run run_;
+        bool begun_ = false;
+        double seconds_ = 0;
+    };
+
     void run_without_logger()
     {
-        const std::unique_ptr<PdfDocument> document = open_document();
-        if (document == nullptr)
+        PlainRun plain(*this);
+        for (int page = options_.first_page; page <= plain.pages() && result_.interrupted == 0; page++)
         {
-            return;
+            plain.page(page);
+            note_interruption(page, nullptr);
         }
-        std::unique_ptr<cairo_renderer::Renderer> renderer;
-        if (options_.renderer)
-        {
-            renderer = make_renderer(plain_pages_, false);
-        }
-        const auto start = Clock::now();
-        walk(*document, renderer != nullptr ? renderer->interface() : null_renderer(), nullptr);
         painting_has_ended();
-        result_.summary.seconds_without_logger = std::chrono::duration<double>(Clock::now() - start).count();
     }
 
-    // `logger` is null for a run without it.
-    Run walk(PdfDocument& document, const ORV_Interface* table, LoggedInterface* logger)
+    // `plain` is null without a check.
+    Run walk(PdfDocument& document, LoggedInterface* logger, PlainRun* plain)
     {
         Run run;
+        run.colours = &colour_manager_;
+        const ORV_Interface* table = logger->table();
         Painter painter(table, sink());
         if (!painter.begin_document(1))
         {
@@ -302,7 +375,12 @@ private:
         for (int page = options_.first_page; page <= last && result_.interrupted == 0; page++)
         {
             paint_page(document, page, painter, run);
-            if (logger != nullptr && options_.progress)
+            if (plain != nullptr)
+            {
+                plain->page(page);
+                check_.end_page(page);
+            }
+            if (options_.progress)
             {
                 options_.progress(page - options_.first_page + 1, last - options_.first_page + 1);
             }
@@ -345,14 +423,15 @@ private:
             run.errors.push_back(name + " can't be read");
             return;
         }
-        if (width > greatest_side || height > greatest_side || width * height > greatest_area)
+        const double greatest_side = options_.renderer ? cairo_renderer::greatest_page_side : greatest_undrawn_side;
+        if (width > greatest_side || height > greatest_side)
         {
             run.errors.push_back(name + " is too large at " + std::to_string(options_.dpi) + " dots per inch");
             return;
         }
         geometry.width = static_cast<uint32_t>(width);
         geometry.height = static_cast<uint32_t>(height);
-        geometry.colour_ticket = make_page_ticket(colour_manager_, document.page_colours(page), sink());
+        geometry.colour_ticket = make_page_ticket(*run.colours, document.page_colours(page), sink());
         paint_with_ticket(document, geometry, name, painter, run);
         orvlog::colour::ColourManager::release(geometry.colour_ticket);
     }
@@ -385,20 +464,14 @@ private:
     void compare()
     {
         CheckResult check;
-        const std::vector<cairo_renderer::PagePixels>& logged = logged_pages_.pages();
-        const std::vector<cairo_renderer::PagePixels>& plain = plain_pages_.pages();
-        check.same = logged.size() == plain.size();
-        for (size_t i = 0; i < std::min(logged.size(), plain.size()); i++)
-        {
-            const cairo_renderer::PixelDifference difference = cairo_renderer::compare_pixels(logged[i], plain[i]);
-            check.pages_compared++;
-            check.pixels_different += difference.pixels_different;
-            check.same = check.same && logged[i] == plain[i];
-        }
-        if (!check.same)
+        check.pages_compared = check_.pages_compared();
+        check.pixels_different = check_.pixels_different();
+        check.same = !check_.differ() && check_.not_compared().empty();
+        if (check_.differ())
         {
             result_.errors.push_back("the pages differ from those drawn without the logger");
         }
+        result_.errors.insert(result_.errors.end(), check_.not_compared().begin(), check_.not_compared().end());
         result_.summary.check = check;
     }
 
@@ -407,8 +480,7 @@ private:
     JobResult result_;
     orvlog::colour::ColourManager colour_manager_;
     Messages messages_;
-    cairo_renderer::PageCollector logged_pages_;
-    cairo_renderer::PageCollector plain_pages_;
+    PageCheck check_;
 };
 
 }  // namespace

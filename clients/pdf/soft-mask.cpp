@@ -154,6 +154,7 @@ MaskStudio::MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,
 {
     cairo_renderer::Options options;
     options.page_sink = [this](const cairo_renderer::Page& page) { last_ = cairo_renderer::read_pixels(page); };
+    options.pixels_at_once = UINT64_MAX;
     options.complaint_sink = std::move(complaint_sink);
     renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     const ORV_Interface* table = renderer_->interface();

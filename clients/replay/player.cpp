@@ -224,7 +224,7 @@ void Player::scale(ORV_FaceProperties* face) const
     for (double& value : face->fp_FaceInchToPixels.m)
         value *= factor;
     const auto scaled = [factor](uint32_t pixels)
-    { return static_cast<uint32_t>(std::clamp(std::round(pixels * factor), 1.0, 32767.0)); };
+    { return static_cast<uint32_t>(std::clamp(std::round(pixels * factor), 1.0, 4294967295.0)); };
     face->fp_WidthInPixels = scaled(face->fp_WidthInPixels);
     face->fp_HeightInPixels = scaled(face->fp_HeightInPixels);
 }

@@ -2,6 +2,7 @@
 
 #include "renderers/cairo/drawing.h"
 #include "renderers/cairo/matrix.h"
+#include "renderers/cairo/png-file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,8 +14,6 @@ namespace cairo_renderer
 {
 namespace
 {
-
-constexpr uint32_t max_page_side = 32000;
 
 struct Document
 {
@@ -71,7 +70,9 @@ private:
     Open& open(void* err, ORV_DrawingInterface& out);
     void close(Open& open);
     bool finish_page(Open& open);
-    bool write_png(const Page& page);
+    bool in_bands(const Page& page) const;
+    bool give_page(Open& open, PngFile* png);
+    bool draw_bands(Open& open, PngFile* png);
 };
 
 namespace
@@ -306,7 +307,15 @@ ORV_DrawingInterface table_for(Open* open)
 
 cairo_surface_t* make_image_page(const Page& page)
 {
-    return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(page.width), static_cast<int>(page.height));
+    return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(page.width), static_cast<int>(page.rows));
+}
+
+cairo_t* begin_page(cairo_surface_t* surface)
+{
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
+    cairo_paint(cr);
+    return cr;
 }
 
 }  // namespace
@@ -373,12 +382,16 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
 {
     if (out == nullptr || properties == nullptr)
         return false;
-    Page page{pages_started_ + 1, number, properties->fp_WidthInPixels, properties->fp_HeightInPixels, nullptr};
-    if (page.width == 0 || page.height == 0 || page.width > max_page_side || page.height > max_page_side)
+    Page page{
+        pages_started_ + 1,           number, properties->fp_WidthInPixels, properties->fp_HeightInPixels, nullptr, 0,
+        properties->fp_HeightInPixels};
+    if (page.width == 0 || page.height == 0 || page.width > greatest_page_side || page.height > greatest_page_side)
     {
         complaints_.say_once("pages without pixels, or with more than 32000 at a side, cannot be opened");
         return false;
     }
+    if (in_bands(page))
+        page.rows = static_cast<uint32_t>(std::max<uint64_t>(options_.pixels_at_once / page.width, 1));
     if (options_.page_number)
         page.number = options_.page_number(page);
     SurfacePtr surface = own_surface(options_.surface_factory ? options_.surface_factory(page) : make_image_page(page));
@@ -393,10 +406,9 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     opened.is_page = true;
     opened.page = page;
     opened.surface = surface;
-    opened.cr = cairo_create(surface.get());
-    cairo_set_source_rgb(opened.cr, 1.0, 1.0, 1.0);
-    cairo_paint(opened.cr);
-    opened.drawing = std::make_unique<Drawing>(shared(), opened.cr, matrix_of(properties->fp_FaceInchToPixels),
+    opened.cr = begin_page(surface.get());
+    cairo_t* cr = in_bands(page) ? nullptr : opened.cr;
+    opened.drawing = std::make_unique<Drawing>(shared(), cr, matrix_of(properties->fp_FaceInchToPixels),
                                                engine_for(engine, document));
     return true;
 }
@@ -422,30 +434,67 @@ bool Renderer::Implementation::start_resource(void* err, void* document, ORV_Dra
     return true;
 }
 
-bool Renderer::Implementation::write_png(const Page& page)
+bool Renderer::Implementation::in_bands(const Page& page) const
 {
-    char number[16];
-    std::snprintf(number, sizeof number, "-%03u.png", page.number);
-    const std::string name = options_.png_prefix + number;
-    if (cairo_surface_get_type(page.surface) == CAIRO_SURFACE_TYPE_IMAGE &&
-        cairo_surface_write_to_png(page.surface, name.c_str()) == CAIRO_STATUS_SUCCESS)
-        return true;
-    complaints_.say_once("the page image " + name + " could not be written");
-    return false;
+    return !options_.surface_factory && uint64_t{page.width} * page.height > options_.pixels_at_once;
+}
+
+// Hands the page, or the band that the surface holds, to those who want it.
+bool Renderer::Implementation::give_page(Open& open, PngFile* png)
+{
+    const cairo_status_t status = cairo_status(open.cr);
+    if (status != CAIRO_STATUS_SUCCESS)
+        complaints_.say_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(status));
+    cairo_show_page(open.cr);
+    cairo_surface_flush(open.surface.get());
+    if (options_.page_sink)
+        options_.page_sink(open.page);
+    const bool image = cairo_surface_get_type(open.surface.get()) == CAIRO_SURFACE_TYPE_IMAGE;
+    return (png == nullptr || (image && png->add_rows(open.surface.get()))) && status == CAIRO_STATUS_SUCCESS;
+}
+
+// One surface serves all bands but a shorter last one. A band lies on the page by its device offset, so that all is
+// where it would be on the whole page.
+bool Renderer::Implementation::draw_bands(Open& open, PngFile* png)
+{
+    bool good = true;
+    Page& page = open.page;
+    const uint32_t rows = page.rows;
+    for (uint32_t row = 0; row < page.height; row += rows)
+    {
+        cairo_destroy(open.cr);
+        page.first_row = row;
+        if (page.rows > page.height - row)
+        {
+            page.rows = page.height - row;
+            open.surface = nullptr;
+            open.surface = own_surface(make_image_page(page));
+            page.surface = open.surface.get();
+        }
+        cairo_surface_set_device_offset(page.surface, 0.0, -static_cast<double>(row));
+        open.cr = begin_page(page.surface);
+        open.drawing->play_on(open.cr);
+        good = give_page(open, png) && good;
+    }
+    return good;
 }
 
 bool Renderer::Implementation::finish_page(Open& open)
 {
-    bool good = cairo_status(open.cr) == CAIRO_STATUS_SUCCESS;
-    if (!good)
-        complaints_.say_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(cairo_status(open.cr)));
-    cairo_show_page(open.cr);
-    cairo_surface_flush(open.surface.get());
     ++pages_finished_;
-    if (options_.page_sink)
-        options_.page_sink(open.page);
-    if (!options_.png_prefix.empty())
-        good = write_png(open.page) && good;
+    std::unique_ptr<PngFile> png;
+    char number[16];
+    std::snprintf(number, sizeof number, "-%03u.png", open.page.number);
+    const std::string name = options_.png_prefix + number;
+    const bool wanted = !options_.png_prefix.empty();
+    if (wanted)
+        png = PngFile::create(name, open.page.width, open.page.height);
+    bool good = in_bands(open.page) ? draw_bands(open, png.get()) : give_page(open, png.get());
+    if (wanted && (png == nullptr || !png->close()))
+    {
+        complaints_.say_once("the page image " + name + " could not be written");
+        good = false;
+    }
     all_written_ = all_written_ && good;
     return good;
 }

@@ -23,6 +23,8 @@ namespace cairo_renderer
 {
 
 // A page, about to be drawn or just finished.
+constexpr uint32_t greatest_page_side = 32000;  // pixels; larger pages cannot be opened
+
 struct Page
 {
     // 1 for the first face that was opened, then counting up; Options::page_number may give another.
@@ -31,9 +33,13 @@ struct Page
     uint32_t width = 0;                  // pixels
     uint32_t height = 0;                 // pixels
     cairo_surface_t* surface = nullptr;  // null while the surface is still to be made; the renderer's
+    // The rows that the surface holds: all of them, or a band of a page that is drawn in bands.
+    uint32_t first_row = 0;
+    uint32_t rows = 0;
 };
 
-// Takes a finished page. The surface is flushed and lives until the sink returns, unless the sink takes a
+// Takes a finished page, or one band after the other of a page that is drawn in bands, from its first row to its
+// last. The surface is flushed and lives until the sink returns, unless the sink takes a
 // reference of its own. An image surface is CAIRO_FORMAT_RGB24, all paper white to begin with.
 using PageSink = std::function<void(const Page& page)>;
 
@@ -51,6 +57,9 @@ enum class GlyphForm
     in_turn  // each glyph is first asked for in one of the other four forms, in turn, then painted as a path
 };
 
+// Pixels of a surface that takes 64 MB.
+constexpr uint64_t usual_pixels_at_once = uint64_t{1} << 24;
+
 struct Options
 {
     PageSink page_sink;              // may be empty
@@ -58,7 +67,10 @@ struct Options
     // Gives the number of a page that is about to be opened; may be empty. Files of equal numbers replace each other.
     std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
-    bool keep_images = false;        // keep each image that allows it, and pull it when the drawing ends
+    // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
+    // the page ends, then played once for each band. Pages from a surface factory never are.
+    uint64_t pixels_at_once = usual_pixels_at_once;
+    bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
 };
@@ -101,8 +113,11 @@ struct PagePixels
     bool operator==(const PagePixels&) const = default;
 };
 
-// A copy of the page's pixels; empty if the surface is no image surface.
+// A copy of the pixels of the page, or of its band; empty if the surface is no image surface.
 PagePixels read_pixels(const Page& page);
+
+// The same for a page whose earlier bands are in `pages` already: the band is put below them.
+void collect_pixels(const Page& page, std::vector<PagePixels>& pages);
 
 // Keeps the pixels of each page that its sink is given.
 class PageCollector

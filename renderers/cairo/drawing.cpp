@@ -245,7 +245,12 @@ void Drawing::finish()
     kept_.pull_all(shared_.spaces, shared_.complaints);
     if (cr_ == nullptr || player_ != nullptr)
         return;
-    Player player(cr_, base_, shared_.complaints);
+    play_on(cr_);
+}
+
+void Drawing::play_on(cairo_t* cr) const
+{
+    Player player(cr, base_, shared_.complaints);
     player.play(*root_);
 }
 

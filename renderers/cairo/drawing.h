@@ -95,6 +95,8 @@ public:
     void finish();
     // Gives kept images back, unpulled.
     void discard();
+    // Plays what was recorded without a `cr`, after finish().
+    void play_on(cairo_t* cr) const;
     // What was recorded without a `cr`, after finish().
     void take_content(Resource& resource);
 

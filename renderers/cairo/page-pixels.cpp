@@ -48,9 +48,18 @@ PagePixels read_pixels(const Page& page)
     return copy_pixels(page.surface);
 }
 
+void collect_pixels(const Page& page, std::vector<PagePixels>& pages)
+{
+    PagePixels band = read_pixels(page);
+    if (page.first_row == 0)
+        return pages.push_back(std::move(band));
+    pages.back().pixels.insert(pages.back().pixels.end(), band.pixels.begin(), band.pixels.end());
+    pages.back().height += band.height;
+}
+
 PageSink PageCollector::sink()
 {
-    return [pages = pages_](const Page& page) { pages->push_back(read_pixels(page)); };
+    return [pages = pages_](const Page& page) { collect_pixels(page, *pages); };
 }
 
 const std::vector<PagePixels>& PageCollector::pages() const
