@@ -149,7 +149,7 @@ def literals(text):
 
 def interface_numbers():
     numbers = {}
-    for path in check.files(".h", under=("orvlog/interface/", "holv-core/ggo/ggo-geometry")):
+    for path in check.files(".h", under=("orvlog/interface/", "holv-core/ggo/ggo-records")):
         for block in re.findall(r"\benum\s*\{([^}]*)\}", re.sub(r"//.*", "", check.text(path))):
             value = -1
             for item in filter(None, (item.strip() for item in block.split(","))):

@@ -1,6 +1,7 @@
 // The three paint calls.
 
 #include "holv-core/ger/ger-error.h"
+#include "holv-core/ggo/ggo-geometry.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
