@@ -149,7 +149,7 @@ def literals(text):
 
 def interface_numbers():
     numbers = {}
-    for path in check.files(".h", under=("orvlog/interface/", "holv-core/ggo/ggo-geometry")):
+    for path in check.files(".h", under=("orvlog/interface/", "holv-core/ggo/ggo-records")):
         for block in re.findall(r"\benum\s*\{([^}]*)\}", re.sub(r"//.*", "", check.text(path))):
             value = -1
             for item in filter(None, (item.strip() for item in block.split(","))):
@@ -175,6 +175,28 @@ def name_faults(page, path):
             yield f"{literal} is not told"
 
 
+def flag_tables(path):
+    for table in re.findall(r"\[\] = \{((?:\s*ORVLOG_FLAG\(\w+\),?)+)\s*\}", check.text(path)):
+        yield re.findall(r"ORVLOG_FLAG\((\w+)\)", table)
+
+
+def told_flags(page):
+    """The names of each table of flags, as the page has them."""
+    for pairs in page.flags.values():
+        names = [name for name, _ in pairs]
+        rotations = [name for name in names if name.startswith("GGO_XFLAG_ROT")]
+        yield [name for name in names if name not in rotations]
+        if rotations:
+            yield rotations
+
+
+def told_messages(page):
+    """The warnings of the page's table."""
+    for heads, cells in rows(page.text):
+        if heads[0] == "Message":
+            yield cells[0].strip("`")
+
+
 def message_faults(page, path):
     for call in re.findall(r"(?:defer_warning|warn|warn_once|pull_fixed)\(([^;]*?)\);", check.text(path)):
         for message in re.findall(r'"([^"]{20,})"', call):
@@ -185,6 +207,7 @@ def message_faults(page, path):
 report = check.Report()
 page = Page()
 seen = set()
+tables, sources = [], ""
 for path, text in expected_texts():
     for match in TAG.finditer(text):
         name, found, closed = match[1], re.findall(r' ([\w.]+)="([^"]*)"', match[2]), match[3] == "/"
@@ -198,4 +221,12 @@ for path in check.files(".cpp", ".h", under=("orvlog/",)):
     if not path.startswith(("orvlog/interface/", "orvlog/colour/gxc/", "orvlog/log/orvlog-merge")):
         report.hold(path, name_faults(page, path))
         report.hold(path, message_faults(page, path))
+        tables += flag_tables(path)
+        sources += re.sub(r'"\s*\n\s*"', "", check.text(path))
+told = list(told_flags(page))
+report.hold("tables of flags", (f"not in the order told: {', '.join(names)}" for names in tables if names not in told))
+report.hold(PAGE, (f"no table of flags has {', '.join(names)}" for names in told if names not in tables))
+messages = list(told_messages(page))
+report.hold(PAGE, [] if len(messages) > 20 else ["has no table of messages"])
+report.hold(PAGE, (f'no source says "{message}"' for message in messages if f'"{message}"' not in sources))
 report.end()

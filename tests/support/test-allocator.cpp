@@ -1,5 +1,7 @@
 #include "tests/support/test-allocator.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -69,8 +71,9 @@ TestAllocator::TestAllocator() : record_{}
     record_.gmm_Free = [](GMM_Allocator* a, void* block) { of(a)->release(block); };
     record_.gmm_FreeChannel = [](GMM_Allocator*, uint32_t) {};
     record_.gmm_FreeAll = [](GMM_Allocator*) {};
-    record_.gmm_Calloc = [](GMM_Allocator* a, uint64_t size, uint32_t)
+    record_.gmm_Calloc = [](GMM_Allocator* a, uint64_t size, uint32_t channel)
     {
+        of(a)->other_channels_ += channel != 0 ? 1 : 0;
         void* block = of(a)->allocate(size);
         if (block != nullptr)
             std::memset(block, 0, size);
@@ -97,6 +100,7 @@ TestAllocator::TestAllocator() : record_{}
 
 TestAllocator::~TestAllocator()
 {
+    EXPECT_EQ(other_channels_, 0U) << "requests for another channel than 0";
     for (const auto& [block, size] : blocks_)
         std::free(block);
 }

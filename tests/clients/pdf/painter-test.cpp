@@ -78,9 +78,9 @@ TEST_F(PainterTest, SaysWhenTheClipIsTheSame)
     PaintState state;
     state.clip = painter.narrow(nullptr, box, Winding::non_zero);
     painter.fill(box, Winding::non_zero, black, state);
-    EXPECT_NE(fake.last().find("hints=0"), std::string::npos) << fake.last();
+    EXPECT_NE(fake.last().find("hints=0 "), std::string::npos) << fake.last();
     painter.fill(box, Winding::non_zero, black, state);
-    EXPECT_NE(fake.last().find("hints=1"), std::string::npos) << fake.last();
+    EXPECT_NE(fake.last().find("hints=1 "), std::string::npos) << fake.last();
     EXPECT_NE(fake.last_clip, nullptr);
 }
 

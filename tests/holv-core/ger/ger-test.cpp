@@ -467,6 +467,34 @@ TEST_F(Record, RaiseKeepsTheWorstAndOfEqualsTheFirst)
     EXPECT_STREQ(error->ge_Text, "worse");
 }
 
+TEST_F(Record, RaiseFormatsItsArguments)
+{
+    GER_Error* error = make(40, "Page 3: ");
+    GER_ErrorRaise(error, 2, 6, 33302523, "row %i of %s", 5, "image");
+    EXPECT_STREQ(error->ge_Text, "Page 3: row 5 of image");
+    EXPECT_EQ(take(), "GER 2:6:33302523 'Page 3: row 5 of image'");
+}
+
+// What a failed format has left behind the prefix is not taken for a message.
+TEST_F(Record, FormatThatFailsLeavesNoText)
+{
+    const char* no_character = "lost %lc";
+    if (std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)) >= 0)
+        GTEST_SKIP() << "this C library writes any character";
+    for (const bool raise : {false, true})
+    {
+        GER_Error* error = make(20, "p:");
+        std::memset(error->ge_Text + 2, 'x', 20);
+        if (raise)
+            GER_ErrorRaise(error, 1, 2, 3, no_character, static_cast<wint_t>(0xDC00));
+        else
+            GER_ErrorSet(error, 1, 2, 3, no_character, static_cast<wint_t>(0xDC00));
+        EXPECT_STREQ(error->ge_Text, "p:");
+        EXPECT_EQ(error->ge_Text[2 + 20], '\0');
+        EXPECT_EQ(take(), "GER 1:2:3 'p:'");
+    }
+}
+
 TEST_F(Record, TextIsCutAtTheCapacity)
 {
     GER_Error* error = make(5, "p:");

@@ -5,7 +5,12 @@
 
 #include "holv-core/gio/gio-http.h"
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <chrono>
+#include <thread>
 #include <vector>
 
 namespace
@@ -44,6 +49,36 @@ TEST_F(HttpClient, SilenceEndsAtTheLimit)
     EXPECT_EQ(ops_->gio_Eof(c_), 0);
     close();
     EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(15));
+}
+
+// A listener whose places are taken answers no connection: the limit of connecting ends it, whatever the other is.
+TEST_F(HttpClient, ConnectingEndsAtItsLimit)
+{
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* general = reinterpret_cast<sockaddr*>(&address);
+    ASSERT_EQ(bind(listening, general, size), 0);
+    ASSERT_EQ(listen(listening, 0), 0);
+    ASSERT_EQ(getsockname(listening, general, &size), 0);
+    std::vector<int> waiting;
+    for (int i = 0; i < 8; ++i)
+    {
+        waiting.push_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+        connect(waiting.back(), general, size);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    gio_SetHttpLimits(700, 60000);
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(open("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x"), 1001);
+    const auto taken = std::chrono::steady_clock::now() - begun;
+    EXPECT_GE(taken, std::chrono::milliseconds(500));
+    EXPECT_LT(taken, std::chrono::seconds(5));
+    for (const int one : waiting)
+        ::close(one);
+    ::close(listening);
 }
 
 TEST_F(HttpClient, AsksForRanges)

@@ -166,6 +166,13 @@ TEST_F(Memory, Seeks)
     EXPECT_EQ(ops->gio_Seek64(c, -10, GIO_SEEK_END), 0);
     EXPECT_EQ(ops->gio_Seek64(c, -11, GIO_SEEK_END), -1);
     EXPECT_EQ(ops->gio_Seek(c, -1, GIO_SEEK_CUR), -1);
+    EXPECT_EQ(ops->gio_Seek(c, 4, GIO_SEEK_SET), 0);
+    EXPECT_EQ(ops->gio_Seek(c, 7, GIO_SEEK_CUR), -1) << "beyond the end, though not from the start";
+    EXPECT_EQ(ops->gio_Tell(c), 4);
+    EXPECT_EQ(ops->gio_Seek(c, 6, GIO_SEEK_CUR), 0);
+    EXPECT_EQ(ops->gio_Tell(c), 10);
+    EXPECT_EQ(ops->gio_Seek(c, 1, GIO_SEEK_CUR), -1);
+    EXPECT_EQ(ops->gio_Seek(c, 0, GIO_SEEK_SET), 0);
     EXPECT_EQ(ops->gio_Seek(c, 0, 3), -1);
     EXPECT_EQ(ops->gio_Seek64(c, INT64_MIN, GIO_SEEK_END), -1);
     EXPECT_EQ(ops->gio_Seek64(c, INT64_MAX, GIO_SEEK_END), -1);

@@ -418,6 +418,16 @@ TEST(ResolveUrl, RelativeNames)
     EXPECT_EQ(resolve("g", "file:///c:/d/e"), "file:///c:/d/g");
 }
 
+// What has an escape without need loses it, in each part by its own rules.
+TEST(ResolveUrl, EscapesInTheFragment)
+{
+    EXPECT_EQ(resolve("#%41%7e%2F%3f"), "http://a/b/c/d#A~%2F%3f");
+    EXPECT_EQ(resolve("http://h/x#%23%2541", nullptr), "http://h/x#%23%2541");
+    EXPECT_EQ(resolve("?%41%26#%c3%a4%41"), "http://a/b/c/d?A%26#%c3%a4A");
+    EXPECT_EQ(resolve("#%4"), "code 38");
+    EXPECT_EQ(resolve("#%E9x"), "code 38");
+}
+
 TEST(ResolveUrl, RefusesWhatCantBeJoined)
 {
     EXPECT_EQ(resolve("g", nullptr), "code 22");

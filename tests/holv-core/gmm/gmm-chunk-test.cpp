@@ -14,6 +14,24 @@ namespace
 
 using orvlog::test::TestAllocator;
 
+// A parent that is asked in the channel of the pool, here 3, and in no other. It hides it from its own count.
+class ParentInChannel3 : public TestAllocator
+{
+public:
+    ParentInChannel3()
+    {
+        inner = get()->gmm_Alloc;
+        get()->gmm_Alloc = [](GMM_Allocator* parent, uint64_t size, uint32_t channel)
+        {
+            EXPECT_EQ(channel, 3U);
+            return inner(parent, size, 0);
+        };
+    }
+
+private:
+    static inline void* (*inner)(GMM_Allocator* allocator, uint64_t size, uint32_t channel) = nullptr;
+};
+
 class Chunk : public testing::Test
 {
 protected:
@@ -37,7 +55,7 @@ protected:
         return static_cast<uint8_t*>(pool->gmm_Alloc(pool, size, 0));
     }
 
-    TestAllocator parent;
+    ParentInChannel3 parent;
     GMM_Allocator* pool = nullptr;
 };
 
@@ -58,7 +76,7 @@ TEST_F(Chunk, CreationFillsTheRecordAndTakesNoChunk)
 TEST_F(Chunk, CreationWithoutMemoryGivesNull)
 {
     parent.refuse(1);
-    const GMM_ChunkParams params = {parent.get(), 16384, 0};
+    const GMM_ChunkParams params = {parent.get(), 16384, 3};
     EXPECT_EQ(gmm_chunk_allocator_create(&params), nullptr);
 }
 
@@ -199,6 +217,7 @@ TEST_F(Chunk, ReallocOfNoBytesBehindAFullChunkReadsNothing)
     ASSERT_EQ(empty, full.data() + full.size()) << "where the readable page ends";
     growing->parent = parent.get();
     growing->chunk_size = 64;
+    growing->channel = 3;
     EXPECT_NE(guarded->gmm_Realloc(guarded, empty, 16), nullptr);
     EXPECT_EQ(growing->used_bytes, 24U);
     parent.get()->gmm_Free(parent.get(), growing->head.next);

@@ -496,6 +496,23 @@ TEST_F(CsdDump, ACircleOfDefinitionsEndsWithAWarning)
     EXPECT_EQ(writer.depth, 0u);
 }
 
+TEST_F(CsdDump, AWrapperHoldsAsManyDefinitions)
+{
+    csd.csd_Type = GCM_CSDTYPE_NO_BASE_CHANS;
+    csd.csd_HasAlternateDefn = 1;
+    csd.csd_NumNamedChans = 1;
+    pointer.cp_AlternateDefn = &pointer;
+    pointer.cp_TintTransformAltDefn = &pointer;
+    ORVLOG_DumpCsdWrapper(&writer, &pointer, "w");
+    const std::string text = stream.text();
+    size_t opened = 0;
+    for (size_t at = text.find("<GCM_CsdPointer>\n"); at != std::string::npos;
+         at = text.find("<GCM_CsdPointer>\n", at + 1))
+        ++opened;
+    EXPECT_EQ(opened, 1024u);
+    EXPECT_EQ(writer.depth, 0u);
+}
+
 TEST_F(CsdDump, AThousandLevelsOfAlternatesAreWhole)
 {
     std::vector<GCM_CsdPointer> chain(1002);

@@ -5,14 +5,14 @@
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/every-call.h"
+#include "tests/support/failure-sweep.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/fake-renderer.h"
 #include "tests/support/memory-stream.h"
 #include "tests/support/test-allocator.h"
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
-
-#include <cstdio>
 
 namespace
 {
@@ -84,8 +84,7 @@ TEST_P(FailureSweep, SoundJobIsClean)
 
 TEST_P(FailureSweep, NthAllocationRefused)
 {
-    uint64_t n = 1;
-    for (;; ++n)
+    const auto refused = [](uint64_t n)
     {
         Sweep sweep;
         sweep.allocator.refuse(n);
@@ -93,24 +92,22 @@ TEST_P(FailureSweep, NthAllocationRefused)
         sweep.expect_clean(n);
         EXPECT_GE(sweep.references_without_frame, 0) << n;
         EXPECT_LE(sweep.references_without_frame, 1) << n;
-        if (sweep.allocator.refused() == 0)
-            break;
-    }
-    EXPECT_GT(n, 20U);
-    std::printf("swept %u allocations\n", static_cast<unsigned>(n - 1));
+        return sweep.allocator.refused() != 0;
+    };
+    EXPECT_GT(sweep_failures(refused), 19U);
 }
 
 TEST_P(FailureSweep, AllAllocationsRefusedFromTheNthOn)
 {
-    for (uint64_t n = 1;; ++n)
+    const auto refused = [](uint64_t n)
     {
         Sweep sweep;
         sweep.allocator.refuse(n, true);
         sweep.run(GetParam());
         sweep.expect_clean(n);
-        if (sweep.allocator.refused() == 0)
-            break;
-    }
+        return sweep.allocator.refused() != 0;
+    };
+    EXPECT_GT(sweep_failures(refused), 19U);
 }
 
 TEST_P(FailureSweep, NthStreamOperationFailed)
@@ -133,36 +130,43 @@ TEST_P(FailureSweep, NthStreamOperationFailed)
             EXPECT_EQ(sweep.references_without_frame, 0) << n;
             sweep.expect_clean(n);
         }
+        Sweep last;
+        last.stream.fail(operations + 1);
+        EXPECT_EQ(last.run(GetParam(), compress), 1U);
+        EXPECT_EQ(last.stream.failed(), 0U);
     }
 }
 
 TEST_P(FailureSweep, StreamThatFailsForGood)
 {
-    for (uint64_t n = 1; n < 400; n += 13)
+    const auto failed = [](uint64_t n)
     {
         Sweep sweep;
         sweep.stream.fail(n, true);
         EXPECT_EQ(sweep.run(GetParam()), 1U);
         EXPECT_EQ(sweep.renderer.calls().size(), 42U);
         sweep.expect_clean(n);
-    }
+        return sweep.stream.failed() != 0;
+    };
+    EXPECT_GT(sweep_failures(failed, 61), 20U);
 }
 
 TEST_P(FailureSweep, NthCallOfTheRendererFailed)
 {
-    for (uint64_t n = 1;; ++n)
+    const auto failed = [](uint64_t n)
     {
         Sweep sweep;
         sweep.renderer.fail(n);
         EXPECT_EQ(sweep.run(GetParam()), 1U);
         sweep.expect_clean(n);
-        if (sweep.renderer.failed() == 0)
-            break;
+        const bool met = sweep.renderer.failed() != 0;
         uint32_t zeros = 0;
         for (const uint32_t result : sweep.job.results())
             zeros += result == 0 ? 1 : 0;
-        EXPECT_GE(zeros, 1U) << n;
-    }
+        EXPECT_EQ(zeros != 0, met) << n;
+        return met;
+    };
+    EXPECT_EQ(sweep_failures(failed), 42U);
 }
 
 TEST_P(FailureSweep, TicketOperationsFailed)
@@ -182,6 +186,22 @@ TEST_P(FailureSweep, TicketOperationsFailed)
     EXPECT_EQ(sweep.run(GetParam()), 1U);
     EXPECT_EQ(sweep.allocator.outstanding(), 0U);
     EXPECT_EQ(sweep.job.tickets().releases, sweep.job.tickets().retains - 1) << "one frame was left open";
+}
+
+uint64_t sweep_a_job_of_three_places(uint64_t step, uint64_t cap)
+{
+    return sweep_failures([](uint64_t n) { return n <= 3; }, step, cap);
+}
+
+TEST(SweepFailures, EndsWithTheFirstRunThatMeetsNone)
+{
+    EXPECT_EQ(sweep_a_job_of_three_places(1, 4), 3U);
+    EXPECT_EQ(sweep_a_job_of_three_places(2, 4), 2U);
+}
+
+TEST(SweepFailures, FailsWhereItsCapComesFirst)
+{
+    EXPECT_NONFATAL_FAILURE(sweep_a_job_of_three_places(1, 3), "all of 3 runs met a failure");
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, FailureSweep, testing::Values(ORVLOG_MODE_TRANSPARENT, ORVLOG_MODE_BASE));

@@ -3,6 +3,7 @@
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/fake-font-engine.h"
+#include "tests/support/fake-tickets.h"
 #include "tests/support/test-session.h"
 
 #include <gtest/gtest.h>
@@ -241,6 +242,33 @@ TEST(SecondReceiver, WithoutFunctionsIsLetBe)
                                                nullptr, 8, 9, 10, 11, 12, 13),
               0U);
     EXPECT_EQ(test.finish_document(), 1U);
+}
+
+// A second receiver may fill in a drawing without the calls that end it.
+TEST(SecondReceiver, WithoutTheEndsOfADrawingIsLetBe)
+{
+    for (const bool finish : {true, false})
+    {
+        TestSession test;
+        ORV_Interface second = {};
+        second.face_start.fn = [](void*, const ORV_Interface*, void*, ORV_DrawingInterface* drawing,
+                                  const GFI_FontEngineTable*, uint32_t, const ORV_FaceProperties*, void*, uint32_t,
+                                  uint32_t) -> uint32_t
+        {
+            *drawing = {};
+            return 1;
+        };
+        test.set_second(&second);
+        ORV_DrawingInterface face = {};
+        test.start_document();
+        EXPECT_EQ(test.start_face(&face), 1U);
+        test.renderer.set_result(7);
+        EXPECT_EQ(finish ? face.drawing_finish.fn(&face) : face.drawing_discard.fn(&face), finish ? 1U : 7U);
+        EXPECT_EQ(test.renderer.last(), finish ? "drawing_finish" : "drawing_discard");
+        test.renderer.set_result(1);
+        EXPECT_EQ(test.finish_document(), 1U);
+        EXPECT_EQ(test.shut_down(), 1U);
+    }
 }
 
 class Face : public testing::Test
@@ -579,6 +607,24 @@ TEST_F(Resource, DestroyTranslatesTheNumberAndForgetsIt)
     EXPECT_EQ(test.orv.resource_destroy.fn(nullptr, &test.orv, test.document, nullptr, 1), 0U);
 }
 
+TEST_F(Resource, DestroyOfAnOlderOneLeavesTheOthers)
+{
+    start(&drawing);
+    start(&drawing);
+    start(&drawing);
+    const auto destroy = [&](uint32_t id)
+    { return test.orv.resource_destroy.fn(nullptr, &test.orv, test.document, nullptr, id); };
+    EXPECT_EQ(destroy(0), 1U);
+    EXPECT_EQ(test.renderer.last(), "resource_destroy err=0 resource=500 own-document");
+    EXPECT_EQ(destroy(0), 0U);
+    EXPECT_EQ(destroy(1), 1U);
+    EXPECT_EQ(test.renderer.last(), "resource_destroy err=0 resource=501 own-document");
+    EXPECT_EQ(destroy(2), 1U);
+    EXPECT_EQ(test.renderer.last(), "resource_destroy err=0 resource=502 own-document");
+    EXPECT_EQ(session_of(test)->resource_map, nullptr);
+    EXPECT_EQ(test.renderer.count("resource_destroy"), 3U);
+}
+
 TEST_F(Resource, DestroyOfAnUnknownNumberIsLoggedAndGivesZero)
 {
     EXPECT_EQ(test.orv.resource_destroy.fn(nullptr, &test.orv, test.document, nullptr, 4), 0U);
@@ -662,6 +708,58 @@ TEST_F(MemoryContext, WrapsTheFontEngine)
                                      9, 10, 11, 12, 13);
     EXPECT_NE(test.renderer.last_engine, engine.get());
     EXPECT_EQ(session_of(test)->current_font_wrapper, test.renderer.last_engine);
+}
+
+TEST(MemoryContextColour, ItsTicketIsHeldInAFrameUntilItsEnd)
+{
+    FakeTickets tickets;
+    FakeTickets::Ticket ticket = {&tickets, 9, "", 0};
+    TestSession test(Behind::kRenderer, nullptr, tickets.functions());
+    ORV_DrawingInterface memory = {};
+    test.start_document();
+    EXPECT_EQ(test.orv.memory_context_start.fn(nullptr, &test.orv, test.document, &memory, 1, 2, 3, 4, 5, nullptr,
+                                               &ticket, 8, 9, 10, 11, 12, 13),
+              1U);
+    const ORVLOG_ColourFrame* frame = session_of(test)->colour_frames;
+    ASSERT_NE(frame, nullptr);
+    EXPECT_EQ(frame->ticket, &ticket);
+    EXPECT_EQ(frame->next, nullptr);
+    EXPECT_EQ(ticket.references, 1);
+    EXPECT_EQ(memory.drawing_finish.fn(&memory), 1U);
+    EXPECT_EQ(session_of(test)->colour_frames, nullptr);
+    EXPECT_EQ(ticket.references, 0);
+}
+
+// A colour manager that lacks an operation of a frame is asked for none of them, and the page is drawn.
+TEST(TicketTables, ThatLackAnOperationGiveNoFrame)
+{
+    for (const int lacking : {0, 1, 2})
+    {
+        FakeTickets tickets;
+        FakeTickets::Ticket ticket = {&tickets, 9, "", 0};
+        ORVLOG_TicketFunctions functions = *tickets.functions();
+        if (lacking == 0)
+            functions.retain = nullptr;
+        else if (lacking == 1)
+            functions.release = nullptr;
+        else
+            functions.query = nullptr;
+        TestSession test(Behind::kRenderer, nullptr, &functions);
+        const ORV_FaceProperties properties = letter_face();
+        ORV_DrawingInterface face = {};
+        test.start_document();
+        EXPECT_EQ(
+            test.orv.face_start.fn(nullptr, &test.orv, test.document, &face, nullptr, 1, &properties, &ticket, 0, 0),
+            1U);
+        EXPECT_EQ(session_of(test)->colour_frames, nullptr) << lacking;
+        EXPECT_EQ(face.drawing_finish.fn(&face), 1U);
+        EXPECT_EQ(test.finish_document(), 1U);
+        EXPECT_EQ(test.shut_down(), 1U);
+        EXPECT_EQ(test.renderer.calls().size(), 4U);
+        EXPECT_EQ(tickets.retains, 0U) << lacking;
+        EXPECT_EQ(tickets.releases, 0U) << lacking;
+        EXPECT_EQ(tickets.queries, 0U) << lacking;
+    }
 }
 
 TEST_F(MemoryContext, GoesToTheSecondReceiverWhole)

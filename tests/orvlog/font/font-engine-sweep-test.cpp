@@ -3,6 +3,7 @@
 // at random.
 
 #include "orvlog/session/orvlog-session.h"
+#include "tests/support/failure-sweep.h"
 #include "tests/support/guarded-block.h"
 #include "tests/support/scripted-font-engine.h"
 #include "tests/support/test-session.h"
@@ -161,38 +162,43 @@ TEST_P(FontEngineSweep, SoundJobPullsEveryGlyph)
 
 TEST_P(FontEngineSweep, NthAllocationRefused)
 {
-    uint64_t n = 1;
-    while (run([&](TestSession* client) { client->allocator.refuse(n); },
-               [](const TestSession& client) { return client.allocator.refused() != 0; }))
-        ++n;
-    EXPECT_GT(n, 15U);
+    const auto refused = [&](uint64_t n)
+    {
+        return run([&](TestSession* client) { client->allocator.refuse(n); },
+                   [](const TestSession& client) { return client.allocator.refused() != 0; });
+    };
+    EXPECT_GT(sweep_failures(refused), 14U);
 }
 
 TEST_P(FontEngineSweep, AllAllocationsRefusedFromTheNthOn)
 {
-    uint64_t n = 1;
-    while (run([&](TestSession* client) { client->allocator.refuse(n, true); },
-               [](const TestSession& client) { return client.allocator.refused() != 0; }))
-        ++n;
-    EXPECT_GT(n, 15U);
+    const auto refused = [&](uint64_t n)
+    {
+        return run([&](TestSession* client) { client->allocator.refuse(n, true); },
+                   [](const TestSession& client) { return client.allocator.refused() != 0; });
+    };
+    EXPECT_GT(sweep_failures(refused), 14U);
 }
 
 TEST_P(FontEngineSweep, NthCallOfTheEngineFailed)
 {
-    int64_t n = 1;
-    const auto set_fuse = [&](TestSession*) { fuse = n; };
-    while (run(set_fuse, [&](const TestSession&) { return fuse <= 0; }))
-        ++n;
-    EXPECT_GT(n, 20);
+    const auto failed = [&](uint64_t n) {
+        return run([&](TestSession*) { fuse = static_cast<int64_t>(n); },
+                   [&](const TestSession&) { return fuse <= 0; });
+    };
+    EXPECT_GT(sweep_failures(failed), 19U);
 }
 
 TEST_P(FontEngineSweep, StreamFailsFromTheNthOperationOn)
 {
-    for (uint64_t n = 1; n < 1500; n += 41)
+    const auto failed = [&](uint64_t n)
     {
-        run([&](TestSession* client) { client->stream.fail(n, true); }, [](const TestSession&) { return false; });
+        const bool met = run([&](TestSession* client) { client->stream.fail(n, true); },
+                             [](const TestSession& client) { return client.stream.failed() != 0; });
         EXPECT_NE(calls.find("start index "), std::string::npos) << n;
-    }
+        return met;
+    };
+    EXPECT_GT(sweep_failures(failed, 41), 20U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Pulls, FontEngineSweep, testing::Values(0, 1, 2),

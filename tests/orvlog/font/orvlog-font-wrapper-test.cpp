@@ -319,6 +319,15 @@ TEST_F(FontWrapper, EachTableHasItsNumber)
     font_wrapper_destroy(second_table);
 }
 
+TEST_F(FontWrapper, DestroyOfNothingIsLetBe)
+{
+    font_wrapper_destroy(nullptr);
+    const GFI_FontEngineTable no_wrapper = {};
+    font_wrapper_destroy(&no_wrapper);
+    get(0);
+    EXPECT_EQ(log.take_value("GfpId"), "0");
+}
+
 TEST_F(FontWrapper, ElementsStandAtTheSessionsDepth)
 {
     log.session.writer.depth = 2;

@@ -272,6 +272,40 @@ TEST_F(Capture, EndlessStringIsGivenUp)
     log.session.writer.stream = log.stream.get();
 }
 
+TEST_F(Capture, EndlessStringIsWarnedOf)
+{
+    engine.endless = true;
+    engine.glyph_result = 0;
+    log.session.glyph_warned_glyph_get = 1;
+    const std::string text = dump();
+    EXPECT_EQ(count(text, "<GFI_GlyphGetFn "), 262144U);
+    EXPECT_EQ(count(text, "\n<!--\nORVLOG: WARNING: String of glyphs does not end.\n-->\n"), 1U);
+}
+
+// What an engine leaves alone stands in the log as it was asked with.
+TEST_F(Capture, WordsLeftAloneAreTheDefaults)
+{
+    engine.table.GFI_StringStartFn = [](void*, const GFI_FontSpecPointer*, const GGO_Matrix*, uint32_t, uint32_t,
+                                        const GFI_StringDescPointer*, int32_t*, GGO_Matrix*, uint32_t*) -> uint32_t
+    { return 1; };
+    engine.table.GFI_GlyphGetFn = [](void*, uint32_t, uint32_t* changed, GGO_Matrix*, uint32_t*,
+                                     GFI_GlyphDescPointer**) -> uint32_t
+    {
+        *changed = 1;
+        return 1;
+    };
+    engine.advances = {{1, 0}};
+    const std::string text = dump();
+    EXPECT_EQ(count(text, " unique_font_id=\"0\" glyphdesc_to_face_pixel=\"1 0 0 1 0 0 \" "
+                          "glyphdesc_transform_flags=\"[0] GGO_XFLAG_NONE \" "),
+              1U)
+        << text;
+    EXPECT_EQ(count(text, " glyphdesc_transform_changed=\"TRUE\" glyphdesc_to_face_pixel=\"0 0 0 0 0 0 \" "
+                          "glyphdesc_transform_flags=\"[0] GGO_XFLAG_NONE \">"),
+              1U)
+        << text;
+}
+
 TEST_F(Capture, LongTextIsNotTakenForAnEndlessString)
 {
     const std::vector<uint8_t> text(1000, 'a');

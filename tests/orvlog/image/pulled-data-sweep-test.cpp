@@ -2,6 +2,7 @@
 // image, swept through failures of memory, of the log's stream and of the client's callbacks.
 
 #include "orvlog/core/orvlog-entry.h"
+#include "tests/support/failure-sweep.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/scripted-font-engine.h"
 #include "tests/support/temp-folder.h"
@@ -116,35 +117,41 @@ TEST_P(PulledData, SoundJob)
 
 TEST_P(PulledData, NthAllocationRefused)
 {
-    uint64_t n = 1;
-    while (run([&](TestSession* client) { client->allocator.refuse(n); },
-               [](const TestSession& client) { return client.allocator.refused() != 0; }))
-        ++n;
-    EXPECT_GT(n, 10U);
+    const auto refused = [&](uint64_t n)
+    {
+        return run([&](TestSession* client) { client->allocator.refuse(n); },
+                   [](const TestSession& client) { return client.allocator.refused() != 0; });
+    };
+    EXPECT_GT(sweep_failures(refused), 9U);
 }
 
 TEST_P(PulledData, AllAllocationsRefusedFromTheNthOn)
 {
-    uint64_t n = 1;
-    while (run([&](TestSession* client) { client->allocator.refuse(n, true); },
-               [](const TestSession& client) { return client.allocator.refused() != 0; }))
-        ++n;
-    EXPECT_GT(n, 10U);
+    const auto refused = [&](uint64_t n)
+    {
+        return run([&](TestSession* client) { client->allocator.refuse(n, true); },
+                   [](const TestSession& client) { return client.allocator.refused() != 0; });
+    };
+    EXPECT_GT(sweep_failures(refused), 9U);
 }
 
 TEST_P(PulledData, StreamFailsFromTheNthOperationOn)
 {
-    for (uint64_t n = 1; n < 3000; n += 37)
-        run([&](TestSession* client) { client->stream.fail(n, true); }, [](const TestSession&) { return false; });
+    const auto failed = [&](uint64_t n)
+    {
+        return run([&](TestSession* client) { client->stream.fail(n, true); },
+                   [](const TestSession& client) { return client.stream.failed() != 0; });
+    };
+    EXPECT_GT(sweep_failures(failed, 37), 20U);
 }
 
 TEST_P(PulledData, NthCallbackFailed)
 {
-    int64_t n = 1;
-    const auto set_fuse = [&](TestSession*) { fuse = n; };
-    while (run(set_fuse, [&](const TestSession&) { return fuse <= 0; }))
-        ++n;
-    EXPECT_GT(n, 20);
+    const auto failed = [&](uint64_t n) {
+        return run([&](TestSession*) { fuse = static_cast<int64_t>(n); },
+                   [&](const TestSession&) { return fuse <= 0; });
+    };
+    EXPECT_GT(sweep_failures(failed), 19U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, PulledData, testing::Values(nullptr, "side", "no-such-folder/side"),
