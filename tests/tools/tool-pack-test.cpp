@@ -338,6 +338,18 @@ TEST(ToolMerge, LooksInTheFoldersOfTheUser)
     EXPECT_FALSE(std::filesystem::exists(log));
 }
 
+TEST(ToolMerge, SaysThatThereIsNoTemporaryFolder)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write(kTemp, kLog);
+    const ToolResult result =
+        run_program({"env", "TMPDIR=" + folder.path("none"), ORVLOG_TOOL, "merge", log, "-o", folder.path("log.xml")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + folder.path("none") + ": No such file or directory\n");
+    EXPECT_EQ(read_file(log), kLog);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+}
+
 TEST(ToolMerge, LeavesAFinishedLog)
 {
     const ScratchFolder folder;
