@@ -13,9 +13,12 @@ TemporaryFolder::TemporaryFolder()
 {
     const SignalsHeld held;
     catch_signals();
-    std::string form = (std::filesystem::temp_directory_path() / "orvlog-XXXXXX").string();
+    // What TMPDIR names, whether it is there or not: a failure is to be told with its name.
+    const char* told = std::getenv("TMPDIR");
+    const std::filesystem::path base = told != nullptr && *told != '\0' ? told : "/tmp";
+    std::string form = (base / "orvlog-XXXXXX").string();
     if (mkdtemp(form.data()) == nullptr)
-        throw std::filesystem::filesystem_error("no temporary folder", form,
+        throw std::filesystem::filesystem_error("no temporary folder", base,
                                                 std::error_code(errno, std::generic_category()));
     folder_ = form;
     note_folder(form);

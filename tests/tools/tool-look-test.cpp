@@ -134,6 +134,13 @@ TEST(ToolCheck, AddsUpWhatRepeats)
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 5001);
 }
 
+// The width in a PNG's head; 0 if it is none.
+int png_size(const std::string& file)
+{
+    const std::string png = read_file(file);
+    return png.size() > 26 && png.substr(1, 3) == "PNG" ? static_cast<unsigned char>(png[19]) : 0;
+}
+
 TEST(ToolCheck, LooksForFilesWhereTheUserSays)
 {
     const ScratchFolder folder;
@@ -144,6 +151,17 @@ TEST(ToolCheck, LooksForFilesWhereTheUserSays)
     EXPECT_EQ(run_tool({"check", log}).status, 0);
     EXPECT_EQ(run_tool({"check", elsewhere}).status, 1);
     EXPECT_EQ(run_tool({"check", elsewhere, "--files-from", folder.path("images/sub")}).status, 0);
+    EXPECT_EQ(run_tool({"extract", "images", elsewhere, "-o", folder.path("out")}).status, 1);
+    EXPECT_EQ(
+        run_tool({"extract", "images", elsewhere, "-o", folder.path("out"), "--files-from", folder.path("images/sub")})
+            .status,
+        0);
+    EXPECT_EQ(png_size(folder.path("out/image-0-10.png")), 2);
+    const std::vector<std::string> replay = {"replay", elsewhere, "--renderer", "none"};
+    EXPECT_NE(run_tool(replay).err.find("a-dir-10.bin is not read: "), std::string::npos);
+    EXPECT_EQ(run_tool({"replay", elsewhere, "--renderer", "none", "--files-from", folder.path("images/sub")})
+                  .err.find("is not read"),
+              std::string::npos);
     const ToolResult result = run_tool({"check", log, "--files-from", folder.path("gone")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "orvlog: " + folder.path("gone") + ": No such file or directory\n");

@@ -53,6 +53,28 @@ TEST(ToolUnpack, ReportsACutLogAndGivesWhatWasWhole)
     EXPECT_EQ(text, kLog.substr(0, text.size()));
 }
 
+TEST(ToolUnpack, TellsABentLogFromACutOne)
+{
+    const ScratchFolder folder;
+    const std::string call = "  <ORV_document_start document_id=\"7\">\n  </ORV_document_start>\n";
+    std::string text = "<ORV A=\"1\">\n";
+    for (int i = 0; i < 200; ++i)
+        text += call;
+    std::string coded = run_tool({"pack", "-", "-o", "-"}, text + "</ORV>\n").out;
+    const std::string cut = folder.write("cut", coded.substr(0, coded.size() / 2));
+    coded[coded.size() / 4] = static_cast<char>(coded[coded.size() / 4] ^ 0x5A);
+    const std::string bent = folder.write("bent", coded);
+    ToolResult result = run_tool({"unpack", cut, "-o", folder.path("out")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.find("orvlog: " + cut + ": the log is cut short; "), 0U) << result.err;
+    result = run_tool({"unpack", bent, "-o", folder.path("out")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.find("orvlog: " + bent + ": the coded stream is damaged; "), 0U) << result.err;
+    EXPECT_NE(run_tool({"info", cut}).out.find("bytes, cut short\n"), std::string::npos);
+    EXPECT_NE(run_tool({"info", bent}).out.find("bytes, damaged\n"), std::string::npos);
+    EXPECT_EQ(run_tool({"ls", bent}).err.find(", cut short"), std::string::npos);
+}
+
 TEST(ToolUnpack, RefusesWhatIsNoLogAndLeavesNothing)
 {
     const ScratchFolder folder;
@@ -314,6 +336,18 @@ TEST(ToolMerge, LooksInTheFoldersOfTheUser)
     EXPECT_NE(read_file(folder.path("log.xml")).find(kCallbacks), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(image));
     EXPECT_FALSE(std::filesystem::exists(log));
+}
+
+TEST(ToolMerge, SaysThatThereIsNoTemporaryFolder)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write(kTemp, kLog);
+    const ToolResult result =
+        run_program({"env", "TMPDIR=" + folder.path("none"), ORVLOG_TOOL, "merge", log, "-o", folder.path("log.xml")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + folder.path("none") + ": No such file or directory\n");
+    EXPECT_EQ(read_file(log), kLog);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
 }
 
 TEST(ToolMerge, LeavesAFinishedLog)
