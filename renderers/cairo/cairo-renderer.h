@@ -53,8 +53,8 @@ enum class GlyphForm
 
 struct Options
 {
-    PageSink page_sink;              // may be empty
-    std::string png_prefix;          // when not empty: files PREFIX-001.png and onwards, one for each page
+    PageSink page_sink;      // may be empty
+    std::string png_prefix;  // when not empty: files PREFIX-001.png and onwards, one for each page
     // Gives the number of a page that is about to be opened; may be empty. Files of equal numbers replace each other.
     std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
