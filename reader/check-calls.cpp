@@ -79,7 +79,7 @@ void CheckCalls::ticket(const Element& call)
     if (reading.ending == TicketEnding::cut || reading.ending == TicketEnding::damaged)
         report_(place, told("the text of ticket", id) + " is damaged; due was: " + reading.expected);
     if (reading.ending == TicketEnding::short_ticket)
-        report_(place, told("ticket", id) + " ended early");
+        note_(place, told("ticket", id) + " ended early");
 }
 
 void CheckCalls::start_drawing(const Element& call)

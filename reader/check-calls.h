@@ -16,7 +16,8 @@ class CheckCalls
 {
 public:
     using Report = std::function<void(Place, std::string)>;
-    explicit CheckCalls(Report report) : report_(std::move(report)) {}
+    // `note` is told of what a sound log may have, too.
+    CheckCalls(Report report, Report note) : report_(std::move(report)), note_(std::move(note)) {}
 
     void call(const Element& call);
     // What is open at the end of the log.
@@ -42,6 +43,7 @@ private:
     void in_drawing(const Element& call);
 
     Report report_;
+    Report note_;
     uint64_t next_document_ = 0;
     uint64_t next_drawing_ = 0;
     uint64_t next_resource_ = 0;

@@ -24,6 +24,13 @@ std::string shorter(uint64_t found, uint64_t due)
     return " has " + std::to_string(found) + " bytes, due were " + std::to_string(due);
 }
 
+uint64_t size_of(std::istream& file)
+{
+    file.seekg(0, std::ios::end);
+    const std::streamoff size = file.tellg();
+    return size > 0 ? static_cast<uint64_t>(size) : 0;
+}
+
 }  // namespace
 
 void CheckImages::measure(const Element& image, Image& to)
@@ -39,16 +46,6 @@ void CheckImages::measure(const Element& image, Image& to)
         return;
     to.rows = size.rows;
     to.row_bytes = size.row_bytes;
-}
-
-std::optional<uint64_t> CheckImages::file_size(const std::string& name) const
-{
-    const std::unique_ptr<std::istream> file = options_.open_beside(name);
-    if (file == nullptr)
-        return std::nullopt;
-    file->seekg(0, std::ios::end);
-    const std::streamoff size = file->tellg();
-    return size > 0 ? static_cast<uint64_t>(size) : 0;
 }
 
 void CheckImages::start_call()
@@ -126,7 +123,7 @@ void CheckImages::callback(const Element& callback)
         finish(callback, image);
     else if (callback.name == "GOP_ImageResetFn")
         image.delivered = image.pixels = 0;
-    else if (callback.has("async_img_log_file_name") && options_.open_beside && !in_kept_log_)
+    else if (callback.has("async_img_log_file_name") && options_.open_file && !in_kept_log_)
         follow(callback);
 }
 
@@ -154,12 +151,12 @@ void CheckImages::read(const Element& callback, Image& image)
     image.ended = image.ended || !good || returned == 0;
 }
 
-// A renderer may stop early; an image that ends early is short.
+// A renderer may stop early; an image that ends early is short, which its client may do.
 void CheckImages::finish(const Element& callback, Image& image)
 {
     const uint64_t due = image.rows * image.row_bytes;
     if (image.read && image.ended && image.pixels < due)
-        report_(callback.place, image_name(read_uint(callback, "Id")) + shorter(image.pixels, due));
+        note_(callback.place, image_name(read_uint(callback, "Id")) + shorter(image.pixels, due));
     image.delivered = image.pixels = 0;
     image.ended = image.read = false;
 }
@@ -168,36 +165,43 @@ void CheckImages::finish(const Element& callback, Image& image)
 void CheckImages::follow(const Element& callback)
 {
     const std::string name = to_text(callback.value("async_img_log_file_name"));
-    const std::unique_ptr<std::istream> file = options_.open_beside(name);
-    if (file == nullptr)
+    const LogFile file = options_.open_file(name, LogFileKind::image_log);
+    if (file.stream == nullptr)
     {
-        report_(callback.place, "the log " + name + " of a kept image is missing");
+        report_(callback.place, "the log " + name + " of a kept image " + file.why);
         return;
     }
-    ElementReader own(*file, LogForm::fragment, Data::skip);
+    ElementReader own(*file.stream, LogForm::fragment, Data::skip);
     const Place place = callback.place;
-    const Report outer = report_;
-    report_ = [&](Place inside, const std::string& text)
-    { outer(place, name + ", line " + std::to_string(inside.line) + ": " + text); };
+    const Report report = report_;
+    const Report note = note_;
+    const auto within = [&](const Report& outer) -> Report
+    {
+        return [&](Place inside, const std::string& text)
+        { outer(place, name + ", line " + std::to_string(inside.line) + ": " + text); };
+    };
+    report_ = within(report);
+    note_ = within(note);
     own.on_damage = [this](const Damage& damage) { report_(damage.place, damage.text); };
     in_kept_log_ = true;
     while (const Element* element = own.next())
         this->callback(*element);
     in_kept_log_ = false;
-    report_ = outer;
+    report_ = report;
+    note_ = note;
 }
 
 void CheckImages::finish_call()
 {
     for (const auto& [name, use] : files_)
     {
-        if (!options_.open_beside)
+        if (!options_.open_file)
             break;
-        const std::optional<uint64_t> size = file_size(name);
-        if (!size)
-            report_(use.place, "the file " + name + " is missing");
-        else if (*size < use.bytes)
-            report_(use.place, "the file " + name + shorter(*size, use.bytes));
+        const LogFile file = options_.open_file(name, LogFileKind::image_data);
+        if (file.stream == nullptr)
+            report_(use.place, "the file " + name + " " + file.why);
+        else if (const uint64_t size = size_of(*file.stream); size < use.bytes)
+            report_(use.place, "the file " + name + shorter(size, use.bytes));
     }
     files_.clear();
 }

@@ -18,7 +18,11 @@ class CheckImages
 {
 public:
     using Report = std::function<void(Place, std::string)>;
-    CheckImages(const CheckOptions& options, Report report) : options_(options), report_(std::move(report)) {}
+    // `note` is told of what a sound log may have, too.
+    CheckImages(const CheckOptions& options, Report report, Report note)
+        : options_(options), report_(std::move(report)), note_(std::move(note))
+    {
+    }
 
     void start_call();
     void operand(const Element& image);
@@ -50,10 +54,10 @@ private:
     void finish(const Element& callback, Image& image);
     void follow(const Element& callback);
     void direct(const Element& image, const Image& size);
-    std::optional<uint64_t> file_size(const std::string& name) const;
 
     const CheckOptions& options_;
     Report report_;
+    Report note_;
     uint64_t last_operand_ = 0;
     bool unnumbered_ = false;           // an image without a number came since
     std::map<uint32_t, Image> images_;  // of the call, by Id

@@ -71,17 +71,23 @@ class Check
 {
 public:
     Check(const CheckOptions& options, CheckOutcome& outcome)
-        : options_(options), outcome_(outcome),
-          calls_([this](Place place, std::string text) { report(place, std::move(text)); }),
-          images_(options, [this](Place place, std::string text) { report(place, std::move(text)); })
+        : options_(options), outcome_(outcome), calls_(errors(), notes()), images_(options, errors(), notes())
     {
     }
 
     void report(Place place, std::string text)
     {
-        ++outcome_.findings;
+        ++outcome_.errors;
         if (options_.on_finding)
-            options_.on_finding({place, std::move(text)});
+            options_.on_finding({place, std::move(text), false});
+    }
+
+    // What a sound log may have, too.
+    void note(Place place, std::string text)
+    {
+        ++outcome_.notes;
+        if (options_.on_finding)
+            options_.on_finding({place, std::move(text), true});
     }
 
     void root(const Element& element)
@@ -109,6 +115,17 @@ public:
     }
 
 private:
+    using Report = std::function<void(Place, std::string)>;
+
+    Report errors()
+    {
+        return [this](Place place, std::string text) { report(place, std::move(text)); };
+    }
+    Report notes()
+    {
+        return [this](Place place, std::string text) { note(place, std::move(text)); };
+    }
+
     void walk(const Element& element, uint32_t depth)
     {
         numbers(element);
@@ -139,12 +156,12 @@ private:
         for (const Attribute& attribute : element.attributes)
         {
             if (has_no_number(attribute.value) && !is_text_attribute(attribute.name))
-                report(element.place,
-                       std::string(attribute.name).append(" of ").append(element.name).append(" is not finite: ") +
-                           std::string(attribute.value.substr(0, 80)));
+                note(element.place,
+                     std::string(attribute.name).append(" of ").append(element.name).append(" is not finite: ") +
+                         std::string(attribute.value.substr(0, 80)));
         }
         if (element.name == "BufferFloat" && has_no_number(element.rows))
-            report(element.place, "a table holds a number that is not finite");
+            note(element.place, "a table holds a number that is not finite");
     }
 
     void buffer(const Element& element)
@@ -172,7 +189,7 @@ private:
             return;
         const std::optional<GGO_BoxFloat> box = shape != nullptr ? shape_box(*shape, kIdentity) : std::nullopt;
         if (!box || !(box->gbf_MinX < box->gbf_MaxX) || !(box->gbf_MinY < box->gbf_MaxY))
-            report(list.place, "a clip is empty");
+            note(list.place, "a clip is empty");
     }
 
     const CheckOptions& options_;

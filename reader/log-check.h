@@ -3,12 +3,11 @@
 #pragma once
 
 #include "reader/element.h"
+#include "reader/log-files.h"
 
 #include <cstdint>
 #include <functional>
 #include <istream>
-#include <memory>
-#include <optional>
 #include <string>
 
 namespace orvlog::reader
@@ -18,13 +17,14 @@ struct Finding
 {
     Place place;
     std::string text;
+    bool note = false;  // what a sound log may have, too
 };
 
 struct CheckOptions
 {
     std::function<void(const Finding&)> on_finding;
-    // The files that the log names. Null where there is none; without a function they are not looked for.
-    std::function<std::unique_ptr<std::istream>(const std::string& name)> open_beside;
+    // The files that the log names; without a function they are not looked for.
+    std::function<LogFile(const std::string& name, LogFileKind kind)> open_file;
     // Told how many bytes of the log have been used; may be empty.
     std::function<void(uint64_t)> progress;
 };
@@ -33,7 +33,8 @@ struct CheckOutcome
 {
     bool is_log = false;
     uint64_t calls = 0;
-    uint64_t findings = 0;
+    uint64_t errors = 0;
+    uint64_t notes = 0;
 };
 
 // Findings come in the order in which they are made, each once. Memory goes with what is open at a time, and with

@@ -92,6 +92,11 @@ bool LogEvents::is_cut() const
     return cut_;
 }
 
+bool LogEvents::is_garbled() const
+{
+    return garbled_;
+}
+
 bool LogEvents::is_coded() const
 {
     return text_->is_coded();
@@ -112,6 +117,13 @@ void LogEvents::step(size_t count, size_t lines)
 void LogEvents::damage(std::string text, Place place)
 {
     pending_.push_back({EventKind::damage, place, std::move(text)});
+}
+
+// Damage that can't come from a text that ends early, unless it is on the last line.
+void LogEvents::strange(std::string text, Place place)
+{
+    strange_line_ = strange_line_ != 0 ? strange_line_ : place.line;
+    damage(std::move(text), place);
 }
 
 // Closes all that is open beyond `depth`, the innermost first.
@@ -204,7 +216,7 @@ bool LogEvents::read_row(Event& event, std::string_view line)
     event.kind = EventKind::row;
     event.text = without_return(line.substr(0, size));
     if (!in_buffer || !is_row(event.text))
-        damage("text that is neither a tag nor a row of numbers", place_);
+        strange("text that is neither a tag nor a row of numbers", place_);
     if (size == text_->seen().size())
     {
         // A row without its end may have lost part of its last number.
@@ -218,9 +230,13 @@ bool LogEvents::read_row(Event& event, std::string_view line)
 bool LogEvents::finish()
 {
     ended_ = true;
-    cut_ = form_ == LogForm::log ? !root_closed_ : depth_ > 0;
+    const bool open = form_ == LogForm::log ? !root_closed_ : depth_ > 0;
+    garbled_ = text_->is_damaged() || (open && strange_line_ != 0 && strange_line_ < place_.line);
+    cut_ = open && !(garbled_ && text_->is_coded());
     if (text_->is_damaged())
         damage("the coded bytes cannot be decoded further", place_);
+    else if (garbled_ && !cut_)
+        damage("the coded bytes are damaged before this place, where the text ends", place_);
     else if (cut_)
         damage("the log ends here, before its end", place_);
     imply_closes(0, place_);
@@ -239,7 +255,7 @@ bool LogEvents::read_tag(Event& event, std::string_view line)
         return read_open(event, line, indent);
     const bool whole = line.size() < text_->seen().size();
     if (whole)
-        damage("a tag without a name", place_);
+        strange("a tag without a name", place_);
     step(line.size() + (whole ? 1 : 0), 1);
     return false;
 }
@@ -272,7 +288,7 @@ bool LogEvents::read_close(Event& event, std::string_view line, size_t indent)
         --depth;
     if (!ended || depth == 0)
     {
-        damage("an end tag of " + quoted(copy) + " where none is due", place);
+        strange("an end tag of " + quoted(copy) + " where none is due", place);
         return false;
     }
     damage("no end tag of " + quoted(open_[depth_ - 1]), place);
@@ -364,7 +380,7 @@ void LogEvents::finish_open(Event& event, std::string_view tag, bool whole)
         tag.remove_suffix(1);
     const size_t name_size = name_length(tag);
     if (!read_attributes(tag.substr(name_size)) && whole)
-        damage("attributes of " + quoted(tag.substr(0, name_size)) + " that are not understood", event.place);
+        strange("attributes of " + quoted(tag.substr(0, name_size)) + " that are not understood", event.place);
     if (event.self_closed)
     {
         closed_.assign(tag.substr(0, name_size));

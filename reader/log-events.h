@@ -76,6 +76,9 @@ public:
     // What follows tells something once next() has given false.
     bool is_log() const;  // the text began as a log does
     bool is_cut() const;  // it ended before its root element was closed
+    // It did, and had lines before that no log has: of a coded log, the coded bytes are damaged. Of such a log is_cut()
+    // gives false.
+    bool is_garbled() const;
 
     bool is_coded() const;
     // Bytes of the file that have been used, which for a coded log are fewer than those of its text.
@@ -109,6 +112,7 @@ private:
     bool finish();
     void step(size_t count, size_t lines);
     void damage(std::string text, Place place);
+    void strange(std::string text, Place place);
     void imply_closes(size_t depth, Place place);
     bool take_pending(Event& event);
 
@@ -129,6 +133,8 @@ private:
     bool root_closed_ = false;
     bool ended_ = false;
     bool cut_ = false;
+    bool garbled_ = false;
+    uint64_t strange_line_ = 0;  // the first that no log has; 0 while there was none
 };
 
 }  // namespace orvlog::reader

@@ -176,6 +176,7 @@ LogInfo read_info(std::istream& log, const std::function<void(uint64_t)>& progre
     }
     info.is_log = elements.events().is_log();
     info.cut = elements.events().is_cut();
+    info.garbled = elements.events().is_coded() && elements.events().is_garbled();
     info.coded = elements.events().is_coded();
     info.bytes = elements.events().bytes_used();
     for (const Attribute& attribute : elements.root().attributes)

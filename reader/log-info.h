@@ -45,6 +45,7 @@ struct LogInfo
     bool is_log = false;
     bool cut = false;
     bool coded = false;
+    bool garbled = false;                                       // the coded bytes are damaged; it is not cut then
     uint64_t bytes = 0;                                         // of the file
     std::vector<std::pair<std::string, std::string>> versions;  // the attributes of the root
     uint32_t pages = 0;

@@ -16,6 +16,12 @@ ExtractOutput::ExtractOutput(const std::string& folder, const std::string& log, 
 {
     std::error_code error;
     std::filesystem::create_directories(folder_, error);
+    if (error)
+    {
+        why_ = path("manifest.json") + ": " + error.message();
+        good_ = false;
+        return;
+    }
     errno = 0;
     manifest_.open(folder_ / "manifest.json", std::ios::binary);
     if (!manifest_)

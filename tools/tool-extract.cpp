@@ -8,6 +8,7 @@
 #include "tools/extract-images.h"
 #include "tools/extract-output.h"
 #include "tools/extract-shapes.h"
+#include "tools/files-from.h"
 #include "tools/tool-look.h"
 
 #include <algorithm>
@@ -28,6 +29,7 @@ using nlohmann::ordered_json;
 using orvlog::reader::CallSummary;
 using orvlog::reader::Children;
 using orvlog::reader::Element;
+using orvlog::reader::LogFileKind;
 using orvlog::reader::read_uint;
 
 constexpr GGO_Matrix kIdentity = {{1, 0, 0, 1, 0, 0}};
@@ -38,16 +40,18 @@ struct ExtractOptions
     std::string what;
     std::string log;
     std::string folder;
+    std::vector<std::string> folders;
     bool json = false;
 };
 
 class Extract
 {
 public:
-    Extract(const ExtractOptions& options, ExtractOutput& output)
-        : options_(options), output_(output), images_([this](const std::string& name, uint64_t begin, uint64_t count)
-                                                      { return side_file(name, begin, count); },
-                                                      [this](const std::string& name) { return beside(name); })
+    Extract(const ExtractOptions& options, const orvlog::reader::LogFiles& files, ExtractOutput& output)
+        : options_(options), files_(files), output_(output),
+          images_([this](const std::string& name, uint64_t begin, uint64_t count)
+                  { return side_file(name, begin, count); },
+                  [this](const std::string& name) { return open(name, LogFileKind::image_log); })
     {
     }
 
@@ -73,9 +77,15 @@ public:
             extract_paths(call);
     }
 
+    // Files that were not to be had, with the reason.
     const std::set<std::string>& missing() const
     {
         return missing_;
+    }
+    // Whether some of them are not to be read.
+    bool refused() const
+    {
+        return refused_;
     }
 
 private:
@@ -88,19 +98,26 @@ private:
         output_.list(entry);
     }
 
-    std::unique_ptr<std::istream> beside(const std::string& name)
+    std::unique_ptr<std::istream> open(const std::string& name, LogFileKind kind)
     {
-        auto file = orvlog::reader::open_beside(orvlog::reader::folder_of_log(options_.log), name);
-        if (file == nullptr && missing_.size() < 1000)
-            missing_.insert(name);
-        return file;
+        orvlog::reader::LogFile file = files_.open(name, kind);
+        refused_ = refused_ || file.refused;
+        if (file.stream == nullptr && missing_.size() < 1000)
+            missing_.insert(name + " " + file.why);
+        return std::move(file.stream);
     }
 
     std::vector<uint8_t> side_file(const std::string& name, uint64_t begin, uint64_t count)
     {
-        const auto file = beside(name);
+        if (name != side_file_name_)
+        {
+            side_file_ = open(name, LogFileKind::image_data);
+            side_file_name_ = name;
+        }
+        std::istream* file = side_file_.get();
         if (file == nullptr)
             return {};
+        file->clear();
         file->seekg(0, std::ios::end);
         const auto size = static_cast<uint64_t>(std::max<std::streamoff>(file->tellg(), 0));
         std::vector<uint8_t> bytes(begin < size ? std::min(count, size - begin) : 0);
@@ -268,6 +285,7 @@ private:
     }
 
     const ExtractOptions& options_;
+    const orvlog::reader::LogFiles& files_;
     ExtractOutput& output_;
     orvlog::reader::CallSummaries summaries_;
     TakenImages images_;
@@ -279,11 +297,17 @@ private:
     uint32_t glyph_ = 0;
     uint32_t last_ticket_ = 0;
     std::map<std::pair<size_t, size_t>, std::string> profiles_;
+    std::string side_file_name_;
+    std::unique_ptr<std::istream> side_file_;  // the last one; null if it was not to be had
     std::set<std::string> missing_;
+    bool refused_ = false;
 };
 
 int extract(const ExtractOptions& options)
 {
+    const orvlog::reader::LogFiles files(options.log, options.folders);
+    if (!files.why().empty())
+        return fail(files.why());
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
@@ -295,7 +319,7 @@ int extract(const ExtractOptions& options)
     if (!elements.events().is_log())
         return input.fail_as_no_log();
     ExtractOutput output(options.folder, options.log, options.what);
-    Extract job(options, output);
+    Extract job(options, files, output);
     for (; element != nullptr && output.good(); element = elements.next())
     {
         if (orvlog::reader::is_call_name(element->name))
@@ -304,16 +328,15 @@ int extract(const ExtractOptions& options)
     }
     if (!output.finish())
         return fail(output.why());
-    for (const std::string& name : job.missing())
-        std::fprintf(stderr, "orvlog: %s: the file %s is missing\n", options.log.c_str(), printable(name).c_str());
+    for (const std::string& missing : job.missing())
+        say(options.log + ": the file " + printable(missing));
     if (damage > 0)
-        std::fprintf(stderr, "orvlog: %s: damaged in %llu places\n", options.log.c_str(),
-                     static_cast<unsigned long long>(damage));
+        say(options.log + ": damaged in " + std::to_string(damage) + " places");
     if (options.json)
         put(json_text({{"files", output.files()}, {"manifest", output.path("manifest.json")}}) + "\n");
     else
         put(std::to_string(output.files()) + " " + options.what + " in " + output.path("manifest.json") + "\n");
-    return finish_output(EXIT_DONE);
+    return finish_output(job.refused() ? EXIT_FAILED : EXIT_DONE);
 }
 
 }  // namespace
@@ -326,12 +349,15 @@ Run declare_extract(CLI::App& app)
         ->check(CLI::IsMember({"images", "glyphs", "profiles", "tickets", "paths"}));
     app.add_option("LOG", options->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options->folder, "the folder for the files")->type_name("DIR")->required();
+    add_files_from(app, options->folders);
     app.add_flag("--json", options->json, "tell what was written as an object");
     app.footer("Files are named by the id of the paint that they belong to, or by the line of the call where that has "
                "none, and manifest.json in the folder lists them with their call, page and size. Images are PNG, CMYK "
                "turned to RGB; with other channels PAM; compressed streams as they are. Glyphs are SVG or, from "
                "bitmaps, PGM; paths and clips are SVG, in pixels of their page; profiles are ICC; tickets are the "
-               "text of the log. Images come from the log, from the files beside it and from the logs of kept images.");
+               "text of the log. Images come from the log, from the files beside it and from the logs of kept images; "
+               "what the "
+               "log names elsewhere is not read, and the exit status is 1.");
     return [options] { return extract(*options); };
 }
 

@@ -96,7 +96,9 @@ std::string head_text(const LogInfo& info, const std::string& name)
     append_line(text, "log", name);
     append_line(text, "form",
                 std::string(info.coded ? "coded" : "plain") + ", " + std::to_string(info.bytes) + " bytes, " +
-                    (info.cut ? "cut short" : "whole"));
+                    (info.garbled ? "damaged"
+                     : info.cut   ? "cut short"
+                                  : "whole"));
     append_line(text, "content", "version " + printable(value_of(info, "ORVLOG_CONTENT_VERSION")));
     append_line(text, "mode", printable(value_of(info, "LoggingMode")));
     std::string versions;
@@ -174,6 +176,8 @@ ordered_json info_json(const LogInfo& info, const std::string& name)
     object["log"] = name;
     object["coded"] = info.coded;
     object["cut"] = info.cut;
+    if (info.garbled)
+        object["garbled"] = true;
     object["bytes"] = info.bytes;
     for (const auto& [key, value] : info.versions)
         object["root"][key] = value;

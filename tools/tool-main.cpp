@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <new>
 
 namespace tool
 {
@@ -120,6 +122,14 @@ int main(int argc, char** argv)
     try
     {
         return tool::main_of_tool(argc, argv);
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        return tool::fail(error.path1().string() + ": " + error.code().message());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return tool::fail("out of memory");
     }
     catch (const std::exception& error)
     {

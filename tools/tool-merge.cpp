@@ -3,9 +3,13 @@
 #include "clients/stream/file-stream.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
+#include "reader/element.h"
+#include "reader/log-files.h"
 #include "tools/command.h"
+#include "tools/files-from.h"
 #include "tools/temporary-folder.h"
 #include "tools/tool-input.h"
+#include "tools/tool-look.h"
 #include "tools/tool-output.h"
 #include "tools/tool-source.h"
 
@@ -14,9 +18,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tool
 {
@@ -26,44 +34,116 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr char ATTRIBUTE[] = "async_img_log_file_name";
-constexpr char KEPT[] = "</GOP_ImageKeepFn>";
-
 struct MergeOptions
 {
     std::string file;
     std::string output;
+    std::vector<std::string> folders;
     bool compressed = false;
 };
 
-// The names that the merge could take from a line, whatever stands around them; one that has no end is empty.
-void find_names(const std::string& line, std::set<std::string>* names)
+// The logs of kept images that go into a log, by name.
+using Parts = std::map<std::string, fs::path>;
+
+// What stands in the log of a kept image: callbacks of images, perhaps cut short, and nothing else.
+bool holds_callbacks(std::istream& file)
 {
-    constexpr size_t kToName = sizeof ATTRIBUTE - 1 + sizeof "=\"" - 1;
-    for (size_t at = line.find(ATTRIBUTE); at != std::string::npos; at = line.find(ATTRIBUTE, at + 1))
+    orvlog::reader::ElementReader elements(file, orvlog::reader::LogForm::fragment, orvlog::reader::Data::skip);
+    std::optional<uint64_t> first;
+    uint64_t last = 0;
+    elements.on_damage = [&first, &last](const orvlog::reader::Damage& damage)
     {
-        const size_t start = std::min(at + kToName, line.size()), end = line.find('"', start);
-        names->insert(end != std::string::npos ? line.substr(start, end - start) : "");
+        first = first.value_or(damage.place.line);
+        last = damage.place.line;
+    };
+    while (const orvlog::reader::Element* element = elements.next())
+    {
+        if (!element->name.starts_with("GOP_Image") || !element->name.ends_with("Fn"))
+            return false;
     }
+    return !first || (elements.events().is_cut() && *first + 1 >= last);
 }
 
-// Names of the logs of kept images that a temporary log tells of. False when it is no log, or a coded one.
-bool find_image_logs(const fs::path& log, std::set<std::string>* names)
+// Finds the logs of kept images that a temporary log names. Of the text it holds no more than a block.
+class PartFinder
 {
-    std::ifstream file(log, std::ios::binary);
-    std::string line;
-    bool kept = false;
-    for (bool first = true; std::getline(file, line); first = false)
+public:
+    explicit PartFinder(const orvlog::reader::LogFiles& files) : files_(files) {}
+
+    // All names that the merge could take, whatever stands around them. False when it is no log, with the reason.
+    bool find(std::istream& log, std::string* why)
     {
-        if (first && (line.rfind("<ORV ", 0) != 0 || line.rfind(ORVLOG_CODED_PREFIX, 0) == 0))
-            return false;
-        kept = kept || line.find(KEPT) != std::string::npos;
-        find_names(line, names);
+        std::string text;
+        bool kept = false;
+        for (bool first = true, at_end = false; !at_end; first = false)
+        {
+            const size_t carried = text.size();
+            text.resize(carried + BLOCK);
+            log.read(text.data() + carried, BLOCK);
+            text.resize(carried + static_cast<size_t>(log.gcount()));
+            at_end = log.gcount() < static_cast<std::streamsize>(BLOCK);
+            if (first && !is_plain_log(text, why))
+                return false;
+            kept = kept || text.find(KEPT) != std::string::npos;
+            text.erase(0, take_names(text, at_end));
+        }
+        if (!kept)
+            parts_.clear();
+        *why = kept ? why_ : "";
+        return why->empty();
     }
-    if (!kept)
-        names->clear();
-    return fs::file_size(log) > 0;
-}
+
+    const Parts& parts() const
+    {
+        return parts_;
+    }
+
+private:
+    static constexpr size_t BLOCK = size_t{1} << 16;
+    static constexpr std::string_view KEPT = "</GOP_ImageKeepFn>";
+    static constexpr std::string_view ATTRIBUTE = "async_img_log_file_name";
+    static constexpr size_t TO_NAME = ATTRIBUTE.size() + 2;  // with the equals sign and the quote
+    static constexpr size_t LONGEST = 100;                   // no name is longer
+
+    static bool is_plain_log(std::string_view text, std::string* why)
+    {
+        const bool coded = text.starts_with(ORVLOG_CODED_PREFIX);
+        *why = coded ? "is a coded log, which has nothing to merge; orvlog unpack makes it plain" : "not a log";
+        return text.starts_with("<ORV ") && !coded;
+    }
+
+    // Gives how much of the text is done with.
+    size_t take_names(std::string_view text, bool at_end)
+    {
+        size_t at = 0;
+        for (; (at = text.find(ATTRIBUTE, at)) != std::string_view::npos; ++at)
+        {
+            if (!at_end && text.size() - at < TO_NAME + LONGEST)
+                return at;
+            const std::string_view rest = text.substr(std::min(at + TO_NAME, text.size()));
+            const size_t end = rest.substr(0, LONGEST).find_first_of("\"\n");
+            take_name(std::string(rest.substr(0, end == std::string_view::npos ? LONGEST : end)));
+        }
+        return text.size() - std::min(text.size(), KEPT.size() + ATTRIBUTE.size());
+    }
+
+    void take_name(const std::string& name)
+    {
+        if (!why_.empty() || parts_.contains(name))
+            return;
+        const orvlog::reader::LogFile file = files_.open(name, orvlog::reader::LogFileKind::image_log);
+        if (file.stream == nullptr)
+            why_ = "the log of a kept image " + file.why + ": " + printable(name);
+        else if (!holds_callbacks(*file.stream))
+            why_ = "the log of a kept image is not read: it holds something else: " + name;
+        else
+            parts_[name] = file.path;
+    }
+
+    const orvlog::reader::LogFiles& files_;
+    Parts parts_;
+    std::string why_;  // of the first that can't be had
+};
 
 // The merge deletes what it has taken in as it goes, and a failed one would lose it. So it works on links in a
 // folder of its own, and the files go when all went well.
@@ -79,9 +159,10 @@ public:
         fs::current_path(back_, ignored);
     }
 
-    void take(const fs::path& file)
+    // A file, under the name that it has for the merge.
+    void take(const fs::path& file, const std::string& name)
     {
-        fs::create_symlink(fs::absolute(file), folder_.path(file.filename()));
+        fs::create_symlink(fs::absolute(file), folder_.path(name));
         taken_.insert(fs::absolute(file));
         size_ += fs::file_size(file);
     }
@@ -155,41 +236,38 @@ bool merge_into(Output& output, const fs::path& log, uint64_t size, bool has_ima
     return merged != 0;
 }
 
-// Names of the logs of kept images, and where they lie. False with the reason in `why`.
-bool find_parts(const fs::path& log, const fs::path& folder, std::set<std::string>* names, std::string* why)
+// `log` is the log's file, and `brought` tells that it is a copy of what came from elsewhere.
+int merge_parts(const MergeOptions& options, const fs::path& log, bool brought)
 {
-    *why = "not a log";
-    if (!find_image_logs(log, names))
-        return false;
-    for (const std::string& name : *names)
-    {
-        *why = "the log of a kept image is missing: " + name;
-        if (fs::path(name).filename() != name || name == log.filename() || !fs::is_regular_file(folder / name))
-            return false;
-    }
-    return true;
-}
-
-int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path& folder)
-{
-    std::set<std::string> names;
-    std::string why;
-    if (!find_parts(log, folder, &names, &why))
+    const orvlog::reader::LogFiles files(options.file, options.folders);
+    PartFinder finder(files);
+    std::string why = files.why();
+    if (!why.empty())
+        return fail(why);
+    std::ifstream text(log, std::ios::binary);
+    if (!finder.find(text, &why))
         return fail(options.file + ": " + why);
+    const bool temporary = orvlog::reader::is_temporary_log_name(log.filename().string());
+    if (finder.parts().empty() && !temporary)
+        return fail(options.file +
+                    ": nothing to merge: it is no temporary log, and no logs of kept images belong to it");
     const fs::path merged = options.output == "-" ? fs::path("-") : fs::absolute(options.output);
     Output output(merged.string());
     if (!output.open())
         return fail(options.output + ": " + std::strerror(errno));
     Workshop workshop;
-    workshop.take(log);
-    for (const std::string& name : names)
-        workshop.take(folder / name);
+    workshop.take(log, "log");
+    for (const auto& [name, path] : finder.parts())
+        workshop.take(path, name);
     workshop.enter();
-    if (!merge_into(output, log.filename(), workshop.size(), !names.empty(), options.compressed))
-        return fail(options.output + ": " + std::strerror(output.reason() != 0 ? output.reason() : EIO));
+    if (!merge_into(output, "log", workshop.size(), !finder.parts().empty(), options.compressed))
+        return output.reason() != 0 ? fail(options.output + ": " + std::strerror(output.reason()))
+                                    : fail(options.file + ": it or a log of a kept image can't be read");
     if (!output.finish())
         return fail(options.output + ": " + std::strerror(errno));
-    workshop.remove_originals(merged);
+    // The logs of its images go with the log that names them, or stay with it.
+    if (temporary || brought)
+        workshop.remove_originals(merged);
     return EXIT_DONE;
 }
 
@@ -199,12 +277,13 @@ int merge(const MergeOptions& options)
     Source source(options.file);
     if (!source.open())
         return fail(options.file + ": " + source.why());
-    if (options.file != "-" && !is_url(options.file))
-        return merge_parts(options, options.file, fs::path(options.file).parent_path());
+    std::error_code error;
+    if (options.file != "-" && !is_url(options.file) && fs::is_regular_file(options.file, error))
+        return merge_parts(options, options.file, false);
     const TemporaryFolder brought;
     if (!brought.keep(source.stream(), "log"))
         return fail(options.file + ": " + std::strerror(errno));
-    return merge_parts(options, brought.path("log"), "");
+    return merge_parts(options, brought.path("log"), true);
 }
 
 }  // namespace
@@ -213,13 +292,17 @@ Run declare_merge(CLI::App& app)
 {
     auto options = std::make_shared<MergeOptions>();
     app.footer("TEMPLOG is what was logged while images were kept: it names the logs of these images, which lie beside "
-               "it, or in the present folder when it comes from standard input or a URL. All the files that went into "
-               "the merged log are deleted once it is whole; when anything fails they are as they were.");
+               "it, or in the present folder when it comes from standard input or a URL, or in the folders of "
+               "--files-from. Once the merged log is whole the files that went into it are deleted; a log that has "
+               "not the name of a temporary one stays, and so do the logs that it names. When anything fails all are "
+               "as they were.\n\nA file is taken for the log of a kept image only if it has such a log's name and "
+               "holds callbacks of images. A log that is not temporary and names none has nothing to merge.");
     app.add_option("TEMPLOG", options->file, "a temporary log: a path, a URL, or - for standard input")->required();
     app.add_option("-o,--output", options->output, "the merged log, or - for standard output")
         ->type_name("FILE")
         ->required();
     app.add_flag("--compressed", options->compressed, "code the merged log");
+    add_files_from(app, options->folders);
     return [options] { return merge(*options); };
 }
 

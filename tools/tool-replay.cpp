@@ -5,7 +5,9 @@
 #include "reader/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/command.h"
+#include "tools/files-from.h"
 #include "tools/replay-session.h"
+#include "tools/tool-look.h"
 #include "tools/tool-source.h"
 #include "tools/vector-pages.h"
 
@@ -38,6 +40,7 @@ struct ReplayOptions
     std::string svg;
     std::string pdf;
     std::string renderer;
+    std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
     int64_t up_to = -1;
@@ -51,7 +54,7 @@ public:
     {
         constexpr size_t most = 100;
         if (said_.size() < most && said_.insert(line).second)
-            tool::say(line);
+            tool::say(printable(line));
     }
 
 private:
@@ -87,8 +90,10 @@ public:
         orvlog::replay::Options play;
         play.first_page = options_.pages.first;
         play.last_page = options_.pages.last;
-        // The job may be played in another folder than the present one.
-        play.folder = fs::absolute(orvlog::reader::folder_of_log(options_.log) / ".").parent_path().string();
+        // Before the job is played, which may be in another folder than the present one.
+        play.files = orvlog::reader::LogFiles(options_.log, options_.folders);
+        if (!play.files.why().empty())
+            return fail(play.files.why());
         Source source(options_.log);
         if (!source.open())
             return fail(options_.log + ": " + source.why());
@@ -279,9 +284,11 @@ Run declare_replay(CLI::App& app)
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
     app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
     app.add_flag("--allow-missing", options->allow_missing, "be content with what there is if image data is missing");
+    add_files_from(app, options->folders);
     app.footer(
         "The job is made again from the log and the files beside it: image data and the logs of kept images are "
-        "looked for in the log's folder. Pages drawn from a log are those of its job, pixel by pixel, and the "
+        "looked for in the log's folder, and in those of --files-from. Pages drawn from a log are those of its job, "
+        "pixel by pixel, and the "
         "log of a replay is the log, if the job was drawn by the renderer that orvlog record has. Pages are named "
         "by their own numbers if these rise from page to page.\n\n"
         "Image data that is missing is an error, unless it is allowed. "

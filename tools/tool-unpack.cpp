@@ -1,13 +1,16 @@
 // orvlog unpack: a coded log as plain text. A plain log comes out as it is.
 
 #include "reader/coded-input.h"
+#include "reader/log-events.h"
 #include "tools/command.h"
 #include "tools/tool-output.h"
 #include "tools/tool-source.h"
 
 #include <cerrno>
 #include <cstring>
+#include <istream>
 #include <memory>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -26,37 +29,100 @@ struct UnpackOptions
     std::string output;
 };
 
+// The text of a log, written out as it is read.
+class WrittenText : public std::streambuf
+{
+public:
+    WrittenText(Source& source, const std::string& output)
+        : log_(source.stream()), progress_(source.size()), name_(output), piece_(PIECE)
+    {
+    }
+
+    const orvlog::reader::CodedInput& log() const
+    {
+        return log_;
+    }
+    // Null as long as there is no text: the first bytes tell whether it is a log, and nothing is written before.
+    std::unique_ptr<Output>& output()
+    {
+        return output_;
+    }
+    bool failed() const
+    {
+        return failed_;
+    }
+    // The error number of the failure.
+    int reason() const
+    {
+        return reason_;
+    }
+
+private:
+    int_type underflow() override
+    {
+        const size_t count = failed_ ? 0 : log_.read(piece_.data(), piece_.size());
+        if (count > 0 && output_ == nullptr)
+            output_ = std::make_unique<Output>(name_);
+        failed_ = failed_ || (count > 0 && (!output_->open() || !output_->write(piece_.data(), count)));
+        reason_ = failed_ && reason_ == 0 ? errno : reason_;
+        progress_.show(log_.bytes_used());
+        setg(piece_.data(), piece_.data(), piece_.data() + count);
+        return count == 0 || failed_ ? traits_type::eof() : traits_type::to_int_type(*gptr());
+    }
+
+    orvlog::reader::CodedInput log_;
+    Progress progress_;
+    std::string name_;
+    std::vector<char> piece_;
+    std::unique_ptr<Output> output_;
+    bool failed_ = false;
+    int reason_ = 0;
+};
+
+void take_rest(std::streambuf& text)
+{
+    std::vector<char> piece(PIECE);
+    while (text.sgetn(piece.data(), PIECE) > 0)
+    {
+    }
+}
+
+// Takes all of the text. Whether it has lines that no log has, and no end.
+bool is_garbled(std::streambuf& text)
+{
+    std::istream stream(&text);
+    orvlog::reader::LogEvents events(stream);
+    for (orvlog::reader::Event event; events.next(event);)
+    {
+    }
+    take_rest(text);
+    return events.is_garbled();
+}
+
 int unpack(const UnpackOptions& options)
 {
     Source source(options.file);
     if (!source.open())
         return fail(options.file + ": " + source.why());
-    orvlog::reader::CodedInput log(source.stream());
-    Progress progress(source.size());
-    std::vector<char> piece(PIECE);
-    std::unique_ptr<Output> output;
-    // The first bytes tell whether it is a log; nothing is written before.
-    for (size_t count; (count = log.read(piece.data(), PIECE)) > 0;)
-    {
-        if (output == nullptr)
-            output = std::make_unique<Output>(options.output);
-        if (!output->open() || !output->write(piece.data(), count))
-            return fail(options.output + ": " + std::strerror(errno));
-        progress.show(log.bytes_used());
-    }
+    WrittenText written(source, options.output);
+    const bool garbled = written.log().is_coded() && is_garbled(written);
+    take_rest(written);
+    if (written.failed())
+        return fail(options.output + ": " + std::strerror(written.reason()));
     using orvlog::reader::Ending;
-    const Ending ending = log.ending();
-    if (ending == Ending::not_a_log || log.bytes_given() < SHORTEST)
+    const Ending ending = written.log().ending();
+    if (ending == Ending::not_a_log || written.log().bytes_given() < SHORTEST)
         return fail(options.file + ": not a log");
+    std::unique_ptr<Output>& output = written.output();
     if (output == nullptr)
         output = std::make_unique<Output>(options.output);
     if (!output->open() || !output->finish())
         return fail(options.output + ": " + std::strerror(errno));
-    const std::string given = std::to_string(log.bytes_given()) + " bytes of text are in " + options.output;
+    const std::string given = std::to_string(written.log().bytes_given()) + " bytes of text are in " + options.output;
+    if (ending == Ending::damaged || (ending == Ending::cut && garbled))
+        return fail(options.file + ": the coded stream is damaged; " + given);
     if (ending == Ending::cut)
         return fail(options.file + ": the log is cut short; " + given);
-    if (ending == Ending::damaged)
-        return fail(options.file + ": the coded stream is damaged; " + given);
     return EXIT_DONE;
 }
 

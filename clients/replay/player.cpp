@@ -59,9 +59,10 @@ std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, ui
     if (side_file_name_ != name)
     {
         side_file_name_ = name;
-        side_file_ = reader::open_beside(options_.folder, side_file_name_);
+        reader::LogFile file = options_.files.open(side_file_name_, reader::LogFileKind::image_data);
+        side_file_ = std::move(file.stream);
         if (side_file_ == nullptr)
-            complain("the file " + side_file_name_ + " is missing");
+            complain("the file " + side_file_name_ + " " + file.why);
     }
     outcome_.missing += side_file_ == nullptr ? 1 : 0;
     if (side_file_ == nullptr)
@@ -155,14 +156,14 @@ void Player::collect_image(const Element& callback)
 void Player::follow_kept(const Element& callback)
 {
     const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
-    const std::unique_ptr<std::istream> file = reader::open_beside(options_.folder, name);
-    if (file == nullptr)
+    const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
+    if (file.stream == nullptr)
     {
         ++outcome_.missing;
-        complain("the log " + name + " of a kept image is missing");
+        complain("the log " + name + " of a kept image " + file.why);
         return;
     }
-    reader::ElementReader own(*file, reader::LogForm::fragment);
+    reader::ElementReader own(*file.stream, reader::LogForm::fragment);
     own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
     while (const Element* element = own.next())
     {

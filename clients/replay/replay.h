@@ -9,6 +9,7 @@
 #include "clients/replay/replay-tickets.h"
 #include "orvlog/interface/orvlog.h"
 #include "reader/element.h"
+#include "reader/log-files.h"
 
 #include <cstdint>
 #include <functional>
@@ -22,8 +23,8 @@ namespace orvlog::replay
 
 struct Options
 {
-    std::string folder;       // where the files of the log lie: side files, the logs of kept images
-    uint32_t first_page = 1;  // pages are faces, counted from 1
+    reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
+    uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
     double dpi = 0;                 // above 0: pages of this resolution instead of their own
     std::optional<uint32_t> up_to;  // the id of the last paint to make; all that is open then is finished

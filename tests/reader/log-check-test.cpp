@@ -22,14 +22,16 @@ std::string check(const std::string& log, const Files& files = {})
     std::string told;
     CheckOptions options;
     options.on_finding = [&](const Finding& finding)
-    { told += std::to_string(finding.place.line) + ": " + finding.text + "\n"; };
-    options.open_beside = [&](const std::string& name) -> std::unique_ptr<std::istream>
+    { told += std::to_string(finding.place.line) + (finding.note ? ": note: " : ": ") + finding.text + "\n"; };
+    options.open_file = [&](const std::string& name, LogFileKind) -> LogFile
     {
         const auto known = files.find(name);
-        return known != files.end() ? std::make_unique<std::istringstream>(known->second) : nullptr;
+        if (known == files.end())
+            return {nullptr, {}, "is missing", false};
+        return {std::make_unique<std::istringstream>(known->second), name, "", false};
     };
     const CheckOutcome outcome = check_log(source, options);
-    EXPECT_EQ(outcome.findings == 0, told.empty());
+    EXPECT_EQ(outcome.errors + outcome.notes == 0, told.empty());
     return outcome.is_log ? told : "no log\n";
 }
 
@@ -154,7 +156,7 @@ TEST(LogCheck, ImagesInTheLog)
     const std::string one = read("10", "4", "04 05 00 00 ");
     EXPECT_EQ(check(log_of(kFace + paint(image("Id=\"10\"", "") + two + one + end) + kFinish)), "");
     EXPECT_EQ(check(log_of(kFace + paint(image("Id=\"10\"", "") + two + end) + kFinish)),
-              "23: image 10 has 4 bytes, due were 6\n");
+              "23: note: image 10 has 4 bytes, due were 6\n");
     EXPECT_EQ(check(log_of(kFace + paint(image("Id=\"10\"", "") + read("21", "4", "04 05 00 00 ")) + kFinish)),
               "12: image 21 is not known\n");
 }
@@ -188,7 +190,7 @@ TEST(LogCheck, NumbersThatAreNotFiniteAndEmptyClips)
                            paint("    <GGO_Point gpf_X=\"nan\" gpf_Y=\"0\"/>\n"
                                  "    <A b=\"1 -inf 2 \" val=\"nan\" c=\"nine\" d=\"info\"/>\n") +
                            kFinish)),
-              "5: gpf_X of GGO_Point is not finite: nan\n6: b of A is not finite: 1 -inf 2 \n");
+              "5: note: gpf_X of GGO_Point is not finite: nan\n6: note: b of A is not finite: 1 -inf 2 \n");
     const std::string clip =
         "    <ORV_object_paint.clip>\n      <GSH_ShapeList sl_ClipIn=\"TRUE\">\n        <GSH_ShapeList.sl_Shape>\n"
         "          <GSH_ShapePointer>\n            <GSH_ShapePointer.sp_HeaderPtr>\n"
@@ -203,7 +205,7 @@ TEST(LogCheck, NumbersThatAreNotFiniteAndEmptyClips)
         return text.replace(text.find("HEIGHT"), 6, height);
     };
     EXPECT_EQ(check(log_of(kFace + paint(high("1")) + kFinish)), "");
-    EXPECT_EQ(check(log_of(kFace + paint(high("0")) + kFinish)), "6: a clip is empty\n");
+    EXPECT_EQ(check(log_of(kFace + paint(high("0")) + kFinish)), "6: note: a clip is empty\n");
 }
 
 TEST(LogCheck, DamageIsAFinding)

@@ -57,7 +57,9 @@ Looked look(const std::string& log)
     EXPECT_EQ(listed, looked.calls);
     std::istringstream for_check(log);
     CheckOptions options;
-    options.open_beside = [](const std::string&) { return std::make_unique<std::istringstream>("<GOP_Image"); };
+    options.open_file = [](const std::string&, LogFileKind) -> LogFile {
+        return {std::make_unique<std::istringstream>("<GOP_Image"), "", "", false};
+    };
     options.on_finding = [&looked](const Finding& finding)
     {
         ++looked.findings;

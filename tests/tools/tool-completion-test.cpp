@@ -42,7 +42,7 @@ TEST(BashCompletion, OffersCommands)
 TEST(BashCompletion, OffersOptionsOfTheCommand)
 {
     EXPECT_EQ(offered({"record", "--p"}), "--pages --png\n");
-    EXPECT_EQ(offered({"merge", "-"}), "-h --help -o --output --compressed\n");
+    EXPECT_EQ(offered({"merge", "-"}), "-h --help -o --output --compressed --files-from\n");
     EXPECT_EQ(offered({"merge", "file", "--c"}), "--compressed\n");
     EXPECT_EQ(offered({"pack", "--c"}), kNothing);
     EXPECT_EQ(offered({"nothing", "--c"}), kNothing);

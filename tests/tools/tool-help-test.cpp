@@ -27,6 +27,8 @@ TEST(ToolHelp, ShowsWhatACommandTakes)
               "  -h, --help            show this text\n"
               "  -o, --output FILE     the merged log, or - for standard output\n"
               "  --compressed          code the merged log\n"
+              "  --files-from DIR      look for the files that the log names in DIR, too,\n"
+              "                        before the log's folder; may be given again\n"
               "\nExample: orvlog merge orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp -o letter.orvlog.xml\n"
               "\nExit status:\n"
               "  0  done\n"

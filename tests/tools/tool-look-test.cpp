@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -77,10 +78,112 @@ TEST(ToolCheck, LooksForTheFilesOfALog)
                        kTail);
     ToolResult result = run_tool({"check", log});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "line 8: the file /gone/a-dir-10.bin is missing\n");
+    EXPECT_EQ(result.out, "line 8: the file /gone/a-dir-10.bin is not read: it is outside the log's folder (see "
+                          "--files-from)\n");
     EXPECT_EQ(run_tool({"check", log, "--no-files"}).status, 0);
     folder.write("a-dir-10.bin", "ab");
     EXPECT_EQ(run_tool({"check", log}).status, 0);
+}
+
+const std::string kKept = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000021.tmp";
+const std::string kGray = "im_ImageEncoding=\"0\" im_Flags=\"[0x1] A \" im_ImageWidthPixels=\"2\" "
+                          "im_ImageHeightPixels=\"2\"";
+const std::string kGrayHead = "go_Count=\"3\" go_ColorSpaceFamily=\"GCM_CSF_GRAY\"";
+
+// A log whose only image has its bytes in a file of that name.
+std::string log_with_file(const std::string& name)
+{
+    return kHead +
+           paint(
+               image("10", "imp_DirectImage=\"TRUE\" imp_DirectImageFileName=\"" + name + "\"", "", kGray, kGrayHead)) +
+           kTail;
+}
+
+const std::string kNan = "    <GGO_Point gpf_X=\"nan\" gpf_Y=\"0\"/>\n";
+
+TEST(ToolCheck, TellsErrorsFromNotes)
+{
+    const std::string log = kHead + paint(kNan) + kTail;
+    ToolResult result = run_tool({"check", "-"}, log);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "line 7: note: gpf_X of GGO_Point is not finite: nan\n");
+    result = run_tool({"check", "-", "--strict", "--json"}, log);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "[\n{\"line\":7,\"byte\":310,\"text\":\"gpf_X of GGO_Point is not finite: nan\","
+                          "\"note\":true}\n]\n");
+    EXPECT_EQ(run_tool({"check", "-", "--strict"}, kHead + kTail).status, 0);
+    EXPECT_EQ(run_tool({"check", "-"}, kHead + paint(kNan) + paint("") + kTail).status, 1);
+}
+
+TEST(ToolCheck, AddsUpWhatRepeats)
+{
+    std::string points;
+    for (int i = 0; i < 5000; ++i)
+        points += kNan;
+    std::string lines;
+    for (int line = 7; line < 17; ++line)
+        lines += "line " + std::to_string(line) + ": note: gpf_X of GGO_Point is not finite: nan\n";
+    const std::string log = kHead + paint(points) + paint("") + kTail;
+    ToolResult result = run_tool({"check", "-"}, log);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, lines + "line 5008: id is 0 where 1 was due\n"
+                                  "4990 more like line 7: note: gpf_X of GGO_Point is not finite: nan\n");
+    result = run_tool({"check", "-", "--json"}, log);
+    EXPECT_NE(result.out.find("\"note\":true,\"more\":4990}\n]\n"), std::string::npos);
+    result = run_tool({"check", "-", "--all"}, log);
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 5001);
+}
+
+TEST(ToolCheck, LooksForFilesWhereTheUserSays)
+{
+    const ScratchFolder folder;
+    std::filesystem::create_directories(folder.path("images/sub"));
+    folder.write("images/sub/a-dir-10.bin", "abcd");
+    const std::string log = folder.write("log.xml", log_with_file(folder.path("images/sub/a-dir-10.bin")));
+    const std::string elsewhere = folder.write("images/other.xml", log_with_file("/gone/sub/a-dir-10.bin"));
+    EXPECT_EQ(run_tool({"check", log}).status, 0);
+    EXPECT_EQ(run_tool({"check", elsewhere}).status, 1);
+    EXPECT_EQ(run_tool({"check", elsewhere, "--files-from", folder.path("images/sub")}).status, 0);
+    const ToolResult result = run_tool({"check", log, "--files-from", folder.path("gone")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + folder.path("gone") + ": No such file or directory\n");
+}
+
+TEST(ToolExtract, ReadsNoFilesThatNoJobCanHaveLeft)
+{
+    const ScratchFolder folder;
+    std::filesystem::create_directory(folder.path("in"));
+    folder.write("out-dir-10.bin", "secret");
+    folder.write("in/notes.txt", "secret");
+    std::filesystem::create_symlink("../out-dir-10.bin", folder.path("in/link-dir-10.bin"));
+    std::filesystem::create_directory_symlink("..", folder.path("in/up"));
+    ASSERT_EQ(run_program({"mkfifo", folder.path("in/pipe-dir-10.bin")}).status, 0);
+    std::filesystem::create_symlink("/dev/zero", folder.path("in/zero-dir-10.bin"));
+    for (const std::string& name :
+         {std::string("/etc/passwd"), std::string("/dev/zero"), std::string("notes.txt"), folder.path("out-dir-10.bin"),
+          std::string("../out-dir-10.bin"), std::string("link-dir-10.bin"), std::string("up/out-dir-10.bin"),
+          std::string("pipe-dir-10.bin"), std::string("zero-dir-10.bin"), kKept})
+    {
+        const std::string log = folder.write("in/log.xml", log_with_file(name));
+        const ToolResult result =
+            run_program({"timeout", "20", ORVLOG_TOOL, "extract", "images", log, "-o", folder.path("extracted")});
+        EXPECT_EQ(result.status, 1) << name;
+        EXPECT_EQ(result.err.find("orvlog: " + log + ": the file " + name + " is not read: "), 0U) << result.err;
+        EXPECT_EQ(read_file(folder.path("extracted/manifest.json")).find("image-0"), std::string::npos) << name;
+        const ToolResult checked = run_program({"timeout", "20", ORVLOG_TOOL, "check", log});
+        EXPECT_EQ(checked.status, 1) << name;
+        EXPECT_EQ(checked.out.find("line 8: the file " + name + " is not read: "), 0U) << checked.out;
+        const ToolResult played = run_program({"timeout", "20", ORVLOG_TOOL, "replay", log, "--renderer", "none"});
+        EXPECT_NE(played.err.find("the file " + name + " is not read: "), std::string::npos) << played.err;
+    }
+}
+
+TEST(ToolExtract, SaysWhyAFolderCannotBeMade)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
+    EXPECT_EQ(run_tool({"extract", "images", kEveryCall, "-o", file + "/out"}).err,
+              "orvlog: " + file + "/out/manifest.json: Not a directory\n");
 }
 
 TEST(ToolCheck, WhatIsNoLogIsSaid)
@@ -241,24 +344,27 @@ TEST(ToolExtract, ImagesFromFilesBeside)
     const std::string gray = "im_ImageEncoding=\"0\" im_Flags=\"[0x1] A \" im_ImageWidthPixels=\"2\" "
                              "im_ImageHeightPixels=\"2\"";
     const std::string head = "go_Count=\"3\" go_ColorSpaceFamily=\"GCM_CSF_GRAY\"";
-    const std::string prepare = "  <GOP_ImageKeepFn Id=\"20\" async_img_log_file_name=\"kept\" return=\"TRUE\">\n"
+    const std::string prepare = "  <GOP_ImageKeepFn Id=\"20\" async_img_log_file_name=\"" + kKept +
+                                "\" return=\"TRUE\">\n"
                                 "  </GOP_ImageKeepFn>\n";
     const std::string log = folder.write(
-        "log", kHead +
-                   paint(image("10", "imp_DirectImage=\"TRUE\" imp_DirectImageFileName=\"d\"", "", gray, head) +
-                         image("20", "imp_DirectImage=\"FALSE\"", "", gray, head) + prepare +
-                         image("30", "imp_DirectImage=\"TRUE\" imp_DirectImageFileName=\"none\"", "", gray, head)) +
-                   kTail);
-    folder.write("d", "abcd");
-    folder.write("kept", "<GOP_ImageReadFn Id=\"20\" return=\"TRUE\" img_returned=\"2\" ImageFileName=\"r\">\n"
-                         "</GOP_ImageReadFn>\n"
-                         "<GOP_ImageReadFn Id=\"20\" return=\"TRUE\" img_returned=\"2\" ImageFileName=\"r\">\n"
-                         "</GOP_ImageReadFn>\n");
-    folder.write("r", "wxyz");
+        "log",
+        kHead +
+            paint(image("10", "imp_DirectImage=\"TRUE\" imp_DirectImageFileName=\"d-dir-10.bin\"", "", gray, head) +
+                  image("20", "imp_DirectImage=\"FALSE\"", "", gray, head) + prepare +
+                  image("30", "imp_DirectImage=\"TRUE\" imp_DirectImageFileName=\"none-dir-30.bin\"", "", gray, head)) +
+            kTail);
+    folder.write("d-dir-10.bin", "abcd");
+    folder.write(kKept,
+                 "<GOP_ImageReadFn Id=\"20\" return=\"TRUE\" img_returned=\"2\" ImageFileName=\"r-img-20.bin\">\n"
+                 "</GOP_ImageReadFn>\n"
+                 "<GOP_ImageReadFn Id=\"20\" return=\"TRUE\" img_returned=\"2\" ImageFileName=\"r-img-20.bin\">\n"
+                 "</GOP_ImageReadFn>\n");
+    folder.write("r-img-20.bin", "wxyz");
     const ToolResult result = run_tool({"extract", "images", log, "-o", folder.path("out"), "--json"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, "{\"files\":3,\"manifest\":\"" + folder.path("out") + "/manifest.json\"}\n");
-    EXPECT_EQ(result.err, "orvlog: " + log + ": the file none is missing\n");
+    EXPECT_EQ(result.err, "orvlog: " + log + ": the file none-dir-30.bin is missing\n");
     EXPECT_EQ(png_head(folder.path("out/image-0-10.png")), (std::vector<int>{2, 2, 8, 0}));
     EXPECT_EQ(png_head(folder.path("out/image-0-20.png")), (std::vector<int>{2, 2, 8, 0}));
     EXPECT_NE(read_file(folder.path("out/manifest.json")).find("{\"file\":null,\"call\":0,"), std::string::npos);

@@ -121,8 +121,9 @@ TEST(ToolOutput, FailureLeavesTheFileOfBefore)
     EXPECT_FALSE(std::filesystem::exists(file + ".part"));
 }
 
-constexpr char kTemp[] = "orvlog-4-3-2-1.tmp";
-constexpr char kImage[] = "orvlog-4-3-2-1-async-image-0000000011.tmp";
+constexpr char kTemp[] = "orvlog-00000004-00000003-00000002-00000001.tmp";
+constexpr char kImage[] = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000011.tmp";
+const std::string kCallbacks = "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n";
 
 std::string temporary_log(const std::string& image_log)
 {
@@ -179,33 +180,31 @@ TEST(ToolMerge, FailureLosesNothing)
     folder.write(kTemp, temporary_log(kImage));
     const ToolResult missing = run_tool({"merge", folder.path(kTemp), "-o", folder.path("log.xml")});
     EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.err.find("the log of a kept image is missing: orvlog-4-3-2-1-async-image-0000000011.tmp"),
-              std::string::npos);
+    EXPECT_NE(missing.err.find("the log of a kept image is missing: " + std::string(kImage)), std::string::npos);
     EXPECT_TRUE(std::filesystem::exists(folder.path(kTemp)));
     EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
     EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml.part")));
-    const std::string outside = folder.write("bent.tmp", temporary_log("../" + std::string(kImage)));
-    EXPECT_EQ(run_tool({"merge", outside, "-o", folder.path("log.xml")}).status, 1);
     const std::string other = folder.write("other.tmp", "not a log");
     const ToolResult refused = run_tool({"merge", other, "-o", folder.path("log.xml")});
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.err, "orvlog: " + other + ": not a log\n");
     EXPECT_TRUE(std::filesystem::exists(other));
     const std::string coded = folder.write("coded.tmp", run_tool({"pack", "-", "-o", "-"}, kLog).out);
-    EXPECT_EQ(run_tool({"merge", coded, "-o", folder.path("log.xml")}).err, "orvlog: " + coded + ": not a log\n");
-    folder.write(kImage, "  <A>\n  </A>\n");
+    EXPECT_EQ(run_tool({"merge", coded, "-o", folder.path("log.xml")}).err,
+              "orvlog: " + coded + ": is a coded log, which has nothing to merge; orvlog unpack makes it plain\n");
+    folder.write(kImage, kCallbacks);
     EXPECT_EQ(run_tool({"merge", folder.path(kTemp), "-o", "/dev/full"}).err,
               "orvlog: /dev/full: No space left on device\n");
     EXPECT_EQ(run_tool({"merge", folder.path(kTemp), "-o", "/dev/full", "--compressed"}).status, 1);
     EXPECT_EQ(read_file(folder.path(kTemp)), temporary_log(kImage));
-    EXPECT_EQ(read_file(folder.path(kImage)), "  <A>\n  </A>\n");
+    EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
 }
 
 TEST(ToolMerge, TakesThePlaceOfItsInput)
 {
-    const std::string image = "  <A>\n  </A>\n";
-    const std::string merged = "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\"  return=\"TRUE\">\n  </GOP_ImageKeepFn>\n"
-                               "  <A>\n  </A>\n  <Behind>\n  </Behind>\n</ORV>\n";
+    const std::string image = kCallbacks;
+    const std::string merged = "<ORV A=\"1\">\n  <GOP_ImageKeepFn Id=\"11\"  return=\"TRUE\">\n  </GOP_ImageKeepFn>\n" +
+                               kCallbacks + "  <Behind>\n  </Behind>\n</ORV>\n";
     for (const char* output : {kTemp, kImage, "link", "other"})
     {
         const ScratchFolder folder;
@@ -224,23 +223,116 @@ TEST(ToolMerge, TouchesNoFilesElsewhere)
 {
     const ScratchFolder folder;
     const std::string victim = folder.write("victim", "precious");
-    folder.write(kImage, "  <A>\n  </A>\n");
+    folder.write(kImage, kCallbacks);
     std::filesystem::create_directory(folder.path("in"));
     const std::string keep = "<GOP_ImageKeepFn async_img_log_file_name=\"";
-    for (const std::string& bent : {keep + kImage + "\"></GOP_ImageKeepFn>" + keep + "../victim\"></GOP_ImageKeepFn>",
-                                    "<GOP_ImageKeepFn\n async_img_log_file_name=\"" + victim + "\"></GOP_ImageKeepFn>",
-                                    std::string(" async_img_log_file_name: /dev/zero\"</GOP_ImageKeepFn>"),
-                                    keep + "bent.tmp\"></GOP_ImageKeepFn>", keep + "\n</GOP_ImageKeepFn>\""})
+    for (const std::string& bent :
+         {keep + kImage + "\"></GOP_ImageKeepFn>" + keep + "../victim\"></GOP_ImageKeepFn>",
+          keep + "../" + kImage + "\"></GOP_ImageKeepFn>", keep + folder.path(kImage) + "\"></GOP_ImageKeepFn>",
+          "<GOP_ImageKeepFn\n async_img_log_file_name=\"" + victim + "\"></GOP_ImageKeepFn>",
+          std::string(" async_img_log_file_name: /dev/zero\"</GOP_ImageKeepFn>"),
+          keep + "bent.tmp\"></GOP_ImageKeepFn>", keep + kTemp + "\"></GOP_ImageKeepFn>",
+          keep + "\n</GOP_ImageKeepFn>\"", keep + std::string(100000, 'a') + "\"></GOP_ImageKeepFn>",
+          std::string(65530, ' ') + keep + "../victim\"></GOP_ImageKeepFn>"})
     {
-        folder.write("in/" + std::string(kImage), "  <A>\n  </A>\n");
-        const std::string log = folder.write("in/bent.tmp", "<ORV A=\"1\">\n" + bent + "\n</ORV>\n");
+        folder.write("in/" + std::string(kImage), kCallbacks);
+        const std::string log = folder.write("in/" + std::string(kTemp), "<ORV A=\"1\">\n" + bent + "\n</ORV>\n");
         const ToolResult result = run_tool({"merge", log, "-o", folder.path("log.xml")});
         EXPECT_EQ(result.status, 1) << bent;
-        EXPECT_EQ(result.err.find("orvlog: " + log + ": the log of a kept image is missing: "), 0U) << result.err;
+        EXPECT_EQ(
+            result.err.find("orvlog: " + log + ": the log of a kept image is not read: no log names its files so: "),
+            0U)
+            << result.err;
         EXPECT_TRUE(std::filesystem::exists(log));
         EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
     }
     EXPECT_EQ(read_file(victim), "precious");
+    EXPECT_EQ(read_file(folder.path("in/" + std::string(kImage))), kCallbacks);
+}
+
+TEST(ToolMerge, TakesOnlyWhatHoldsCallbacksOfImages)
+{
+    for (const char* content :
+         {"precious", "<ORV A=\"1\">\n</ORV>\n", "  <ORV_object_paint id=\"0\">\n  </ORV_object_paint>\n",
+          "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\nprecious\n"})
+    {
+        const ScratchFolder folder;
+        const std::string log = folder.write(kTemp, temporary_log(kImage));
+        const std::string image = folder.write(kImage, content);
+        const ToolResult result = run_tool({"merge", log, "-o", folder.path("log.xml")});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, "orvlog: " + log +
+                                  ": the log of a kept image is not read: it holds something else: " + kImage + "\n");
+        EXPECT_EQ(read_file(image), content);
+        EXPECT_EQ(read_file(log), temporary_log(kImage));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+    }
+    // One that ends early is taken, as is one of an image that was never used.
+    for (const char* content : {"", "  <GOP_ImageReadFn Id=\"11\" return=\"TRUE\">\n    <img_buf>\n"})
+    {
+        const ScratchFolder folder;
+        const std::string log = folder.write(kTemp, temporary_log(kImage));
+        folder.write(kImage, content);
+        EXPECT_EQ(run_tool({"merge", log, "-o", folder.path("log.xml")}).err, "");
+        EXPECT_NE(read_file(folder.path("log.xml")).find(content), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(folder.path(kImage)));
+    }
+}
+
+TEST(ToolMerge, TakesNoLinkOutNorWhatIsNoFile)
+{
+    const ScratchFolder folder;
+    std::filesystem::create_directory(folder.path("in"));
+    folder.write("victim", kCallbacks);
+    const std::string image = folder.path("in/" + std::string(kImage));
+    const std::string log = folder.write("in/" + std::string(kTemp), temporary_log(kImage));
+    const std::string start = "orvlog: " + log + ": the log of a kept image is not read: ";
+    std::filesystem::create_symlink("../victim", image);
+    EXPECT_EQ(run_tool({"merge", log, "-o", folder.path("log.xml")}).err,
+              start + "a link leads to where no file of the log lies: " + kImage + "\n");
+    for (const char* make : {"mkfifo", "mkdir"})
+    {
+        std::filesystem::remove(image);
+        ASSERT_EQ(run_program({make, image}).status, 0);
+        EXPECT_EQ(run_program({"timeout", "20", ORVLOG_TOOL, "merge", log, "-o", folder.path("log.xml")}).err,
+                  start + "it is no ordinary file: " + kImage + "\n");
+    }
+    EXPECT_EQ(read_file(folder.path("victim")), kCallbacks);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+}
+
+TEST(ToolMerge, LooksInTheFoldersOfTheUser)
+{
+    const ScratchFolder folder;
+    std::filesystem::create_directory(folder.path("there"));
+    const std::string log = folder.write(kTemp, temporary_log(kImage));
+    const std::string image = folder.write("there/" + std::string(kImage), kCallbacks);
+    EXPECT_EQ(run_tool({"merge", log, "-o", folder.path("log.xml")}).status, 1);
+    EXPECT_EQ(run_tool({"merge", log, "-o", folder.path("log.xml"), "--files-from", folder.path("gone")}).err,
+              "orvlog: " + folder.path("gone") + ": No such file or directory\n");
+    EXPECT_EQ(run_tool({"merge", log, "-o", folder.path("log.xml"), "--files-from", folder.path("there")}).err, "");
+    EXPECT_NE(read_file(folder.path("log.xml")).find(kCallbacks), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(image));
+    EXPECT_FALSE(std::filesystem::exists(log));
+}
+
+TEST(ToolMerge, LeavesAFinishedLog)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write("letter.orvlog.xml", kLog);
+    const ToolResult result = run_tool({"merge", log, "-o", folder.path("log.xml")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + log +
+                              ": nothing to merge: it is no temporary log, and no logs of kept images belong to it\n");
+    EXPECT_EQ(read_file(log), kLog);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.xml")));
+    // With logs of kept images it is merged, and stays with them.
+    const std::string kept = folder.write("kept.orvlog.xml", temporary_log(kImage));
+    folder.write(kImage, kCallbacks);
+    EXPECT_EQ(run_tool({"merge", kept, "-o", folder.path("log.xml")}).err, "");
+    EXPECT_NE(read_file(folder.path("log.xml")).find(kCallbacks), std::string::npos);
+    EXPECT_EQ(read_file(kept), temporary_log(kImage));
+    EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
 }
 
 TEST(ToolMerge, AnAttributeOfNoKeptImageIsText)

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace
@@ -245,6 +246,23 @@ TEST(ToolHelp, ListsCommandsAndShowsExamples)
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("\nExample: orvlog record letter.pdf\n"), std::string::npos);
     EXPECT_EQ(run_tool({"help", "record"}).out, help.out);
+}
+
+TEST(RecordScript, SaysThatItsTreeCannotBeWritten)
+{
+    const ScratchFolder folder;
+    std::filesystem::create_directories(folder.path("scripts"));
+    const std::string script = folder.write("scripts/record", read_file(ORVLOG_SOURCE_DIR "/scripts/record"));
+    const std::string said = "scripts/record: " + folder.path("build/record") + " can't be written\n";
+    folder.write("build", "");
+    ToolResult result = run_program({"sh", script});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, said);
+    std::filesystem::remove(folder.path("build"));
+    std::filesystem::create_directories(folder.path("build/record/build.log"));
+    result = run_program({"sh", script});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, said);
 }
 
 }  // namespace
