@@ -16,7 +16,7 @@ struct RecordSummary
     std::vector<std::pair<std::string, uint64_t>> calls;  // name of the call and how often it was made
     std::optional<uint64_t> pages;
     std::optional<uint64_t> page_images;  // files of pages that were written, all of them whole
-    std::string log;  // name of the log file
+    std::string log;                      // name of the log file
     std::optional<uint64_t> log_bytes;
     std::optional<double> seconds;                 // the job with the logger
     std::optional<double> seconds_without_logger;  // the same job again, without it

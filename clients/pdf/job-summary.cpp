@@ -24,7 +24,10 @@ bool write_summary(const JobSummary& summary, const std::string& file_name)
     object["calls_refused"] = summary.calls.refused;
     object["text_end_points"] = {{"count", summary.calls.end_points}, {"worst_inches", summary.calls.worst_end_point}};
     object["pages"] = summary.pages;
-    object["page_images"] = summary.page_images;
+    if (summary.page_images > 0)
+    {
+        object["page_images"] = summary.page_images;
+    }
     object["log"] = summary.log;
     object["log_bytes"] = summary.log_bytes;
     object["seconds"] = summary.seconds;

@@ -62,8 +62,8 @@ constexpr uint64_t usual_pixels_at_once = uint64_t{1} << 24;
 
 struct Options
 {
-    PageSink page_sink;              // may be empty
-    std::string png_prefix;          // when not empty: files PREFIX-001.png and onwards, one for each page
+    PageSink page_sink;      // may be empty
+    std::string png_prefix;  // when not empty: files PREFIX-001.png and onwards, one for each page
     // Gives the number of a page that is about to be opened; may be empty. Files of equal numbers replace each other.
     std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
