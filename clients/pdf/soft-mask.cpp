@@ -39,7 +39,8 @@ double mask_value(uint32_t white, uint32_t black, const MaskRule& rule)
         alpha_sum += alpha;
         shown[i] = channel(black, shift) + (1.0 - alpha) * rule.backdrop[i];
     }
-    const double value = rule.luminosity ? luminance(shown[0], shown[1], shown[2]) : alpha_sum / 3.0;
+    const double light = std::max(luminance(shown[0], shown[1], shown[2]) - rule.black, 0.0) / (1.0 - rule.black);
+    const double value = rule.luminosity ? light : alpha_sum / 3.0;
     return rule.transfer ? rule.transfer(std::clamp(value, 0.0, 1.0)) : value;
 }
 

@@ -29,6 +29,7 @@ struct MaskRule
 {
     bool luminosity = false;                 // else the alpha of the group is the mask
     double backdrop[3] = {0, 0, 0};          // RGB under the group, luminosity only
+    double black = 0;                        // what is black in the group's space, luminosity only: it comes to 0
     std::function<double(double)> transfer;  // applied to each value; may be empty
 };
 

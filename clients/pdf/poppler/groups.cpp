@@ -22,6 +22,20 @@ GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
     return rectangle({box[0], box[1], box[2], box[3]}).transformed(to_content).bounds();
 }
 
+// How light the black ink of a CMYK space is as it is shown; 0 for other spaces, which have a black of their own.
+double black_of(const GfxColorSpace& space)
+{
+    if (space.getNComps() != 4 || !passes_as_channels(space.getMode()))
+    {
+        return 0;
+    }
+    GfxColor ink;
+    clearGfxColor(&ink);
+    ink.c[3] = gfxColorComp1;
+    const Colour shown = rgb_of(space, ink);
+    return std::min(0.3 * shown.value[0] + 0.59 * shown.value[1] + 0.11 * shown.value[2], 0.5);
+}
+
 }  // namespace
 
 void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
@@ -90,6 +104,10 @@ void set_soft_mask(SoftMasks& masks, Canvas& canvas, bool alpha, Function* trans
     {
         const Colour colour = rgb_of(*masks.pictures_space, *backdrop);
         std::copy_n(colour.value, 3, rule.backdrop);
+    }
+    if (masks.pictures_space != nullptr)
+    {
+        rule.black = black_of(*masks.pictures_space);
     }
     if (transfer != nullptr)
     {

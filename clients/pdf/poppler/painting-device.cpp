@@ -4,6 +4,7 @@
 
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
+#include "clients/pdf/poppler/matte.h"
 #include "clients/pdf/poppler/meshes.h"
 #include "clients/pdf/poppler/path-painting.h"
 #include "clients/pdf/poppler/shadings.h"
@@ -391,7 +392,8 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Str
     image.interpolate = interpolate;
     Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, canvas_.spaces);
     mask.interpolate = mask_interpolate;
-    if (mask_map->getMatteColor() != nullptr)
+    const GfxColor* matte = mask_map->getMatteColor();
+    if (matte != nullptr && !take_out_matte(image, mask, *matte, *map->getColorSpace()))
     {
         complain_("the matte colour of a soft mask is left out");
     }

@@ -190,4 +190,62 @@ TEST(ShortImages, WithinTheContentAndAsStencilsAndMasks)
     EXPECT_EQ(record(document, options).result.summary.messages, wanted);
 }
 
+// Two pixels, each half opaque and blended with the matte before: red, and what is beyond what the matte allows.
+TEST(Matte, IsTakenOut)
+{
+    const auto draw_with = [](const std::string& mask_entries, const std::string& mask, Lines* messages)
+    {
+        const std::string document =
+            page("0 0 1 rg 0 0 100 100 re f q 100 0 0 100 0 0 cm /I Do Q", "/XObject << /I 5 0 R >>",
+                 {image("/Width 2 /Height 1 /ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /ASCIIHexDecode "
+                        "/SMask 6 0 R",
+                        "80000000FF00>"),
+                  image("/ColorSpace /DeviceGray /Filter /ASCIIHexDecode " + mask_entries, mask)});
+        return draw(document, messages);
+    };
+    Lines messages;
+    const auto drawn = draw_with("/Width 2 /Height 1 /BitsPerComponent 8 /Matte [0 0 0]", "8080>", &messages);
+    EXPECT_EQ(messages, Lines());
+    // 0x80 red by half over blue: red comes back to 0xFF first.
+    EXPECT_EQ(pixel(drawn, 20, 50) >> 16, 0x80U);
+    EXPECT_EQ(pixel(drawn, 20, 50) & 0xFFU, 0x7FU);
+    EXPECT_EQ(pixel(drawn, 80, 50), 0x00807FU);
+    const auto white = draw_with("/Width 2 /Height 1 /BitsPerComponent 8 /Matte [1 1 1]", "80FF>", &messages);
+    // (80, 0, 0) on white by half was (01, -FF, -FF).
+    EXPECT_EQ(pixel(white, 20, 50) >> 16, 0x01U);
+    EXPECT_EQ(pixel(white, 80, 50), 0x00FF00U);
+    const auto bits = draw_with("/Width 2 /Height 1 /BitsPerComponent 1 /Matte [1 1 1]", "40>", &messages);
+    EXPECT_EQ(pixel(bits, 20, 50), 0x0000FFU);
+    EXPECT_EQ(pixel(bits, 80, 50), 0x00FF00U);
+    EXPECT_EQ(messages, Lines());
+    // A matte goes with a mask of the image's size only.
+    const auto other = draw_with("/Width 1 /Height 1 /BitsPerComponent 8 /Matte [1 1 1]", "FF>", &messages);
+    EXPECT_EQ(pixel(other, 20, 50), 0x800000U);
+}
+
+// Painted in black through a mask whose group is of this colour: how dark that is.
+uint32_t darkness_through(const std::string& space, const std::string& colour)
+{
+    const std::string group = stream("/Type /XObject /Subtype /Form /BBox [0 0 100 100] /Group << /S /Transparency "
+                                     "/CS " +
+                                         space + " >>",
+                                     colour + " 0 0 100 100 re f");
+    return 255 - (pixel(draw(page("/M gs 0 g 0 0 100 100 re f",
+                                  "/ExtGState << /M << /SMask << /S /Luminosity /G 5 0 R >> >> >>", {group})),
+                        50, 50) &
+                  0xFFU);
+}
+
+TEST(LuminosityOfCmyk, IsNothingForBlackAndAllForPaper)
+{
+    EXPECT_EQ(darkness_through("/DeviceCMYK", "0 0 0 1 k"), 0U);
+    EXPECT_EQ(darkness_through("/DeviceCMYK", "1 1 1 1 k"), 0U);
+    EXPECT_EQ(darkness_through("/DeviceCMYK", "0 0 0 0 k"), 255U);
+    const uint32_t half = darkness_through("/DeviceCMYK", "0 0 0 0.5 k");
+    EXPECT_GT(half, 100U);
+    EXPECT_LT(half, 160U);
+    EXPECT_EQ(darkness_through("/DeviceRGB", "0 0 0 rg"), 0U);
+    EXPECT_EQ(darkness_through("/DeviceGray", "0.5 g"), 128U);
+}
+
 }  // namespace
