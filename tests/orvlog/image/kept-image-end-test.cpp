@@ -87,7 +87,7 @@ TEST_F(KeptImageEnd, SoItDoesForRefusedKeepsAndForChains)
     const uint64_t bytes = client.allocator.bytes();
     other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
     fake.replacement = other.get();
-    for (int i = 0; i < 300; ++i)
+    for (uint32_t i = 0; i < 300; ++i)
     {
         other.keep_result = i % 2;
         GOP_OperandImagePointer* record = keep(i % 2);
