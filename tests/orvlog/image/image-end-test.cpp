@@ -466,6 +466,7 @@ TEST_F(ImageEndOfAnExchange, Released)
     EXPECT_EQ(client.allocator.outstanding(), before);
     EXPECT_EQ(kept->imp_Image->im_ImageWidthPixels, 2U);
     still_kept = {paint_and_keep()};
+    shut_down();
 }
 
 TEST_F(ImageEndOfAnExchange, NeverReleased)

@@ -69,7 +69,7 @@ TEST_F(KeptImageEnd, ReleaseFreesAllThatTheImageTook)
 {
     const uint64_t blocks = client.allocator.outstanding();
     const uint64_t bytes = client.allocator.bytes();
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < 2000; ++i)
     {
         GOP_OperandImagePointer* record = keep();
         EXPECT_EQ(record->imp_ImageReleaseFn(record), client.allocator.get());
@@ -87,7 +87,7 @@ TEST_F(KeptImageEnd, SoItDoesForRefusedKeepsAndForChains)
     const uint64_t bytes = client.allocator.bytes();
     other.image.im_Flags |= GOP_OP_FLAGS_ASYNCH_ACCESS;
     fake.replacement = other.get();
-    for (int i = 0; i < 1000; ++i)
+    for (uint32_t i = 0; i < 300; ++i)
     {
         other.keep_result = i % 2;
         GOP_OperandImagePointer* record = keep(i % 2);
@@ -101,7 +101,7 @@ TEST_F(KeptImageEnd, SoItDoesForRefusedKeepsAndForChains)
 TEST_F(KeptImageEnd, ManyThatAreKeptAtOnce)
 {
     uint64_t bytes = 0;
-    for (int round = 0; round < 4; ++round)
+    for (int round = 0; round < 2; ++round)
     {
         std::vector<GOP_OperandImagePointer*> kept;
         for (int i = 0; i < 200; ++i)
