@@ -90,7 +90,8 @@ typedef struct ORVLOG_Params
 // is what initialise stored in `comment_ctx_out`.
 typedef int32_t (*orvlog_comment_fn_type)(void* writer, const char* format, va_list args);
 
-// Opens a log. Gives non-zero for success.
+// Opens a log. Gives non-zero for success. On 0 nothing was opened, and `interface_out` is a copy of `interface_in`,
+// if both were given: the client draws on it all the same, without a log, and doesn't call the shutdown.
 //   interface_out      receives the wrapped table; must not be null
 //   interface_in       the renderer's table; null: calls are logged and not passed on
 //   allocator          all memory of the session

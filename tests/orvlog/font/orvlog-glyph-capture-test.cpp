@@ -272,13 +272,27 @@ TEST_F(Capture, EndlessStringIsGivenUp)
     log.session.writer.stream = log.stream.get();
 }
 
+// The log is taken up again with the last glyph.
 TEST_F(Capture, EndlessStringIsWarnedOf)
 {
-    engine.endless = true;
+    static uint32_t left;
+    static RecordLog* resumed;
+    left = 262144;
+    resumed = &log;
+    engine.table.GFI_GlyphIndexGetFn = [](void*, uint32_t* returned, uint32_t*, uint16_t*, GGO_Vector*,
+                                          GGO_BoxFloat*) -> uint32_t
+    {
+        *returned = 1;
+        if (--left == 0)
+            resumed->session.writer.stream = resumed->stream.get();
+        return 1;
+    };
     engine.glyph_result = 0;
     log.session.glyph_warned_glyph_get = 1;
+    log.session.writer.stream = nullptr;
     const std::string text = dump();
-    EXPECT_EQ(count(text, "<GFI_GlyphGetFn "), 262144U);
+    EXPECT_EQ(left, 0U);
+    EXPECT_EQ(count(text, "<GFI_GlyphIndexGetFn "), 1U);
     EXPECT_EQ(count(text, "\n<!--\nORVLOG: WARNING: String of glyphs does not end.\n-->\n"), 1U);
 }
 
