@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <memory>
 #include <thread>
 
 namespace
@@ -22,7 +23,7 @@ namespace
 using namespace orvlog::test;
 
 constexpr uint32_t kThreads = 4;
-constexpr int kRounds = 25;
+constexpr uint32_t kRounds = 25;
 
 // Names the logs of kept images apart.
 struct NumberedIdentity
@@ -154,12 +155,12 @@ TEST(SessionsInThreads, ShareNothing)
                 ++ready;
                 while (ready != kThreads)
                     std::this_thread::yield();
-                for (int round = 0; round < kRounds; ++round)
+                for (uint32_t round = 0; round < kRounds; ++round)
                     logs[number].push_back(jobs[number]->run(round % 2 == 0));
             });
     for (std::thread& thread : threads)
         thread.join();
-    for (int round = 0; round < kRounds; ++round)
+    for (uint32_t round = 0; round < kRounds; ++round)
         for (uint32_t number = 0; number < kThreads; ++number)
         {
             EXPECT_TRUE(logs[number][round].starts_with("<ORV ")) << logs[number][round];
