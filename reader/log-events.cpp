@@ -97,6 +97,11 @@ bool LogEvents::is_coded() const
     return text_->is_coded();
 }
 
+bool LogEvents::is_compressed() const
+{
+    return text_->is_compressed();
+}
+
 uint64_t LogEvents::bytes_used() const
 {
     return text_->bytes_used();
@@ -220,7 +225,9 @@ bool LogEvents::finish()
     ended_ = true;
     cut_ = form_ == LogForm::log ? !root_closed_ : depth_ > 0;
     if (text_->is_damaged())
-        damage("the coded bytes cannot be decoded further", place_);
+        damage(text_->is_compressed() ? "the compressed bytes are damaged from here on"
+                                      : "the coded bytes cannot be decoded further",
+               place_);
     else if (cut_)
         damage("the log ends here, before its end", place_);
     imply_closes(0, place_);

@@ -18,4 +18,8 @@ std::filesystem::path folder_of_log(const std::string& log);
 // Null if there is none.
 std::unique_ptr<std::istream> open_beside(const std::filesystem::path& folder, const std::string& name);
 
+// Opens a log. Where a journal lies beside it, the file ends in what the journal holds, as a frame. Null with errno set
+// if it can't be opened; `*foreign_journal` says that what lies there doesn't belong to this log.
+std::unique_ptr<std::istream> open_log(const std::string& log, bool* foreign_journal = nullptr);
+
 }  // namespace orvlog::reader

@@ -177,7 +177,9 @@ LogInfo read_info(std::istream& log, const std::function<void(uint64_t)>& progre
     info.is_log = elements.events().is_log();
     info.cut = elements.events().is_cut();
     info.coded = elements.events().is_coded();
+    info.compressed = elements.events().is_compressed();
     info.bytes = elements.events().bytes_used();
+    info.text_bytes = elements.events().text_bytes();
     for (const Attribute& attribute : elements.root().attributes)
         info.versions.emplace_back(attribute.name, attribute.value);
     return info;

@@ -45,7 +45,9 @@ struct LogInfo
     bool is_log = false;
     bool cut = false;
     bool coded = false;
-    uint64_t bytes = 0;                                         // of the file
+    bool compressed = false;  // in Zstandard frames
+    uint64_t bytes = 0;       // of the file, without unused room behind the text
+    uint64_t text_bytes = 0;
     std::vector<std::pair<std::string, std::string>> versions;  // the attributes of the root
     uint32_t pages = 0;
     std::vector<PageRun> sizes;  // the first 1000

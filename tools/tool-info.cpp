@@ -90,13 +90,20 @@ std::string value_of(const LogInfo& info, std::string_view name)
     return "not told";
 }
 
+std::string form_of(const LogInfo& info)
+{
+    const std::string form = info.coded ? "coded" : "plain";
+    return info.compressed ? form + " in Zstandard frames" : form;
+}
+
 std::string head_text(const LogInfo& info, const std::string& name)
 {
     std::string text;
     append_line(text, "log", name);
     append_line(text, "form",
-                std::string(info.coded ? "coded" : "plain") + ", " + std::to_string(info.bytes) + " bytes, " +
-                    (info.cut ? "cut short" : "whole"));
+                form_of(info) + ", " + std::to_string(info.bytes) + " bytes, " + (info.cut ? "cut short" : "whole"));
+    if (info.compressed)
+        append_line(text, "text", std::to_string(info.text_bytes) + " bytes");
     append_line(text, "content", "version " + printable(value_of(info, "ORVLOG_CONTENT_VERSION")));
     append_line(text, "mode", printable(value_of(info, "LoggingMode")));
     std::string versions;
@@ -175,6 +182,11 @@ ordered_json info_json(const LogInfo& info, const std::string& name)
     object["coded"] = info.coded;
     object["cut"] = info.cut;
     object["bytes"] = info.bytes;
+    if (info.compressed)
+    {
+        object["compressed"] = "zstd";
+        object["text_bytes"] = info.text_bytes;
+    }
     for (const auto& [key, value] : info.versions)
         object["root"][key] = value;
     object["page_count"] = info.pages;

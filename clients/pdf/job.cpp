@@ -6,6 +6,7 @@
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/file-stream.h"
+#include "clients/stream/log-file.h"
 #include "orvlog/core/orvlog-entry.h"
 #include "renderers/cairo/cairo-renderer.h"
 
@@ -204,7 +205,7 @@ private:
             result_.errors.push_back(options_.log + ": is the document to be logged");
             return false;
         }
-        const std::unique_ptr<client_stream::FileStream> log = client_stream::FileStream::open(options_.log, "w+b");
+        const std::unique_ptr<client_stream::LogFile> log = client_stream::LogFile::open(options_.log, options_.stream);
         if (log == nullptr)
         {
             result_.errors.push_back(options_.log + ": " + std::strerror(errno));
@@ -253,13 +254,14 @@ private:
         }
     }
 
-    bool finish_log(client_stream::FileStream& log)
+    bool finish_log(client_stream::LogFile& log)
     {
         const bool whole = log.close();
         if (!whole)
         {
             result_.errors.push_back(options_.log + ": " + std::strerror(log.first_error()) +
-                                     "; the log is incomplete");
+                                     "; the log is incomplete" +
+                                     (log.has_journal() ? ", and its end is in " + options_.log + ".journal" : ""));
         }
         result_.summary.log_bytes = log.size();
         return whole;

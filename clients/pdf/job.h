@@ -5,6 +5,7 @@
 #pragma once
 
 #include "clients/pdf/painter.h"
+#include "clients/stream/log-file.h"
 
 #include <cstdint>
 #include <functional>
@@ -19,6 +20,7 @@ struct JobOptions
 {
     std::string document;
     std::string log;
+    client_stream::StreamKind stream = client_stream::StreamKind::mapped;
     int first_page = 1;
     int last_page = INT32_MAX;
     bool base_mode = false;
