@@ -42,7 +42,7 @@ std::string coded_root_tag()
 uint64_t zeros_of_none(std::string_view head)
 {
     if (!head.starts_with(root_tag))
-        return UINT64_MAX;
+        return root_tag.starts_with(head.substr(0, head.find_last_not_of('\0') + 1)) ? 1 : UINT64_MAX;
     if (!head.starts_with(coded_prefix))
         return 1;
     head.remove_prefix(coded_prefix.size());

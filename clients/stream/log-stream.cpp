@@ -83,7 +83,8 @@ bool append(LogStream* stream, const char* text, size_t count)
 {
     if (stream->error != 0)
         return false;
-    while (count > 0)
+    bool good = true;
+    while (good && count > 0)
     {
         const size_t room = static_cast<size_t>(stream->end - stream->next);
         const size_t part = std::min(room, count);
@@ -91,8 +92,7 @@ bool append(LogStream* stream, const char* text, size_t count)
         stream->next += part;
         text += part;
         count -= part;
-        if (count > 0 && !stream->kind->make_room(stream))
-            return false;
+        good = count == 0 || stream->kind->make_room(stream);
     }
     if (stream->kind->printed != nullptr)
         stream->kind->printed(stream);
