@@ -67,6 +67,8 @@ JournalState read_journal(const fs::path& path, Journal& journal)
         return JournalState::none;
     const uint64_t log_size = fs::file_size(path, error);
     const std::string head = bytes_at(beside, 0, head_size);
+    if (head.find_first_not_of('\0') == std::string::npos)
+        return JournalState::none;
     if (error || head.size() < head_size || !head.starts_with(magic) || number_at(head, 8, 4) != 1)
         return JournalState::foreign;
     const uint64_t text_at = number_at(head, 12, 4);

@@ -81,7 +81,10 @@ bool is_free_or_journal(HostFile* file)
 {
     char start[sizeof magic];
     const size_t count = read_at(file, start, sizeof start, 0);
-    return count == 0 || (count == sizeof start && std::memcmp(start, magic, sizeof start) == 0);
+    // One that was just being made has zero bytes there.
+    constexpr char unmade[sizeof magic] = {};
+    return std::memcmp(start, unmade, count) == 0 ||
+           (count == sizeof start && std::memcmp(start, magic, sizeof start) == 0);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <cstdarg>
+#include <filesystem>
 #include <iterator>
 #include <string>
 
@@ -82,6 +83,8 @@ void hold_to_what_was_printed(GIO_Stream* (*open)(const char*))
     const TempFolder folder;
     for (useconds_t after = 500; after < 60000; after += 1 + after / 4)
     {
+        std::filesystem::remove("a.xml");
+        std::filesystem::remove("a.xml.journal");
         const unsigned printed = print_and_kill(open, after);
         const std::string text = text_of_log();
         std::string expected;

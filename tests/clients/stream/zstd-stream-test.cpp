@@ -196,6 +196,20 @@ TEST_F(ZstdStream, DoesNotTouchAFileThatIsNoJournal)
     EXPECT_EQ(folder_.read("a.xml"), "the log of before");
 }
 
+// Killed before anything was printed.
+TEST_F(ZstdStream, TakesTheJournalThatWasJustBeingMade)
+{
+    std::ofstream("a.xml") << "";
+    std::ofstream("a.xml.journal", std::ios::binary) << std::string(4096, '\0');
+    bool foreign = true;
+    EXPECT_EQ(text_of_log("a.xml", &foreign), "");
+    EXPECT_FALSE(foreign);
+    GIO_Stream* stream = orvlog_open_zstd_stream("a.xml");
+    ASSERT_NE(stream, nullptr);
+    stream->ops->gio_Close(stream->instance);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"a.xml"});
+}
+
 TEST_F(ZstdStream, TakesThePlaceOfALogThatWasNotClosed)
 {
     leave(long_text(1500000), "a.xml");
