@@ -3,6 +3,9 @@
 #include "clients/stream/file-stream.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
+#include "reader/log-bytes.h"
+#include "reader/log-files.h"
+#include "reader/log-journal.h"
 #include "tools/command.h"
 #include "tools/temporary-folder.h"
 #include "tools/tool-input.h"
@@ -17,6 +20,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tool
 {
@@ -170,7 +174,9 @@ bool find_parts(const fs::path& log, const fs::path& folder, std::set<std::strin
     return true;
 }
 
-int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path& folder)
+// What is not plain text to its end is merged from a copy that is; `originals` go when all went well.
+int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path& folder,
+                const std::vector<fs::path>& originals = {})
 {
     std::set<std::string> names;
     std::string why;
@@ -190,7 +196,36 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const fs::path
     if (!output.finish())
         return fail(options.output + ": " + std::strerror(errno));
     workshop.remove_originals(merged);
+    std::error_code ignored;
+    for (const fs::path& original : originals)
+    {
+        if (!fs::equivalent(original, merged, ignored))
+            fs::remove(original, ignored);
+    }
     return EXIT_DONE;
+}
+
+// Not in Zstandard frames, and without unused room behind the text.
+bool is_plain_file(const std::string& name)
+{
+    const std::unique_ptr<std::istream> log = orvlog::reader::open_log(name);
+    char byte = '\0';
+    orvlog::reader::LogBytes bytes(*log);
+    const bool plain = bytes.read(&byte, 1) == 0 || !bytes.is_compressed();
+    std::ifstream end(name, std::ios::binary | std::ios::ate);
+    const bool has_bytes = end.tellg() > 0;
+    end.seekg(-1, std::ios::end);
+    return plain && !(has_bytes && end.peek() == '\0');
+}
+
+// The log and the journal that is a part of it.
+std::vector<fs::path> files_of(const std::string& name)
+{
+    std::vector<fs::path> files = {fs::absolute(name)};
+    orvlog::reader::Journal journal;
+    if (orvlog::reader::read_journal(name, journal) == orvlog::reader::JournalState::belongs)
+        files.push_back(fs::absolute(name + ".journal"));
+    return files;
 }
 
 // What is no file here is brought first, and its image logs are those of the present folder.
@@ -199,12 +234,19 @@ int merge(const MergeOptions& options)
     Source source(options.file);
     if (!source.open())
         return fail(options.file + ": " + source.why());
-    if (options.file != "-" && !is_url(options.file))
-        return merge_parts(options, options.file, fs::path(options.file).parent_path());
+    const bool is_file = options.file != "-" && !is_url(options.file);
+    const fs::path folder = is_file ? fs::path(options.file).parent_path() : fs::path();
+    if (is_file && is_plain_file(options.file))
+        return merge_parts(options, options.file, folder);
+    orvlog::reader::LogBytes bytes(source.stream());
+    std::istream text(&bytes);
     const TemporaryFolder brought;
-    if (!brought.keep(source.stream(), "log"))
+    if (!brought.keep(text, "log"))
         return fail(options.file + ": " + std::strerror(errno));
-    return merge_parts(options, brought.path("log"), "");
+    if (bytes.is_damaged())
+        return fail(options.file + ": the compressed bytes are damaged");
+    const auto originals = is_file ? files_of(options.file) : std::vector<fs::path>();
+    return merge_parts(options, brought.path("log"), folder, originals);
 }
 
 }  // namespace

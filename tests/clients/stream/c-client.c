@@ -14,6 +14,12 @@ static void* allocate(GMM_Allocator* allocator, uint64_t size, uint32_t channel)
     return malloc((size_t)size);
 }
 
+static void* reallocate(GMM_Allocator* allocator, void* block, uint64_t size)
+{
+    (void)allocator;
+    return realloc(block, (size_t)size);
+}
+
 static void release(GMM_Allocator* allocator, void* block)
 {
     (void)allocator;
@@ -56,6 +62,7 @@ int main(int argc, char** argv)
     GIO_Stream* log = argc == 2 ? orvlog_open_mapped_stream(argv[1]) : NULL;
     allocator.gmm_Alloc = allocate;
     allocator.gmm_Free = release;
+    allocator.gmm_Realloc = reallocate;
     allocator.self = &allocator;
     if (log == NULL ||
         !ORVLOG_DLL_initialise(&wrapped, NULL, &allocator, &identity, 0, log, NULL, 0, NULL, NULL, 0, NULL, NULL))
