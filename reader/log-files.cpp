@@ -77,6 +77,19 @@ private:
     JoinedBytes bytes_;
 };
 
+// An ordinary file that is empty or consists of frames.
+bool may_have_journal(const std::string& log)
+{
+    std::error_code none;
+    if (!std::filesystem::is_regular_file(log, none))
+        return false;
+    char head[4];
+    std::ifstream file(log, std::ios::binary);
+    file.read(head, sizeof head);
+    const auto count = static_cast<size_t>(file.gcount());
+    return count == 0 || Frames::begin_with({head, count});
+}
+
 }  // namespace
 
 std::filesystem::path folder_of_log(const std::string& log)
@@ -108,14 +121,9 @@ std::unique_ptr<std::istream> open_log(const std::string& log, bool* foreign_jou
         errno = errno != 0 ? errno : ENOENT;
         return nullptr;
     }
-    char head[4];
-    file->read(head, sizeof head);
-    const auto count = static_cast<size_t>(file->gcount());
-    file->clear();
-    file->seekg(0);
     Journal journal;
     JournalState state = JournalState::none;
-    if (count == 0 || Frames::begin_with({head, count}))
+    if (may_have_journal(log))
         state = read_journal(log, journal);
     if (foreign_journal != nullptr)
         *foreign_journal = state == JournalState::foreign;

@@ -39,7 +39,6 @@ int error_of(DWORD code)
         return ENOMEM;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case ERROR_DISK_QUOTA_EXCEEDED:
         return ENOSPC;
     case ERROR_FILE_TOO_LARGE:
         return EFBIG;
