@@ -85,7 +85,7 @@ int open_for_kind(const char* path, bool* readable)
 // How much may be written at `offset`. Beyond the limit a write ends the process.
 size_t allowed(const HostFile* file, size_t size, uint64_t offset)
 {
-    const uint64_t longest = longest_file();
+    const uint64_t longest = file->longest;
     if (!file->is_file || (offset <= longest && size <= longest - offset))
         return size;
     return offset < longest ? static_cast<size_t>(longest - offset) : 0;
@@ -101,6 +101,7 @@ int open_file(HostFile* file, const char* path)
     if (descriptor < 0)
         return errno;
     file->handle = descriptor;
+    file->longest = longest_file();
     struct stat status;
     file->is_file = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     file->can_map = file->is_file && readable && is_local(descriptor);

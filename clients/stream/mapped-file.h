@@ -16,6 +16,7 @@ struct HostFile
     bool is_file = false;  // an ordinary file, and not a pipe or a device
     bool can_map = false;  // and on a disk of this machine
     uint64_t written = 0;  // bytes by write_next
+    uint64_t longest = 0;  // that it may be
 };
 
 // Opens for writing, or makes. An ordinary file keeps what is in it, and is held against other writers of this kind
