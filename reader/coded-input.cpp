@@ -17,7 +17,7 @@ constexpr std::string_view plain_start = "<ORV MIRDA_TOLMA_VERSION=\"";
 
 }  // namespace
 
-CodedInput::CodedInput(std::istream& source) : raw_(source)
+CodedInput::CodedInput(std::istream& source) : bytes_(source), text_bytes_(&bytes_), raw_(text_bytes_)
 {
     const std::string_view head = raw_.look(coded_prefix.size());
     if (head.starts_with(coded_prefix))
@@ -73,7 +73,7 @@ void CodedInput::fill()
 
 void CodedInput::finish()
 {
-    if (coded_ && coded_->damaged())
+    if (bytes_.is_damaged() || (coded_ && coded_->damaged()))
         ending_ = Ending::damaged;
     else if (coded_ && (!end_.is_log() || coded_->of_nothing()))
         ending_ = Ending::other;

@@ -1,9 +1,10 @@
-// A log as text, whatever its file is: plain, or coded. Memory does not grow with the log; it holds a block, the
-// decoder's tree and, in a coded log, the text of one colour ticket.
+// A log as text, whatever its file is: plain, coded, or in Zstandard frames. Memory does not grow with the log; it
+// holds a block, the decoder's tree and, in a coded log, the text of one colour ticket.
 
 #pragma once
 
 #include "reader/coded-bytes.h"
+#include "reader/log-bytes.h"
 #include "reader/log-end.h"
 #include "reader/raw-bytes.h"
 
@@ -47,7 +48,7 @@ public:
     // Bytes of the file that have been used, the plain ones at the beginning of a coded log included.
     uint64_t bytes_used() const
     {
-        return raw_.position();
+        return bytes_.is_compressed() ? bytes_.bytes_used() : raw_.position();
     }
     uint64_t bytes_given() const
     {
@@ -59,6 +60,8 @@ private:
     void finish();
     bool next_text(std::string& text);
 
+    LogBytes bytes_;
+    std::istream text_bytes_;
     RawBytes raw_;
     std::optional<CodedBytes> coded_;
     LogEnd end_;

@@ -102,6 +102,11 @@ bool LogEvents::is_coded() const
     return text_->is_coded();
 }
 
+bool LogEvents::is_compressed() const
+{
+    return text_->is_compressed();
+}
+
 uint64_t LogEvents::bytes_used() const
 {
     return text_->bytes_used();
@@ -234,7 +239,9 @@ bool LogEvents::finish()
     garbled_ = text_->is_damaged() || (open && strange_line_ != 0 && strange_line_ < place_.line);
     cut_ = open && !(garbled_ && text_->is_coded());
     if (text_->is_damaged())
-        damage("the coded bytes cannot be decoded further", place_);
+        damage(text_->is_compressed() ? "the compressed bytes are damaged from here on"
+                                      : "the coded bytes cannot be decoded further",
+               place_);
     else if (garbled_ && !cut_)
         damage("the coded bytes are damaged before this place, where the text ends", place_);
     else if (cut_)

@@ -81,8 +81,14 @@ public:
     bool is_garbled() const;
 
     bool is_coded() const;
+    bool is_compressed() const;  // in Zstandard frames
     // Bytes of the file that have been used, which for a coded log are fewer than those of its text.
     uint64_t bytes_used() const;
+    // Bytes of the text that have been read.
+    uint64_t text_bytes() const
+    {
+        return place_.byte;
+    }
 
     static constexpr size_t longest_line = size_t{64} << 20;
     static constexpr size_t longest_comment = size_t{16} << 20;

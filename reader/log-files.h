@@ -64,4 +64,8 @@ private:
 // without an error if it is no ordinary file. `path` has no links; none that comes up meanwhile is followed at its end.
 std::unique_ptr<std::istream> open_ordinary_file(const std::filesystem::path& path, std::error_code& error);
 
+// Opens a log. Where a journal lies beside it, the file ends in what the journal holds, as a frame. Null with errno set
+// if it can't be opened; `*foreign_journal` says that what lies there doesn't belong to this log.
+std::unique_ptr<std::istream> open_log(const std::string& log, bool* foreign_journal = nullptr);
+
 }  // namespace orvlog::reader

@@ -171,6 +171,14 @@ LogInfo read_info(std::istream& log, const std::function<void(uint64_t)>& progre
     while (const Element* call = elements.next())
     {
         counter.call(*call);
+        if (call->implied_end && is_call_name(call->name))
+        {
+            info.in_flight = call->name;
+            info.in_flight_id = to_text(call->value("id"));
+            info.in_flight_line = call->place.line;
+        }
+        else
+            info.in_flight.clear();
         if (progress)
             progress(elements.events().bytes_used());
     }
@@ -178,7 +186,9 @@ LogInfo read_info(std::istream& log, const std::function<void(uint64_t)>& progre
     info.cut = elements.events().is_cut();
     info.garbled = elements.events().is_coded() && elements.events().is_garbled();
     info.coded = elements.events().is_coded();
+    info.compressed = elements.events().is_compressed();
     info.bytes = elements.events().bytes_used();
+    info.text_bytes = elements.events().text_bytes();
     for (const Attribute& attribute : elements.root().attributes)
         info.versions.emplace_back(attribute.name, attribute.value);
     return info;

@@ -45,8 +45,13 @@ struct LogInfo
     bool is_log = false;
     bool cut = false;
     bool coded = false;
-    bool garbled = false;                                       // the coded bytes are damaged; it is not cut then
-    uint64_t bytes = 0;                                         // of the file
+    bool garbled = false;     // the coded bytes are damaged; it is not cut then
+    bool compressed = false;  // in Zstandard frames
+    uint64_t bytes = 0;       // of the file, without unused room behind the text
+    uint64_t text_bytes = 0;
+    std::string in_flight;     // the call that a log cut short ends in; empty if it ends between two
+    std::string in_flight_id;  // empty if it has none
+    uint64_t in_flight_line = 0;
     std::vector<std::pair<std::string, std::string>> versions;  // the attributes of the root
     uint32_t pages = 0;
     std::vector<PageRun> sizes;  // the first 1000

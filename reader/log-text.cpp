@@ -24,21 +24,21 @@ RejoinedBytes::int_type RejoinedBytes::underflow()
     return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
 }
 
-LogText::LogText(std::istream& source) : source_(&source), block_(block_size) {}
+LogText::LogText(std::istream& source) : bytes_(source), source_(&bytes_), block_(block_size) {}
 
 // A coded log is known by its first bytes.
 void LogText::start()
 {
     started_ = true;
     constexpr std::string_view prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
-    source_->read(block_.data(), prefix.size());
-    end_ = static_cast<size_t>(source_->gcount());
+    source_.read(block_.data(), prefix.size());
+    end_ = static_cast<size_t>(source_.gcount());
     read_ = end_;
     const std::string_view head = seen();
     const bool cut_prefix = head.size() > 5 && prefix.starts_with(head);
     if (!head.starts_with(prefix) && !cut_prefix)
         return;
-    rejoined_.emplace(std::string(head), *source_);
+    rejoined_.emplace(std::string(head), source_);
     whole_.emplace(&*rejoined_);
     coded_.emplace(*whole_);
     end_ = 0;
@@ -67,8 +67,8 @@ bool LogText::fill()
         count = coded_->read(block_.data() + end_, block_.size() - end_);
     else
     {
-        source_->read(block_.data() + end_, static_cast<std::streamsize>(block_.size() - end_));
-        count = static_cast<size_t>(source_->gcount());
+        source_.read(block_.data() + end_, static_cast<std::streamsize>(block_.size() - end_));
+        count = static_cast<size_t>(source_.gcount());
         read_ += count;
     }
     end_ += count;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "reader/coded-input.h"
+#include "reader/log-bytes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,13 +58,20 @@ public:
     {
         return coded_.has_value();
     }
-    // A coded log that no coder wrote, from some place on.
+    // The file holds Zstandard frames.
+    bool is_compressed() const
+    {
+        return bytes_.is_compressed();
+    }
+    // A coded or compressed log that is none from some place on.
     bool is_damaged() const
     {
-        return coded_ && coded_->ending() == Ending::damaged;
+        return bytes_.is_damaged() || (coded_ && coded_->ending() == Ending::damaged);
     }
     uint64_t bytes_used() const
     {
+        if (bytes_.is_compressed())
+            return bytes_.bytes_used();
         return coded_ ? coded_->bytes_used() : read_ - (end_ - next_);
     }
 
@@ -73,7 +81,8 @@ private:
 
     static constexpr size_t block_size = size_t{1} << 18;
 
-    std::istream* source_;
+    LogBytes bytes_;
+    std::istream source_;
     std::optional<RejoinedBytes> rejoined_;
     std::optional<std::istream> whole_;
     std::optional<CodedInput> coded_;

@@ -1,13 +1,18 @@
 // orvlog info: what a log is, and what is in it.
 
+#include "reader/log-files.h"
 #include "reader/log-info.h"
 #include "tools/command.h"
 #include "tools/tool-look.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <regex>
+#include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace tool
@@ -90,15 +95,27 @@ std::string value_of(const LogInfo& info, std::string_view name)
     return "not told";
 }
 
+std::string form_of(const LogInfo& info)
+{
+    const std::string form = info.coded ? "coded" : "plain";
+    return info.compressed ? form + " in Zstandard frames" : form;
+}
+
 std::string head_text(const LogInfo& info, const std::string& name)
 {
     std::string text;
     append_line(text, "log", name);
     append_line(text, "form",
-                std::string(info.coded ? "coded" : "plain") + ", " + std::to_string(info.bytes) + " bytes, " +
+                form_of(info) + ", " + std::to_string(info.bytes) + " bytes, " +
                     (info.garbled ? "damaged"
                      : info.cut   ? "cut short"
                                   : "whole"));
+    if (info.cut && !info.in_flight.empty())
+        append_line(text, "in flight",
+                    printable(info.in_flight) + (info.in_flight_id.empty() ? "" : " " + printable(info.in_flight_id)) +
+                        ", line " + std::to_string(info.in_flight_line));
+    if (info.compressed)
+        append_line(text, "text", std::to_string(info.text_bytes) + " bytes");
     append_line(text, "content", "version " + printable(value_of(info, "ORVLOG_CONTENT_VERSION")));
     append_line(text, "mode", printable(value_of(info, "LoggingMode")));
     std::string versions;
@@ -178,7 +195,14 @@ ordered_json info_json(const LogInfo& info, const std::string& name)
     object["cut"] = info.cut;
     if (info.garbled)
         object["garbled"] = true;
+    if (info.cut && !info.in_flight.empty())
+        object["in_flight"] = {{"call", info.in_flight}, {"id", info.in_flight_id}, {"line", info.in_flight_line}};
     object["bytes"] = info.bytes;
+    if (info.compressed)
+    {
+        object["compressed"] = "zstd";
+        object["text_bytes"] = info.text_bytes;
+    }
     for (const auto& [key, value] : info.versions)
         object["root"][key] = value;
     object["page_count"] = info.pages;
@@ -205,6 +229,29 @@ ordered_json info_json(const LogInfo& info, const std::string& name)
     return object;
 }
 
+// A job that goes through a temporary log leaves its target empty until the end. Whether such logs lie where it
+// would have left them: in the present folder, or in the log's.
+bool tell_temporary_logs(const std::string& log)
+{
+    namespace fs = std::filesystem;
+    std::set<std::string> found;
+    std::error_code error;
+    const fs::path own = orvlog::reader::folder_of_log(log);
+    for (const fs::path& folder : {fs::path("."), own.empty() ? fs::path(".") : own})
+    {
+        for (const auto& entry : fs::directory_iterator(folder, error))
+        {
+            const std::string name = entry.path().filename().string();
+            static const std::regex form("orvlog-[0-9a-f]{8}-[0-9a-f]{8}-[0-9a-f]{8}-[0-9a-f]{8}\\.tmp");
+            if (entry.is_regular_file(error) && std::regex_match(name, form))
+                found.insert((folder == "." ? fs::path(name) : entry.path()).string());
+        }
+    }
+    for (const std::string& name : found)
+        fail(log + ": empty; a job that was broken off is in " + name + ": orvlog merge " + name + " -o " + log);
+    return !found.empty();
+}
+
 int print_info(const InfoOptions& options)
 {
     LogInput input(options.log);
@@ -212,7 +259,8 @@ int print_info(const InfoOptions& options)
         return input.fail_to_open();
     const LogInfo info = orvlog::reader::read_info(input.stream(), [&input](uint64_t done) { input.show(done); });
     if (!info.is_log)
-        return input.fail_as_no_log();
+        return info.text_bytes == 0 && info.bytes == 0 && tell_temporary_logs(options.log) ? EXIT_FAILED
+                                                                                           : input.fail_as_no_log();
     const std::string name = options.log == "-" ? "standard input" : options.log;
     put(options.json ? json_text(info_json(info, name), 2) + "\n" : head_text(info, name) + body_text(info));
     return finish_output(EXIT_DONE);

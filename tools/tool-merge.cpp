@@ -4,7 +4,9 @@
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "reader/element.h"
+#include "reader/log-bytes.h"
 #include "reader/log-files.h"
+#include "reader/log-journal.h"
 #include "tools/command.h"
 #include "tools/files-from.h"
 #include "tools/temporary-folder.h"
@@ -236,8 +238,15 @@ bool merge_into(Output& output, const fs::path& log, uint64_t size, bool has_ima
     return merged != 0;
 }
 
-// `log` is the log's file, and `brought` tells that it is a copy of what came from elsewhere.
-int merge_parts(const MergeOptions& options, const fs::path& log, bool brought)
+bool is_file(const std::string& name)
+{
+    std::error_code error;
+    return name != "-" && !is_url(name) && fs::is_regular_file(name, error);
+}
+
+// `log` is the log's file, or a copy of what came from elsewhere or is not plain text to its end; `originals` are then
+// the files that it was made from.
+int merge_parts(const MergeOptions& options, const fs::path& log, const std::vector<fs::path>& originals = {})
 {
     const orvlog::reader::LogFiles files(options.file, options.folders);
     PartFinder finder(files);
@@ -247,7 +256,7 @@ int merge_parts(const MergeOptions& options, const fs::path& log, bool brought)
     std::ifstream text(log, std::ios::binary);
     if (!finder.find(text, &why))
         return fail(options.file + ": " + why);
-    const bool temporary = orvlog::reader::is_temporary_log_name(log.filename().string());
+    const bool temporary = orvlog::reader::is_temporary_log_name(fs::path(options.file).filename().string());
     if (finder.parts().empty() && !temporary)
         return fail(options.file +
                     ": nothing to merge: it is no temporary log, and no logs of kept images belong to it");
@@ -266,9 +275,38 @@ int merge_parts(const MergeOptions& options, const fs::path& log, bool brought)
     if (!output.finish())
         return fail(options.output + ": " + std::strerror(errno));
     // The logs of its images go with the log that names them, or stay with it.
-    if (temporary || brought)
+    if (temporary || !is_file(options.file))
         workshop.remove_originals(merged);
+    std::error_code ignored;
+    for (const fs::path& original : originals)
+    {
+        if (temporary && !fs::equivalent(original, merged, ignored))
+            fs::remove(original, ignored);
+    }
     return EXIT_DONE;
+}
+
+// Not in Zstandard frames, and without unused room behind the text.
+bool is_plain_file(const std::string& name)
+{
+    const std::unique_ptr<std::istream> log = orvlog::reader::open_log(name);
+    char byte = '\0';
+    orvlog::reader::LogBytes bytes(*log);
+    const bool plain = bytes.read(&byte, 1) == 0 || !bytes.is_compressed();
+    std::ifstream end(name, std::ios::binary | std::ios::ate);
+    const bool has_bytes = end.tellg() > 0;
+    end.seekg(-1, std::ios::end);
+    return plain && !(has_bytes && end.peek() == '\0');
+}
+
+// The log and the journal that is a part of it.
+std::vector<fs::path> files_of(const std::string& name)
+{
+    std::vector<fs::path> files = {fs::absolute(name)};
+    orvlog::reader::Journal journal;
+    if (orvlog::reader::read_journal(name, journal) == orvlog::reader::JournalState::belongs)
+        files.push_back(fs::absolute(name + ".journal"));
+    return files;
 }
 
 // What is no file here is brought first, and its image logs are those of the present folder.
@@ -277,13 +315,17 @@ int merge(const MergeOptions& options)
     Source source(options.file);
     if (!source.open())
         return fail(options.file + ": " + source.why());
-    std::error_code error;
-    if (options.file != "-" && !is_url(options.file) && fs::is_regular_file(options.file, error))
-        return merge_parts(options, options.file, false);
+    if (is_file(options.file) && is_plain_file(options.file))
+        return merge_parts(options, options.file);
+    orvlog::reader::LogBytes bytes(source.stream());
+    std::istream text(&bytes);
     const TemporaryFolder brought;
-    if (!brought.keep(source.stream(), "log"))
+    if (!brought.keep(text, "log"))
         return fail(options.file + ": " + std::strerror(errno));
-    return merge_parts(options, brought.path("log"), true);
+    if (bytes.is_damaged())
+        return fail(options.file + ": the compressed bytes are damaged");
+    return merge_parts(options, brought.path("log"),
+                       is_file(options.file) ? files_of(options.file) : std::vector<fs::path>());
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include "clients/stream/file-stream.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
+#include "reader/log-bytes.h"
+#include "reader/log-text.h"
 #include "tools/command.h"
 #include "tools/tool-output.h"
 #include "tools/tool-source.h"
@@ -9,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,6 +29,15 @@ struct PackOptions
     std::string output;
 };
 
+// Whether a file that begins so is a log in another form than plain text: in frames, or with unused room behind it.
+bool begins_as_log(const std::string& head)
+{
+    std::istringstream beginning(head);
+    orvlog::reader::LogBytes bytes(beginning);
+    char tag[4] = {};
+    return bytes.read(tag, sizeof tag) == sizeof tag && std::memcmp(tag, "<ORV", sizeof tag) == 0;
+}
+
 int pack(const PackOptions& options)
 {
     Source source(options.file);
@@ -41,14 +53,23 @@ int pack(const PackOptions& options)
     Progress progress(source.size());
     std::vector<char> piece(PIECE);
     uint64_t done = 0;
-    while (source.stream().read(piece.data(), PIECE), source.stream().gcount() > 0)
+    std::string head(PIECE, '\0');
+    source.stream().read(head.data(), PIECE);
+    head.resize(static_cast<size_t>(source.stream().gcount()));
+    const bool is_log = begins_as_log(head);
+    orvlog::reader::RejoinedBytes rejoined(head, source.stream());
+    std::istream whole(&rejoined);
+    orvlog::reader::LogBytes log_bytes(whole);
+    std::istream log(&log_bytes);
+    std::istream& input = is_log ? log : whole;
+    while (input.read(piece.data(), PIECE), input.gcount() > 0)
     {
-        const auto count = static_cast<uint64_t>(source.stream().gcount());
+        const auto count = static_cast<uint64_t>(input.gcount());
         coded->ops->gio_Write(piece.data(), 1, count, coded->instance);
         done += count;
         progress.show(done);
     }
-    const bool read_well = !source.stream().bad();
+    const bool read_well = !source.stream().bad() && !log_bytes.is_damaged();
     ORVLOG_CloseCompressedStream(coded);
     if (!read_well)
         return fail(options.file + ": cannot be read to its end");
@@ -60,7 +81,8 @@ int pack(const PackOptions& options)
 Run declare_pack(CLI::App& app)
 {
     auto options = std::make_shared<PackOptions>();
-    app.footer("Takes any bytes. The coded file begins with the 35 bytes by which a coded log is known, and ends with "
+    app.footer("Takes any bytes; of a log in Zstandard frames, and of one that was not closed, the text. The coded "
+               "file begins with the 35 bytes by which a coded log is known, and ends with "
                "the last "
                "byte of the coded stream. A byte 0 that is not the first leaves no trace in the stream, as in a log, "
                "which has "

@@ -39,6 +39,7 @@ struct RecordOptions
     std::string pages;
     std::string mode = "transparent";
     std::string glyphs = "outlines";
+    std::string stream;
     std::string image_prefix;
     std::string png_folder;
     std::string ticket_folder;
@@ -79,6 +80,10 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->capture_default_str();
     app.add_flag("--check", options.check, "draw again without the logger and compare each pixel")->excludes(silent);
     app.add_flag("--keep-images", options.keep_images, "let the renderer keep images until a drawing ends");
+    app.add_option("--stream", options.stream,
+                   "how the log is written: mapped into memory, to a file, or in Zstandard frames; by itself mapped, "
+                   "and zstd if LOG ends in .zst")
+        ->check(CLI::IsMember({"mapped", "file", "zstd"}));
     app.add_flag("--compressed", options.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", options.temporary_log, "log to a temporary file first, then merge");
     app.add_option("--page-timeout", options.page_timeout, "break off a page that takes longer than S seconds")
@@ -96,6 +101,11 @@ path without_pdf(const path& document)
 {
     const std::string extension = document.extension().string();
     return extension == ".pdf" || extension == ".PDF" ? path(document).replace_extension() : document;
+}
+
+std::string log_beside(const path& document, const RecordOptions& options)
+{
+    return without_pdf(document).string() + (options.stream == "zstd" ? ".orvlog.xml.zst" : ".orvlog.xml");
 }
 
 std::string folder_of(const path& document)
@@ -121,6 +131,7 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
             words.emplace_back(name);
     };
     option("--pages", options.pages);
+    option("--stream", options.stream);
     option("--images-beside", options.image_prefix);
     flag("--no-renderer", options.no_renderer);
     option("--png", options.png_folder);
@@ -181,7 +192,7 @@ bool bring(RecordOptions& options, const TemporaryFolder& folder, std::string* w
         return false;
     const std::string name = name_of(options.document);
     if (options.log.empty())
-        options.log = without_pdf(name).string() + ".orvlog.xml";
+        options.log = log_beside(name, options);
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = ".";
     options.document = folder.path(name);
@@ -227,7 +238,7 @@ int record(RecordOptions options)
             return fail(std::string("the password can't be handed on: ") + std::strerror(errno));
     }
     if (options.log.empty())
-        options.log = without_pdf(options.document).string() + ".orvlog.xml";
+        options.log = log_beside(options.document, options);
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = folder_of(options.document);
 

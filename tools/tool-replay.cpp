@@ -7,6 +7,7 @@
 #include "tools/command.h"
 #include "tools/files-from.h"
 #include "tools/replay-session.h"
+#include "tools/tool-look.h"
 #include "tools/tool-source.h"
 #include "tools/vector-pages.h"
 

@@ -1,5 +1,6 @@
 #include "tools/tool-source.h"
 
+#include "reader/log-files.h"
 #include "tools/tool-input.h"
 
 #include <cerrno>
@@ -35,13 +36,15 @@ Source::Source(const std::string& name)
         why_ = std::strerror(EISDIR);
         return;
     }
-    errno = 0;
-    owned_ = std::make_unique<std::ifstream>(name, std::ios::binary);
-    if (!*owned_)
+    bool foreign_journal = false;
+    owned_ = orvlog::reader::open_log(name, &foreign_journal);
+    if (owned_ == nullptr)
     {
-        why_ = std::strerror(errno != 0 ? errno : ENOENT);
+        why_ = std::strerror(errno);
         return;
     }
+    if (foreign_journal)
+        std::fprintf(stderr, "orvlog: %s.journal: does not belong to this log and is not read\n", name.c_str());
     const auto size = std::filesystem::file_size(name, error);
     size_ = error ? 0 : size;
     stream_ = owned_.get();

@@ -9,6 +9,7 @@
 #include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/stream/files-beside.h"
+#include "clients/stream/log-file.h"
 #include "reader/files-due.h"
 #include "renderers/cairo/cairo-renderer.h"
 
@@ -146,7 +147,9 @@ private:
             result_.errors.push_back(options_.log + ": is the document to be logged");
             return false;
         }
-        const std::unique_ptr<client_stream::FileStream> log = client_stream::FileStream::open(options_.log, "w+b");
+        // The job runs in another folder than the present one.
+        const std::string file = std::filesystem::absolute(options_.log).string();
+        const std::unique_ptr<client_stream::LogFile> log = client_stream::LogFile::open(file, options_.stream);
         if (log == nullptr)
         {
             result_.errors.push_back(options_.log + ": " + std::strerror(errno));
@@ -159,7 +162,7 @@ private:
     }
 
     // In the folder where the files beside the log go.
-    void record(PdfDocument& document, client_stream::FileStream& log)
+    void record(PdfDocument& document, client_stream::LogFile& log)
     {
         const std::string place = options_.folder_beside.empty() ? options_.log : options_.folder_beside + "/log";
         const client_stream::FilesBeside beside = client_stream::files_beside(place, options_.image_prefix);
@@ -220,7 +223,7 @@ private:
     }
 
     // Says of each file what of it isn't there.
-    void finish_log(const LoggedInterface& logger, client_stream::FileStream& log, const std::filesystem::path& from)
+    void finish_log(const LoggedInterface& logger, client_stream::LogFile& log, const std::filesystem::path& from)
     {
         client_stream::TemporaryLog* detour = logger.detour();
         std::string why;
@@ -233,7 +236,8 @@ private:
         if (!whole)
         {
             why = options_.log + ": " + std::strerror(log.first_error());
-            result_.errors.push_back(why + "; the log is incomplete");
+            result_.errors.push_back(why + "; the log is incomplete" +
+                                     (log.has_journal() ? ", and its end is in " + options_.log + ".journal" : ""));
         }
         else if (!merged)
         {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "clients/pdf/painter.h"
+#include "clients/stream/log-file.h"
 
 #include <cstdint>
 #include <functional>
@@ -22,6 +23,7 @@ struct JobOptions
     // What opens a protected document, and who is asked if it isn't given; both may be empty.
     std::optional<std::string> password;
     std::function<std::optional<std::string>()> ask_password;
+    client_stream::StreamKind stream = client_stream::StreamKind::mapped;
     int first_page = 1;
     int last_page = INT32_MAX;
     bool base_mode = false;

@@ -27,6 +27,7 @@ struct CommandLine
     command_line::NumberRange pages = {1, UINT32_MAX};
     std::string mode = "transparent";
     std::string glyphs = "outlines";
+    std::string stream;
     std::string summary;
     std::string password_file;
     bool no_renderer = false;
@@ -59,6 +60,8 @@ void declare(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(0.001, 1e6));
     app.add_flag("--progress", line.progress, "show a progress bar if standard error is a terminal");
     app.add_flag("--keep-images", job.keep_images, "keep images until a drawing ends");
+    app.add_option("--stream", line.stream, "how the log is written; zstd without it if LOG ends in .zst, else mapped")
+        ->check(CLI::IsMember({"mapped", "file", "zstd"}));
     app.add_flag("--compressed", job.compressed, "write a coded log");
     app.add_flag("--via-temporary-log", job.via_temporary_log, "log to a temporary file first, then merge");
     app.add_option("--save-tickets", job.ticket_folder, "folder for the job's colour tickets")->type_name("DIR");
@@ -123,6 +126,14 @@ int record(CommandLine& line)
     job.base_mode = line.mode == "base";
     using Glyphs = pdf_client::JobOptions::Glyphs;
     job.glyphs = line.glyphs == "all" ? Glyphs::all : line.glyphs == "bitmaps" ? Glyphs::bitmaps : Glyphs::outlines;
+    using client_stream::StreamKind;
+    if (line.stream.empty())
+    {
+        line.stream = job.log.ends_with(".zst") ? "zstd" : "mapped";
+    }
+    job.stream = line.stream == "zstd"   ? StreamKind::zstd
+                 : line.stream == "file" ? StreamKind::file
+                                         : StreamKind::mapped;
     job.renderer = !line.no_renderer;
     constexpr int whole = 1000;
     std::optional<command_line::ProgressBar> bar;
@@ -165,6 +176,10 @@ int record(CommandLine& line)
 
 int main(int argc, char** argv)
 {
+#ifdef SIGXFSZ
+    // A file that gets too long is a failed write.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     CLI::App app("Draws the pages of a PDF file through the logger.", "orvlog-record");
     CommandLine line;
     declare(app, line);

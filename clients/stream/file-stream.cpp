@@ -65,6 +65,10 @@ struct FileStream::Operations
 
     static uint64_t write(const void* buffer, uint64_t item_size, uint64_t item_count, void* c)
     {
+        if (self(c)->first_error_ != 0)
+        {
+            return 0;
+        }
         const uint64_t written = std::fwrite(buffer, item_size, item_count, file(c));
         return checked(c, written, written == item_count || item_size == 0);
     }
@@ -93,6 +97,10 @@ struct FileStream::Operations
 
     static int32_t flush(void* c)
     {
+        if (self(c)->first_error_ != 0)
+        {
+            return -1;
+        }
         const int result = std::fflush(file(c));
         return checked(c, result == 0 ? 0 : -1, result == 0);
     }
@@ -104,6 +112,10 @@ struct FileStream::Operations
 
     static int32_t puts(const char* text, void* c)
     {
+        if (self(c)->first_error_ != 0)
+        {
+            return -1;
+        }
         const int result = std::fputs(text, file(c));
         return checked(c, result >= 0 ? result : -1, result >= 0);
     }
@@ -115,6 +127,10 @@ struct FileStream::Operations
 
     static int32_t putc(int32_t byte, void* c)
     {
+        if (self(c)->first_error_ != 0)
+        {
+            return -1;
+        }
         const int result = std::fputc(byte, file(c));
         return checked(c, result, result != EOF);
     }
@@ -135,6 +151,10 @@ struct FileStream::Operations
 
     static int32_t print(void* c, const char* format, va_list args)
     {
+        if (self(c)->first_error_ != 0)
+        {
+            return -1;
+        }
         const int result = std::vfprintf(file(c), format, args);
         return checked(c, result, result >= 0);
     }

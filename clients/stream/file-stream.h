@@ -14,8 +14,8 @@
 namespace client_stream
 {
 
-// A stream over a file of the C library. The first failure, a full disk for example, is remembered: the logger
-// doesn't look at failures, so whoever owns the stream asks for it at the end.
+// A stream over a file of the C library. The first failure, a full disk for example, is remembered, and nothing is
+// tried after it: the logger doesn't look at failures, so whoever owns the stream asks for it at the end.
 class FileStream
 {
 public:

@@ -260,6 +260,9 @@ def of_log(name):
     with open(name, "rb") as file:
         text = file.read()
     coded = text.startswith(coded_log.HEADER)
+    rest = len(text) - len(text.rstrip(b"\0"))
+    if not coded or rest >= 16:
+        text = text.rstrip(b"\0")
     if coded:
         text = coded_log.decode(text)
     facts = Facts(os.path.dirname(name))

@@ -198,4 +198,40 @@ TEST(ToolInfo, WhatIsNoLogIsSaid)
     EXPECT_EQ(run_tool({"info"}).status, 2);
 }
 
+// A process that was killed leaves unused room behind the text of a mapped log.
+TEST(ToolInfo, TakesUnusedRoomAsTheEnd)
+{
+    const ScratchFolder folder;
+    const std::string text = "<ORV LoggingMode=\"transparent\">\n  <ORV_object_paint id=\"7\">\n    <a b=\"";
+    const std::string log = folder.write("log.xml", text + std::string(100000, '\0'));
+    const ToolResult result = run_tool({"info", log});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.out.find("form        plain, " + std::to_string(text.size()) +
+                              " bytes, cut short\nin flight   ORV_object_paint 7, line 2\n"),
+              std::string::npos)
+        << result.out;
+    EXPECT_EQ(run_tool({"unpack", log, "-o", "-"}).out, text);
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", "-"}, read_file(log)).out, text);
+    const std::string whole = folder.write("whole.xml", "<ORV>\n</ORV>\n" + std::string(7, '\0'));
+    const std::string closed = folder.write("closed.xml", "<ORV>\n</ORV>\n");
+    EXPECT_EQ(run_tool({"check", whole}).out, run_tool({"check", closed}).out);
+    EXPECT_EQ(run_tool({"pack", whole, "-o", folder.path("coded")}).status, 0);
+    EXPECT_EQ(run_tool({"unpack", folder.path("coded"), "-o", "-"}).out, "<ORV>\n</ORV>\n");
+    // Within the text it is damage, and no end.
+    const std::string hole = folder.write("hole.xml", "<ORV>\n" + std::string(70000, '\0') + "\n</ORV>\n");
+    EXPECT_NE(run_tool({"info", hole}).out.find("form        plain, 70014 bytes, whole\n"), std::string::npos);
+}
+
+TEST(ToolInfo, NamesTheTemporaryLogOfAnEmptyOne)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write("log.xml", std::string(5000, '\0'));
+    EXPECT_EQ(run_tool({"info", log}).err, "orvlog: " + log + ": not a log\n");
+    const std::string temporary = folder.write("orvlog-00000001-00000002-00000003-000000ff.tmp", "<ORV>\n");
+    const ToolResult result = run_tool({"info", log});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + log + ": empty; a job that was broken off is in " + temporary +
+                              ": orvlog merge " + temporary + " -o " + log + "\n");
+}
+
 }  // namespace

@@ -285,4 +285,41 @@ TEST(RecordScript, SaysThatItsTreeCannotBeWritten)
     EXPECT_EQ(result.err, said);
 }
 
+// What a job leaves that is killed, made by cutting what one leaves that is not.
+TEST(RecordStreams, LeaveTheSameText)
+{
+    const ScratchFolder folder;
+    const std::string mapped = folder.path("m.xml"), file = folder.path("f.xml"), frames = folder.path("z.xml.zst");
+    EXPECT_EQ(run_tool({"record", kSample, "--no-renderer", "-o", mapped}).status, 0);
+    EXPECT_EQ(run_tool({"record", kSample, "--no-renderer", "--stream", "file", "-o", file}).status, 0);
+    EXPECT_EQ(run_tool({"record", kSample, "--no-renderer", "-o", frames}).status, 0);
+    const std::string text = read_file(mapped);
+    EXPECT_TRUE(text.starts_with("<ORV ") && text.ends_with("</ORV>\n"));
+    EXPECT_TRUE(read_file(file) == text);
+    EXPECT_EQ(read_file(frames).substr(0, 4), "\x28\xB5\x2F\xFD");
+    EXPECT_TRUE(run_tool({"unpack", frames, "-o", "-"}).out == text);
+    EXPECT_TRUE(run_program({"zstd", "-dqc", frames}).out == text);
+    EXPECT_TRUE(run_tool({"unpack", "-", "-o", "-"}, read_file(frames)).out == text);
+    EXPECT_EQ(run_tool({"check", frames}).out, "");
+    EXPECT_EQ(run_tool({"ls", frames}).out, run_tool({"ls", mapped}).out);
+    EXPECT_EQ(run_tool({"show", frames, "3"}).out, run_tool({"show", mapped, "3"}).out);
+    const std::string coded = folder.path("c.xml");
+    EXPECT_EQ(run_tool({"pack", frames, "-o", coded}).status, 0);
+    EXPECT_TRUE(run_tool({"unpack", coded, "-o", "-"}).out == text);
+    const std::string merged = folder.path("merged.xml");
+    EXPECT_EQ(run_tool({"merge", frames, "-o", merged}).status, 1);
+    EXPECT_FALSE(std::filesystem::exists(merged));
+}
+
+TEST(RecordStreams, DrawTheWholeJobOntoAFullDisk)
+{
+    for (const char* stream : {"mapped", "file", "zstd"})
+    {
+        const ToolResult result = run_tool({"record", kSample, "--no-renderer", "--stream", stream, "-o", "/dev/full"});
+        EXPECT_EQ(result.status, 1) << stream;
+        EXPECT_EQ(result.err, "orvlog-record: /dev/full: No space left on device; the log is incomplete\n") << stream;
+        EXPECT_NE(result.out.find("pages                                     3\n"), std::string::npos) << result.out;
+    }
+}
+
 }  // namespace
