@@ -56,7 +56,7 @@ void play(const std::string& text)
     {
         orvlog::replay::ReplayTickets tickets;
         orvlog::replay::Options playing;
-        playing.folder = "/nonexistent";
+        playing.files = orvlog::reader::LogFiles("/nonexistent/log");
         std::istringstream source(text);
         orvlog::replay::play(source, &table, tickets, playing);
         ORVLOG_DLL_shutdown(table.document_start.context);

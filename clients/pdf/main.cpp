@@ -153,6 +153,11 @@ int record(CommandLine& line)
     pdf_client::watch_for_interruption();
     const pdf_client::JobResult result = pdf_client::run_job(job);
     bar.reset();
+    // While the password was asked for, say.
+    if (const int signal = pdf_client::interrupting_signal(); signal != 0 && !result.started)
+    {
+        return 128 + signal;
+    }
     for (const std::string& message : result.summary.messages)
     {
         std::fprintf(stderr, "orvlog-record: note: %s\n", message.c_str());
@@ -196,8 +201,6 @@ int main(int argc, char** argv)
         fail(std::string(error.what()) + " (see orvlog-record --help)");
         return 2;
     }
-    // A file that may grow no further is an error as any other.
-    std::signal(SIGXFSZ, SIG_IGN);
     try
     {
         return record(line);

@@ -85,7 +85,7 @@ inline void orvlog_line_char(ORVLOG_Line* line, char c)
 {
     while (!text.empty())
     {
-        const std::string_view piece = text.substr(0, 512);
+        const std::string_view piece(text.data(), text.size() < 512 ? text.size() : 512);
         orvlog_copy_text(orvlog_line_room(line, piece.size()), piece.data(), piece.size());
         line->length += static_cast<uint32_t>(piece.size());
         text.remove_prefix(piece.size());

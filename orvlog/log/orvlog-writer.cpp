@@ -98,7 +98,7 @@ void tag_finish(ORVLOG_Line* line)
     orvlog_line_start(&line, writer);
     orvlog_line_text(&line, orvlog_writer_indent(writer->depth));
     for (const std::string_view piece : pieces)
-        orvlog_line_text(&line, piece.substr(0, allowed));
+        orvlog_line_text(&line, {piece.data(), std::min(piece.size(), allowed)});
     tag_finish(&line);
 }
 
