@@ -68,7 +68,8 @@ bool PageCheck::fetch(const Page& page, PagePixels& held)
 
 void PageCheck::compare(const Page& page)
 {
-    if (lost_ || rows_held_ != page.height)
+    alone_ = alone_ || rows_held_ != page.height;
+    if (lost_ || alone_)
     {
         return;
     }
@@ -93,7 +94,7 @@ void PageCheck::end_page(int number)
     {
         not_compared_.push_back(name + " can't be compared: there is no room to hold it");
     }
-    else if (rows_held_ != rows_compared_)
+    else if (alone_ || rows_held_ != rows_compared_)
     {
         not_compared_.push_back(name + " can't be compared: only one of its two drawings could be made");
     }
@@ -105,6 +106,7 @@ void PageCheck::end_page(int number)
     file_.reset();
     rows_held_ = 0;
     rows_compared_ = 0;
+    alone_ = false;
     lost_ = false;
 }
 

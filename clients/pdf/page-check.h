@@ -41,6 +41,7 @@ private:
     cairo_renderer::PagePixels held_;
     uint64_t rows_held_ = 0;
     uint64_t rows_compared_ = 0;
+    bool alone_ = false;  // the other run has no such page
     bool lost_ = false;
     uint64_t pages_ = 0;
     uint64_t different_ = 0;

@@ -172,12 +172,12 @@ void Canvas::copy_bits(const uint8_t* row, uint8_t* line) const
 
 void Canvas::count_pairs(const uint8_t* row)
 {
-    const auto count = [&](uint64_t at, uint8_t byte)
+    const auto count = [counts = ones_.data()](uint64_t at, uint8_t byte)
     {
         uint64_t four = 0;
-        std::memcpy(&four, &ones_[at * 4], sizeof four);
+        std::memcpy(&four, counts + at * 4, sizeof four);
         four += std::bit_cast<uint64_t>(ones_in_pairs[byte]);
-        std::memcpy(&ones_[at * 4], &four, sizeof four);
+        std::memcpy(counts + at * 4, &four, sizeof four);
     };
     const uint64_t last = layout_.row_bytes - 1;
     for (uint64_t at = 0; at < last; ++at)
@@ -214,8 +214,10 @@ void Canvas::store(uint32_t row)
     if (rows_counted_ == coarse_)
         store_counts(to);
     else
+    {
         store_sums(to);
-    std::fill(sums_.begin(), sums_.end(), Pixel{});
+        std::fill(sums_.begin(), sums_.end(), Pixel{});
+    }
     std::fill(ones_.begin(), ones_.end(), uint16_t{0});
     rows_in_sum_ = 0;
     rows_counted_ = 0;
@@ -243,8 +245,13 @@ void Canvas::store_counts(uint8_t* line)
             shades_[ones] = word_of(mean({}, palette_->pixel(1), ones, palette_->pixel(0), all - ones, all));
     shades_known_ = palette_->known();
     const uint32_t last = columns() - 1;
-    for (uint32_t column = 0; column < last; ++column)
-        put(line, column, shades_[ones_[column]]);
+    const uint16_t* counts = ones_.data();
+    const uint32_t* shades = shades_.data();
+    if (use_ == BrushUse::mask)
+        std::transform(counts, counts + last, line, [&](uint16_t ones) { return static_cast<uint8_t>(shades[ones]); });
+    else
+        for (uint32_t column = 0; column < last; ++column)
+            put(line, column, shades[counts[column]]);
     const uint32_t rest = (layout_.width - last * coarse_) * coarse_;
     const uint32_t ones = ones_[last];
     put(line, last, word_of(mean({}, palette_->pixel(1), ones, palette_->pixel(0), rest - ones, rest)));
