@@ -95,6 +95,12 @@ void declare_options(CLI::App& app, RecordOptions& options)
     app.add_option("--password-file", options.password_file, "the password is the first line of FILE")
         ->type_name("FILE")
         ->excludes(password);
+    app.final_callback(
+        [&options]
+        {
+            if (options.document == "-" && options.password_file == "-")
+                throw CLI::ValidationError("--password-file", "standard input is the document already");
+        });
 }
 
 path without_pdf(const path& document)

@@ -152,6 +152,10 @@ struct Triangle
     Colour colour[3];
 };
 
+// Sums of what the first reading of an image gave, each with all rows before it, at places that only the image's height
+// decides; as many as were read.
+using ReadingMarks = std::vector<uint64_t>;
+
 // An image whose rows are pulled on demand.
 class ImageRows
 {
@@ -162,6 +166,11 @@ public:
     // Fills one row, and gives how many of its bytes came: fewer than `size` where the data ends before its time, and
     // 0 from there on. The bytes that didn't come are left as they were.
     virtual size_t read_row(uint8_t* row, size_t size) = 0;
+    // Grow as rows are read, and stay when the rows are gone; null for rows that nobody watches.
+    virtual std::shared_ptr<const ReadingMarks> marks() const
+    {
+        return nullptr;
+    }
 };
 
 struct Image

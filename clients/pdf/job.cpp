@@ -121,7 +121,12 @@ private:
     {
         std::string reason;
         std::unique_ptr<PdfDocument> document = PdfDocument::open(options_.document, sink(), reason, &unlocking_);
-        if (document == nullptr)
+        if (document == nullptr && interrupting_signal() != 0)
+        {
+            result_.interrupted = interrupting_signal();
+            result_.errors.push_back("interrupted before the document was open");
+        }
+        else if (document == nullptr)
         {
             result_.errors.push_back(options_.document + " " + reason);
         }
@@ -133,6 +138,7 @@ private:
         const std::unique_ptr<PdfDocument> document = open_document();
         if (document == nullptr)
         {
+            painting_has_ended();
             return false;
         }
         if (options_.first_page > document->page_count())
@@ -298,6 +304,7 @@ private:
             painter_ =
                 std::make_unique<Painter>(renderer_ != nullptr ? renderer_->interface() : null_renderer(), job.sink());
             run_.colours = &colours_;
+            painter_->tell(job.options_.check ? &calls_ : nullptr);
             begun_ = painter_->begin_document(1);
             note_time(start);
         }
@@ -316,14 +323,20 @@ private:
         PlainRun(const PlainRun&) = delete;
         PlainRun& operator=(const PlainRun&) = delete;
 
-        void page(int number)
+        // False if it wasn't painted whole.
+        bool page(int number)
         {
             const auto start = Clock::now();
-            if (begun_)
-            {
-                job_.paint_page(*document_, number, *painter_, run_);
-            }
+            calls_.clear();
+            const bool whole = begun_ && job_.paint_page(*document_, number, *painter_, run_);
             note_time(start);
+            return whole;
+        }
+
+        // What the last page asked for; nothing without a check.
+        CallDigest& calls()
+        {
+            return calls_;
         }
 
         int pages() const
@@ -347,6 +360,7 @@ private:
         std::unique_ptr<PdfDocument> document_;
         std::unique_ptr<cairo_renderer::Renderer> renderer_;
         std::unique_ptr<Painter> painter_;
+        CallDigest calls_;
         Run run_;
         bool begun_ = false;
         double seconds_ = 0;
@@ -370,6 +384,8 @@ private:
         run.colours = &colour_manager_;
         const ORV_Interface* table = logger->table();
         Painter painter(table, sink());
+        CallDigest calls;
+        painter.tell(plain != nullptr ? &calls : nullptr);
         if (!painter.begin_document(1))
         {
             run.errors.push_back("the renderer doesn't take the document");
@@ -378,11 +394,15 @@ private:
         const int last = std::min(options_.last_page, document.page_count());
         for (int page = options_.first_page; page <= last && result_.interrupted == 0; page++)
         {
-            paint_page(document, page, painter, run);
+            calls.clear();
+            const bool whole = paint_page(document, page, painter, run);
             if (plain != nullptr)
             {
-                plain->page(page);
-                check_.end_page(page);
+                if (!plain->page(page) || !whole)
+                {
+                    calls.break_off();
+                }
+                check_.end_page(page, calls, plain->calls());
             }
             if (options_.progress)
             {
@@ -411,7 +431,8 @@ private:
                                                    : "interrupted when the log was written");
     }
 
-    void paint_page(PdfDocument& document, int page, Painter& painter, Run& run)
+    // False if it wasn't painted whole.
+    bool paint_page(PdfDocument& document, int page, Painter& painter, Run& run)
     {
         const PageSize size = document.page_size(page);
         PageGeometry geometry;
@@ -425,37 +446,40 @@ private:
         if (!(width >= 1) || !(height >= 1))
         {
             run.errors.push_back(name + " can't be read");
-            return;
+            return false;
         }
         const double greatest_side = options_.renderer ? cairo_renderer::greatest_page_side : greatest_undrawn_side;
         if (width > greatest_side || height > greatest_side)
         {
             run.errors.push_back(name + " is too large at " + std::to_string(options_.dpi) + " dots per inch");
-            return;
+            return false;
         }
         geometry.width = static_cast<uint32_t>(width);
         geometry.height = static_cast<uint32_t>(height);
         geometry.colour_ticket = make_page_ticket(*run.colours, document.page_colours(page), sink());
-        paint_with_ticket(document, geometry, name, painter, run);
+        const bool whole = paint_with_ticket(document, geometry, name, painter, run);
         orvlog::colour::ColourManager::release(geometry.colour_ticket);
+        return whole;
     }
 
-    void paint_with_ticket(PdfDocument& document, const PageGeometry& geometry, const std::string& name,
+    bool paint_with_ticket(PdfDocument& document, const PageGeometry& geometry, const std::string& name,
                            Painter& painter, Run& run)
     {
         if (!painter.begin_page(geometry))
         {
             run.errors.push_back("the renderer doesn't take " + name);
-            return;
+            return false;
         }
         const auto start = Clock::now();
         bool late = false;
+        bool stopped = false;
         document.paint_page(static_cast<int>(geometry.number), painter,
                             [&]
                             {
                                 const std::chrono::duration<double> taken = Clock::now() - start;
                                 late = options_.seconds_for_page > 0 && taken.count() > options_.seconds_for_page;
-                                return late || interrupting_signal() != 0;
+                                stopped = late || interrupting_signal() != 0;
+                                return stopped;
                             });
         if (late)
         {
@@ -463,6 +487,7 @@ private:
         }
         painter.end_page();
         run.pages++;
+        return !stopped;
     }
 
     void compare()
@@ -470,11 +495,14 @@ private:
         CheckResult check;
         check.pages_compared = check_.pages_compared();
         check.pixels_different = check_.pixels_different();
-        check.same = !check_.differ() && check_.not_compared().empty();
+        const std::vector<std::string>& by_document = check_.differing_by_document();
+        check.same = check.pixels_different == 0 && check_.not_compared().empty();
         if (check_.differ())
         {
             result_.errors.push_back("the pages differ from those drawn without the logger");
         }
+        result_.errors.insert(result_.errors.end(), by_document.begin(), by_document.end());
+        std::for_each(check_.other_calls().begin(), check_.other_calls().end(), sink());
         result_.errors.insert(result_.errors.end(), check_.not_compared().begin(), check_.not_compared().end());
         result_.summary.check = check;
     }

@@ -153,11 +153,6 @@ int record(CommandLine& line)
     pdf_client::watch_for_interruption();
     const pdf_client::JobResult result = pdf_client::run_job(job);
     bar.reset();
-    // While the password was asked for, say.
-    if (const int signal = pdf_client::interrupting_signal(); signal != 0 && !result.started)
-    {
-        return 128 + signal;
-    }
     for (const std::string& message : result.summary.messages)
     {
         std::fprintf(stderr, "orvlog-record: note: %s\n", message.c_str());

@@ -87,9 +87,23 @@ void PageCheck::compare(const Page& page)
     }
 }
 
-void PageCheck::end_page(int number)
+void PageCheck::end_page(int number, const CallDigest& logged, const CallDigest& plain)
 {
     const std::string name = "page " + std::to_string(number);
+    const bool pixels_differ = different_ > different_before_;
+    const bool by_itself = logged.differs_by_itself(plain);
+    differ_ = differ_ || (pixels_differ && !by_itself);
+    if (by_itself && pixels_differ)
+    {
+        differing_by_document_.push_back(name +
+                                         " differs from the one drawn without the logger, and the logger isn't the "
+                                         "cause: the document asks for other calls each time it is read");
+    }
+    else if (by_itself)
+    {
+        other_calls_.push_back(name + " asks for other calls each time it is read, so that two logs of it differ");
+    }
+    different_before_ = different_;
     if (lost_)
     {
         not_compared_.push_back(name + " can't be compared: there is no room to hold it");
@@ -122,7 +136,17 @@ uint64_t PageCheck::pixels_different() const
 
 bool PageCheck::differ() const
 {
-    return different_ > 0;
+    return differ_;
+}
+
+const std::vector<std::string>& PageCheck::differing_by_document() const
+{
+    return differing_by_document_;
+}
+
+const std::vector<std::string>& PageCheck::other_calls() const
+{
+    return other_calls_;
 }
 
 const std::vector<std::string>& PageCheck::not_compared() const

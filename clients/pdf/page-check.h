@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "clients/pdf/call-digest.h"
 #include "renderers/cairo/cairo-renderer.h"
 
 #include <cstdint>
@@ -23,12 +24,17 @@ public:
     cairo_renderer::PageSink first();
     cairo_renderer::PageSink second();
 
-    // Both runs are through with the page of this number.
-    void end_page(int number);
+    // Both runs are through with the page of this number, and were asked for these calls.
+    void end_page(int number, const CallDigest& logged, const CallDigest& plain);
 
     uint64_t pages_compared() const;
     uint64_t pixels_different() const;
+    // True if a page differs for which both runs were asked for the same.
     bool differ() const;
+    // Which pages the document asks for differently each time it is read: a line each, those whose pixels differ too
+    // apart from those that come out the same.
+    const std::vector<std::string>& differing_by_document() const;
+    const std::vector<std::string>& other_calls() const;
     // Which pages could not be compared, and why.
     const std::vector<std::string>& not_compared() const;
 
@@ -45,6 +51,10 @@ private:
     bool lost_ = false;
     uint64_t pages_ = 0;
     uint64_t different_ = 0;
+    uint64_t different_before_ = 0;  // on the pages before this one
+    bool differ_ = false;
+    std::vector<std::string> differing_by_document_;
+    std::vector<std::string> other_calls_;
     std::vector<std::string> not_compared_;
 };
 

@@ -86,6 +86,20 @@ template <typename Make> void Painter::for_each_drawing(Call call, Make make)
     }
 }
 
+template <typename... Parts> void Painter::digest(Call call, const Parts&... parts)
+{
+    if (digest_ != nullptr)
+    {
+        digest_->add(static_cast<uint64_t>(call));
+        (digest_->add(parts), ...);
+    }
+}
+
+void Painter::tell(CallDigest* digest)
+{
+    digest_ = digest;
+}
+
 uint32_t Painter::next_id()
 {
     return ++last_id_;
@@ -200,11 +214,13 @@ void Painter::discard_drawings(Layer& layer)
 
 Clip Painter::narrow(const Clip& clip, const Path& path, Winding winding)
 {
+    digest(Call::count, path, static_cast<uint64_t>(winding));
     return std::make_shared<const ClipNode>(std::make_shared<const FilledShape>(path, winding), next_id(), clip);
 }
 
 Clip Painter::narrow(const Clip& clip, const Path& path, const GGO_Matrix& to_content, const StrokeStyle& style)
 {
+    digest(Call::count, path, to_content, style);
     return std::make_shared<const ClipNode>(std::make_shared<const StrokedShape>(path, to_content, style), next_id(),
                                             clip);
 }
@@ -243,6 +259,7 @@ void Painter::paint_operand(uint8_t object_type, const GSH_ShapePointer* shape, 
 
 void Painter::fill(const Path& path, Winding winding, const Colour& colour, const PaintState& state)
 {
+    digest(Call::object_paint, path, static_cast<uint64_t>(winding), colour, state);
     const FilledShape shape(path, winding);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, shape.get(), operand.get(next_id()), state);
@@ -255,6 +272,7 @@ void Painter::stroke(const Path& path, const GGO_Matrix& to_content, const Strok
     {
         return;
     }
+    digest(Call::object_paint_and_stroke, path, to_content, style, colour, state);
     const StrokedShape shape(path, to_content, style);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
     const MaskOperand mask(state, false, next_id());
@@ -273,24 +291,32 @@ void Painter::stroke(const Path& path, const GGO_Matrix& to_content, const Strok
 
 void Painter::gradient(const AxialGradient& gradient, const PaintState& state)
 {
+    digest(Call::object_paint, gradient.transform, gradient.start, gradient.end, gradient.stops, state);
     OperandRecord operand = OperandRecord::gradient(gradient, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, nullptr, operand.get(next_id()), state);
 }
 
 void Painter::gradient(const RadialGradient& gradient, const PaintState& state)
 {
+    digest(Call::object_paint, gradient.transform, gradient.centre1, gradient.centre2, gradient.radius1,
+           gradient.radius2, gradient.stops, state);
     OperandRecord operand = OperandRecord::gradient(gradient, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, nullptr, operand.get(next_id()), state);
 }
 
 void Painter::gradient(const Triangle& triangle, const PaintState& state)
 {
+    for (size_t i = 0; i < 3; i++)
+    {
+        digest(Call::object_paint, triangle.colour[i], triangle.corner[i], state);
+    }
     OperandRecord operand = OperandRecord::gradient(triangle, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, nullptr, operand.get(next_id()), state);
 }
 
 void Painter::flood(const Colour& colour, const PaintState& state)
 {
+    digest(Call::object_paint, colour, state);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, nullptr, operand.get(next_id()), state);
 }
@@ -305,6 +331,7 @@ void Painter::image(const Image& image, const GGO_Matrix& pixels_to_content, con
     }
     const ImageShape shape(image.width, image.height, pixels_to_content);
     paint_operand(GCM_OBJ_IMAGE, shape.get(), operand->get(), state);
+    digest(Call::object_paint, image, pixels_to_content, state);
 }
 
 void Painter::masked_image(const Image& image, const GGO_Matrix& pixels_to_content, const Image& mask,
@@ -327,6 +354,7 @@ void Painter::masked_image(const Image& image, const GGO_Matrix& pixels_to_conte
     const ImageShape shape(image.width, image.height, pixels_to_content);
     paint(GCM_OBJ_IMAGE, shape.get(), blend_operator(state.blend, GOP_MASK_IN), state.clip, operand1->get(),
           operand2->get());
+    digest(Call::object_paint, image, pixels_to_content, mask, mask_pixels_to_content, state);
 }
 
 void Painter::stencil(const Image& stencil, const GGO_Matrix& pixels_to_content, const Colour& colour,
@@ -349,6 +377,7 @@ void Painter::stencil(const Image& stencil, const GGO_Matrix& pixels_to_content,
     const ImageShape shape(stencil.width, stencil.height, pixels_to_content);
     paint(GCM_OBJ_IMAGE, shape.get(), blend_operator(state.blend, GOP_MASK_IN), state.clip, operand1.get(next_id()),
           operand2->get());
+    digest(Call::object_paint, stencil, pixels_to_content, colour, state);
 }
 
 void Painter::text(const GlyphRun& run, const Colour& colour, const PaintState& state)
@@ -357,6 +386,7 @@ void Painter::text(const GlyphRun& run, const Colour& colour, const PaintState& 
     {
         return;
     }
+    digest(Call::object_paint_and_stroke, run, colour, state);
     const TextShape shape(font_engine_, run);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
     const MaskOperand mask(state, false, next_id());
@@ -394,6 +424,7 @@ void Painter::begin_group(const Group& group)
     {
         return;
     }
+    digest(Call::group_start, group.bounds, uint64_t{group.isolated}, uint64_t{group.knockout}, group.state);
     const MaskOperand mask(group.state, true, next_id());
     const GOP_Operator op = blend_operator(group.state.blend, mask.mode);
     const uint32_t type = group.isolated ? ORV_GROUP_SIMPLE : ORV_GROUP_NON_ISOLATED;
@@ -417,6 +448,7 @@ void Painter::end_group()
     {
         return;
     }
+    digest(Call::group_finish);
     layers_.back().open_groups--;
     layers_.back().last_clip = nullptr;
     for_each_drawing(Call::group_finish,
@@ -536,6 +568,11 @@ bool Painter::begin_resource(const std::string& key, const ResourceGeometry& geo
             server.table->resource_start.fn(nullptr, server.table, server.document, &drawing.calls, &parent.calls,
                                             nullptr, &properties, nullptr, &drawing.resource_id);
         count(server, Call::resource_start, result);
+        if (digest_ != nullptr)
+        {
+            digest(Call::resource_start, geometry.box, geometry.scale);
+            digest_->add_answer(result != 0);
+        }
         if (result == 0)
         {
             discard_drawings(layer);
@@ -568,6 +605,7 @@ void Painter::paint_resource(const std::string& key, const GGO_Matrix& retransfo
     {
         return;
     }
+    digest(Call::resource_paint, retransform, tiling.x_step, tiling.y_step, state);
     const MaskOperand mask(state, true, next_id());
     const GOP_Operator op = blend_operator(state.blend, mask.mode);
     const uint32_t type = isolated ? ORV_GROUP_SIMPLE : ORV_GROUP_NON_ISOLATED;

@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "clients/pdf/call-digest.h"
 #include "clients/pdf/font-engine.h"
 #include "clients/pdf/graphics.h"
 #include "clients/pdf/orv-records.h"
@@ -88,6 +89,9 @@ public:
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
 
+    // From here on `digest` is told of all that is asked for. It outlives the painting; null ends it.
+    void tell(CallDigest* digest);
+
     bool begin_document(uint32_t document_id);
     void end_document();
     bool begin_page(const PageGeometry& page);
@@ -166,6 +170,7 @@ private:
 
     struct MaskOperand;
 
+    template <typename... Parts> void digest(Call call, const Parts&... parts);
     template <typename Make> void for_each_drawing(Call call, Make make);
     void count(const Server& server, Call call, uint32_t result);
     void paint(uint8_t object_type, const GSH_ShapePointer* shape, const GOP_Operator& op, const Clip& clip,
@@ -189,6 +194,7 @@ private:
     std::vector<Layer> layers_;
     uint32_t last_id_ = 0;
     CallCounts counts_;
+    CallDigest* digest_ = nullptr;
 };
 
 }  // namespace pdf_client

@@ -12,7 +12,7 @@ namespace pdf_client
 namespace
 {
 
-constexpr uint32_t most_marks = 4096;
+constexpr uint32_t most_marks = 256;
 
 uint64_t mixed(uint64_t sum, uint64_t word)
 {
@@ -51,6 +51,7 @@ public:
         row_ = 0;
         came_ = 0;
         sum_ = 0;
+        has_ended_ = false;
         return rows_->restart();
     }
 
@@ -58,6 +59,11 @@ public:
     {
         const size_t came = rows_->read_row(row, size);
         const bool ended = came < size;
+        if (ended && has_ended_)
+        {
+            return came;
+        }
+        has_ended_ = ended;
         came_ += came;
         sum_ = mixed(sum_, row, came);
         const uint32_t mark = row_++ / rows_for_a_mark_;
@@ -73,15 +79,20 @@ public:
         return came;
     }
 
+    std::shared_ptr<const ReadingMarks> marks() const override
+    {
+        return marks_;
+    }
+
 private:
     // The sum so far with that of the first reading, if that came as far.
     void compare(uint32_t mark)
     {
-        if (mark >= marks_.size())
+        if (mark >= marks_->size())
         {
-            marks_.push_back(sum_);
+            marks_->push_back(sum_);
         }
-        else if (marks_[mark] != sum_ && !told_difference_)
+        else if ((*marks_)[mark] != sum_ && !told_difference_)
         {
             told_difference_ = true;
             complain_(name_ + " gave other bytes when it was read again");
@@ -94,10 +105,11 @@ private:
     uint32_t height_;
     uint64_t size_;
     uint32_t rows_for_a_mark_;
-    std::vector<uint64_t> marks_;  // sums of the first reading, each with all rows before it
+    std::shared_ptr<ReadingMarks> marks_ = std::make_shared<ReadingMarks>();
     uint32_t row_ = 0;
     uint64_t came_ = 0;
     uint64_t sum_ = 0;
+    bool has_ended_ = false;  // in this reading
     bool told_end_ = false;
     bool told_difference_ = false;
 };

@@ -171,6 +171,10 @@ TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
         EXPECT_EQ(result.status, 2);
         EXPECT_NE(result.err.find("--no-renderer excludes --"), std::string::npos) << result.err;
     }
+    const ToolResult both = run_tool({"record", "-", "--password-file", "-"});
+    EXPECT_EQ(both.status, 2);
+    EXPECT_EQ(both.err, "orvlog record: --password-file: standard input is the document already (see orvlog record "
+                        "--help)\n");
     EXPECT_EQ(run_tool({"record"}).status, 2);
     EXPECT_EQ(run_tool({"record", document, "another.pdf"}).status, 2);
     EXPECT_EQ(run_tool({"recrd"}).err, "orvlog: no command 'recrd' (see orvlog help)\n");

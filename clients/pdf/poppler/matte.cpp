@@ -8,7 +8,10 @@
 #include <array>
 #include <cmath>
 
+#include <Dict.h>
 #include <GfxState.h>
+#include <Object.h>
+#include <Stream.h>
 
 namespace pdf_client
 {
@@ -106,6 +109,12 @@ bool take_out_matte(Image& image, const Image& mask, const GfxColor& matte, cons
     }
     image.rows = std::make_shared<RowsWithoutMatte>(image, alphas_of(mask), matte_in(channels, matte, space));
     return true;
+}
+
+bool asks_for_matte(Stream& mask)
+{
+    Dict* const entries = mask.getDict();
+    return entries != nullptr && entries->lookup("Matte").isArray();
 }
 
 }  // namespace pdf_client

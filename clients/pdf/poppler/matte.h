@@ -7,6 +7,7 @@
 #include "clients/pdf/graphics.h"
 
 class GfxColorSpace;
+class Stream;
 struct GfxColor;
 
 namespace pdf_client
@@ -16,5 +17,8 @@ namespace pdf_client
 // and 1. The mask is held in memory for that. False, and the image as it was, if image and mask aren't of one size, the
 // image's samples aren't plain ones of 8 bits, or the mask is above 256 MB.
 bool take_out_matte(Image& image, const Image& mask, const GfxColor& matte, const GfxColorSpace& space);
+
+// True if the soft mask's dictionary has a matte, though it may not go with the image.
+bool asks_for_matte(Stream& mask);
 
 }  // namespace pdf_client

@@ -393,7 +393,7 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Str
     Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, canvas_.spaces);
     mask.interpolate = mask_interpolate;
     const GfxColor* matte = mask_map->getMatteColor();
-    if (matte != nullptr && !take_out_matte(image, mask, *matte, *map->getColorSpace()))
+    if (matte != nullptr ? !take_out_matte(image, mask, *matte, *map->getColorSpace()) : asks_for_matte(*mask_stream))
     {
         complain_("the matte colour of a soft mask is left out");
     }

@@ -62,7 +62,7 @@ TEST_F(PageCheckTest, SamePages)
     {
         give(first_, {0x102030, 0x405060}, 2);
         give(second_, {0x102030, 0x405060}, 2);
-        check_.end_page(number);
+        check_.end_page(number, {}, {});
     }
     EXPECT_EQ(check_.pages_compared(), 3U);
     EXPECT_EQ(check_.pixels_different(), 0U);
@@ -74,10 +74,10 @@ TEST_F(PageCheckTest, CountsPixelsOfAllPages)
 {
     give(first_, {1, 2, 3, 4}, 4);
     give(second_, {1, 2, 9, 4}, 4);
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     give(first_, {1}, 1);
     give(second_, {2}, 1);
-    check_.end_page(2);
+    check_.end_page(2, {}, {});
     EXPECT_EQ(check_.pages_compared(), 2U);
     EXPECT_EQ(check_.pixels_different(), 6U);
     EXPECT_TRUE(check_.differ());
@@ -87,7 +87,7 @@ TEST_F(PageCheckTest, PagesInBands)
 {
     give(first_, {1, 2, 3, 4, 5}, 2);
     give(second_, {1, 2, 3, 4, 5}, 2);
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     EXPECT_EQ(check_.pages_compared(), 1U);
     EXPECT_FALSE(check_.differ());
     EXPECT_EQ(check_.not_compared(), Texts{});
@@ -97,7 +97,7 @@ TEST_F(PageCheckTest, DifferenceInTheLastBand)
 {
     give(first_, {1, 2, 3, 4, 5}, 2);
     give(second_, {1, 2, 3, 4, 6}, 2);
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     EXPECT_EQ(check_.pages_compared(), 1U);
     EXPECT_EQ(check_.pixels_different(), 3U);
     EXPECT_EQ(check_.not_compared(), Texts{});
@@ -110,11 +110,11 @@ TEST_F(PageCheckTest, PagesInBandsFollowEachOther)
     {
         give(first_, {shade, shade, shade}, 1);
         give(second_, {shade, shade, shade}, 1);
-        check_.end_page(1);
+        check_.end_page(1, {}, {});
     }
     give(first_, {1, 2}, 2);
     give(second_, {1, 2}, 2);
-    check_.end_page(3);
+    check_.end_page(3, {}, {});
     EXPECT_EQ(check_.pages_compared(), 3U);
     EXPECT_FALSE(check_.differ());
 }
@@ -122,9 +122,9 @@ TEST_F(PageCheckTest, PagesInBandsFollowEachOther)
 TEST_F(PageCheckTest, PagesThatOnlyOneRunHas)
 {
     give(first_, {1, 2}, 2);
-    check_.end_page(4);
+    check_.end_page(4, {}, {});
     give(second_, {1, 2}, 2);
-    check_.end_page(5);
+    check_.end_page(5, {}, {});
     EXPECT_EQ(check_.pages_compared(), 0U);
     EXPECT_FALSE(check_.differ());
     EXPECT_EQ(check_.not_compared(), (Texts{"page 4 can't be compared: only one of its two drawings could be made",
@@ -135,7 +135,7 @@ TEST_F(PageCheckTest, PagesOfOtherHeight)
 {
     give(first_, {1, 2}, 2);
     give(second_, {1, 2, 3}, 3);
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     EXPECT_EQ(check_.pages_compared(), 0U);
     EXPECT_EQ(check_.not_compared(), (Texts{"page 1 can't be compared: only one of its two drawings could be made"}));
 }
@@ -145,7 +145,7 @@ TEST_F(PageCheckTest, BandsThatAreMissing)
 {
     give(first_, {1, 2, 3}, 1);
     give_band(second_, {1, 2, 3}, 0, 1);
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     EXPECT_EQ(check_.pages_compared(), 0U);
     EXPECT_EQ(check_.not_compared(), (Texts{"page 1 can't be compared: only one of its two drawings could be made"}));
 }
@@ -153,7 +153,7 @@ TEST_F(PageCheckTest, BandsThatAreMissing)
 // A page that neither run has, as one that is left out.
 TEST_F(PageCheckTest, PagesThatNeitherRunHas)
 {
-    check_.end_page(1);
+    check_.end_page(1, {}, {});
     EXPECT_EQ(check_.pages_compared(), 0U);
     EXPECT_EQ(check_.not_compared(), Texts{});
 }

@@ -221,6 +221,7 @@ TEST(Matte, IsTakenOut)
     // A matte goes with a mask of the image's size only.
     const auto other = draw_with("/Width 1 /Height 1 /BitsPerComponent 8 /Matte [1 1 1]", "FF>", &messages);
     EXPECT_EQ(pixel(other, 20, 50), 0x800000U);
+    EXPECT_EQ(messages, Lines{"the matte colour of a soft mask is left out"});
 }
 
 // Painted in black through a mask whose group is of this colour: how dark that is.

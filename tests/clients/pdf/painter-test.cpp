@@ -219,4 +219,44 @@ TEST(Painter, PaintsNothingWithoutAPage)
     EXPECT_EQ(fake.count("drawing_finish"), 0U);
 }
 
+TEST_F(PainterTest, TellsWhatItIsAskedFor)
+{
+    const auto digest_of = [this](const Path& path, const Colour& colour, double alpha)
+    {
+        Painter other(fake.get(), [](const std::string&) {});
+        CallDigest digest;
+        other.tell(&digest);
+        other.begin_document(1);
+        other.begin_page(small_page());
+        PaintState state;
+        state.alpha = alpha;
+        state.clip = other.narrow(nullptr, path, Winding::non_zero);
+        other.fill(box, Winding::non_zero, colour, state);
+        other.end_page();
+        other.end_document();
+        return digest;
+    };
+    Colour gray;
+    gray.value[0] = 0.5F;
+    const CallDigest first = digest_of(box, black, 1);
+    EXPECT_FALSE(first.differs_by_itself(digest_of(box, black, 1)));
+    EXPECT_TRUE(first.differs_by_itself(digest_of(rectangle({0, 0, 1, 2}), black, 1)));
+    EXPECT_TRUE(first.differs_by_itself(digest_of(box, gray, 1)));
+    EXPECT_TRUE(first.differs_by_itself(digest_of(box, black, 0.5)));
+}
+
+TEST_F(PainterTest, TellsWhatTheRendererRefused)
+{
+    CallDigest taken;
+    painter.tell(&taken);
+    ASSERT_TRUE(painter.begin_resource("a", {{0, 0, 1, 1}, 10, false}));
+    painter.fill(box, Winding::non_zero, black, PaintState{});
+    painter.end_resource();
+    CallDigest refused;
+    painter.tell(&refused);
+    fake.set_result(0);
+    ASSERT_FALSE(painter.begin_resource("a", {{0, 0, 1, 1}, 10, false}));
+    EXPECT_FALSE(taken.differs_by_itself(refused));
+}
+
 }  // namespace

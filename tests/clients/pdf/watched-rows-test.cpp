@@ -106,6 +106,19 @@ TEST_F(WatchedRows, SayOnceThatTheRowsEndEarly)
     EXPECT_EQ(said, Lines{"image 1 0 R ends early: 30 of its 100000 bytes"});
 }
 
+TEST_F(WatchedRows, MayBeReadOnBehindTheirEnd)
+{
+    source->rows = 30;
+    read(10000);
+    ASSERT_TRUE(image.rows->restart());
+    uint8_t row[10];
+    for (int i = 0; i < 10000; i++)
+    {
+        EXPECT_EQ(image.rows->read_row(row, 10), i < 30 ? 10U : 0U);
+    }
+    EXPECT_EQ(said, Lines{"image 1 0 R ends early: 300 of its 100000 bytes"});
+}
+
 TEST_F(WatchedRows, SayThatALaterReadingEndsBeforeTheFirst)
 {
     read(10000);
