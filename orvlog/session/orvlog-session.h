@@ -112,7 +112,7 @@ struct ORVLOG_Session
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded
     ORVLOG_ColourFrame* unreleased_frames;   // popped frames whose ticket could not be released
-    ORVLOG_ImageSlots image_slots;  // where the records of wrapped images stand
+    ORVLOG_ImageSlots image_slots;           // where the records of wrapped images stand
 };
 
 // What the client holds as its document.
