@@ -38,6 +38,9 @@ int main()
     if (!job.begin(stream.get()))
         return 1;
     uint32_t page = 0;
+    double first_nanoseconds = 0;
+    double last_nanoseconds = 0;
+    long first_kilobytes = 0;
     for (int tenth = 1; tenth <= kTenths; ++tenth)
     {
         const double start = orvlog::bench::processor_seconds();
@@ -49,10 +52,17 @@ int main()
             job.end_page();
         }
         const double seconds = orvlog::bench::processor_seconds() - start;
-        std::printf("after %4u pages  %6.0f ns a paint  session %llu bytes  process %ld KB\n", page,
-                    seconds * 1e9 / (kPagesOfTenth * kPaintsOfPage),
+        last_nanoseconds = seconds * 1e9 / (kPagesOfTenth * kPaintsOfPage);
+        std::printf("after %4u pages  %6.0f ns a paint  session %llu bytes  process %ld KB\n", page, last_nanoseconds,
                     static_cast<unsigned long long>(job.allocator.bytes_in_use()), resident_kilobytes());
+        if (tenth == 1)
+        {
+            first_nanoseconds = last_nanoseconds;
+            first_kilobytes = resident_kilobytes();
+        }
     }
+    std::printf("the last tenth against the first: %.2f times the time, %ld KB more\n",
+                last_nanoseconds / first_nanoseconds, resident_kilobytes() - first_kilobytes);
     job.end();
     return 0;
 }

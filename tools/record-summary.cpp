@@ -42,12 +42,18 @@ template <typename... Values> void append(std::string& text, const char* format,
     text += line.data();
 }
 
+void append_time(std::string& text, const char* what, std::optional<double> seconds)
+{
+    if (seconds)
+        append(text, "%-32s %10.3f s\n", what, *seconds);
+}
+
 void append_times(std::string& text, const RecordSummary& summary)
 {
-    if (summary.seconds)
-        append(text, "%-32s %10.3f s\n", "time", *summary.seconds);
-    if (summary.seconds_without_logger)
-        append(text, "%-32s %10.3f s\n", "time without the logger", *summary.seconds_without_logger);
+    append_time(text, "time", summary.seconds);
+    append_time(text, "processor time", summary.processor_seconds);
+    append_time(text, "time without the logger", summary.seconds_without_logger);
+    append_time(text, "processor time without it", summary.processor_seconds_without_logger);
 }
 
 void append_check(std::string& text, const RecordSummary& summary)
@@ -72,6 +78,8 @@ std::optional<RecordSummary> read_record_summary(const std::string& file)
     summary.page_images = number_of<uint64_t>(object, "page_images");
     summary.log_bytes = number_of<uint64_t>(object, "log_bytes");
     summary.seconds = number_of<double>(object, "seconds");
+    summary.processor_seconds = number_of<double>(object, "processor_seconds");
+    summary.processor_seconds_without_logger = number_of<double>(object, "processor_seconds_without_logger");
     summary.seconds_without_logger = number_of<double>(object, "seconds_without_logger");
     if (const auto check = object.find("check"); check != object.end() && check->is_object())
     {

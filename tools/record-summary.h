@@ -18,9 +18,11 @@ struct RecordSummary
     std::optional<uint64_t> page_images;  // files of pages that were written, all of them whole
     std::string log;                      // name of the log file
     std::optional<uint64_t> log_bytes;
-    std::optional<double> seconds;                 // the job with the logger
-    std::optional<double> seconds_without_logger;  // the same job again, without it
-    std::optional<uint64_t> pages_compared;        // by --check: pages drawn with and without the logger
+    std::optional<double> seconds;            // the job with the logger
+    std::optional<double> processor_seconds;  // of these, what the processor was used
+    std::optional<double> seconds_without_logger;
+    std::optional<double> processor_seconds_without_logger;
+    std::optional<uint64_t> pages_compared;  // by --check: pages drawn with and without the logger
     std::optional<uint64_t> pixels_different;
 };
 

@@ -48,6 +48,8 @@ struct RecordOptions
     std::string password_file;
     unsigned dpi = 96;
     bool no_renderer = false;
+    bool no_log = false;
+    bool compare = false;
     bool check = false;
     bool keep_images = false;
     bool compressed = false;
@@ -57,8 +59,10 @@ struct RecordOptions
 void declare_options(CLI::App& app, RecordOptions& options)
 {
     app.add_option("FILE", options.document, "the PDF document: a path, a URL, or - for standard input")->required();
-    app.add_option("-o,--output", options.log, "write the log to LOG instead of FILE.orvlog.xml; - for standard output")
-        ->type_name("LOG");
+    auto* log = app.add_option("-o,--output", options.log,
+                               "write the log to LOG instead of FILE.orvlog.xml; - for standard output")
+                    ->type_name("LOG");
+    auto* no_log = app.add_flag("--no-log", options.no_log, "draw without the logger: no log")->excludes(log);
     app.add_option("--pages", options.pages, "only these pages, from 1")
         ->type_name("A-B")
         ->check(command_line::check_pages);
@@ -69,7 +73,8 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->check(CLI::IsMember({"outlines", "bitmaps", "all"}))
         ->capture_default_str();
     app.add_option("--images-beside", options.image_prefix, "image data goes to files PREFIX-..., not into the log")
-        ->type_name("PREFIX");
+        ->type_name("PREFIX")
+        ->excludes(no_log);
     auto* silent = app.add_flag("--no-renderer", options.no_renderer, "log without drawing: no page images");
     app.add_option("--png", options.png_folder, "folder for the page images instead of the document's")
         ->type_name("DIR")
@@ -78,14 +83,19 @@ void declare_options(CLI::App& app, RecordOptions& options)
         ->type_name("N")
         ->check(CLI::Range(1U, 2400U))
         ->capture_default_str();
-    app.add_flag("--check", options.check, "draw again without the logger and compare each pixel")->excludes(silent);
+    app.add_flag("--compare", options.compare, "draw again without the logger, and tell its time")->excludes(no_log);
+    app.add_flag("--check", options.check, "draw again without the logger, tell its time, and compare each pixel")
+        ->excludes(silent)
+        ->excludes(no_log);
     app.add_flag("--keep-images", options.keep_images, "let the renderer keep images until a drawing ends");
     app.add_option("--stream", options.stream,
                    "how the log is written: mapped into memory, to a file, or in Zstandard frames; by itself mapped, "
                    "and zstd if LOG ends in .zst")
-        ->check(CLI::IsMember({"mapped", "file", "zstd"}));
-    app.add_flag("--compressed", options.compressed, "write a coded log");
-    app.add_flag("--via-temporary-log", options.temporary_log, "log to a temporary file first, then merge");
+        ->check(CLI::IsMember({"mapped", "file", "zstd"}))
+        ->excludes(no_log);
+    app.add_flag("--compressed", options.compressed, "write a coded log")->excludes(no_log);
+    app.add_flag("--via-temporary-log", options.temporary_log, "log to a temporary file first, then merge")
+        ->excludes(no_log);
     app.add_option("--page-timeout", options.page_timeout, "break off a page that takes longer than S seconds")
         ->type_name("S")
         ->check(CLI::Range(0.001, 1e6));
@@ -124,8 +134,12 @@ std::string folder_of(const path& document)
 std::vector<std::string> arguments_of(const RecordOptions& options, const std::string& log_file,
                                       const std::string& summary_file)
 {
-    std::vector<std::string> words = {options.document, "-o",       log_file,      "--mode",
-                                      options.mode,     "--glyphs", options.glyphs};
+    std::vector<std::string> words = {options.document};
+    if (options.no_log)
+        words.emplace_back("--no-log");
+    else
+        words.insert(words.end(), {"-o", log_file});
+    words.insert(words.end(), {"--mode", options.mode, "--glyphs", options.glyphs});
     const auto option = [&words](const char* name, const std::string& value)
     {
         if (!value.empty())
@@ -142,6 +156,7 @@ std::vector<std::string> arguments_of(const RecordOptions& options, const std::s
     flag("--no-renderer", options.no_renderer);
     option("--png", options.png_folder);
     option("--dpi", std::to_string(options.dpi));
+    flag("--compare", options.compare);
     flag("--check", options.check);
     flag("--keep-images", options.keep_images);
     flag("--compressed", options.compressed);
@@ -197,7 +212,7 @@ bool bring(RecordOptions& options, const TemporaryFolder& folder, std::string* w
     if (!source.open())
         return false;
     const std::string name = name_of(options.document);
-    if (options.log.empty())
+    if (options.log.empty() && !options.no_log)
         options.log = log_beside(name, options);
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = ".";
@@ -243,7 +258,7 @@ int record(RecordOptions options)
         if (options.password_file.empty())
             return fail(std::string("the password can't be handed on: ") + std::strerror(errno));
     }
-    if (options.log.empty())
+    if (options.log.empty() && !options.no_log)
         options.log = log_beside(options.document, options);
     if (options.png_folder.empty() && !options.no_renderer)
         options.png_folder = folder_of(options.document);
@@ -262,8 +277,9 @@ Run declare_record(CLI::App& app)
                "them in the "
                "present folder, and is called document.pdf when it has no name. Then prints how often each call was "
                "made, the size "
-               "of the log, and the time with and without the logger; on standard error when the log is the standard "
-               "output.\n\n"
+               "of the log, and the time and processor time of the job; on standard error when the log is the standard "
+               "output. Times without the logger are told when it was drawn without it: --compare and --check draw a "
+               "second time, --no-log draws that way only.\n\n"
                "The log is written as it grows and can be read at any time. What lies beside a log goes to its folder. "
                "What could not be written, of all this, is told, and the status is then 1. SIGINT, SIGTERM and SIGHUP "
                "break the job off: the log is brought to its end, and the status is 128 plus the signal.\n\n"

@@ -28,12 +28,23 @@ bool write_summary(const JobSummary& summary, const std::string& file_name)
     {
         object["page_images"] = summary.page_images;
     }
-    object["log"] = summary.log;
-    object["log_bytes"] = summary.log_bytes;
-    object["seconds"] = summary.seconds;
-    if (summary.seconds_without_logger > 0)
+    if (!summary.log.empty())
     {
-        object["seconds_without_logger"] = summary.seconds_without_logger;
+        object["log"] = summary.log;
+    }
+    if (summary.log_bytes >= 0)
+    {
+        object["log_bytes"] = summary.log_bytes;
+    }
+    if (summary.time)
+    {
+        object["seconds"] = summary.time->seconds;
+        object["processor_seconds"] = summary.time->processor_seconds;
+    }
+    if (summary.time_without_logger)
+    {
+        object["seconds_without_logger"] = summary.time_without_logger->seconds;
+        object["processor_seconds_without_logger"] = summary.time_without_logger->processor_seconds;
     }
     object["tickets"] = {{"retained", summary.tickets_retained}, {"released", summary.tickets_released}};
     object["messages"] = summary.messages;

@@ -57,7 +57,6 @@ private:
 struct Run
 {
     int pages = 0;
-    double seconds = 0;
     CallCounts counts;
     std::vector<std::string> errors;
     orvlog::colour::ColourManager* colours = nullptr;
@@ -70,12 +69,12 @@ public:
 
     JobResult run()
     {
-        if (!run_with_logger())
+        if (!first_run())
         {
             return result_;
         }
         finish_tickets();
-        if (!options_.check && result_.interrupted == 0)
+        if (options_.compare && !options_.check && result_.interrupted == 0)
         {
             run_without_logger();
         }
@@ -133,7 +132,7 @@ private:
         return document;
     }
 
-    bool run_with_logger()
+    bool first_run()
     {
         const std::unique_ptr<PdfDocument> document = open_document();
         if (document == nullptr)
@@ -147,6 +146,32 @@ private:
                                      " pages");
             return false;
         }
+        if (options_.no_log)
+        {
+            result_.started = true;
+            draw(*document);
+            return true;
+        }
+        return run_with_logger(*document);
+    }
+
+    // Without the logger, and once only.
+    void draw(PdfDocument& document)
+    {
+        std::unique_ptr<cairo_renderer::Renderer> renderer;
+        if (options_.renderer)
+        {
+            renderer = make_renderer({}, true);
+        }
+        const TimeSpent start = TimeSpent::now();
+        const Run run = walk(document, renderer != nullptr ? renderer->interface() : null_renderer(), nullptr, nullptr);
+        painting_has_ended();
+        result_.summary.time_without_logger = TimeSpent::now() - start;
+        take_over(run, renderer.get());
+    }
+
+    bool run_with_logger(PdfDocument& document)
+    {
         std::error_code none;
         if (std::filesystem::equivalent(options_.log, options_.document, none))
         {
@@ -163,7 +188,7 @@ private:
         }
         result_.started = true;
         result_.summary.log = options_.log;
-        record(*document, *log);
+        record(document, *log);
         return true;
     }
 
@@ -183,7 +208,7 @@ private:
             renderer = make_renderer(check_.first(), true);
         }
         const std::unique_ptr<PlainRun> plain = options_.check ? std::make_unique<PlainRun>(*this) : nullptr;
-        const double seconds_before = plain != nullptr ? plain->seconds() : 0;
+        const TimeSpent before = plain != nullptr ? plain->time() : TimeSpent();
         const std::filesystem::path from = std::filesystem::current_path();
         const client_stream::PresentFolder there(beside.folder);
         std::string why = there.error() ? beside.folder.string() + ": " + there.error().message() : "";
@@ -197,13 +222,19 @@ private:
             result_.errors.push_back(why);
             return;
         }
-        const auto start = Clock::now();
-        const Run run = walk(document, logger.get(), plain.get());
+        const TimeSpent start = TimeSpent::now();
+        const Run run = walk(document, logger->table(), logger.get(), plain.get());
         painting_has_ended();
         logger->shut_down();
         finish_log(*logger, log, from);
-        result_.summary.seconds = std::chrono::duration<double>(Clock::now() - start).count() -
-                                  (plain != nullptr ? plain->seconds() - seconds_before : 0);
+        const TimeSpent plain_time = plain != nullptr ? plain->time() - before : TimeSpent();
+        result_.summary.time = TimeSpent::now() - start - plain_time;
+        take_over(run, renderer.get());
+    }
+
+    // What a run has come to. `renderer` may be null.
+    void take_over(const Run& run, const cairo_renderer::Renderer* renderer)
+    {
         if (renderer != nullptr && !renderer->all_pages_written())
         {
             result_.errors.push_back("not all page images could be written");
@@ -284,8 +315,8 @@ private:
         }
     }
 
-    // The pages drawn without the logger. With a check each is drawn right after the logged one, so that one page of
-    // each run is held; else they are all drawn after the log.
+    // The pages drawn again without the logger. With a check each is drawn right after the logged one, so that one page
+    // of each run is held; else they are all drawn after the log.
     class PlainRun
     {
     public:
@@ -296,7 +327,7 @@ private:
             {
                 return;
             }
-            const auto start = Clock::now();
+            const TimeSpent start = TimeSpent::now();
             if (job.options_.renderer)
             {
                 renderer_ = job.make_renderer(job.check_.second(), false);
@@ -311,13 +342,13 @@ private:
 
         ~PlainRun()
         {
-            const auto start = Clock::now();
+            const TimeSpent start = TimeSpent::now();
             if (begun_)
             {
                 painter_->end_document();
+                note_time(start);
+                job_.result_.summary.time_without_logger = time_;
             }
-            note_time(start);
-            job_.result_.summary.seconds_without_logger = seconds_;
         }
 
         PlainRun(const PlainRun&) = delete;
@@ -326,7 +357,7 @@ private:
         // False if it wasn't painted whole.
         bool page(int number)
         {
-            const auto start = Clock::now();
+            const TimeSpent start = TimeSpent::now();
             calls_.clear();
             const bool whole = begun_ && job_.paint_page(*document_, number, *painter_, run_);
             note_time(start);
@@ -344,15 +375,15 @@ private:
             return begun_ ? std::min(job_.options_.last_page, document_->page_count()) : 0;
         }
 
-        double seconds() const
+        const TimeSpent& time() const
         {
-            return seconds_;
+            return time_;
         }
 
     private:
-        void note_time(Clock::time_point start)
+        void note_time(const TimeSpent& start)
         {
-            seconds_ += std::chrono::duration<double>(Clock::now() - start).count();
+            time_ += TimeSpent::now() - start;
         }
 
         Job& job_;
@@ -363,7 +394,7 @@ private:
         CallDigest calls_;
         Run run_;
         bool begun_ = false;
-        double seconds_ = 0;
+        TimeSpent time_;
     };
 
     void run_without_logger()
@@ -377,12 +408,11 @@ private:
         painting_has_ended();
     }
 
-    // `plain` is null without a check.
-    Run walk(PdfDocument& document, LoggedInterface* logger, PlainRun* plain)
+    // `logger` is null for a walk without it, `plain` without a check.
+    Run walk(PdfDocument& document, const ORV_Interface* table, LoggedInterface* logger, PlainRun* plain)
     {
         Run run;
         run.colours = &colour_manager_;
-        const ORV_Interface* table = logger->table();
         Painter painter(table, sink());
         CallDigest calls;
         painter.tell(plain != nullptr ? &calls : nullptr);
@@ -428,6 +458,7 @@ private:
             logger->comment("The job was " + what + ".\n");
         }
         result_.errors.push_back(logger != nullptr ? what + "; the log has what was drawn until then"
+                                 : options_.no_log ? what
                                                    : "interrupted when the log was written");
     }
 

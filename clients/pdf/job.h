@@ -5,6 +5,7 @@
 #pragma once
 
 #include "clients/pdf/painter.h"
+#include "clients/pdf/time-spent.h"
 #include "clients/stream/log-file.h"
 
 #include <cstdint>
@@ -41,7 +42,9 @@ struct JobOptions
     bool renderer = true;
     std::string png_folder;  // not empty: page images go there, NAME-001.png for page 1
     unsigned dpi = 96;
-    bool check = false;
+    bool no_log = false;   // walk and draw without the logger; `log` and how it is written don't count
+    bool compare = false;  // walk again without the logger, for its time
+    bool check = false;    // the same, and compare the pages
     bool keep_images = false;
     bool compressed = false;
     bool via_temporary_log = false;
@@ -65,8 +68,8 @@ struct JobSummary
     uint32_t page_images = 0;  // written
     std::string log;
     int64_t log_bytes = -1;
-    double seconds = 0;
-    double seconds_without_logger = 0;
+    std::optional<TimeSpent> time;                 // of the job with the logger
+    std::optional<TimeSpent> time_without_logger;  // of the one without it
     uint64_t tickets_retained = 0;
     uint64_t tickets_released = 0;
     std::vector<std::string> messages;  // what couldn't be passed on or painted as it stands, each kind once

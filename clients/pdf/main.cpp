@@ -38,7 +38,16 @@ void declare(CLI::App& app, CommandLine& line)
 {
     pdf_client::JobOptions& job = line.job;
     app.add_option("FILE", job.document, "the PDF file")->required();
-    app.add_option("-o,--output", job.log, "the log to write")->type_name("LOG")->required();
+    auto* log = app.add_option("-o,--output", job.log, "the log to write")->type_name("LOG");
+    auto* no_log = app.add_flag("--no-log", job.no_log, "draw without the logger")->excludes(log);
+    app.callback(
+        [&job]
+        {
+            if (job.log.empty() && !job.no_log)
+            {
+                throw CLI::RequiredError("--output");
+            }
+        });
     app.add_option_function<std::string>(
            "--pages", [&line](const std::string& text) { command_line::read_pages(text, &line.pages); },
            "only these pages, from 1")
@@ -48,25 +57,33 @@ void declare(CLI::App& app, CommandLine& line)
         ->check(CLI::IsMember({"transparent", "base"}));
     app.add_option("--glyphs", line.glyphs, "the forms in which glyphs are asked for")
         ->check(CLI::IsMember({"outlines", "bitmaps", "all"}));
-    app.add_option("--images-beside", job.image_prefix, "image data goes to files PREFIX-...")->type_name("PREFIX");
+    app.add_option("--images-beside", job.image_prefix, "image data goes to files PREFIX-...")
+        ->type_name("PREFIX")
+        ->excludes(no_log);
     auto* silent = app.add_flag("--no-renderer", line.no_renderer, "log without drawing");
     app.add_option("--png", job.png_folder, "folder for page images; none without it")
         ->type_name("DIR")
         ->excludes(silent);
     app.add_option("--dpi", job.dpi, "pixels for each inch")->check(CLI::Range(1U, 2400U));
-    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel")->excludes(silent);
+    app.add_flag("--compare", job.compare, "draw again without the logger, for its time")->excludes(no_log);
+    app.add_flag("--check", job.check, "draw again without the logger and compare each pixel")
+        ->excludes(silent)
+        ->excludes(no_log);
     app.add_option("--page-timeout", job.seconds_for_page, "break off a page that takes longer, in seconds")
         ->type_name("S")
         ->check(CLI::Range(0.001, 1e6));
     app.add_flag("--progress", line.progress, "show a progress bar if standard error is a terminal");
     app.add_flag("--keep-images", job.keep_images, "keep images until a drawing ends");
     app.add_option("--stream", line.stream, "how the log is written; zstd without it if LOG ends in .zst, else mapped")
-        ->check(CLI::IsMember({"mapped", "file", "zstd"}));
-    app.add_flag("--compressed", job.compressed, "write a coded log");
-    app.add_flag("--via-temporary-log", job.via_temporary_log, "log to a temporary file first, then merge");
+        ->check(CLI::IsMember({"mapped", "file", "zstd"}))
+        ->excludes(no_log);
+    app.add_flag("--compressed", job.compressed, "write a coded log")->excludes(no_log);
+    app.add_flag("--via-temporary-log", job.via_temporary_log, "log to a temporary file first, then merge")
+        ->excludes(no_log);
     app.add_option("--save-tickets", job.ticket_folder, "folder for the job's colour tickets")->type_name("DIR");
     app.add_option("--folder-beside", job.folder_beside, "where the files beside the log go instead of its folder")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->excludes(no_log);
     auto* password = app.add_option("--password", job.password, "the document's password, the owner's or the user's");
     app.add_option("--password-file", line.password_file,
                    "read the password from the first line of FILE; - is standard input")

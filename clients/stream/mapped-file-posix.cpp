@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #ifdef __linux__
@@ -150,6 +151,26 @@ int reserve_file(HostFile* file, uint64_t from, uint64_t end, bool changes_size)
         error = posix_fallocate(descriptor_of(file), start, length);
     while (error == EINTR);
     return error;
+}
+
+void warm_file(HostFile* file, uint64_t from, uint64_t end)
+{
+    static constexpr char zeros[4096] = {};
+    constexpr size_t most = 64;
+    iovec pieces[most];
+    for (iovec& piece : pieces)
+        piece = {const_cast<char*>(zeros), sizeof zeros};
+    while (from < end)
+    {
+        const uint64_t left = end - from;
+        const auto count = std::min<size_t>(most, static_cast<size_t>(left / sizeof zeros));
+        const ssize_t done =
+            count > 0 ? pwritev(descriptor_of(file), pieces, static_cast<int>(count), static_cast<off_t>(from))
+                      : pwrite(descriptor_of(file), zeros, static_cast<size_t>(left), static_cast<off_t>(from));
+        if (done <= 0)
+            return;
+        from += static_cast<uint64_t>(done);
+    }
 }
 
 uint64_t longest_file()

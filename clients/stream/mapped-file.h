@@ -31,6 +31,9 @@ bool is_full(int error);
 // Makes sure that the disk has room for the bytes up to `end`, which read as zero where the file hasn't been written.
 // `changes_size` also makes the file that long.
 int reserve_file(HostFile* file, uint64_t from, uint64_t end, bool changes_size);
+// Writes zero bytes over reserved ones that nobody has written, where this makes their mapping cheaper: the system
+// takes them into memory many pages at a time, and not one at each first touch. What can't be written stays as it is.
+void warm_file(HostFile* file, uint64_t from, uint64_t end);
 // No file of this process may be longer.
 uint64_t longest_file();
 int cut_file(HostFile* file, uint64_t length);

@@ -11,8 +11,8 @@ namespace log_stream
 namespace
 {
 
-constexpr size_t window_size = size_t{1} << 20;
-constexpr uint64_t first_step = window_size;
+constexpr size_t window_size = size_t{256} << 10;
+constexpr uint64_t first_step = uint64_t{1} << 20;
 constexpr uint64_t longest_step = uint64_t{32} << 20;
 constexpr uint64_t shortest_step = 4096;
 // Zero bytes that always stand behind the text until the close, so that readers know them from the last bytes of a
@@ -25,6 +25,7 @@ struct MappedStream
     void* window;
     size_t window_length;
     uint64_t reserved;  // bytes of the file that the disk has room for
+    uint64_t warmed;    // of these, bytes that are in memory before they are mapped
 };
 
 MappedStream* mapped(LogStream* stream)
@@ -71,6 +72,11 @@ bool map_window(LogStream* stream)
     drop_window(stream);
     const uint64_t start = text - text % map_granularity();
     const auto length = static_cast<size_t>(std::min<uint64_t>(window_size, own->reserved - start));
+    if (own->warmed < start + length)
+    {
+        warm_file(&stream->file, std::max(own->warmed, text), start + length);
+        own->warmed = start + length;
+    }
     char* window = static_cast<char*>(map_file(&stream->file, start, length));
     if (window == nullptr)
         return note_failure(stream, errno);

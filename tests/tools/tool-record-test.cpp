@@ -107,6 +107,10 @@ TEST_F(RecordStandIn, HandsEveryOptionOn)
             "--check\n--keep-images\n--compressed\n--via-temporary-log\n--page-timeout\n2.5\n--save-tickets\nt\n");
     EXPECT_EQ(run_tool({"record", document, "-o", "x", "--no-renderer"}).out,
               document + "\n-o\nx\n--mode\ntransparent\n--glyphs\noutlines\n--no-renderer\n--dpi\n96\n");
+    EXPECT_EQ(run_tool({"record", document, "-o", "x", "--no-renderer", "--compare"}).out,
+              document + "\n-o\nx\n--mode\ntransparent\n--glyphs\noutlines\n--no-renderer\n--dpi\n96\n--compare\n");
+    EXPECT_EQ(run_tool({"record", document, "--no-log", "--no-renderer"}).out,
+              document + "\n--no-log\n--mode\ntransparent\n--glyphs\noutlines\n--no-renderer\n--dpi\n96\n");
 }
 
 TEST_F(RecordStandIn, AsksForProgressOnATerminalOnly)
@@ -133,6 +137,7 @@ TEST_F(RecordStandIn, PrintsTheSummary)
     set_script("while [ \"$1\" != --summary ]; do shift; done\n"
                "echo '{\"calls\": {\"ORV_face_start\": 2, \"ORV_object_paint\": 31}, \"pages\": 2, \"log\": \"x.xml\", "
                "\"log_bytes\": 4711, \"seconds\": 1.5, \"seconds_without_logger\": 0.25, "
+               "\"processor_seconds\": 1.125, \"processor_seconds_without_logger\": 0.125, "
                "\"page_images\": 2, \"check\": {\"same\": true, \"pages\": 2, \"pixels_different\": 0}}' "
                ">\"$2\"\n[ -z \"$FAILS\" ]\n");
     EXPECT_EQ(run_tool({"record", document, "--png", "d"}).out,
@@ -142,7 +147,9 @@ TEST_F(RecordStandIn, PrintsTheSummary)
               "pages                                     2\n"
               "log                                    4711 bytes\n"
               "time                                  1.500 s\n"
+              "processor time                        1.125 s\n"
               "time without the logger               0.250 s\n"
+              "processor time without it             0.125 s\n"
               "pixels that differ without it             0 on 2 pages\n"
               "log written to x.xml\n"
               "page images in d\n");
@@ -175,6 +182,13 @@ TEST_F(RecordStandIn, RefusesACommandLineThatMakesNoSense)
     EXPECT_EQ(both.status, 2);
     EXPECT_EQ(both.err, "orvlog record: --password-file: standard input is the document already (see orvlog record "
                         "--help)\n");
+    for (const char* needs_log :
+         {"-ox", "--compare", "--check", "--stream=file", "--images-beside=p", "--compressed", "--via-temporary-log"})
+    {
+        const ToolResult result = run_tool({"record", document, "--no-log", needs_log});
+        EXPECT_EQ(result.status, 2) << needs_log;
+        EXPECT_NE(result.err.find(" excludes --"), std::string::npos) << result.err;
+    }
     EXPECT_EQ(run_tool({"record"}).status, 2);
     EXPECT_EQ(run_tool({"record", document, "another.pdf"}).status, 2);
     EXPECT_EQ(run_tool({"recrd"}).err, "orvlog: no command 'recrd' (see orvlog help)\n");

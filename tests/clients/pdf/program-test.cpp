@@ -84,6 +84,33 @@ TEST_F(ProgramTest, RecordsTheSample)
     EXPECT_FALSE(std::filesystem::exists(file("sample-001.png")));
 }
 
+TEST_F(ProgramTest, LeavesNoLogWhenItIsToLeaveNone)
+{
+    const Outcome outcome = run(sample + " --no-log --no-renderer --summary " + file("summary.json"));
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    std::ifstream input(file("summary.json"));
+    const std::string summary{std::istreambuf_iterator<char>(input), {}};
+    EXPECT_NE(summary.find("\"ORV_face_start\": "), std::string::npos);
+    EXPECT_NE(summary.find("\"processor_seconds_without_logger\": "), std::string::npos);
+    EXPECT_EQ(summary.find("\"seconds\": "), std::string::npos);
+    EXPECT_EQ(summary.find("\"log"), std::string::npos);
+}
+
+TEST_F(ProgramTest, WantsALogOrNone)
+{
+    const Outcome neither = run(sample);
+    EXPECT_EQ(neither.status, 2);
+    EXPECT_EQ(neither.errors, "orvlog-record: --output is required (see orvlog-record --help)\n");
+    EXPECT_EQ(run("--help > " + file("help.txt")).status, 0);
+    for (const char* with_log : {"--compare", "--check", "--stream file", "--compressed", "--via-temporary-log",
+                                 "--images-beside p", "--folder-beside ."})
+    {
+        EXPECT_EQ(run(sample + " --no-log " + with_log).status, 2) << with_log;
+    }
+    EXPECT_EQ(record(sample, "--no-log").status, 2);
+}
+
 TEST_F(ProgramTest, SavesTickets)
 {
     EXPECT_EQ(record(sample, "--pages 1 --save-tickets " + file("tickets")).status, 0);

@@ -219,8 +219,8 @@ TEST(SampleJob, WritesItsSummary)
     summary.pages = 2;
     summary.log = "a.xml";
     summary.log_bytes = 1234;
-    summary.seconds = 1.5;
-    summary.seconds_without_logger = 0.5;
+    summary.time = TimeSpent{1.5, 1.25};
+    summary.time_without_logger = TimeSpent{0.5, 0.25};
     summary.messages = {"one"};
     summary.check = CheckResult{2, 3, false};
     const WorkingFolder folder;
@@ -238,7 +238,9 @@ TEST(SampleJob, WritesItsSummary)
   "log": "a.xml",
   "log_bytes": 1234,
   "seconds": 1.5,
+  "processor_seconds": 1.25,
   "seconds_without_logger": 0.5,
+  "processor_seconds_without_logger": 0.25,
   "tickets": {
     "retained": 0,
     "released": 0
@@ -254,6 +256,73 @@ TEST(SampleJob, WritesItsSummary)
 }
 )");
     EXPECT_FALSE(write_summary(summary, "/no/such/folder/summary.json"));
+}
+
+TEST(SampleJob, TellsOnlyWhatWasMeasured)
+{
+    const WorkingFolder folder;
+    ASSERT_TRUE(write_summary(JobSummary(), folder.file("summary.json")));
+    EXPECT_EQ(content_of(folder.file("summary.json")), R"({
+  "calls": {},
+  "calls_refused": 0,
+  "text_end_points": {
+    "count": 0,
+    "worst_inches": 0.0
+  },
+  "pages": 0,
+  "tickets": {
+    "retained": 0,
+    "released": 0
+  },
+  "messages": []
+}
+)");
+}
+
+// A job costs one walk; another is there for who asks for its time.
+TEST(SampleJob, DrawsASecondTimeOnlyWhenAsked)
+{
+    const WorkingFolder folder;
+    JobOptions options = sample_job(folder);
+    options.check = false;
+    options.png_folder.clear();
+    options.renderer = false;
+    const JobResult once = run_job(options);
+    EXPECT_TRUE(once.summary.time && once.summary.time->processor_seconds > 0);
+    EXPECT_FALSE(once.summary.time_without_logger);
+    options.compare = true;
+    const JobResult twice = run_job(options);
+    EXPECT_TRUE(twice.summary.time_without_logger && twice.summary.time_without_logger->processor_seconds > 0);
+    EXPECT_FALSE(twice.summary.check);
+    EXPECT_EQ(content_of(options.log).size(), static_cast<size_t>(once.summary.log_bytes));
+}
+
+TEST(SampleJob, DrawsWithoutTheLogger)
+{
+    const WorkingFolder folder;
+    JobOptions options = sample_job(folder);
+    options.check = false;
+    options.png_folder = folder.file("logged");
+    std::filesystem::create_directories(options.png_folder);
+    const JobResult logged = run_job(options);
+    options.png_folder = folder.file("plain");
+    std::filesystem::create_directories(options.png_folder);
+    std::filesystem::remove(options.log);
+    options.no_log = true;
+    const JobResult plain = run_job(options);
+    EXPECT_TRUE(plain.errors.empty()) << plain.errors.front();
+    EXPECT_FALSE(std::filesystem::exists(options.log));
+    EXPECT_TRUE(plain.started);
+    EXPECT_EQ(plain.summary.log, "");
+    EXPECT_EQ(plain.summary.log_bytes, -1);
+    EXPECT_FALSE(plain.summary.time);
+    EXPECT_TRUE(plain.summary.time_without_logger && plain.summary.time_without_logger->processor_seconds > 0);
+    EXPECT_GT(plain.summary.pages, 0);
+    EXPECT_EQ(plain.summary.calls.made, logged.summary.calls.made);
+    EXPECT_EQ(plain.summary.page_images, logged.summary.page_images);
+    const std::string picture = content_of(folder.file("plain/sample-001.png"));
+    EXPECT_GT(picture.size(), 1000U);
+    EXPECT_EQ(picture, content_of(folder.file("logged/sample-001.png")));
 }
 
 }  // namespace
