@@ -76,6 +76,19 @@ ORVLOG_ImageWrapper* kept_wrapper(const GOP_OperandImagePointer* record)
     return wrapper != nullptr && wrapper->asynchronous != 0 ? wrapper : nullptr;
 }
 
+// The client's functions may let the renderer release the image: it is there until the call is over.
+ORVLOG_ImageContext* enter(const ORVLOG_ImageWrapper* wrapper)
+{
+    ++wrapper->context->in_call;
+    return wrapper->context;
+}
+
+// Gives what orvlog_end_image gives, and null while the image is there.
+GMM_Allocator* leave(ORVLOG_ImageContext* context)
+{
+    return --context->in_call == 0 && context->released != 0 ? orvlog_end_image(context) : nullptr;
+}
+
 void begin(ORVLOG_ImageWrapper* wrapper, const char* element, uint32_t id, uint32_t result)
 {
     orvlog_writer_begin_element(&wrapper->writer, element);
@@ -284,6 +297,7 @@ uint32_t orvlog_image_prepare(GOP_OperandImagePointer** operand_p, uint32_t obje
                                     use_render_color_space,
                                     req_bit_depth,
                                     need_attr};
+    ORVLOG_ImageContext* context = enter(wrapper);
     GOP_OperandImagePointer* client_record = wrapper->client_record;
     uint32_t result = 0;
     if (client_record->imp_ImagePrepareFn != nullptr)
@@ -295,17 +309,21 @@ uint32_t orvlog_image_prepare(GOP_OperandImagePointer** operand_p, uint32_t obje
     if (client_record != wrapper->client_record)
     {
         GOP_OperandImagePointer* wrapped = nullptr;
-        if (ORVLOG_WrapImage(&wrapper->writer, wrapper->context, client_record, &wrapped, &wrapper->slot->record) == 0)
+        if (ORVLOG_WrapImage(&wrapper->writer, context, client_record, &wrapped, &wrapper->slot->record) == 0)
+        {
+            leave(context);
             return 0;
+        }
         *operand_p = wrapped;
         held = orvlog_image_slot_of(wrapped)->wrapper;
     }
     else
     {
         refresh(*operand_p, wrapper);
-        wrapper->id = wrapper->context->counters[1]++;
+        wrapper->id = context->counters[1]++;
     }
     dump_prepare(wrapper, id, result, &request, held, *operand_p);
+    leave(context);
     return result;
 }
 
@@ -316,6 +334,7 @@ uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void* context, ui
     ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
+    ORVLOG_ImageContext* image_context = enter(wrapper);
     GOP_OperandImagePointer* client = wrapper->client_record;
     uint32_t result = 0;
     if (client->imp_ImageReadFn != nullptr)
@@ -324,7 +343,9 @@ uint32_t orvlog_image_read(GOP_OperandImagePointer* operand_p, void* context, ui
                                     img_returned, attr_buffer, attr_size, attr_row_step, attr_returned);
     const ReadBuffer image = {image_buffer, image_size, img_row_step, img_returned};
     const ReadBuffer attr = {attr_buffer, attr_size, attr_row_step, attr_returned};
-    return dump_read(wrapper, result, skip_pixels, &image, &attr);
+    result = dump_read(wrapper, result, skip_pixels, &image, &attr);
+    leave(image_context);
+    return result;
 }
 
 uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void* context)
@@ -332,6 +353,7 @@ uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void* context)
     ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
+    ORVLOG_ImageContext* image_context = enter(wrapper);
     GOP_OperandImagePointer* client = wrapper->client_record;
     uint32_t result = 0;
     if (client->imp_ImageFinishFn != nullptr)
@@ -343,6 +365,7 @@ uint32_t orvlog_image_finish(GOP_OperandImagePointer* operand_p, void* context)
     orvlog_close_stream(&wrapper->image_file);
     free_name(wrapper, &wrapper->attr_file_name);
     orvlog_close_stream(&wrapper->attr_file);
+    leave(image_context);
     return 1;
 }
 
@@ -351,12 +374,14 @@ uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void* context)
     ORVLOG_ImageWrapper* wrapper = known_wrapper(operand_p, context);
     if (wrapper == nullptr)
         return 0;
+    ORVLOG_ImageContext* image_context = enter(wrapper);
     GOP_OperandImagePointer* client = wrapper->client_record;
     uint32_t result = 0;
     if (client->imp_ImageResetFn != nullptr)
         result = client->imp_ImageResetFn(client, client->imp_Context);
     begin(wrapper, "GOP_ImageResetFn", wrapper->id, result);
     end_and_close(&wrapper->writer, "GOP_ImageResetFn");
+    leave(image_context);
     return result;
 }
 
@@ -372,6 +397,7 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     if (first && (context->async_stream = open_async_log(context, name)) == nullptr)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
+    enter(wrapper);
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
     // An element without a name has its place in that log, whichever record of the image it came by.
     if (!first)
@@ -382,6 +408,7 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     context->released = 0;
     raise(&context->kept_flag);
     raise(&context->async_flag);
+    leave(context);
     return result;
 }
 
@@ -394,6 +421,9 @@ void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
     GOP_OperandImagePointer* client = wrapper->client_record;
     if (context->released != 0)
         return nullptr;
+    // Ahead of the client's function, so that it hears of one release only.
+    context->released = 1;
+    enter(wrapper);
     if (client->imp_ImageReleaseFn != nullptr)
         client->imp_ImageReleaseFn(client);
     orvlog_writer_begin_element(&wrapper->writer, "GOP_ImageReleaseFn");
@@ -401,5 +431,5 @@ void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
     end_and_close(&wrapper->writer, "GOP_ImageReleaseFn");
     context->released = 1;
     context->granted = 0;
-    return context->in_call == 0 ? orvlog_end_image(context) : nullptr;
+    return leave(context);
 }

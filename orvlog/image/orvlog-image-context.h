@@ -30,7 +30,7 @@ struct ORVLOG_ImageContext
     GOP_OperandImagePointer* first_record;  // head of the chain of wrapped records
     GIO_Stream* async_stream;               // the log of a kept image, while it is open
     uint32_t number;                        // rises from image to image
-    uint32_t in_call;                       // the call that replaced the operand has not ended
+    uint32_t in_call;                       // calls that have not ended: the one that replaced the operand, callbacks
     uint32_t granted;                       // the client has agreed to a keep
     uint32_t released;                      // the renderer has no more use for the image
     uint32_t endless;                       // a read-through was cut off

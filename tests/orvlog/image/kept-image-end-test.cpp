@@ -118,6 +118,54 @@ TEST_F(KeptImageEnd, ManyThatAreKeptAtOnce)
     EXPECT_EQ(client.allocator.outstanding(), 0U);
 }
 
+// A client that drops an image may have the renderer drop it, too, before it comes back.
+TEST_F(KeptImageEnd, ReleasedAgainFromWithinItsRelease)
+{
+    static GOP_OperandImagePointer* kept = nullptr;
+    static int releases = 0;
+    releases = 0;
+    fake.record.imp_ImageReleaseFn = [](GOP_OperandImagePointer*) -> void*
+    {
+        if (++releases < 3)
+            kept->imp_ImageReleaseFn(kept);
+        return nullptr;
+    };
+    const uint64_t bytes = client.allocator.bytes();
+    kept = keep();
+    EXPECT_EQ(kept->imp_ImageReleaseFn(kept), client.allocator.get());
+    EXPECT_EQ(releases, 1);
+    EXPECT_EQ(client.allocator.bytes(), bytes);
+    EXPECT_EQ(text_of(folder, 0), kRelease);
+    shut_down();
+    EXPECT_EQ(client.allocator.outstanding(), 0U);
+}
+
+// So may one that is asked for its bytes: the read that is under way is logged all the same.
+TEST_F(KeptImageEnd, ReleasedFromWithinARead)
+{
+    static GOP_OperandImagePointer* kept = nullptr;
+    fake.record.imp_ImageReadFn = [](GOP_OperandImagePointer*, void*, uint32_t, uint8_t*, uint32_t, int32_t,
+                                     int32_t* returned, uint8_t*, uint32_t, int32_t, int32_t*) -> uint32_t
+    {
+        *returned = 0;
+        kept->imp_ImageReleaseFn(kept);
+        return 1;
+    };
+    const uint64_t bytes = client.allocator.bytes();
+    kept = keep();
+    uint8_t row[2] = {};
+    int32_t returned = 0;
+    EXPECT_EQ(kept->imp_ImageReadFn(kept, kept->imp_Context, 0, row, 2, 2, &returned, nullptr, 0, 0, nullptr), 1U);
+    EXPECT_EQ(kept->imp_ImageReleaseFn(kept), nullptr);
+    EXPECT_EQ(client.allocator.bytes(), bytes);
+    EXPECT_EQ(text_of(folder, 0), std::string(kRelease) +
+                                      "  <GOP_ImageReadFn Id=\"10\" return=\"TRUE\" skip_pixels=\"0\" "
+                                      "img_row_step=\"2\" img_returned=\"0\">\n    <img_buf>\n    </img_buf>\n"
+                                      "  </GOP_ImageReadFn>\n");
+    shut_down();
+    EXPECT_EQ(client.allocator.outstanding(), 0U);
+}
+
 TEST_F(KeptImageEnd, OutlivesTheSessionUntilItsRelease)
 {
     GOP_OperandImagePointer* first = keep();
