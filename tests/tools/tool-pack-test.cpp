@@ -369,6 +369,19 @@ TEST(ToolMerge, LeavesAFinishedLog)
     EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
 }
 
+TEST(ToolMerge, AFinishedLogWithARelativeNameStays)
+{
+    const ScratchFolder folder;
+    folder.write("kept.orvlog.xml", temporary_log(kImage));
+    folder.write(kImage, kCallbacks);
+    const ToolResult result =
+        run_program({"env", "-C", folder.path(""), ORVLOG_TOOL, "merge", "kept.orvlog.xml", "-o", "log.xml"});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(read_file(folder.path("kept.orvlog.xml")), temporary_log(kImage));
+    EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
+    EXPECT_NE(read_file(folder.path("log.xml")), "");
+}
+
 TEST(ToolMerge, AnAttributeOfNoKeptImageIsText)
 {
     const ScratchFolder folder;
