@@ -143,6 +143,18 @@ TEST(ToolOutput, FailureLeavesTheFileOfBefore)
     EXPECT_FALSE(std::filesystem::exists(file + ".part"));
 }
 
+TEST(ToolOutput, LeavesAFileThatHasTheNameOfAPart)
+{
+    const ScratchFolder folder;
+    const std::string own = folder.write("log.part", "my own notes");
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", folder.path("log")}, kLog).status, 0);
+    EXPECT_EQ(read_file(folder.path("log")), kLog);
+    EXPECT_EQ(read_file(own), "my own notes");
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", folder.path("log")}, "no log").status, 1);
+    EXPECT_EQ(read_file(own), "my own notes");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.part2")));
+}
+
 constexpr char kTemp[] = "orvlog-00000004-00000003-00000002-00000001.tmp";
 constexpr char kImage[] = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000011.tmp";
 const std::string kCallbacks = "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n";
