@@ -152,7 +152,9 @@ private:
         const std::unique_ptr<client_stream::LogFile> log = client_stream::LogFile::open(file, options_.stream);
         if (log == nullptr)
         {
-            result_.errors.push_back(options_.log + ": " + std::strerror(errno));
+            // Only a journal must not be there before.
+            const char* ending = errno == EEXIST ? ".journal" : "";
+            result_.errors.push_back(options_.log + ending + ": " + std::strerror(errno));
             return false;
         }
         result_.started = true;
