@@ -311,6 +311,15 @@ TEST(RecordStreams, LeaveTheSameText)
     EXPECT_FALSE(std::filesystem::exists(merged));
 }
 
+TEST(RecordStreams, PagesHaveTheSameNamesInAReplay)
+{
+    const ScratchFolder folder;
+    const std::string frames = folder.path("z.xml.zst");
+    EXPECT_EQ(run_tool({"record", kSample, "--no-renderer", "--pages", "2", "-o", frames}).status, 0);
+    EXPECT_EQ(run_tool({"replay", frames, "--renderer", "cairo", "--png", folder.path("pages")}).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.path("pages/z-002.png")));
+}
+
 TEST(RecordStreams, DrawTheWholeJobOntoAFullDisk)
 {
     for (const char* stream : {"mapped", "file", "zstd"})
