@@ -311,6 +311,17 @@ TEST(RecordStreams, LeaveTheSameText)
     EXPECT_FALSE(std::filesystem::exists(merged));
 }
 
+TEST(RecordStreams, ALogOfBeforeStaysWhenImageFilesHaveNoFolder)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write("log.xml", "the log of before");
+    const ToolResult result =
+        run_tool({"record", kSample, "--no-renderer", "-o", log, "--images-beside", folder.path("none/p")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog-record: " + folder.path("none") + ": No such file or directory\n");
+    EXPECT_EQ(read_file(log), "the log of before");
+}
+
 TEST(RecordStreams, PagesHaveTheSameNamesInAReplay)
 {
     const ScratchFolder folder;
