@@ -3,6 +3,7 @@
 #include "tools/usage.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -94,6 +95,14 @@ int main_of_tool(int argc, char** argv)
     return run_command(*command, argc - 1, argv + 1);
 }
 
+// What couldn't be printed is told by a command that has not failed for another reason.
+int finish_output(int status)
+{
+    if (status != EXIT_DONE || (std::fflush(stdout) == 0 && std::ferror(stdout) == 0))
+        return status;
+    return fail(std::string("standard output: ") + std::strerror(errno));
+}
+
 }  // namespace
 
 std::span<const Command> commands()
@@ -121,7 +130,7 @@ int main(int argc, char** argv)
     std::signal(SIGXFSZ, SIG_IGN);
     try
     {
-        return tool::main_of_tool(argc, argv);
+        return tool::finish_output(tool::main_of_tool(argc, argv));
     }
     catch (const std::filesystem::filesystem_error& error)
     {

@@ -257,6 +257,9 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const std::vec
     if (!finder.find(text, &why))
         return fail(options.file + ": " + why);
     const bool temporary = orvlog::reader::is_temporary_log_name(fs::path(options.file).filename().string());
+    // The logs of its images go with the log that names them, or stay with it. Asked before the workshop is entered,
+    // where a relative name means another file.
+    const bool images_go = temporary || !is_file(options.file);
     if (finder.parts().empty() && !temporary)
         return fail(options.file +
                     ": nothing to merge: it is no temporary log, and no logs of kept images belong to it");
@@ -274,8 +277,7 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const std::vec
                                     : fail(options.file + ": it or a log of a kept image can't be read");
     if (!output.finish())
         return fail(options.output + ": " + std::strerror(errno));
-    // The logs of its images go with the log that names them, or stay with it.
-    if (temporary || !is_file(options.file))
+    if (images_go)
         workshop.remove_originals(merged);
     std::error_code ignored;
     for (const fs::path& original : originals)

@@ -47,19 +47,37 @@ std::string resolved(const std::string& name)
     return error ? name : path.string();
 }
 
-std::string part_of(const std::string& name)
+bool has_part(const std::string& name)
 {
     std::error_code error;
     const fs::file_status status = fs::status(name, error);
-    const bool as_it_stands = name == "-" || (fs::exists(status) && !fs::is_regular_file(status));
-    return as_it_stands ? "" : name + ".part";
+    return !fs::exists(status) || fs::is_regular_file(status);
+}
+
+// Makes a file beside `name` that wasn't there, and tells its name. Null with errno set on failure.
+std::FILE* open_part(const std::string& name, std::string* part)
+{
+    std::FILE* file = nullptr;
+    for (int i = 1; file == nullptr && i <= 100; ++i)
+    {
+        *part = name + (i == 1 ? ".part" : ".part" + std::to_string(i));
+        file = std::fopen(part->c_str(), "wbx");
+        if (file == nullptr && errno != EEXIST)
+            break;
+    }
+    return file;
+}
+
+std::FILE* open_output(const std::string& name, std::string* part)
+{
+    if (name == "-")
+        return stdout;
+    return has_part(name) ? open_part(name, part) : std::fopen(name.c_str(), "wb");
 }
 
 }  // namespace
 
-Output::Output(const std::string& name)
-    : name_(resolved(name)), part_(part_of(name_)),
-      file_(name == "-" ? stdout : std::fopen((part_.empty() ? name_ : part_).c_str(), "wb"))
+Output::Output(const std::string& name) : name_(resolved(name)), file_(open_output(name_, &part_))
 {
     reason_ = file_ == nullptr ? errno : 0;
     if (file_ != nullptr && !part_.empty())

@@ -64,7 +64,10 @@ private:
 // What the files of pages begin with.
 std::string page_name(const ReplayOptions& options)
 {
-    return fs::path(options.log == "-" ? "log" : options.log).stem().string();
+    fs::path name = options.log == "-" ? "log" : options.log;
+    if (name.extension() == ".zst")
+        name.replace_extension();
+    return name.stem().string();
 }
 
 // A log is read twice, once to see what it is and once to play it.

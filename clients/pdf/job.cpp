@@ -178,30 +178,33 @@ private:
             result_.errors.push_back(options_.log + ": is the document to be logged");
             return false;
         }
-        // The job runs in another folder than the present one.
-        const std::string file = std::filesystem::absolute(options_.log).string();
-        const std::unique_ptr<client_stream::LogFile> log = client_stream::LogFile::open(file, options_.stream);
-        if (log == nullptr)
-        {
-            result_.errors.push_back(options_.log + ": " + std::strerror(errno));
-            return false;
-        }
-        result_.started = true;
-        result_.summary.log = options_.log;
-        record(document, *log);
-        return true;
-    }
-
-    // In the folder where the files beside the log go.
-    void record(PdfDocument& document, client_stream::LogFile& log)
-    {
+        // A log of before stays when its files could not be made.
         const std::string place = options_.folder_beside.empty() ? options_.log : options_.folder_beside + "/log";
         const client_stream::FilesBeside beside = client_stream::files_beside(place, options_.image_prefix);
         if (!beside.trouble.empty())
         {
             result_.errors.push_back(beside.trouble);
-            return;
+            return false;
         }
+        // The job runs in another folder than the present one.
+        const std::string file = std::filesystem::absolute(options_.log).string();
+        const std::unique_ptr<client_stream::LogFile> log = client_stream::LogFile::open(file, options_.stream);
+        if (log == nullptr)
+        {
+            // Only a journal must not be there before.
+            const char* ending = errno == EEXIST ? ".journal" : "";
+            result_.errors.push_back(options_.log + ending + ": " + std::strerror(errno));
+            return false;
+        }
+        result_.started = true;
+        result_.summary.log = options_.log;
+        record(document, *log, beside);
+        return true;
+    }
+
+    // In the folder where the files beside the log go.
+    void record(PdfDocument& document, client_stream::LogFile& log, const client_stream::FilesBeside& beside)
+    {
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
         {

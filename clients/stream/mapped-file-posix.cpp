@@ -83,6 +83,20 @@ int open_for_kind(const char* path, bool* readable)
     return descriptor;
 }
 
+// Holds an ordinary file against others, and closes what can't be held.
+int take_descriptor(HostFile* file, int descriptor, bool readable)
+{
+    file->handle = descriptor;
+    file->longest = longest_file();
+    struct stat status;
+    file->is_file = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    file->can_map = file->is_file && readable && is_local(descriptor);
+    if (!file->is_file || flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+        return 0;
+    close_file(file);
+    return EBUSY;
+}
+
 // How much may be written at `offset`. Beyond the limit a write ends the process.
 size_t allowed(const HostFile* file, size_t size, uint64_t offset)
 {
@@ -99,17 +113,21 @@ int open_file(HostFile* file, const char* path)
     *file = {};
     bool readable = false;
     const int descriptor = open_for_kind(path, &readable);
+    return descriptor >= 0 ? take_descriptor(file, descriptor, readable) : errno;
+}
+
+int open_ordinary_file(HostFile* file, const char* path)
+{
+    *file = {};
+    // A pipe doesn't wait for its other end.
+    const int descriptor = open_descriptor(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
     if (descriptor < 0)
-        return errno;
-    file->handle = descriptor;
-    file->longest = longest_file();
-    struct stat status;
-    file->is_file = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    file->can_map = file->is_file && readable && is_local(descriptor);
-    if (!file->is_file || flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
-        return 0;
+        return errno == ELOOP || errno == EISDIR || errno == ENXIO ? EEXIST : errno;
+    const int error = take_descriptor(file, descriptor, true);
+    if (error != 0 || file->is_file)
+        return error;
     close_file(file);
-    return EBUSY;
+    return EEXIST;
 }
 
 int close_file(HostFile* file)

@@ -113,6 +113,15 @@ int open_file(HostFile* file, const char* path)
     return 0;
 }
 
+int open_ordinary_file(HostFile* file, const char* path)
+{
+    const int error = open_file(file, path);
+    if (error != 0 || file->is_file)
+        return error;
+    close_file(file);
+    return EEXIST;
+}
+
 int close_file(HostFile* file)
 {
     const bool closed = file->handle == -1 || CloseHandle(handle_of(file)) != 0;

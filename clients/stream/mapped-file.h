@@ -22,6 +22,8 @@ struct HostFile
 // Opens for writing, or makes. An ordinary file keeps what is in it, and is held against other writers of this kind
 // (EBUSY).
 int open_file(HostFile* file, const char* path);
+// The same for an ordinary file of that very name: a link, a folder, a pipe or a device is not touched (EEXIST).
+int open_ordinary_file(HostFile* file, const char* path);
 // Closes; keeps what is there.
 int close_file(HostFile* file);
 int remove_file(const char* path);

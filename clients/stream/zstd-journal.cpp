@@ -97,8 +97,8 @@ int open_journal(Journal* journal, const char* log_path)
         return ENOMEM;
     std::strcpy(journal->path, log_path);
     std::strcat(journal->path, ending);
-    int error = open_file(&journal->file, journal->path);
-    if (error == 0 && (!journal->file.is_file || !is_free_or_journal(&journal->file)))
+    int error = open_ordinary_file(&journal->file, journal->path);
+    if (error == 0 && !is_free_or_journal(&journal->file))
         error = EEXIST;
     if (error != 0)
         close_journal(journal, true);

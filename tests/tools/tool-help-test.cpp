@@ -48,6 +48,19 @@ TEST(ToolHelp, TellsWordsRangesAndDefaults)
               std::string::npos);
 }
 
+TEST(ToolHelp, FailsWhereItCannotBePrinted)
+{
+    for (const char* word : {"--version", "--help", "help"})
+    {
+        const ToolResult result = run_program({"sh", "-c", "exec \"$1\" \"$2\" > /dev/full", "sh", ORVLOG_TOOL, word});
+        EXPECT_EQ(result.status, 1) << word;
+        EXPECT_EQ(result.err, "orvlog: standard output: No space left on device\n") << word;
+    }
+    const ToolResult one = run_program({"sh", "-c", "exec \"$1\" ls --help > /dev/full", "sh", ORVLOG_TOOL});
+    EXPECT_EQ(one.status, 1);
+    EXPECT_EQ(one.err, "orvlog: standard output: No space left on device\n");
+}
+
 TEST(ToolHelp, OfNoSuchCommandIsABadCommandLine)
 {
     const ToolResult result = run_tool({"help", "nothing"});

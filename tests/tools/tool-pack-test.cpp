@@ -143,6 +143,18 @@ TEST(ToolOutput, FailureLeavesTheFileOfBefore)
     EXPECT_FALSE(std::filesystem::exists(file + ".part"));
 }
 
+TEST(ToolOutput, LeavesAFileThatHasTheNameOfAPart)
+{
+    const ScratchFolder folder;
+    const std::string own = folder.write("log.part", "my own notes");
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", folder.path("log")}, kLog).status, 0);
+    EXPECT_EQ(read_file(folder.path("log")), kLog);
+    EXPECT_EQ(read_file(own), "my own notes");
+    EXPECT_EQ(run_tool({"unpack", "-", "-o", folder.path("log")}, "no log").status, 1);
+    EXPECT_EQ(read_file(own), "my own notes");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("log.part2")));
+}
+
 constexpr char kTemp[] = "orvlog-00000004-00000003-00000002-00000001.tmp";
 constexpr char kImage[] = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000011.tmp";
 const std::string kCallbacks = "  <GOP_ImageReleaseFn Id=\"11\">\n  </GOP_ImageReleaseFn>\n";
@@ -367,6 +379,19 @@ TEST(ToolMerge, LeavesAFinishedLog)
     EXPECT_NE(read_file(folder.path("log.xml")).find(kCallbacks), std::string::npos);
     EXPECT_EQ(read_file(kept), temporary_log(kImage));
     EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
+}
+
+TEST(ToolMerge, AFinishedLogWithARelativeNameStays)
+{
+    const ScratchFolder folder;
+    folder.write("kept.orvlog.xml", temporary_log(kImage));
+    folder.write(kImage, kCallbacks);
+    const ToolResult result =
+        run_program({"env", "-C", folder.path(""), ORVLOG_TOOL, "merge", "kept.orvlog.xml", "-o", "log.xml"});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(read_file(folder.path("kept.orvlog.xml")), temporary_log(kImage));
+    EXPECT_EQ(read_file(folder.path(kImage)), kCallbacks);
+    EXPECT_NE(read_file(folder.path("log.xml")), "");
 }
 
 TEST(ToolMerge, AnAttributeOfNoKeptImageIsText)

@@ -329,6 +329,26 @@ TEST(RecordStreams, LeaveTheSameText)
     EXPECT_FALSE(std::filesystem::exists(merged));
 }
 
+TEST(RecordStreams, ALogOfBeforeStaysWhenImageFilesHaveNoFolder)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.write("log.xml", "the log of before");
+    const ToolResult result =
+        run_tool({"record", kSample, "--no-renderer", "-o", log, "--images-beside", folder.path("none/p")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog-record: " + folder.path("none") + ": No such file or directory\n");
+    EXPECT_EQ(read_file(log), "the log of before");
+}
+
+TEST(RecordStreams, PagesHaveTheSameNamesInAReplay)
+{
+    const ScratchFolder folder;
+    const std::string frames = folder.path("z.xml.zst");
+    EXPECT_EQ(run_tool({"record", kSample, "--no-renderer", "--pages", "2", "-o", frames}).status, 0);
+    EXPECT_EQ(run_tool({"replay", frames, "--renderer", "cairo", "--png", folder.path("pages")}).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.path("pages/z-002.png")));
+}
+
 TEST(RecordStreams, DrawTheWholeJobOntoAFullDisk)
 {
     for (const char* stream : {"mapped", "file", "zstd"})

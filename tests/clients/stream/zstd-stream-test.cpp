@@ -196,6 +196,21 @@ TEST_F(ZstdStream, DoesNotTouchAFileThatIsNoJournal)
     EXPECT_EQ(folder_.read("a.xml"), "the log of before");
 }
 
+TEST_F(ZstdStream, DoesNotTouchWhatIsNoOrdinaryFile)
+{
+    std::ofstream("a.xml") << "the log of before";
+    std::filesystem::create_symlink("elsewhere", "a.xml.journal");
+    EXPECT_EQ(orvlog_open_zstd_stream("a.xml"), nullptr);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_TRUE(std::filesystem::is_symlink("a.xml.journal"));
+    EXPECT_FALSE(std::filesystem::exists("elsewhere"));
+    std::filesystem::remove("a.xml.journal");
+    std::filesystem::create_directory("a.xml.journal");
+    EXPECT_EQ(orvlog_open_zstd_stream("a.xml"), nullptr);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(folder_.read("a.xml"), "the log of before");
+}
+
 // Killed before anything was printed.
 TEST_F(ZstdStream, TakesTheJournalThatWasJustBeingMade)
 {
