@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace
@@ -76,6 +77,16 @@ TEST_F(ReplayCommand, ReadsTheStandardInputAndWritesTheStandardOutput)
     const ToolResult result = replay({"-", "--log", "-"}, kLog);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(behind_root(result.out), behind_root(kLog));
+}
+
+TEST_F(ReplayCommand, NamesVectorPagesByTheirNumbers)
+{
+    std::string log = kLog;
+    const std::string first = "face_seq_number=\"1\"";
+    folder.write("a.xml", log.replace(log.find(first), first.size(), "face_seq_number=\"3\""));
+    EXPECT_EQ(run_in(folder.path(""), {ORVLOG_TOOL, "replay", "a.xml", "--svg", "vectors"}).status, 0);
+    EXPECT_NE(read_file(folder.path("vectors/a-003.svg")).find("<svg "), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("vectors/a-001.svg")));
 }
 
 TEST_F(ReplayCommand, DrawsInThreeForms)

@@ -71,8 +71,6 @@ TEST_F(JobFiles, PageImagesHaveTheNumberOfTheirPage)
     EXPECT_EQ(read_file(scratch.path("last/sample-003.png")), read_file(scratch.path("all/sample-003.png")));
     ASSERT_EQ(replay({"last.xml", "--png", "again"}).status, 0);
     EXPECT_EQ(names("again"), Words{"last-003.png"});
-    ASSERT_EQ(replay({"last.xml", "--svg", "vectors"}).status, 0);
-    EXPECT_EQ(names("vectors"), Words{"last-003.svg"});
     ASSERT_EQ(replay({"all.xml", "--png", "some", "--pages", "2-3"}).status, 0);
     EXPECT_EQ(names("some"), (Words{"all-002.png", "all-003.png"}));
 }
