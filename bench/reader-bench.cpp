@@ -2,9 +2,9 @@
 //
 //   reader-bench LOG
 
-#include "reader/element.h"
-#include "reader/log-events.h"
-#include "reader/records.h"
+#include "reader/records/records.h"
+#include "reader/text/log-events.h"
+#include "reader/tree/element.h"
 
 #include <algorithm>
 #include <cstdio>

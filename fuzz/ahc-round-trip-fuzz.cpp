@@ -4,8 +4,8 @@
 #include "fuzz/fuzz.h"
 #include "orvlog/log/ahc-coder.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
-#include "reader/coded-bytes.h"
-#include "reader/raw-bytes.h"
+#include "reader/text/coded-bytes.h"
+#include "reader/text/raw-bytes.h"
 #include "tests/support/ahc-oracle.h"
 
 #include <algorithm>

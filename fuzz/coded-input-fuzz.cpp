@@ -3,7 +3,7 @@
 
 #include "fuzz/fuzz.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
-#include "reader/coded-input.h"
+#include "reader/text/coded-input.h"
 
 #include <sstream>
 #include <string>

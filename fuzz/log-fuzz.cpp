@@ -5,7 +5,7 @@
 #include "clients/stream/file-stream.h"
 #include "fuzz/fuzz.h"
 #include "orvlog/core/orvlog-entry.h"
-#include "reader/log-events.h"
+#include "reader/text/log-events.h"
 
 #include <sstream>
 #include <string>

@@ -4,7 +4,7 @@
 
 #include "fuzz/fuzz.h"
 #include "orvlog/colour/gxc/gxc-ticket.h"
-#include "reader/ticket-bytes.h"
+#include "reader/tickets/ticket-bytes.h"
 
 #include <algorithm>
 #include <cstdarg>

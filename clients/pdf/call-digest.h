@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "clients/pdf/graphics.h"
+#include "clients/pdf/content/graphics.h"
 
 #include <cstdint>
 #include <memory>

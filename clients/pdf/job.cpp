@@ -6,11 +6,11 @@
 #include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
 #include "clients/pdf/page-check.h"
-#include "clients/pdf/page-tickets.h"
 #include "clients/pdf/poppler/pdf-document.h"
+#include "clients/pdf/records/page-tickets.h"
 #include "clients/stream/files-beside.h"
 #include "clients/stream/log-file.h"
-#include "reader/files-due.h"
+#include "reader/check/files-due.h"
 #include "renderers/cairo/cairo-renderer.h"
 
 #include <algorithm>

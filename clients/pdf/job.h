@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "clients/pdf/painter.h"
+#include "clients/pdf/painter/painter.h"
 #include "clients/pdf/time-spent.h"
 #include "clients/stream/log-file.h"
 

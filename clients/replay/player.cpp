@@ -1,7 +1,7 @@
 #include "clients/replay/player.h"
 
-#include "reader/log-files.h"
-#include "reader/values.h"
+#include "reader/text/log-files.h"
+#include "reader/tree/values.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "clients/replay/replay-fonts.h"
 #include "clients/replay/replay-image.h"
 #include "clients/replay/replay.h"
-#include "reader/records.h"
+#include "reader/records/records.h"
 
 #include <istream>
 #include <map>

@@ -1,6 +1,6 @@
 #include "clients/replay/replay-fonts.h"
 
-#include "reader/values.h"
+#include "reader/tree/values.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "clients/replay/replay-image.h"
 
 #include "orvlog/image/gop-image-geometry.h"
-#include "reader/values.h"
+#include "reader/tree/values.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "orvlog/interface/orvlog.h"
-#include "reader/element.h"
-#include "reader/records.h"
+#include "reader/records/records.h"
+#include "reader/tree/element.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #include "clients/replay/replay-tickets.h"
 
-#include "reader/ticket-bytes.h"
-#include "reader/values.h"
+#include "reader/tickets/ticket-bytes.h"
+#include "reader/tree/values.h"
 
 #include <cstring>
 

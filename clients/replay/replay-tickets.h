@@ -3,7 +3,7 @@
 #pragma once
 
 #include "orvlog/interface/orvlog.h"
-#include "reader/element.h"
+#include "reader/tree/element.h"
 
 #include <cstdint>
 #include <map>

@@ -1,7 +1,7 @@
 #include "clients/replay/replay.h"
 
 #include "clients/replay/player.h"
-#include "reader/values.h"
+#include "reader/tree/values.h"
 
 #include <cmath>
 

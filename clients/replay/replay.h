@@ -8,8 +8,8 @@
 
 #include "clients/replay/replay-tickets.h"
 #include "orvlog/interface/orvlog.h"
-#include "reader/element.h"
-#include "reader/log-files.h"
+#include "reader/text/log-files.h"
+#include "reader/tree/element.h"
 
 #include <cstdint>
 #include <functional>

@@ -4,7 +4,7 @@
 
 #include "orvlog/interface/gfi-font.h"
 #include "orvlog/interface/gpa-path.h"
-#include "reader/element.h"
+#include "reader/tree/element.h"
 
 #include <glib.h>
 #include <nlohmann/json.hpp>

@@ -1,9 +1,9 @@
 // Prints as JSON what a log says, as plain facts: counts, sizes and hashes. The reader in tests/reader-python prints
 // the same; the two are held against each other.
-#include "reader/element.h"
-#include "reader/records.h"
-#include "reader/ticket-bytes.h"
-#include "reader/values.h"
+#include "reader/records/records.h"
+#include "reader/tickets/ticket-bytes.h"
+#include "reader/tree/element.h"
+#include "reader/tree/values.h"
 #include "tests/reader/facts-hash.h"
 
 #include <nlohmann/json.hpp>

@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "clients/pdf/graphics.h"
+#include "clients/pdf/content/graphics.h"
 
 #include <map>
 #include <memory>

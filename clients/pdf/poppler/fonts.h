@@ -4,8 +4,8 @@
 
 #pragma once
 
-#include "clients/pdf/graphics.h"
-#include "clients/pdf/true-type.h"
+#include "clients/pdf/content/graphics.h"
+#include "clients/pdf/text/true-type.h"
 
 #include <map>
 #include <memory>

@@ -2,9 +2,9 @@
 
 #include "clients/pdf/poppler/groups.h"
 
-#include "clients/pdf/orv-records.h"
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
+#include "clients/pdf/records/orv-records.h"
 
 #include <algorithm>
 #include <utility>

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "clients/pdf/painter.h"
+#include "clients/pdf/painter/painter.h"
 
 #include <functional>
 #include <memory>

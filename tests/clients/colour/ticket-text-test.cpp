@@ -1,8 +1,8 @@
 // Tickets of the colour manager, from their text in a log back into bytes.
 
 #include "clients/colour/colour-manager.h"
-#include "reader/log-events.h"
-#include "reader/ticket-bytes.h"
+#include "reader/text/log-events.h"
+#include "reader/tickets/ticket-bytes.h"
 #include "tests/clients/colour/test-profiles.h"
 #include "tests/support/test-session.h"
 

@@ -2,7 +2,7 @@
 //
 // The program from outside: exit status and what it says, above all of files that can't be read.
 
-#include "reader/ticket-bytes.h"
+#include "reader/tickets/ticket-bytes.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -6,7 +6,7 @@
 #include "clients/replay/replay-image.h"
 #include "clients/stream/file-stream.h"
 #include "orvlog/core/orvlog-entry.h"
-#include "reader/values.h"
+#include "reader/tree/values.h"
 #include "tests/clients/replay/jobs.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // A disk that fills: a device that is full, and files that may not get longer.
 
 #include "clients/stream/orvlog-stream.h"
-#include "reader/log-bytes.h"
-#include "reader/log-files.h"
+#include "reader/text/log-bytes.h"
+#include "reader/text/log-files.h"
 #include "tests/support/temp-folder.h"
 
 #include <gtest/gtest.h>

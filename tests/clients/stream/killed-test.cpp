@@ -1,8 +1,8 @@
 // Processes that are killed while they print: what they printed is there, to the last whole print.
 
 #include "clients/stream/orvlog-stream.h"
-#include "reader/log-bytes.h"
-#include "reader/log-files.h"
+#include "reader/text/log-bytes.h"
+#include "reader/text/log-files.h"
 #include "tests/support/temp-folder.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // Logs of Zstandard frames, and the journal beside them.
 
 #include "clients/stream/orvlog-stream.h"
-#include "reader/log-bytes.h"
-#include "reader/log-files.h"
+#include "reader/text/log-bytes.h"
+#include "reader/text/log-files.h"
 #include "tests/support/temp-folder.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,301 @@
+// orvlog replay: the job of a log once more, from the log alone.
+
+#include "clients/replay/replay.h"
+#include "clients/command-line/number-range.h"
+#include "reader/text/log-files.h"
+#include "renderers/cairo/cairo-renderer.h"
+#include "tools/shared/command.h"
+#include "tools/shared/files-from.h"
+#include "tools/shared/look.h"
+#include "tools/shared/replay-session.h"
+#include "tools/shared/source.h"
+#include "tools/shared/vector-pages.h"
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using orvlog::replay::LogKind;
+
+struct ReplayOptions
+{
+    std::string log;
+    std::string new_log;
+    std::string image_prefix;
+    bool compressed = false;
+    bool via_temporary_log = false;
+    bool allow_missing = false;
+    std::string png;
+    std::string svg;
+    std::string pdf;
+    std::string renderer;
+    std::vector<std::string> folders;
+    command_line::NumberRange pages = {1, UINT32_MAX};
+    unsigned dpi = 0;
+    int64_t up_to = -1;
+};
+
+// Lines for the user, each once.
+class Complaints
+{
+public:
+    void say(const std::string& line)
+    {
+        constexpr size_t most = 100;
+        if (said_.size() < most && said_.insert(line).second)
+            tool::say(printable(line));
+    }
+
+private:
+    std::set<std::string> said_;
+};
+
+// What the files of pages begin with.
+std::string page_name(const ReplayOptions& options)
+{
+    fs::path name = options.log == "-" ? "log" : options.log;
+    if (name.extension() == ".zst")
+        name.replace_extension();
+    return name.stem().string();
+}
+
+// A log is read twice, once to see what it is and once to play it.
+std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& source)
+{
+    if (auto* file = dynamic_cast<std::ifstream*>(&source.stream()); file != nullptr && options.log != "-")
+        return std::make_unique<std::ifstream>(options.log, std::ios::binary);
+    auto held = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
+    *held << source.stream().rdbuf();
+    return held;
+}
+
+class ReplayJob
+{
+public:
+    explicit ReplayJob(const ReplayOptions& options)
+        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
+    {
+    }
+
+    int run()
+    {
+        orvlog::replay::Options play;
+        play.first_page = options_.pages.first;
+        play.last_page = options_.pages.last;
+        // The job may be played in another folder than the present one.
+        play.files = orvlog::reader::LogFiles(options_.log, options_.folders);
+        if (!play.files.why().empty())
+            return fail(play.files.why());
+        Source source(options_.log);
+        if (!source.open())
+            return fail(options_.log + ": " + source.why());
+        std::unique_ptr<std::istream> log = open_again(options_, source);
+        kind_ = orvlog::replay::examine(*log);
+        if (!kind_.is_log)
+            return fail(options_.log + ": is not a log");
+        if (options_.pages.first > kind_.faces && kind_.faces > 0)
+            return fail(options_.log + ": has no page " + std::to_string(options_.pages.first) + ", but " +
+                        std::to_string(kind_.faces) + " in all");
+        if (vectors_.would_replace(options_.log))
+            return fail(options_.pdf + ": is the log to be replayed");
+        log->clear();
+        log->seekg(0);
+        make_renderer();
+        if (const int status = open_log(); status != EXIT_DONE)
+            return status;
+        Progress progress(source.size());
+        play.dpi = options_.dpi;
+        if (options_.up_to >= 0)
+            play.up_to = static_cast<uint32_t>(options_.up_to);
+        play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
+        play.progress = [&progress](uint64_t done) { progress.show(done); };
+        play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
+        if (session_ != nullptr)
+            play.comment = [this](const std::string& text) { session_->comment(text); };
+        const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_->interface();
+        orvlog::replay::ReplayTickets tickets;
+        const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
+        return finish(outcome);
+    }
+
+private:
+    void make_renderer()
+    {
+        const bool pictures = !options_.png.empty() || vectors_.wanted();
+        const bool wanted = pictures || options_.renderer == "cairo" || (options_.renderer.empty() && kind_.rendered);
+        if (!wanted)
+            return;
+        cairo_renderer::Options options;
+        if (!options_.png.empty())
+        {
+            fs::create_directories(options_.png);
+            options.png_prefix = (fs::absolute(options_.png) / page_name(options_)).string();
+        }
+        if (vectors_.wanted())
+        {
+            if (!options_.svg.empty())
+                fs::create_directories(options_.svg);
+            const double dpi = options_.dpi > 0 ? options_.dpi : kind_.dpi;
+            options.surface_factory = [this, dpi](const cairo_renderer::Page& page)
+            { return vectors_.surface(page, dpi); };
+            options.page_sink = [this](const cairo_renderer::Page& page) { vectors_.finish(page); };
+        }
+        options.page_number = [this](const cairo_renderer::Page&) { return page_; };
+        options.keep_images = kind_.kept_images;
+        options.glyph_form = glyph_form();
+        options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
+        renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
+    }
+
+    // That of the job's renderer, by what it has asked for.
+    cairo_renderer::GlyphForm glyph_form() const
+    {
+        if (kind_.rendered_fixed)
+            return cairo_renderer::GlyphForm::in_turn;
+        const bool bitmaps = (kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
+        return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
+    }
+
+    // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
+    int open_log()
+    {
+        if (options_.new_log.empty() && renderer_ != nullptr)
+            return EXIT_DONE;
+        std::error_code none;
+        const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
+        if (!target.empty() && fs::equivalent(target, options_.log, none))
+            return fail(options_.new_log + ": is the log to be replayed");
+        session_ = std::make_unique<ReplaySession>(ReplaySessionOptions{options_.new_log, options_.image_prefix,
+                                                                        options_.compressed, options_.via_temporary_log,
+                                                                        renderer_ != nullptr && kind_.kept_images},
+                                                   kind_);
+        std::string why;
+        return session_->open(renderer_ != nullptr ? renderer_->interface() : nullptr, &why) ? EXIT_DONE : fail(why);
+    }
+
+    // Says all that is wrong, a line each.
+    int finish(const orvlog::replay::Outcome& outcome)
+    {
+        std::vector<std::string> wrong;
+        if (session_ != nullptr)
+            wrong = session_->close();
+        const bool drawn = renderer_ == nullptr || renderer_->all_pages_written();
+        if (!vectors_.close() || !drawn)
+            wrong.emplace_back("a page could not be written");
+        std::string done = std::to_string(outcome.calls) + " calls, " + std::to_string(outcome.pages) + " pages";
+        if (outcome.not_played > 0)
+            done += ", " + std::to_string(outcome.not_played) + " not played";
+        std::fprintf(stderr, "%s\n", done.c_str());
+        for (const std::string& line : what_lacks(outcome))
+            wrong.push_back(options_.log + ": " + line);
+        for (const std::string& line : wrong)
+            fail(line);
+        return wrong.empty() ? EXIT_DONE : EXIT_FAILED;
+    }
+
+    // Of the log, and of what was made from it.
+    std::vector<std::string> what_lacks(const orvlog::replay::Outcome& outcome) const
+    {
+        std::vector<std::string> lacks;
+        if (outcome.pages_refused > 0)
+            lacks.push_back(std::to_string(outcome.pages_refused) + " pages could not be drawn");
+        if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
+            lacks.emplace_back("has no page");
+        if (!outcome.reached)
+            lacks.push_back("has no paint " + std::to_string(options_.up_to));
+        if (outcome.missing > 0 && !options_.allow_missing)
+            lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
+                            " places; what could be found is played (--allow-missing is content with that)");
+        if (outcome.cut)
+            lacks.emplace_back("is cut short; what it has is played");
+        else if (outcome.damage > 0)
+            lacks.push_back("is damaged in " + std::to_string(outcome.damage) +
+                            " places; what could be read is played");
+        return lacks;
+    }
+
+    const ReplayOptions& options_;
+    Complaints complaints_;
+    VectorPages vectors_;
+    LogKind kind_;
+    uint32_t page_ = 0;  // the number of the page that is begun
+    std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<ReplaySession> session_;
+};
+
+// Empty if the options go together.
+std::string contradiction(const ReplayOptions& options)
+{
+    const bool pictures = !options.png.empty() || !options.svg.empty() || !options.pdf.empty();
+    return pictures && options.renderer == "none" ? "--renderer none draws no pages for --png, --svg or --pdf" : "";
+}
+
+int replay(const ReplayOptions& options)
+{
+    const std::string wrong = contradiction(options);
+    if (wrong.empty())
+        return ReplayJob(options).run();
+    std::fprintf(stderr, "orvlog replay: %s (see orvlog replay --help)\n", wrong.c_str());
+    return EXIT_BAD_USE;
+}
+
+}  // namespace
+
+Run declare_replay(CLI::App& app)
+{
+    auto options = std::make_shared<ReplayOptions>();
+    app.add_option("LOG", options->log, "the log, plain or coded; a path, or - for standard input")->required();
+    app.add_option("--log", options->new_log, "log the replay to NEWLOG, or - for standard output")
+        ->type_name("NEWLOG");
+    app.add_option("--png", options->png, "draw the pages, as PNG files in DIR")->type_name("DIR");
+    auto* svg = app.add_option("--svg", options->svg, "draw the pages, as SVG files in DIR")
+                    ->type_name("DIR")
+                    ->expected(0, 1)
+                    ->default_str(".");
+    app.add_option("--pdf", options->pdf, "draw the pages, as one PDF file; in a folder it has the log's name")
+        ->type_name("FILE")
+        ->expected(0, 1)
+        ->default_str(".")
+        ->excludes(svg);
+    app.add_option_function<std::string>(
+           "--pages", [options](const std::string& text) { command_line::read_pages(text, &options->pages); },
+           "only these pages, from 1")
+        ->type_name("A-B")
+        ->check(command_line::check_pages);
+    app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
+        ->type_name("N")
+        ->check(CLI::Range(1u, 2400u));
+    app.add_option("--up-to", options->up_to, "stop behind the paint of this id")
+        ->type_name("ID")
+        ->check(CLI::Range(int64_t{0}, int64_t{UINT32_MAX}));
+    app.add_option("--renderer", options->renderer, "draw on this one; without it as the job was drawn")
+        ->check(CLI::IsMember({"cairo", "none"}));
+    app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")
+        ->type_name("PREFIX");
+    app.add_flag("--compressed", options->compressed, "write NEWLOG coded");
+    app.add_flag("--via-temporary-log", options->via_temporary_log, "log to a temporary file first, then merge");
+    app.add_flag("--allow-missing", options->allow_missing, "be content with what there is if image data is missing");
+    add_files_from(app, options->folders);
+    app.footer(
+        "The job is made again from the log and the files beside it: image data and the logs of kept images are "
+        "looked for in the log's folder, and in those of --files-from. Pages drawn from a log are those of its job, "
+        "pixel by pixel, and the "
+        "log of a replay is the log, if the job was drawn by the renderer that orvlog record has. Pages are named "
+        "by their own numbers if these rise from page to page.\n\n"
+        "Image data that is missing is an error, unless it is allowed. "
+        "A log that is cut short or damaged is played as far as it goes; the exit status is then 1.");
+    return [options] { return replay(*options); };
+}
+
+}  // namespace tool

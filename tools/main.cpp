@@ -1,0 +1,147 @@
+#include "clients/command-line/progress-bar.h"
+#include "tools/help/usage.h"
+#include "tools/shared/command.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <new>
+
+namespace tool
+{
+
+namespace
+{
+
+constexpr std::array COMMANDS = {
+    Command{"record", "log a PDF document's drawing calls, with its page images", "orvlog record letter.pdf",
+            declare_record},
+    Command{"pack", "code a file as a log is coded on the fly", "orvlog pack letter.orvlog.xml -o letter.orvlog",
+            declare_pack},
+    Command{"unpack", "bring a coded log back as plain text", "orvlog unpack letter.orvlog -o letter.orvlog.xml",
+            declare_unpack},
+    Command{"merge", "make one log of a temporary log and the logs of its kept images",
+            "orvlog merge orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp -o letter.orvlog.xml", declare_merge},
+    Command{"replay", "make the calls of a log again, and draw its pages",
+            "orvlog replay letter.orvlog.xml --png pages", declare_replay},
+    Command{"info", "tell what a log is and what is in it", "orvlog info letter.orvlog.xml", declare_info},
+    Command{"ls", "list the calls of a log, a line each", "orvlog ls letter.orvlog.xml --page 2 --kind object_paint",
+            declare_ls},
+    Command{"show", "show one call of a log", "orvlog show letter.orvlog.xml 12", declare_show},
+    Command{"extract", "write what a log holds as files of their own",
+            "orvlog extract images letter.orvlog.xml -o images", declare_extract},
+    Command{"check", "tell whether a log holds together", "orvlog check letter.orvlog.xml", declare_check},
+    Command{"ticket", "show a serialised colour ticket as the text that a log holds",
+            "orvlog ticket job-1.ticket --family rgb", declare_ticket},
+    Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
+};
+
+int print_version()
+{
+    std::printf("orvlog %s\n", ORVLOG_VERSION);
+    return EXIT_DONE;
+}
+
+const Command* find_command(const char* name)
+{
+    for (const Command& command : COMMANDS)
+    {
+        if (std::strcmp(command.name, name) == 0)
+            return &command;
+    }
+    return nullptr;
+}
+
+int run_command(const Command& command, int argc, char** argv)
+{
+    Run run;
+    const std::unique_ptr<CLI::App> app = make_parser(command, run);
+    try
+    {
+        app->parse(argc, argv);
+    }
+    catch (const CLI::CallForHelp&)
+    {
+        std::fputs(help_text(usage_of(command)).c_str(), stdout);
+        return EXIT_DONE;
+    }
+    catch (const CLI::ParseError& error)
+    {
+        std::fprintf(stderr, "orvlog %s: %s (see orvlog %s --help)\n", command.name, error.what(), command.name);
+        return EXIT_BAD_USE;
+    }
+    return run();
+}
+
+int main_of_tool(int argc, char** argv)
+{
+    if (argc < 2)
+    {
+        std::fputs("orvlog: which command? (see orvlog help)\n", stderr);
+        return EXIT_BAD_USE;
+    }
+    if (std::strcmp(argv[1], "--version") == 0)
+        return print_version();
+    const bool help = std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0;
+    const Command* command = find_command(help ? "help" : argv[1]);
+    if (command == nullptr)
+    {
+        std::fprintf(stderr, "orvlog: no command '%s' (see orvlog help)\n", argv[1]);
+        return EXIT_BAD_USE;
+    }
+    return run_command(*command, argc - 1, argv + 1);
+}
+
+// What couldn't be printed is told by a command that has not failed for another reason.
+int finish_output(int status)
+{
+    if (status != EXIT_DONE || (std::fflush(stdout) == 0 && std::ferror(stdout) == 0))
+        return status;
+    return fail(std::string("standard output: ") + std::strerror(errno));
+}
+
+}  // namespace
+
+std::span<const Command> commands()
+{
+    return COMMANDS;
+}
+
+void say(const std::string& message)
+{
+    command_line::ProgressBar::clear();
+    std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+}
+
+int fail(const std::string& message)
+{
+    say(message);
+    return EXIT_FAILED;
+}
+
+}  // namespace tool
+
+int main(int argc, char** argv)
+{
+    // A file that may grow no further is an error as any other.
+    std::signal(SIGXFSZ, SIG_IGN);
+    try
+    {
+        return tool::finish_output(tool::main_of_tool(argc, argv));
+    }
+    catch (const std::filesystem::filesystem_error& error)
+    {
+        return tool::fail(error.path1().string() + ": " + error.code().message());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return tool::fail("out of memory");
+    }
+    catch (const std::exception& error)
+    {
+        return tool::fail(error.what());
+    }
+}
