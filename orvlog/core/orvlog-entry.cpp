@@ -56,6 +56,12 @@ bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
     return true;
 }
 
+void choose_mode(ORVLOG_Session* session, uint32_t mode)
+{
+    session->logging_mode = mode;
+    session->image.image_logging_mode = mode;
+}
+
 bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
 {
     session->allocator = options->allocator;
@@ -70,8 +76,11 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     session->ticket_functions = options->ticket_functions;
     session->ticket_serial_functions = options->ticket_serial_functions;
     session->third_client_table = options->third_client_table;
-    session->logging_mode = options->mode;
-    session->image.image_logging_mode = options->mode;
+    choose_mode(session, options->mode);
+    session->image.image_dump_flag = options->image_dump_flag;
+    session->glyph_fixed_format = options->glyph_fixed_format;
+    session->glyph_get_format = options->glyph_get_format;
+    session->second_interface = options->second_interface;
     return true;
 }
 
@@ -132,6 +141,8 @@ uint32_t merge(ORVLOG_Session* session)
 
 uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
 {
+    if (options == nullptr)
+        return 0;
     GMM_Allocator* allocator = options->allocator;
     if (options->interface_out == nullptr || options->interface_out == options->interface_in)
         return 0;
@@ -156,6 +167,8 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
     options->interface_out->base = {options->interface_in, 0};
     orvlog_fill_interface(options->interface_out, session);
     orvlog_open_root(session);
+    if (options->base_content != 0)
+        choose_mode(session, ORVLOG_MODE_BASE);
     return 1;
 }
 
@@ -166,20 +179,20 @@ uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface
                                const void* third_client_table, orvlog_comment_fn_type* comment_fn_out,
                                void** comment_ctx_out, uint32_t compress, uint32_t mode)
 {
-    const ORVLOG_SessionOptions options = {interface_out,
-                                           interface_in,
-                                           allocator,
-                                           identity,
-                                           log_stream,
-                                           file_prefix,
-                                           ticket_functions,
-                                           ticket_serial_functions,
-                                           third_client_table,
-                                           comment_fn_out,
-                                           comment_ctx_out,
-                                           compress,
-                                           mode,
-                                           0};
+    ORVLOG_SessionOptions options = {};
+    options.interface_out = interface_out;
+    options.interface_in = interface_in;
+    options.allocator = allocator;
+    options.identity = identity;
+    options.log_stream = log_stream;
+    options.file_prefix = file_prefix;
+    options.ticket_functions = ticket_functions;
+    options.ticket_serial_functions = ticket_serial_functions;
+    options.third_client_table = third_client_table;
+    options.comment_fn_out = comment_fn_out;
+    options.comment_ctx_out = comment_ctx_out;
+    options.compress = compress;
+    options.mode = mode;
     return orvlog_create_session_with(&options);
 }
 
@@ -251,8 +264,7 @@ uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* para
     if (session == nullptr || params == nullptr)
         return 1;
     const bool obsolete = params->up_DumpReqImgDataOnly != 0;
-    session->logging_mode = obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE;
-    session->image.image_logging_mode = session->logging_mode;
+    choose_mode(session, obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE);
     if (obsolete)
         orvlog_writer_defer_warning(
             &session->writer, ORVLOG_WARNING_FORMAT,
