@@ -83,7 +83,7 @@ struct ORVLOG_Session
     GGO_Point glyph_end_point;  // pen position behind a text object, in the coordinates of the drawing
     ORVLOG_ResourceMapEntry* resource_map;
     const ORVLOG_IdentitySource* identity_pointer;
-    uint16_t group_depth;  // group frames of all drawings
+    uint16_t group_depth;   // group frames of all drawings
     uint32_t logging_mode;  // ORVLOG_MODE_*
     uint32_t next_document_context;
     ORVLOG_ImageParams image;
@@ -160,6 +160,8 @@ void orvlog_session_clear_scratch(ORVLOG_Session* session);
 bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing);
 
 bool orvlog_session_is_base(const ORVLOG_Session* session);
+// ORVLOG_MODE_*: for images and all else.
+void orvlog_choose_mode(ORVLOG_Session* session, uint32_t mode);
 
 // Opens a record and links it to the session; null without memory. Closing unlinks and frees it.
 ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session);

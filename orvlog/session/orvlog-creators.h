@@ -1,5 +1,4 @@
-// How sessions come to be, apart from the exports in orvlog.h and the creator with named options in
-// orvlog-session-options.h.
+// The creators behind the exports, and those that only programs with the static form can call.
 
 #pragma once
 
@@ -7,6 +6,9 @@
 #include "orvlog/session/orvlog-session.h"
 
 #include <cstdint>
+
+// Fills entries 1 to 6 of a document table. The calls stand above the session, which knows no more of them than this.
+void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session);
 
 uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface* interface_in,
                                GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, GIO_Stream* log_stream,
