@@ -1,4 +1,4 @@
-#include "orvlog/core/orvlog-root.h"
+#include "orvlog/log/orvlog-root.h"
 
 #include "orvlog/log/orvlog-attributes.h"
 
@@ -24,20 +24,19 @@ constexpr uint32_t kContentVersion = 2;
 
 }  // namespace
 
-void orvlog_open_root(ORVLOG_Session* session)
+void orvlog_open_root(ORVLOG_Writer* writer, bool base)
 {
-    ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "ORV");
     if (writer->compress == 1)
     {
         orvlog_attr_string(writer, "compression", "Adaptive Huffman");
-        writer->coder = AHC_EncoderCreate(session->allocator);
+        writer->coder = AHC_EncoderCreate(writer->allocator);
         orvlog_writer_begin_element(writer, "ORV");
     }
     for (const Version& version : kVersions)
         orvlog_attr_uint(writer, version.name, version.value);
     orvlog_attr_string(writer, "Endian", "little");
-    orvlog_attr_string(writer, "LoggingMode", orvlog_session_is_base(session) ? "base" : "transparent");
+    orvlog_attr_string(writer, "LoggingMode", base ? "base" : "transparent");
     // Follows neither mode; readers of the log rely on it.
     orvlog_attr_string(writer, "GlyphLoggingMode", "transparent");
     orvlog_attr_uint(writer, "ORVLOG_CONTENT_VERSION", kContentVersion);
@@ -45,8 +44,8 @@ void orvlog_open_root(ORVLOG_Session* session)
     orvlog_writer_depth_up(writer);
 }
 
-void orvlog_close_root(ORVLOG_Session* session)
+void orvlog_close_root(ORVLOG_Writer* writer)
 {
-    orvlog_writer_depth_down(&session->writer);
-    orvlog_writer_close_element(&session->writer, "ORV");
+    orvlog_writer_depth_down(writer);
+    orvlog_writer_close_element(writer, "ORV");
 }
