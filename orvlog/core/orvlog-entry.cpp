@@ -1,12 +1,14 @@
 #include "orvlog/core/orvlog-entry.h"
 
 #include "holv-core/gio/gio-file.h"
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/colour/orvlog-colour-ticket.h"
 #include "orvlog/core/orvlog-orv.h"
-#include "orvlog/core/orvlog-root.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/log/orvlog-merge.h"
+#include "orvlog/log/orvlog-root.h"
 
 #include <cstring>
 
@@ -43,16 +45,28 @@ bool can_allocate(const GMM_Allocator* allocator)
 }
 
 // Puts a temporary log in the place of the client's stream until the shutdown.
-bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
+bool open_temporary_log(ORVLOG_Session* session, GIO_Stream* log_stream, uint32_t compress)
 {
     if (ORVLOG_OpenTempLog(session->allocator, session->session_id, &session->merge_source_stream,
                            session->merge_file_name) == 0)
         return false;
-    session->merge_target_stream = session->writer.stream;
+    session->merge_target_stream = log_stream;
     session->merge_compress = compress;
     session->merge_pending = 1;
-    session->writer.stream = session->merge_source_stream;
-    session->writer.compress = 0;
+    return true;
+}
+
+// The text of a temporary log is plain: it is the merge that codes it.
+bool set_up_writer(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
+{
+    GIO_Stream* stream = options->log_stream;
+    const bool detour = options->via_temporary_log != 0 && stream != nullptr;
+    if (detour && !open_temporary_log(session, stream, options->compress))
+        return false;
+    if (detour)
+        orvlog_writer_init(&session->writer, options->allocator, session->merge_source_stream, 0, 0);
+    else
+        orvlog_writer_init(&session->writer, options->allocator, stream, 0, options->compress);
     return true;
 }
 
@@ -62,9 +76,7 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     session->side_allocator = options->allocator;
     if (!read_identity(session, options->identity))
         return false;
-    orvlog_writer_init(&session->writer, options->allocator, options->log_stream, 0, options->compress);
-    const bool detour = options->via_temporary_log != 0 && options->log_stream != nullptr;
-    if (detour && !open_temporary_log(session, options->compress))
+    if (!set_up_writer(session, options))
         return false;
     store_prefix(&session->image, options->file_prefix);
     session->ticket_functions = options->ticket_functions;
@@ -105,16 +117,6 @@ void release_open_work(ORVLOG_Session* session)
     orvlog_session_clear_scratch(session);
 }
 
-void finish_coder(ORVLOG_Writer* writer)
-{
-    if (writer->compress != 1 || writer->coder == nullptr)
-        return;
-    const uint8_t last = AHC_EncoderFinish(writer->coder);
-    writer->coder = nullptr;
-    if (writer->stream != nullptr && writer->stream->ops != nullptr && writer->stream->ops->gio_Write != nullptr)
-        writer->stream->ops->gio_Write(&last, 1, 1, writer->stream->instance);
-}
-
 uint32_t merge(ORVLOG_Session* session)
 {
     if (session->merge_pending == 0)
@@ -139,7 +141,7 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
         *options->interface_out = *options->interface_in;
     if (!can_allocate(allocator))
         return 0;
-    auto* session = static_cast<ORVLOG_Session*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_Session), 0));
+    auto* session = gmm_alloc_record<ORVLOG_Session>(allocator);
     if (session == nullptr)
         return 0;
     std::memset(session, 0, sizeof *session);
@@ -155,7 +157,7 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
     }
     options->interface_out->base = {options->interface_in, 0};
     orvlog_fill_interface(options->interface_out, session);
-    orvlog_open_root(session);
+    orvlog_open_root(&session->writer, session->allocator, orvlog_session_is_base(session));
     return 1;
 }
 
@@ -254,9 +256,8 @@ uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* para
     session->logging_mode = obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE;
     session->image.image_logging_mode = session->logging_mode;
     if (obsolete)
-        orvlog_writer_defer_warning(
-            &session->writer, ORVLOG_WARNING_FORMAT,
-            "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
+        orvlog_writer_warn(&session->writer,
+                           "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
     session->glyph_fixed_format = 0;
     session->image.image_dump_flag = 0;
     session->glyph_get_format = 1;
@@ -271,11 +272,11 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     auto* session = static_cast<ORVLOG_Session*>(session_word);
     if (session == nullptr)
         return 1;
-    orvlog_close_root(session);
+    orvlog_close_root(&session->writer);
     orvlog_resource_map_clear(session);
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
-    finish_coder(&session->writer);
+    orvlog_writer_end_coding(&session->writer);
     const uint32_t result = merge(session);
     orvlog_free_session(session);
     return result;

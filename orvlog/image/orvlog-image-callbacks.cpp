@@ -401,9 +401,9 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
     // An element without a name has its place in that log, whichever record of the image it came by.
     if (!first)
-        wrapper->writer.stream = context->async_stream;
+        orvlog_writer_redirect(&wrapper->writer, context->async_stream);
     dump_keep(wrapper, first ? name : nullptr, result);
-    wrapper->writer.stream = context->async_stream;
+    orvlog_writer_redirect(&wrapper->writer, context->async_stream);
     context->granted |= result;
     context->released = 0;
     raise(&context->kept_flag);

@@ -3,6 +3,7 @@
 #include "holv-core/gmm/gmm-chunk.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-callbacks.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/session/orvlog-frames.h"
 
 #include <cstring>
@@ -140,9 +141,7 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
     wrapper->slot = slot;
     wrapper->word = slot->record.imp_Context;
     wrapper->asynchronous = (slot->image.im_Flags & GOP_OP_FLAGS_ASYNCH_ACCESS) != 0 ? 1 : 0;
-    wrapper->writer = *writer;
-    wrapper->writer.warnings = nullptr;
-    wrapper->writer.allocator = nullptr;
+    wrapper->writer = orvlog_writer_copy(writer);
     wrapper->context = context;
     wrapper->client_record = client_record;
     wrapper->id = context->counters[1]++;
@@ -230,8 +229,7 @@ void orvlog_detach_images(ORVLOG_Session* session)
     for (ORVLOG_ImageSlot* slot = nullptr; (slot = orvlog_image_slots_next(slots, slot)) != nullptr;)
     {
         // Log and coder go with the session: all records of the image speak in the image's own log from here on.
-        slot->wrapper->writer.stream = slot->wrapper->context->async_stream;
-        slot->wrapper->writer.coder = nullptr;
+        orvlog_writer_detach(&slot->wrapper->writer, slot->wrapper->context->async_stream);
         ORVLOG_ImageContext* refused = refused_image(slot);
         if (refused != nullptr)
             orvlog_end_image(refused);

@@ -27,7 +27,7 @@ template <typename Record> Record* find_live(Record* list, const void* record)
 constexpr ORVLOG_Session on_standard_output()
 {
     ORVLOG_Session session = {};
-    session.writer.stream = &gio_standard_output;
+    session.writer = orvlog_writer_without_warnings(&gio_standard_output);
     return session;
 }
 
