@@ -171,8 +171,7 @@ void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** op
         return;
     }
     pool->gmm_Delete(pool);
-    orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT,
-                                "Image operand could not be replaced. Image callbacks will not be logged.");
+    orvlog_writer_warn(&session->writer, "Image operand could not be replaced. Image callbacks will not be logged.");
 }
 
 GMM_Allocator* orvlog_end_image(ORVLOG_ImageContext* context)
@@ -196,10 +195,8 @@ GMM_Allocator* orvlog_end_image(ORVLOG_ImageContext* context)
 
 void orvlog_image_warn_once(const ORVLOG_ImageSlots* slots, uint32_t* warned, const char* message)
 {
-    if (slots->session == nullptr || *warned != 0)
-        return;
-    *warned = 1;
-    orvlog_writer_defer_warning(&slots->session->writer, ORVLOG_WARNING_FORMAT, message);
+    if (slots->session != nullptr)
+        orvlog_writer_warn_once(&slots->session->writer, warned, message);
 }
 
 void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept)
