@@ -1,5 +1,6 @@
 #include "orvlog/font/orvlog-font-wrapper.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
@@ -209,10 +210,10 @@ uint32_t font_wrapper_create(ORVLOG_Session* session, const GFI_FontEngineTable*
 {
     GMM_Allocator* allocator = session->side_allocator;
     *table_slot = nullptr;
-    auto* table = static_cast<GFI_FontEngineTable*>(allocator->gmm_Alloc(allocator, sizeof(GFI_FontEngineTable), 0));
+    auto* table = gmm_alloc_record<GFI_FontEngineTable>(allocator);
     if (table == nullptr)
         return 0;
-    auto* wrapper = static_cast<FontEngineWrapper*>(allocator->gmm_Alloc(allocator, sizeof(FontEngineWrapper), 0));
+    auto* wrapper = gmm_alloc_record<FontEngineWrapper>(allocator);
     if (wrapper == nullptr)
     {
         allocator->gmm_Free(allocator, table);
