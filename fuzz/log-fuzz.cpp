@@ -4,7 +4,7 @@
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
 #include "fuzz/fuzz.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-session-options.h"
 #include "reader/text/log-events.h"
 
 #include <sstream>

@@ -3,7 +3,8 @@
 #include "clients/pdf/logged-interface.h"
 
 #include "clients/colour/colour-manager.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-session-options.h"
+#include "orvlog/session/orvlog-session.h"
 
 #include <cerrno>
 #include <cstdarg>

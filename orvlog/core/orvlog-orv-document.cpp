@@ -5,6 +5,7 @@
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/records/ggo-dump.h"
+#include "orvlog/session/orvlog-creators.h"
 
 namespace
 {

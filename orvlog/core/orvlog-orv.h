@@ -23,8 +23,7 @@ ORVLOG_DrawingContext* orvlog_drawing_of(const ORV_DrawingInterface* table, Entr
     return table != nullptr ? static_cast<ORVLOG_DrawingContext*>((table->*entry).context) : nullptr;
 }
 
-// Fills entries 1 to 6 of a document table, and all entries of a drawing table.
-void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session);
+// Fills all entries of a drawing table.
 void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing);
 
 // The renderer's own table, or null.

@@ -11,9 +11,9 @@ constexpr uint32_t kCoderOutput = 10;
 
 }  // namespace
 
-void orvlog_writer_start_coding(ORVLOG_Writer* writer, GMM_Allocator* allocator)
+void orvlog_writer_start_coding(ORVLOG_Writer* writer)
 {
-    writer->coder = AHC_EncoderCreate(allocator);
+    writer->coder = AHC_EncoderCreate(writer->allocator);
 }
 
 void orvlog_writer_end_coding(ORVLOG_Writer* writer)

@@ -12,8 +12,9 @@
 // of coded logs rely on it.
 constexpr uint32_t ORVLOG_CODED_PRINT_LIMIT = 198;
 
-// Makes the coder of a log that is to be coded. Without memory for it, the log goes on plain.
-void orvlog_writer_start_coding(ORVLOG_Writer* writer, GMM_Allocator* allocator);
+// Makes the coder of a log that is to be coded, from the writer's allocator. Without memory for it, the log goes on
+// plain.
+void orvlog_writer_start_coding(ORVLOG_Writer* writer);
 
 // Writes the coder's last byte and releases the coder; the writer is plain from here on. Copies of the writer must not
 // be used afterwards unless they have been detached.

@@ -26,13 +26,13 @@ constexpr uint32_t kContentVersion = 2;
 
 }  // namespace
 
-void orvlog_open_root(ORVLOG_Writer* writer, GMM_Allocator* allocator, bool base)
+void orvlog_open_root(ORVLOG_Writer* writer, bool base)
 {
     orvlog_writer_begin_element(writer, kRoot);
     if (writer->compress == 1)
     {
         orvlog_attr_string(writer, "compression", "Adaptive Huffman");
-        orvlog_writer_start_coding(writer, allocator);
+        orvlog_writer_start_coding(writer);
         orvlog_writer_begin_element(writer, kRoot);
     }
     for (const Version& version : kVersions)

@@ -1,7 +1,8 @@
 #include "tools/shared/replay-session.h"
 
 #include "clients/stream/files-beside.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-session-options.h"
+#include "orvlog/session/orvlog-session.h"
 #include "reader/check/files-due.h"
 
 #include <cerrno>

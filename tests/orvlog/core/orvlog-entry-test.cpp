@@ -1,4 +1,4 @@
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-creators.h"
 
 #include "holv-core/gio/gio-file.h"
 #include "orvlog/session/orvlog-session.h"

@@ -43,7 +43,7 @@ protected:
 TEST_F(Coding, PlainRootHasNoCoder)
 {
     start(0);
-    orvlog_open_root(&writer, allocator.get(), true);
+    orvlog_open_root(&writer, true);
     EXPECT_FALSE(orvlog_writer_is_coded(&writer));
     EXPECT_EQ(orvlog_writer_print_limit(&writer), UINT64_MAX);
     EXPECT_EQ(orvlog_writer_depth(&writer), 1U);
@@ -56,7 +56,7 @@ TEST_F(Coding, PlainRootHasNoCoder)
 TEST_F(Coding, RootIsCodedBehindItsPlainFirstTag)
 {
     start(1);
-    orvlog_open_root(&writer, allocator.get(), false);
+    orvlog_open_root(&writer, false);
     EXPECT_TRUE(orvlog_writer_is_coded(&writer));
     EXPECT_EQ(orvlog_writer_print_limit(&writer), 198U);
     orvlog_close_root(&writer);
@@ -75,7 +75,7 @@ TEST_F(Coding, WithoutMemoryTheLogGoesOnPlain)
         start(1);
         stream.clear();
         allocator.refuse(refused);
-        orvlog_writer_start_coding(&writer, allocator.get());
+        orvlog_writer_start_coding(&writer);
         EXPECT_FALSE(orvlog_writer_is_coded(&writer));
         orvlog_writer_open_element(&writer, "A");
         orvlog_writer_end_coding(&writer);
@@ -87,7 +87,7 @@ TEST_F(Coding, WithoutMemoryTheLogGoesOnPlain)
 TEST_F(Coding, EndWritesOneByteAndIsNotRepeated)
 {
     start(1);
-    orvlog_writer_start_coding(&writer, allocator.get());
+    orvlog_writer_start_coding(&writer);
     orvlog_writer_end_coding(&writer);
     EXPECT_EQ(stream.text(), std::string(1, '\0'));
     orvlog_writer_end_coding(&writer);
@@ -104,7 +104,7 @@ TEST_F(Coding, EndReleasesTheCoderWhereTheStreamTakesNothing)
     for (GIO_Stream* other : {static_cast<GIO_Stream*>(nullptr), &no_ops, &no_write})
     {
         start(1);
-        orvlog_writer_start_coding(&writer, allocator.get());
+        orvlog_writer_start_coding(&writer);
         ASSERT_TRUE(orvlog_writer_is_coded(&writer));
         EXPECT_EQ(orvlog_writer_redirect(&writer, other), stream.get());
         orvlog_writer_end_coding(&writer);
@@ -117,7 +117,7 @@ TEST_F(Coding, EndReleasesTheCoderWhereTheStreamTakesNothing)
 TEST_F(Coding, NeedsTheRequest)
 {
     start(0);
-    orvlog_writer_start_coding(&writer, allocator.get());
+    orvlog_writer_start_coding(&writer);
     EXPECT_FALSE(orvlog_writer_is_coded(&writer));
     orvlog_writer_end_coding(&writer);
     EXPECT_EQ(stream.text(), "");
@@ -128,7 +128,7 @@ TEST_F(Coding, NeedsTheRequest)
 TEST_F(Coding, CopySpeaksThroughTheSameCoderAndDropsItsWarnings)
 {
     start(1);
-    orvlog_writer_start_coding(&writer, allocator.get());
+    orvlog_writer_start_coding(&writer);
     orvlog_writer_enter_element(&writer, "A");
     orvlog_writer_warn(&writer, "of the writer");
     ORVLOG_Writer copy = orvlog_writer_copy(&writer);
@@ -145,7 +145,7 @@ TEST_F(Coding, DetachedCopyIsPlainInAnotherStream)
 {
     MemoryStream other;
     start(1);
-    orvlog_writer_start_coding(&writer, allocator.get());
+    orvlog_writer_start_coding(&writer);
     ORVLOG_Writer copy = orvlog_writer_copy(&writer);
     orvlog_writer_detach(&copy, other.get());
     orvlog_writer_end_coding(&writer);

@@ -1,37 +1,15 @@
-// How sessions come to be. The exports stand in orvlog.h; the creators here serve programs that link the static
-// form.
+// The creators behind the exports, and those that only programs with the static form can call.
 
 #pragma once
 
 #include "orvlog/interface/orvlog.h"
+#include "orvlog/session/orvlog-session-options.h"
 #include "orvlog/session/orvlog-session.h"
 
 #include <cstdint>
 
-// All that a session can be created with. Zeros are the defaults.
-struct ORVLOG_SessionOptions
-{
-    ORV_Interface* interface_out;
-    const ORV_Interface* interface_in;
-    GMM_Allocator* allocator;
-    const ORVLOG_IdentitySource* identity;
-    GIO_Stream* log_stream;
-    const char* file_prefix;
-    const ORVLOG_TicketFunctions* ticket_functions;
-    const ORVLOG_TicketSerialFunctions* ticket_serial_functions;
-    const void* third_client_table;
-    orvlog_comment_fn_type* comment_fn_out;
-    void** comment_ctx_out;
-    uint32_t compress;
-    uint32_t mode;  // ORVLOG_MODE_*
-    // 1: the log goes to a temporary file, uncoded, and is merged into log_stream at the shutdown together with the
-    // logs of kept images; `compress` then codes the merged log.
-    uint32_t via_temporary_log;
-};
-
-// What all entries share. 1, or 0 when a needed argument is null, memory is short, the identity gives no number or
-// the temporary log cannot be opened.
-uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options);
+// Fills entries 1 to 6 of a document table. The calls stand above the session, which knows no more of them than this.
+void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session);
 
 uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface* interface_in,
                                GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, GIO_Stream* log_stream,
