@@ -2,6 +2,7 @@
 
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
 
 namespace
 {
@@ -81,11 +82,6 @@ struct Dump
     bool warned;
 };
 
-void warn(ORVLOG_Writer* writer, const char* text)
-{
-    orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, text);
-}
-
 void dump_analytical(ORVLOG_Writer* writer, const GCM_AnalyticalColorSpace* space)
 {
     orvlog_writer_begin_element(writer, "GCM_AnalyticalColorSpace");
@@ -100,8 +96,7 @@ void dump_analytical(ORVLOG_Writer* writer, const GCM_AnalyticalColorSpace* spac
     orvlog_attr_float(writer, "acs_LabAMax", space->acs_LabAMax);
     orvlog_attr_float(writer, "acs_LabBMin", space->acs_LabBMin);
     orvlog_attr_float(writer, "acs_LabBMax", space->acs_LabBMax);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GCM_AnalyticalColorSpace");
+    orvlog_writer_end_empty(writer, "GCM_AnalyticalColorSpace");
 }
 
 // The attribute that the type adds, of the given type rather than the record's own.
@@ -141,14 +136,9 @@ void dump_csd(ORVLOG_Writer* writer, const GCM_Csd* csd)
     orvlog_attr_enum(writer, "csd_DefaultRenderIntent", &kRenderIntent, csd->csd_DefaultRenderIntent);
     orvlog_attr_bool(writer, "csd_IsDeviceLinkProfile", csd->csd_IsDeviceLinkProfile);
     write_definition(writer, csd);
-    orvlog_writer_end_tag(writer);
+    const ORVLOG_Content content(writer, "GCM_Csd");
     if (csd->csd_Type == GCM_CSDTYPE_ANALYTICAL)
-    {
-        orvlog_writer_depth_up(writer);
         dump_analytical(writer, &csd->csd_Defn.Analytical);
-        orvlog_writer_depth_down(writer);
-    }
-    orvlog_writer_close_element(writer, "GCM_Csd");
 }
 
 // A callback definition stands in the log as a profile buffer of no length.
@@ -179,7 +169,7 @@ void dump_callback_stream(ORVLOG_Writer* writer, const GIO_Stream* stream)
         orvlog_elem_bytes(writer, piece, static_cast<uint32_t>(read), kRowSize);
         if (!beyond)
             continue;
-        warn(writer, "The profile of a callback definition is too large; it is cut short.");
+        orvlog_writer_warn(writer, "The profile of a callback definition is too large; it is cut short.");
         break;
     }
     if (ops->gio_Eof != nullptr && ops->gio_ClearErr != nullptr && ops->gio_Eof(stream->instance) != 0)
@@ -196,15 +186,14 @@ void dump_cie_luts(ORVLOG_Writer* writer, const GCM_CieLuts* luts)
     orvlog_attr_float_array(writer, "cl_MatrixLMN", luts->cl_MatrixLMN, 9);
     orvlog_attr_hex4(writer, "cl_HIJKDimensions", luts->cl_HIJKDimensions);
     orvlog_attr_float_array(writer, "cl_HIJKRange", luts->cl_HIJKRange, 8);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GCM_CieLuts");
+    orvlog_writer_end_empty(writer, "GCM_CieLuts");
 }
 
 uint32_t decode_entries(ORVLOG_Writer* writer, const GCM_CieLuts* luts)
 {
     if (luts->cl_DecodeBitDepth <= kMostDecodeBits)
         return 1u << luts->cl_DecodeBitDepth;
-    warn(writer, "The decode tables of a colour space definition are too large; they are left out.");
+    orvlog_writer_warn(writer, "The decode tables of a colour space definition are too large; they are left out.");
     return 0;
 }
 
@@ -241,16 +230,13 @@ void dump_cie_luts_pointer(ORVLOG_Writer* writer, const GCM_CieLutsPointer* poin
         return;
     orvlog_writer_begin_element(writer, "GCM_CieLutsPointer");
     orvlog_attr_enum(writer, "GCM_CieFamily", &kCieFamily, family);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GCM_CieLutsPointer");
     if (pointer->clp_CieLuts != nullptr)
     {
         dump_cie_luts(writer, pointer->clp_CieLuts);
         dump_decode_tables(writer, pointer, family);
         dump_hijk_table(writer, pointer, family);
     }
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_CieLutsPointer");
 }
 
 // Bytes of the table, or one more than there can be.
@@ -275,26 +261,20 @@ void dump_post_render_lut(ORVLOG_Writer* writer, const GCM_PostRenderLut* lut, u
     orvlog_attr_uint(writer, "prl_LutDimensions", lut->prl_LutDimensions);
     orvlog_attr_uint(writer, "prl_LutSize", lut->prl_LutSize);
     orvlog_attr_uint(writer, "prl_OutputBitDepth", lut->prl_OutputBitDepth);
-    orvlog_writer_end_tag(writer);
+    const ORVLOG_Content content(writer, "GCM_PostRenderLut");
     const uint64_t bytes = lut_bytes(lut, base_chans);
-    orvlog_writer_depth_up(writer);
     if (bytes > kMostLutBytes)
-        warn(writer, "The table of a post render LUT is too large; it is left out.");
+        orvlog_writer_warn(writer, "The table of a post render LUT is too large; it is left out.");
     else if (lut->prl_Table != nullptr)
         orvlog_elem_bytes(writer, lut->prl_Table, static_cast<uint32_t>(bytes), kRowSize);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_PostRenderLut");
 }
 
 void dump_named_chans(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
 {
     const uint32_t count = pointer->cp_Csd->csd_NumNamedChans;
-    orvlog_writer_open_member(writer, "GCM_CsdPointer", "cp_NamedChans");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member member(writer, "GCM_CsdPointer", "cp_NamedChans");
     for (uint32_t i = 0; i < count && i < kMostNames; ++i)
         orvlog_elem_cstr(writer, pointer->cp_NamedChans[i]);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GCM_CsdPointer", "cp_NamedChans");
 }
 
 void dump_content(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
@@ -327,13 +307,10 @@ void dump_wrapper(Dump* dump, const GCM_CsdPointer* pointer, const char* name)
     ORVLOG_Writer* writer = dump->writer;
     orvlog_writer_begin_element(writer, "ORVLOG_WRAPPER");
     orvlog_attr_string(writer, "name", name);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "ORVLOG_WRAPPER");
     ++dump->depth;
     dump_pointer(dump, pointer);
     --dump->depth;
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "ORVLOG_WRAPPER");
 }
 
 bool within_bounds(Dump* dump)
@@ -344,7 +321,8 @@ bool within_bounds(Dump* dump)
         return true;
     }
     if (!dump->warned)
-        warn(dump->writer, "Colour space definitions refer to one another without end; the rest is left out.");
+        orvlog_writer_warn(dump->writer,
+                           "Colour space definitions refer to one another without end; the rest is left out.");
     dump->warned = true;
     return false;
 }
@@ -353,14 +331,13 @@ void begin_pointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
 {
     const uint32_t type = pointer->cp_Csd->csd_Type;
     if (type == GCM_CSDTYPE_CALLBACK)
-        warn(writer,
-             "Converted a GCM_CSDTYPE_CALLBACK to a GCM_CSDTYPE_PROFILE_BUFFER in order to dump it to the log.");
+        orvlog_writer_warn(
+            writer, "Converted a GCM_CSDTYPE_CALLBACK to a GCM_CSDTYPE_PROFILE_BUFFER in order to dump it to the log.");
     orvlog_writer_begin_element(writer, "GCM_CsdPointer");
     if (type == GCM_CSDTYPE_FILE)
         orvlog_attr_string(writer, "cp_Filename", pointer->cp_Filename);
     if (type == GCM_CSDTYPE_CALLBACK)
         orvlog_attr_bool(writer, "GCM_CsdPointer_callback_dumped_as_profile_buffer", 1);
-    orvlog_writer_end_tag(writer);
 }
 
 void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
@@ -370,7 +347,7 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
     ORVLOG_Writer* writer = dump->writer;
     const GCM_Csd* csd = pointer->cp_Csd;
     begin_pointer(writer, pointer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GCM_CsdPointer");
     if (csd->csd_Type == GCM_CSDTYPE_CALLBACK)
         dump_callback_csd(writer, csd);
     else
@@ -383,8 +360,6 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
         dump_wrapper(dump, pointer->cp_AlternateDefn, "cp_AlternateDefn");
     if (csd->csd_NumNamedChans > 0 && !has_names)
         dump_wrapper(dump, pointer->cp_TintTransformAltDefn, "cp_TintTransformAltDefn");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_CsdPointer");
 }
 
 }  // namespace

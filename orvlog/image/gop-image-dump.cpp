@@ -4,6 +4,7 @@
 #include "orvlog/image/gop-image-geometry.h"
 #include "orvlog/image/orvlog-side-file.h"
 #include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operand-dump.h"
 
@@ -69,16 +70,10 @@ void dump_attributes(ORVLOG_Writer* writer, const GOP_OperandImagePointer* recor
     orvlog_attr_enum(writer, "imp_GrayscaleDetectStatus", &kGrayscale, record->imp_GrayscaleDetectStatus);
 }
 
-// Leaves the tag closed and the depth one deeper.
 void dump_direct_data(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t count)
 {
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_element(writer, "imp_DirectImageData");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "imp_DirectImageData");
     orvlog_elem_bytes(writer, bytes, count, kRow);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "imp_DirectImageData");
 }
 
 void dump_direct_file(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const uint8_t* bytes, uint64_t count)
@@ -93,22 +88,10 @@ void dump_direct_file(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const
     }
     else
     {
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "Could not open new image file");
+        orvlog_writer_warn(writer, "Could not open new image file");
     }
     if (name != nullptr)
         context->allocator->gmm_Free(context->allocator, name);
-}
-
-// Closes the tag, with the bytes of a direct image before or behind that, one level deeper.
-void dump_data_and_end_tag(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const ORVLOG_ImageSize* size)
-{
-    const uint32_t count = size->rows * size->row_bytes;
-    if (size->direct_image != nullptr && (context == nullptr || context->params->has_file_prefix == 0))
-        return dump_direct_data(writer, size->direct_image, count);
-    if (size->direct_image != nullptr)
-        dump_direct_file(writer, context, size->direct_image, count);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
 }
 
 void dump_children(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record)
@@ -136,13 +119,18 @@ void dump_pointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, 
     if ((flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 && sized)
         orvlog_attr_uint8_array(writer, "imp_IndexColorTable", size.color_table, size.color_table_bytes);
     if (with_data != 0 && size.too_large != 0)
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "Image is too large.");
+        orvlog_writer_warn(writer, "Image is too large.");
     if (with_data == 0 || !sized)
         size.direct_image = nullptr;
-    dump_data_and_end_tag(writer, context, &size);
+    // The bytes of a direct image stand in a file, which an attribute names, or within the element.
+    const bool in_file = size.direct_image != nullptr && context != nullptr && context->params->has_file_prefix != 0;
+    const uint32_t count = size.rows * size.row_bytes;
+    if (in_file)
+        dump_direct_file(writer, context, size.direct_image, count);
+    const ORVLOG_Content content(writer, "GOP_OperandImagePointer");
+    if (size.direct_image != nullptr && !in_file)
+        dump_direct_data(writer, size.direct_image, count);
     dump_children(writer, record);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandImagePointer");
 }
 
 }  // namespace
@@ -167,11 +155,8 @@ void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* imag
     orvlog_attr_uint(writer, "im_ImageWidthPixels", image->im_ImageWidthPixels);
     orvlog_attr_uint(writer, "im_ImageHeightPixels", image->im_ImageHeightPixels);
     ggo_attr_matrix(writer, "im_Transform", &image->im_Transform);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_OperandImage");
     ORVLOG_DumpOperand(writer, &image->im_Operand);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandImage");
 }
 
 void ORVLOG_DumpImagePointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t with_data)

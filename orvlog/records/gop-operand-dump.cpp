@@ -1,6 +1,7 @@
 #include "orvlog/records/gop-operand-dump.h"
 
 #include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 
@@ -56,15 +57,6 @@ constexpr ORVLOG_FlagEntry kHintEntries[] = {
 };
 constexpr ORVLOG_FlagTable kHints = orvlog_flag_table(kHintEntries);
 
-// Behind the attributes: the head, one level in.
-void dump_head(ORVLOG_Writer* writer, const GOP_Operand* head)
-{
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    ORVLOG_DumpOperand(writer, head);
-    orvlog_writer_depth_down(writer);
-}
-
 }  // namespace
 
 void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
@@ -95,12 +87,9 @@ void dump_GOP_OperandFlat(ORVLOG_Writer* writer, const GOP_OperandFlat* operand)
 {
     if (operand == nullptr)
         return;
-    orvlog_writer_open_element(writer, "GOP_OperandFlat");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "GOP_OperandFlat");
     ORVLOG_DumpOperand(writer, &operand->fl_Operand);
     ORVLOG_DumpNamedColor(writer, "GOP_OperandFlat", "fl_Color", &operand->fl_Color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandFlat");
 }
 
 void dump_GOP_OperandGrad2Pt(ORVLOG_Writer* writer, const GOP_OperandGrad2Pt* operand)
@@ -114,8 +103,8 @@ void dump_GOP_OperandGrad2Pt(ORVLOG_Writer* writer, const GOP_OperandGrad2Pt* op
     orvlog_attr_uint(writer, "g2_UseInterpColorSpace", operand->g2_UseInterpColorSpace);
     orvlog_attr_uint(writer, "g2_GradientExtendMode", operand->g2_GradientExtendMode);
     orvlog_attr_uint(writer, "g2_GradientRoundingMode", operand->g2_GradientRoundingMode);
-    dump_head(writer, &operand->g2_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGrad2Pt");
+    const ORVLOG_Content content(writer, "GOP_OperandGrad2Pt");
+    ORVLOG_DumpOperand(writer, &operand->g2_Operand);
 }
 
 void dump_GOP_OperandGrad3Pt(ORVLOG_Writer* writer, const GOP_OperandGrad3Pt* operand)
@@ -127,8 +116,8 @@ void dump_GOP_OperandGrad3Pt(ORVLOG_Writer* writer, const GOP_OperandGrad3Pt* op
     ggo_attr_point(writer, "g3_Pt1", &operand->g3_Pt1);
     ggo_attr_point(writer, "g3_Pt2", &operand->g3_Pt2);
     ggo_attr_point(writer, "g3_Pt3", &operand->g3_Pt3);
-    dump_head(writer, &operand->g3_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGrad3Pt");
+    const ORVLOG_Content content(writer, "GOP_OperandGrad3Pt");
+    ORVLOG_DumpOperand(writer, &operand->g3_Operand);
 }
 
 void dump_GOP_OperandGradMultistop(ORVLOG_Writer* writer, const GOP_OperandGradMultistop* operand)
@@ -142,8 +131,8 @@ void dump_GOP_OperandGradMultistop(ORVLOG_Writer* writer, const GOP_OperandGradM
     orvlog_attr_uint(writer, "gm_UseInterpColorSpace", operand->gm_UseInterpColorSpace);
     orvlog_attr_uint(writer, "gm_GradientExtendMode", operand->gm_GradientExtendMode);
     orvlog_attr_uint(writer, "gm_GradientRoundingMode", operand->gm_GradientRoundingMode);
-    dump_head(writer, &operand->gm_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGradMultistop");
+    const ORVLOG_Content content(writer, "GOP_OperandGradMultistop");
+    ORVLOG_DumpOperand(writer, &operand->gm_Operand);
 }
 
 void dump_GOP_OperandGradRadial(ORVLOG_Writer* writer, const GOP_OperandGradRadial* operand)
@@ -159,11 +148,9 @@ void dump_GOP_OperandGradRadial(ORVLOG_Writer* writer, const GOP_OperandGradRadi
     orvlog_attr_uint(writer, "gr_UseInterpColorSpace", operand->gr_UseInterpColorSpace);
     orvlog_attr_uint(writer, "gr_GradientExtendMode", operand->gr_GradientExtendMode);
     orvlog_attr_uint(writer, "gr_GradientRoundingMode", operand->gr_GradientRoundingMode);
-    dump_head(writer, &operand->gr_Operand);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_OperandGradRadial");
+    ORVLOG_DumpOperand(writer, &operand->gr_Operand);
     ORVLOG_DumpColor(writer, &operand->gr_Color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandGradRadial");
 }
 
 void dump_GOP_GradStop(ORVLOG_Writer* writer, const GOP_GradStop* stop)
@@ -172,11 +159,8 @@ void dump_GOP_GradStop(ORVLOG_Writer* writer, const GOP_GradStop* stop)
         return;
     orvlog_writer_begin_element(writer, "GOP_GradStop");
     orvlog_attr_double(writer, "gs_StopPosn", stop->gs_StopPosn);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_GradStop");
     ORVLOG_DumpNamedColor(writer, "GOP_GradStop", "gs_StopColor", &stop->gs_StopColor);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_GradStop");
 }
 
 void dump_GOP_TilingParameters(ORVLOG_Writer* writer, const GOP_TilingParameters* parameters)
@@ -188,6 +172,5 @@ void dump_GOP_TilingParameters(ORVLOG_Writer* writer, const GOP_TilingParameters
     orvlog_attr_double(writer, "it_YRepetitionInterval", parameters->it_YRepetitionInterval);
     orvlog_attr_uint(writer, "it_XFlip", parameters->it_XFlip);
     orvlog_attr_uint(writer, "it_YFlip", parameters->it_YFlip);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GOP_TilingParameters");
+    orvlog_writer_end_empty(writer, "GOP_TilingParameters");
 }

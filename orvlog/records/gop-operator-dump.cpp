@@ -1,6 +1,7 @@
 #include "orvlog/records/gop-operator-dump.h"
 
 #include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
 
 namespace
 {
@@ -68,17 +69,13 @@ void ORVLOG_DumpOperator(ORVLOG_Writer* writer, const GOP_Operator* op)
         orvlog_attr_bool(writer, "op_ColorTransferFn", 1);
     orvlog_attr_flags(writer, "op_TransparencyFlags", &kTransparencyFlags, op->op_TransparencyFlags);
     orvlog_attr_flags(writer, "op_OperatorHints", &kOperatorHints, op->op_OperatorHints);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GOP_Operator");
+    orvlog_writer_end_empty(writer, "GOP_Operator");
 }
 
 void ORVLOG_DumpNamedOperator(ORVLOG_Writer* writer, const char* parent, const char* member, const GOP_Operator* op)
 {
     if (op == nullptr)
         return;
-    orvlog_writer_open_member(writer, parent, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, parent, member);
     ORVLOG_DumpOperator(writer, op);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, parent, member);
 }
