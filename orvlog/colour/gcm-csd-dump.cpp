@@ -1,71 +1,11 @@
 #include "orvlog/colour/gcm-csd-dump.h"
 
 #include "orvlog/log/orvlog-attributes.h"
-#include "orvlog/log/orvlog-names.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 
 namespace
 {
-
-constexpr const char* kCsdTypeNames[] = {
-    "GCM_CSDTYPE_FILE",          "GCM_CSDTYPE_CALLBACK",        "GCM_CSDTYPE_PROFILE_BUFFER",
-    "GCM_CSDTYPE_ANALYTICAL",    "GCM_CSDTYPE_NONCOLORIMETRIC", "GCM_CSDTYPE_CIELUT_DATA",
-    "GCM_CSDTYPE_NO_BASE_CHANS", "GCM_CSDTYPE_POST_RENDER_LUT", "GCM_CSDTYPE_INPUT",
-};
-constexpr ORVLOG_EnumTable kCsdType = orvlog_enum_table(kCsdTypeNames);
-static_assert(kCsdType.max_value == GCM_CSDTYPE_INPUT);
-
-constexpr const char* kRenderIntentNames[] = {
-    "GCM_RI_PERCEPTUAL",       "GCM_RI_SATURATION",     "GCM_RI_COLORIMETRIC_ABS",
-    "GCM_RI_COLORIMETRIC_REL", "GCM_RI_USER_DEFINED_1",
-};
-constexpr ORVLOG_EnumTable kRenderIntent = orvlog_enum_table(kRenderIntentNames);
-static_assert(kRenderIntent.max_value == GCM_RI_USER_DEFINED_1);
-
-constexpr const char* kAnalyticalNames[] = {
-    "GCM_ACS_XYZ",  "GCM_ACS_LAB",   "GCM_ACS_ADOBE_RGB", "GCM_ACS_LINEAR_SRGB",
-    "GCM_ACS_SRGB", "GCM_ACS_SCRGB", "GCM_ACS_SCRGB16",   "GCM_ACS_HVN_RGB",
-};
-constexpr ORVLOG_EnumTable kAnalytical = orvlog_enum_table(kAnalyticalNames);
-static_assert(kAnalytical.max_value == GCM_ACS_HVN_RGB);
-
-constexpr const char* kCieFamilyNames[] = {
-    "GCM_CIE_FAMILY_ABC",  "GCM_CIE_FAMILY_A",      "GCM_CIE_FAMILY_DEF",
-    "GCM_CIE_FAMILY_DEFG", "GCM_CIE_FAMILY_CALRGB", "GCM_CIE_FAMILY_CALGRAY",
-};
-constexpr ORVLOG_EnumTable kCieFamily = orvlog_enum_table(kCieFamilyNames);
-static_assert(kCieFamily.max_value == GCM_CIE_FAMILY_CALGRAY);
-
-constexpr const char* kInputFamilyNames[] = {
-    "GCM_CSF_GRAY",
-    "GCM_CSF_RGB",
-    "GCM_CSF_CMYK",
-    "GCM_CSF_NAMED",
-};
-constexpr ORVLOG_EnumTable kInputFamily = orvlog_enum_table(kInputFamilyNames);
-static_assert(kInputFamily.max_value == GCM_CSF_NAMED);
-
-constexpr const char* kFormatNames[] = {
-    "GNC_FORMAT_RGB",  "GNC_FORMAT_BGR", "GNC_FORMAT_GRAY", "GNC_FORMAT_CMYK",
-    "GNC_FORMAT_YMCK", "GNC_FORMAT_K",   "GNC_FORMAT_NONE",
-};
-constexpr ORVLOG_EnumTable kFormat = orvlog_enum_table(kFormatNames);
-static_assert(kFormat.max_value == GNC_FORMAT_NONE);
-
-constexpr const char* kSpaceTypeNames[] = {
-    "GCM_CST_ADDITIVE",
-    "GCM_CST_SUBTRACTIVE",
-    "GCM_CST_OTHER",
-};
-constexpr ORVLOG_EnumTable kSpaceType = orvlog_enum_table(kSpaceTypeNames);
-static_assert(kSpaceType.max_value == GCM_CST_OTHER);
-
-constexpr const char* kWhitePointNames[] = {
-    "GCM_WHITEPOINT_D65",
-    "GCM_WHITEPOINT_D50",
-};
-constexpr ORVLOG_EnumTable kWhitePoint = orvlog_enum_table(kWhitePointNames);
-static_assert(kWhitePoint.max_value == GCM_WHITEPOINT_D50);
 
 constexpr uint32_t kRowSize = 50;
 constexpr uint32_t kPieceSize = 512;
@@ -85,7 +25,7 @@ struct Dump
 void dump_analytical(ORVLOG_Writer* writer, const GCM_AnalyticalColorSpace* space)
 {
     orvlog_writer_begin_element(writer, "GCM_AnalyticalColorSpace");
-    orvlog_attr_enum(writer, "acs_ColorSpace", &kAnalytical, space->acs_ColorSpace);
+    orvlog_attr_enum(writer, "acs_ColorSpace", &ORVLOG_ANALYTICAL_SPACE, space->acs_ColorSpace);
     orvlog_attr_float(writer, "acs_WhitePointX", space->acs_WhitePointX);
     orvlog_attr_float(writer, "acs_WhitePointY", space->acs_WhitePointY);
     orvlog_attr_float(writer, "acs_WhitePointZ", space->acs_WhitePointZ);
@@ -111,13 +51,13 @@ void write_definition(ORVLOG_Writer* writer, const GCM_Csd* csd)
         orvlog_attr_uint(writer, "csd_Defn.ProfileBufferSize", csd->csd_Defn.ProfileBufferSize);
         break;
     case GCM_CSDTYPE_NONCOLORIMETRIC:
-        orvlog_attr_enum(writer, "csd_Defn.NonColorimetric", &kFormat, csd->csd_Defn.NonColorimetric);
+        orvlog_attr_enum(writer, "csd_Defn.NonColorimetric", &ORVLOG_PIXEL_FORMAT, csd->csd_Defn.NonColorimetric);
         break;
     case GCM_CSDTYPE_CIELUT_DATA:
-        orvlog_attr_enum(writer, "csd_Defn.CieBased", &kCieFamily, csd->csd_Defn.CieBased);
+        orvlog_attr_enum(writer, "csd_Defn.CieBased", &ORVLOG_CIE_FAMILY, csd->csd_Defn.CieBased);
         break;
     case GCM_CSDTYPE_INPUT:
-        orvlog_attr_enum(writer, "csd_Defn.Input", &kInputFamily, csd->csd_Defn.Input);
+        orvlog_attr_enum(writer, "csd_Defn.Input", &ORVLOG_COLOR_SPACE_FAMILY, csd->csd_Defn.Input);
         break;
     default:
         break;
@@ -127,13 +67,13 @@ void write_definition(ORVLOG_Writer* writer, const GCM_Csd* csd)
 void dump_csd(ORVLOG_Writer* writer, const GCM_Csd* csd)
 {
     orvlog_writer_begin_element(writer, "GCM_Csd");
-    orvlog_attr_enum(writer, "csd_Type", &kCsdType, csd->csd_Type);
+    orvlog_attr_enum(writer, "csd_Type", &ORVLOG_CSD_TYPE, csd->csd_Type);
     orvlog_attr_uint(writer, "csd_NumBaseChans", csd->csd_NumBaseChans);
     orvlog_attr_uint(writer, "csd_NumNamedChans", csd->csd_NumNamedChans);
     orvlog_attr_bool(writer, "csd_HasSecondaryProfile", csd->csd_HasSecondaryProfile);
     orvlog_attr_bool(writer, "csd_HasAlternateDefn", csd->csd_HasAlternateDefn);
     orvlog_attr_bool(writer, "csd_UseIlluminantInfo", csd->csd_UseIlluminantInfo);
-    orvlog_attr_enum(writer, "csd_DefaultRenderIntent", &kRenderIntent, csd->csd_DefaultRenderIntent);
+    orvlog_attr_enum(writer, "csd_DefaultRenderIntent", &ORVLOG_RENDER_INTENT, csd->csd_DefaultRenderIntent);
     orvlog_attr_bool(writer, "csd_IsDeviceLinkProfile", csd->csd_IsDeviceLinkProfile);
     write_definition(writer, csd);
     const ORVLOG_Content content(writer, "GCM_Csd");
@@ -229,7 +169,7 @@ void dump_cie_luts_pointer(ORVLOG_Writer* writer, const GCM_CieLutsPointer* poin
     if (pointer == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GCM_CieLutsPointer");
-    orvlog_attr_enum(writer, "GCM_CieFamily", &kCieFamily, family);
+    orvlog_attr_enum(writer, "GCM_CieFamily", &ORVLOG_CIE_FAMILY, family);
     const ORVLOG_Content content(writer, "GCM_CieLutsPointer");
     if (pointer->clp_CieLuts != nullptr)
     {
@@ -366,12 +306,12 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
 
 void gcm_attr_color_space_type(ORVLOG_Writer* writer, const char* name, uint32_t type)
 {
-    orvlog_attr_enum(writer, name, &kSpaceType, type);
+    orvlog_attr_enum(writer, name, &ORVLOG_SPACE_TYPE, type);
 }
 
 void gcm_attr_white_point(ORVLOG_Writer* writer, const char* name, uint32_t white_point)
 {
-    orvlog_attr_enum(writer, name, &kWhitePoint, white_point);
+    orvlog_attr_enum(writer, name, &ORVLOG_WHITE_POINT, white_point);
 }
 
 void ORVLOG_DumpCsdPointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)

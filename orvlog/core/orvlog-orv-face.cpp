@@ -2,10 +2,10 @@
 
 #include "holv-core/ggo/ggo-geometry.h"
 #include "orvlog/colour/orvlog-colour-ticket.h"
-#include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/session/orvlog-frames.h"
 

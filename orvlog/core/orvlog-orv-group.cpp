@@ -2,12 +2,12 @@
 
 #include "orvlog/colour/orvlog-colour-ticket.h"
 #include "orvlog/core/orvlog-call-operands.h"
-#include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operator-dump.h"

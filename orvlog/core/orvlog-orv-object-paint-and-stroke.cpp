@@ -1,10 +1,10 @@
 // ORV_object_paint_and_stroke: a path or text filled and stroked, each with up to three operands.
 
 #include "orvlog/core/orvlog-call-operands.h"
-#include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operator-dump.h"
 #include "orvlog/records/gpa-path-dump.h"

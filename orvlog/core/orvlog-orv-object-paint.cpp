@@ -1,9 +1,9 @@
 // ORV_object_paint: a shape, or all that the clip leaves, painted with up to three operands.
 
 #include "orvlog/core/orvlog-call-operands.h"
-#include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gop-operator-dump.h"
 #include "orvlog/records/gsh-shape-dump.h"
 

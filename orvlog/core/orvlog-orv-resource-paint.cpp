@@ -1,9 +1,9 @@
 // ORV_resource_paint: a resource drawn before is put on a drawing.
 
 #include "orvlog/core/orvlog-call-operands.h"
-#include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operator-dump.h"

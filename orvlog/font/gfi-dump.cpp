@@ -1,7 +1,8 @@
 #include "orvlog/font/gfi-dump.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
 
@@ -10,36 +11,6 @@ namespace
 
 constexpr uint32_t kRow = 50;
 constexpr uint32_t kMaxClusters = 65535;
-
-constexpr const char* kGlyphDescTypeNames[] = {
-    "GFI_GDT_FBE", "GFI_GDT_BITMAP", "GFI_GDT_PATH", "GFI_GDT_TRUETYPE", "GFI_GDT_RLE",
-};
-constexpr ORVLOG_EnumTable kGlyphDescType = orvlog_enum_table(kGlyphDescTypeNames);
-static_assert(kGlyphDescType.max_value == GFI_GDT_RLE);
-
-constexpr const char* kDirectionNames[] = {
-    "GFI_TD_LEFT_TO_RIGHT",
-    "GFI_TD_RIGHT_TO_LEFT",
-    "GFI_TD_TOP_TO_BOTTOM",
-};
-constexpr ORVLOG_EnumTable kDirection = orvlog_enum_table(kDirectionNames);
-static_assert(kDirection.max_value == GFI_TD_TOP_TO_BOTTOM);
-
-constexpr const char* kVolatilityNames[] = {
-    "GFI_FV_GLYPH",
-    "GFI_FV_STRING",
-    "GFI_FV_STATIC",
-};
-constexpr ORVLOG_EnumTable kVolatility = orvlog_enum_table(kVolatilityNames);
-static_assert(kVolatility.max_value == GFI_FV_STATIC);
-
-constexpr const char* kEncodingNames[] = {
-    "GFI_CE_NO_INFO",      "GFI_CE_UNICODE_32BE",      "GFI_CE_UNICODE_32LE",
-    "GFI_CE_UNICODE_16BE", "GFI_CE_UNICODE_16LE",      "GFI_CE_UNICODE_UTF16",
-    "GFI_CE_UNICODE_UTF8", "GFI_CE_ADOBE_SINGLE_BYTE", "GFI_CE_ADOBE_CID",
-};
-constexpr ORVLOG_EnumTable kEncoding = orvlog_enum_table(kEncodingNames);
-static_assert(kEncoding.max_value == GFI_CE_ADOBE_CID);
 
 // Payloads stand right behind the last field, where no record of a description could hold them.
 const uint8_t* payload(const GFI_GlyphDesc* desc, uint32_t offset)
@@ -107,8 +78,8 @@ void dump_font_spec(ORVLOG_Writer* writer, const GFI_FontSpec* spec)
 {
     orvlog_writer_begin_element(writer, "GFI_FontSpec");
     orvlog_attr_float(writer, "ufs_FontSize", spec->ufs_FontSize);
-    orvlog_attr_enum(writer, "ufs_Direction", &kDirection, spec->ufs_Direction);
-    orvlog_attr_enum(writer, "ufs_FontVolatility", &kVolatility, spec->ufs_FontVolatility);
+    orvlog_attr_enum(writer, "ufs_Direction", &ORVLOG_TEXT_DIRECTION, spec->ufs_Direction);
+    orvlog_attr_enum(writer, "ufs_FontVolatility", &ORVLOG_FONT_VOLATILITY, spec->ufs_FontVolatility);
     orvlog_writer_end_empty(writer, "GFI_FontSpec");
 }
 
@@ -145,12 +116,12 @@ void dump_clusters(ORVLOG_Writer* writer, const GFI_StringDescPointer* pointer)
 
 void gfi_attr_glyph_desc_type(ORVLOG_Writer* writer, const char* name, uint32_t type)
 {
-    orvlog_attr_enum(writer, name, &kGlyphDescType, type);
+    orvlog_attr_enum(writer, name, &ORVLOG_GLYPH_TYPE, type);
 }
 
 void gfi_attr_character_encoding(ORVLOG_Writer* writer, const char* name, uint32_t encoding)
 {
-    orvlog_attr_enum(writer, name, &kEncoding, encoding);
+    orvlog_attr_enum(writer, name, &ORVLOG_CHARACTER_ENCODING, encoding);
 }
 
 void dump_GFI_GlyphDesc(ORVLOG_Writer* writer, const GFI_GlyphDesc* desc)

@@ -3,8 +3,9 @@
 #include "orvlog/colour/gcm-csd-dump.h"
 #include "orvlog/image/gop-image-geometry.h"
 #include "orvlog/image/orvlog-side-file.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operand-dump.h"
 
@@ -12,47 +13,6 @@ namespace
 {
 
 constexpr uint32_t kRow = 50;
-
-constexpr const char* kQualityNames[] = {
-    "GOP_QUAL_HIGHEST_QUALITY",  "GOP_QUAL_COMPRESS_OK", "GOP_QUAL_RESAMPLE_OK", "GOP_QUAL_COMPRESS_AND_RESAMPLE_OK",
-    "GOP_QUAL_SAME_AS_PREVIOUS", "GOP_QUAL_AVOID_LOSSY", "GOP_QUAL_DEFAULT",     "GOP_QUAL_LOSSY_OK",
-};
-constexpr ORVLOG_EnumTable kQuality = orvlog_enum_table(kQualityNames);
-static_assert(kQuality.max_value == GOP_QUAL_LOSSY_OK);
-
-constexpr const char* kGrayscaleNames[] = {
-    "GOP_GDS_OFF",
-    "GOP_GDS_ON_UNKNOWN",
-    "GOP_GDS_ON_IS_GRAY",
-    "GOP_GDS_ON_IS_COLOR",
-};
-constexpr ORVLOG_EnumTable kGrayscale = orvlog_enum_table(kGrayscaleNames);
-static_assert(kGrayscale.max_value == GOP_GDS_ON_IS_COLOR);
-
-constexpr const char* kDepthNames[] = {
-    "GNC_BMP_DEPTH_1", "GNC_BMP_DEPTH_2",  "GNC_BMP_DEPTH_4",
-    "GNC_BMP_DEPTH_8", "GNC_BMP_DEPTH_16", "GNC_BMP_DEPTH_32_FL",
-};
-constexpr ORVLOG_EnumTable kDepth = orvlog_enum_table(kDepthNames);
-static_assert(kDepth.max_value == GNC_BMP_DEPTH_32_FL);
-
-constexpr ORVLOG_FlagEntry kFlagEntries[] = {
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_COLOR_DATA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_IS_INDEXED_COLOR),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_ALPHA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_STANDARD_ATTRIBUTES),
-    ORVLOG_FLAG(GOP_OP_FLAGS_IS_PREMULTIPLIED),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_CONSTANT_ALPHA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_TRANSFORM_FROM_UNIT_SQUARE),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_ATTRIBUTE_DATA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_SMOOTH),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HALFTONED),
-    ORVLOG_FLAG(GOP_OP_FLAGS_REPLICATE_ALL_CHANS),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ASYNCH_ACCESS),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ENDIAN_LITTLE),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ENDIAN_BIG),
-};
-constexpr ORVLOG_FlagTable kFlags = orvlog_flag_table(kFlagEntries);
 
 void dump_attributes(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t flags, uint32_t id)
 {
@@ -67,7 +27,7 @@ void dump_attributes(ORVLOG_Writer* writer, const GOP_OperandImagePointer* recor
         orvlog_attr_bool(writer, "imp_ImageKeepFn", record->imp_ImageKeepFn != nullptr);
         orvlog_attr_bool(writer, "imp_ImageReleaseFn", record->imp_ImageReleaseFn != nullptr);
     }
-    orvlog_attr_enum(writer, "imp_GrayscaleDetectStatus", &kGrayscale, record->imp_GrayscaleDetectStatus);
+    orvlog_attr_enum(writer, "imp_GrayscaleDetectStatus", &ORVLOG_GRAYSCALE_STATUS, record->imp_GrayscaleDetectStatus);
 }
 
 void dump_direct_data(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t count)
@@ -137,7 +97,7 @@ void dump_pointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, 
 
 void orvlog_attr_bit_depth(ORVLOG_Writer* writer, const char* name, uint32_t depth)
 {
-    orvlog_attr_enum(writer, name, &kDepth, depth);
+    orvlog_attr_enum(writer, name, &ORVLOG_BIT_DEPTH, depth);
 }
 
 void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* image)
@@ -148,9 +108,9 @@ void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* imag
     orvlog_attr_uint(writer, "im_ImageEncoding", image->im_ImageEncoding);
     if ((image->im_Flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0)
         orvlog_attr_uint(writer, "im_IndexColorDepth", image->im_IndexColorDepth);
-    orvlog_attr_enum(writer, "im_QualitySetting", &kQuality, image->im_QualitySetting);
+    orvlog_attr_enum(writer, "im_QualitySetting", &ORVLOG_IMAGE_QUALITY, image->im_QualitySetting);
     orvlog_attr_uint(writer, "im_NumNonalphaChans", image->im_NumNonalphaChans);
-    orvlog_attr_flags(writer, "im_Flags", &kFlags, image->im_Flags);
+    orvlog_attr_flags(writer, "im_Flags", &ORVLOG_IMAGE_FLAGS, image->im_Flags);
     orvlog_attr_float(writer, "im_Alpha", image->im_Alpha);
     orvlog_attr_uint(writer, "im_ImageWidthPixels", image->im_ImageWidthPixels);
     orvlog_attr_uint(writer, "im_ImageHeightPixels", image->im_ImageHeightPixels);

@@ -4,8 +4,9 @@
 #include "orvlog/image/gop-image-dump.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/image/orvlog-side-file.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 
 #include <cstdio>
 
@@ -14,14 +15,6 @@ namespace
 
 constexpr uint32_t kRow = 50;
 constexpr size_t kAsyncName = 70;
-
-constexpr ORVLOG_FlagEntry kObjectTypeEntries[] = {
-    ORVLOG_FLAG(GCM_OBJ_TEXT),
-    ORVLOG_FLAG(GCM_OBJ_LINE),
-    ORVLOG_FLAG(GCM_OBJ_GRAPHICS),
-    ORVLOG_FLAG(GCM_OBJ_IMAGE),
-};
-constexpr ORVLOG_FlagTable kObjectType = orvlog_flag_table(kObjectTypeEntries);
 
 // What a prepare was asked for.
 struct PrepareRequest
@@ -130,7 +123,7 @@ void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, co
     ORVLOG_Writer* writer = &wrapper->writer;
     begin(wrapper, "GOP_ImagePrepareFn", id, result);
     orvlog_attr_bool(writer, "operand_p_replaced", held != wrapper ? 1 : 0);
-    orvlog_attr_flags(writer, "object_type", &kObjectType, request->object_type);
+    orvlog_attr_flags(writer, "object_type", &ORVLOG_OBJECT_TYPE, request->object_type);
     orvlog_attr_bool(writer, "decompress", request->decompress);
     if (request->decompress == 0)
         orvlog_attr_bool(writer, "rescale", request->rescale);

@@ -1,7 +1,8 @@
 #include "orvlog/records/gop-operand-dump.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 
@@ -11,52 +12,6 @@ namespace
 // Bits of go_ColorInfo outside the colour space and the colour flag.
 constexpr uint32_t kOtherColorInfo = 0x3C;
 
-constexpr const char* kOpTypeNames[] = {
-    "GOP_OPERAND_FLAT",        "GOP_OPERAND_GRAD_2PT", "GOP_OPERAND_GRAD_MULTISTOP", "GOP_OPERAND_GRAD_3PT",
-    "GOP_OPERAND_GRAD_RADIAL", "GOP_OPERAND_IMAGE",    "GOP_OPERAND_IMAGE_TILE",
-};
-constexpr ORVLOG_EnumTable kOpType = orvlog_enum_table(kOpTypeNames);
-static_assert(kOpType.max_value == GOP_OPERAND_IMAGE_TILE);
-
-constexpr const char* kColorSpaceNames[] = {
-    "GOP_OCS_INPUT",
-    "GOP_OCS_RENDER",
-    "GOP_OCS_OTHER",
-};
-constexpr ORVLOG_EnumTable kColorSpace = orvlog_enum_table(kColorSpaceNames);
-static_assert(kColorSpace.max_value == GOP_OCS_OTHER);
-
-// The field has two bits and so a fourth value, which has always gone by this name; readers of the log rely on it.
-constexpr const char* kColorFlagNames[] = {
-    "GCM_CF_BLACK",
-    "GCM_CF_GREY",
-    "GCM_CF_OTHER",
-    "GCM_WHITEPOINT_D65",
-};
-constexpr ORVLOG_EnumTable kColorFlag = orvlog_enum_table(kColorFlagNames);
-static_assert(kColorFlag.max_value == GCM_CF_OTHER + 1);
-
-constexpr const char* kColorSpaceFamilyNames[] = {
-    "GCM_CSF_GRAY",
-    "GCM_CSF_RGB",
-    "GCM_CSF_CMYK",
-    "GCM_CSF_NAMED",
-};
-constexpr ORVLOG_EnumTable kColorSpaceFamily = orvlog_enum_table(kColorSpaceFamilyNames);
-static_assert(kColorSpaceFamily.max_value == GCM_CSF_NAMED);
-
-constexpr ORVLOG_FlagEntry kHintEntries[] = {
-    ORVLOG_FLAG(GOP_OPD_HINT_NONE),
-    ORVLOG_FLAG(GOP_OPD_HINT_IS_OPAQUE),
-    ORVLOG_FLAG(GOP_OPD_HINT_ONE_TIME_USE),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_TRANSLATE_ONLY),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_2_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_4_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_16_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_256_COLORS),
-};
-constexpr ORVLOG_FlagTable kHints = orvlog_flag_table(kHintEntries);
-
 }  // namespace
 
 void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
@@ -65,11 +20,11 @@ void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
         return;
     const uint32_t info = operand->go_ColorInfo;
     orvlog_writer_begin_element(writer, "GOP_Operand");
-    orvlog_attr_enum(writer, "go_OpType", &kOpType, operand->go_OpType);
+    orvlog_attr_enum(writer, "go_OpType", &ORVLOG_OPERAND_TYPE, operand->go_OpType);
     if ((info & kOtherColorInfo) == 0)
     {
-        orvlog_attr_enum(writer, "go_ColorInfo.GCM_ColorFlag", &kColorFlag, GOP_COLOR_INFO_FLAG(info));
-        orvlog_attr_enum(writer, "go_ColorInfo.GOP_OperandColorSpace", &kColorSpace, GOP_COLOR_INFO_SPACE(info));
+        orvlog_attr_enum(writer, "go_ColorInfo.GCM_ColorFlag", &ORVLOG_COLOR_FLAG, GOP_COLOR_INFO_FLAG(info));
+        orvlog_attr_enum(writer, "go_ColorInfo.GOP_OperandColorSpace", &ORVLOG_COLOR_SPACE, GOP_COLOR_INFO_SPACE(info));
     }
     else
     {
@@ -77,9 +32,9 @@ void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
     }
     if (operand->go_OpType != GOP_OPERAND_FLAT)
         orvlog_attr_uint(writer, "go_Count", operand->go_Count);
-    orvlog_attr_flags(writer, "go_Hints", &kHints, operand->go_Hints);
+    orvlog_attr_flags(writer, "go_Hints", &ORVLOG_OPERAND_HINTS, operand->go_Hints);
     if (GOP_COLOR_INFO_SPACE(info) == GOP_OCS_INPUT)
-        orvlog_attr_enum(writer, "go_ColorSpaceFamily", &kColorSpaceFamily, operand->go_ColorSpaceFamily);
+        orvlog_attr_enum(writer, "go_ColorSpaceFamily", &ORVLOG_COLOR_SPACE_FAMILY, operand->go_ColorSpaceFamily);
     orvlog_writer_self_close(writer);
 }
 

@@ -1,61 +1,13 @@
 #include "orvlog/records/gpa-path-dump.h"
 
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-line.h"
-#include "orvlog/log/orvlog-names.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 
 namespace
 {
-
-constexpr const char* kJoinNames[] = {
-    "GPA_JOIN_MITER",
-    "GPA_JOIN_ROUND",
-    "GPA_JOIN_BEVEL",
-    "GPA_JOIN_MITER_CLIPPED",
-    "GPA_JOIN_TRIANGLE",
-    "GPA_JOIN_NONE",
-    "GPA_JOIN_MITER_DUAL_CLIPPED",
-};
-constexpr ORVLOG_EnumTable kJoin = orvlog_enum_table(kJoinNames);
-static_assert(kJoin.max_value == GPA_JOIN_MITER_DUAL_CLIPPED);
-
-constexpr const char* kCapNames[] = {
-    "GPA_CAP_BUTT",
-    "GPA_CAP_ROUND",
-    "GPA_CAP_PROJECT",
-    "GPA_CAP_TRIANGLE",
-};
-constexpr ORVLOG_EnumTable kCap = orvlog_enum_table(kCapNames);
-static_assert(kCap.max_value == GPA_CAP_TRIANGLE);
-
-constexpr const char* kAdjustNames[] = {
-    "GPA_ADJUST_NONE",
-    "GPA_ADJUST_PS",
-};
-constexpr ORVLOG_EnumTable kAdjust = orvlog_enum_table(kAdjustNames);
-static_assert(kAdjust.max_value == GPA_ADJUST_PS);
-
-constexpr const char* kEdgeTypeNames[] = {
-    "GPA_EDGE_STRAIGHT", "GPA_EDGE_BEZIER", "GPA_EDGE_QUAD_BEZIER", "GPA_EDGE_STAIRCASE", "GPA_EDGE_ELLIPTICAL",
-};
-constexpr ORVLOG_EnumTable kEdgeType = orvlog_enum_table(kEdgeTypeNames);
-static_assert(kEdgeType.max_value == GPA_EDGE_ELLIPTICAL);
-
-constexpr const char* kSubpathNames[] = {
-    "GPA_SUBPATH_END_CLOSED",
-    "GPA_SUBPATH_CONTINUE",
-    "GPA_SUBPATH_END_OPEN",
-};
-constexpr ORVLOG_EnumTable kSubpath = orvlog_enum_table(kSubpathNames);
-static_assert(kSubpath.max_value == GPA_SUBPATH_END_OPEN);
-
-constexpr ORVLOG_FlagEntry kPathHintEntries[] = {
-    ORVLOG_FLAG(GPA_HINT_NONE),           ORVLOG_FLAG(GPA_HINT_IS_RECTANGLE),    ORVLOG_FLAG(GPA_HINT_STROKED),
-    ORVLOG_FLAG(GPA_HINT_NO_OVERLAP),     ORVLOG_FLAG(GPA_HINT_BOX_IS_MINIMAL),  ORVLOG_FLAG(GPA_HINT_ONE_SUBPATH),
-    ORVLOG_FLAG(GPA_HINT_ONLY_STRAIGHTS), ORVLOG_FLAG(GPA_HINT_ONLY_STAIRCASES), ORVLOG_FLAG(GPA_HINT_INPUT_INT_ONLY),
-};
-constexpr ORVLOG_FlagTable kPathHints = orvlog_flag_table(kPathHintEntries);
 
 // The low bits are a number and not flags, so no flag table says this.
 void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
@@ -69,9 +21,9 @@ void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
     orvlog_line_text(&line, "] ");
     if ((flag & GPA_SUPPRESS_STROKING_FLAG) != 0)
         orvlog_line_text(&line, "GPA_SUPPRESS_STROKING_FLAG ");
-    if (subpath <= kSubpath.max_value)
+    if (subpath <= ORVLOG_SUBPATH.max_value)
     {
-        orvlog_line_text(&line, kSubpath.names[subpath]);
+        orvlog_line_text(&line, ORVLOG_SUBPATH.names[subpath]);
     }
     else
     {
@@ -165,7 +117,7 @@ void dump_GPA_Edge(ORVLOG_Writer* writer, const GPA_Edge* edge)
     if (edge == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GPA_Edge");
-    orvlog_attr_enum(writer, "ed_EdgeType", &kEdgeType, edge->ed_EdgeType);
+    orvlog_attr_enum(writer, "ed_EdgeType", &ORVLOG_EDGE_TYPE, edge->ed_EdgeType);
     attr_edge_flag(writer, edge->ed_EdgeFlag);
     orvlog_attr_uint(writer, "ed_SegmentCount", edge->ed_SegmentCount);
     orvlog_writer_self_close(writer);
@@ -233,7 +185,7 @@ void dump_GPA_Path(ORVLOG_Writer* writer, const GPA_Path* path)
         return;
     orvlog_writer_begin_element(writer, "GPA_Path");
     orvlog_attr_uint(writer, "pa_NumEdges", path->pa_NumEdges);
-    orvlog_attr_flags(writer, "pa_PathHints", &kPathHints, path->pa_PathHints);
+    orvlog_attr_flags(writer, "pa_PathHints", &ORVLOG_PATH_HINTS, path->pa_PathHints);
     ggo_attr_box(writer, "pa_EnclosingBox", &path->pa_EnclosingBox);
     const ORVLOG_Content content(writer, "GPA_Path");
     const ORVLOG_Member member(writer, "GPA_Path", "pa_EdgeStart");
@@ -268,13 +220,13 @@ void dump_GPA_PathStrokingParams(ORVLOG_Writer* writer, const GPA_PathStrokingPa
         return;
     const uint32_t flags = params->psp_Flags;
     orvlog_writer_begin_element(writer, "GPA_PathStrokingParams");
-    orvlog_attr_enum(writer, "psp_Flags.S", &kCap, GPA_PSP_START_CAP(flags));
-    orvlog_attr_enum(writer, "psp_Flags.E", &kCap, GPA_PSP_END_CAP(flags));
-    orvlog_attr_enum(writer, "psp_Flags.J", &kJoin, GPA_PSP_JOIN(flags));
-    orvlog_attr_enum(writer, "psp_Flags.A", &kAdjust, GPA_PSP_ADJUST(flags));
+    orvlog_attr_enum(writer, "psp_Flags.S", &ORVLOG_CAP, GPA_PSP_START_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.E", &ORVLOG_CAP, GPA_PSP_END_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.J", &ORVLOG_JOIN, GPA_PSP_JOIN(flags));
+    orvlog_attr_enum(writer, "psp_Flags.A", &ORVLOG_ADJUST, GPA_PSP_ADJUST(flags));
     orvlog_attr_bool(writer, "psp_Flags.Z", GPA_PSP_Z(flags));
     orvlog_attr_uint(writer, "psp_DashCount", params->psp_DashCount);
-    orvlog_attr_enum(writer, "psp_DashCaps", &kCap, params->psp_DashCaps);
+    orvlog_attr_enum(writer, "psp_DashCaps", &ORVLOG_CAP, params->psp_DashCaps);
     orvlog_attr_float(writer, "psp_StrokeWidth", params->psp_StrokeWidth);
     orvlog_attr_float(writer, "psp_MiterLimit", params->psp_MiterLimit);
     orvlog_attr_float(writer, "psp_DashStart", params->psp_DashStart);

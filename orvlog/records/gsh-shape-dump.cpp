@@ -2,39 +2,15 @@
 
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/font/orvlog-glyph-capture.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
 #include "orvlog/session/orvlog-font-ids.h"
 
 namespace
 {
-
-constexpr const char* kShapeTypeNames[] = {
-    "GSH_SHAPE_GLYPHS",     "GSH_SHAPE_FILL",     "GSH_SHAPE_STROKE",        "GSH_SHAPE_IMAGE_RECT",
-    "GSH_SHAPE_MULTI_RECT", "GSH_SHAPE_SCANLINE", "GSH_SHAPE_STROKE_GLYPHS",
-};
-constexpr ORVLOG_EnumTable kShapeType = orvlog_enum_table(kShapeTypeNames);
-static_assert(kShapeType.max_value == GSH_SHAPE_STROKE_GLYPHS);
-
-constexpr ORVLOG_FlagEntry kShapeHintEntries[] = {
-    ORVLOG_FLAG(GSH_SH_NO_HINT),
-    ORVLOG_FLAG(GSH_SH_FONT_HAS_FACE_SCOPE),
-    ORVLOG_FLAG(GSH_SH_FONT_HAS_DOC_SCOPE),
-    ORVLOG_FLAG(GSH_SH_NO_ROTATION),
-    ORVLOG_FLAG(GSH_SH_NO_SKEW),
-    ORVLOG_FLAG(GSH_SH_NO_SCALE),
-    ORVLOG_FLAG(GSH_SH_NO_SHIFT),
-    ORVLOG_FLAG(GSH_SH_REUSED_AS_STROKE),
-};
-constexpr ORVLOG_FlagTable kShapeHints = orvlog_flag_table(kShapeHintEntries);
-
-constexpr ORVLOG_FlagEntry kListHintEntries[] = {
-    ORVLOG_FLAG(GSH_SLH_NONE),
-    ORVLOG_FLAG(GSH_SLH_IGNORE_REST_OF_LIST),
-};
-constexpr ORVLOG_FlagTable kListHints = orvlog_flag_table(kListHintEntries);
 
 void dump_glyph_shape(ORVLOG_Writer* writer, const GSH_GlyphShape* shape)
 {
@@ -186,7 +162,7 @@ void open_list(ORVLOG_Session* session, const GSH_ShapeList* list)
 {
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "GSH_ShapeList");
-    orvlog_attr_flags(writer, "sl_Hints", &kListHints, list->sl_Hints);
+    orvlog_attr_flags(writer, "sl_Hints", &ORVLOG_SHAPE_LIST_HINTS, list->sl_Hints);
     orvlog_attr_bool(writer, "sl_ClipIn", list->sl_ClipIn);
     orvlog_attr_uint(writer, "sl_UniqueId", list->sl_UniqueId);
     orvlog_writer_enter(writer);
@@ -209,8 +185,8 @@ void dump_GSH_Shape(ORVLOG_Writer* writer, const GSH_Shape* shape)
     if (shape == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GSH_Shape");
-    orvlog_attr_enum(writer, "sh_ShapeType", &kShapeType, shape->sh_ShapeType);
-    orvlog_attr_flags(writer, "sh_Hints", &kShapeHints, shape->sh_Hints);
+    orvlog_attr_enum(writer, "sh_ShapeType", &ORVLOG_SHAPE_TYPE, shape->sh_ShapeType);
+    orvlog_attr_flags(writer, "sh_Hints", &ORVLOG_SHAPE_HINTS, shape->sh_Hints);
     ggo_attr_matrix(writer, "sh_Transform", &shape->sh_Transform);
     orvlog_writer_self_close(writer);
 }
