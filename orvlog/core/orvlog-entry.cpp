@@ -9,6 +9,7 @@
 #include "orvlog/log/orvlog-merge.h"
 #include "orvlog/log/orvlog-root.h"
 #include "orvlog/session/orvlog-creators.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {

@@ -11,6 +11,7 @@ LAYERS = [
     ("interfaces of the base library", ["holv-core/gmm/gmm-allocator.h", "holv-core/gio/gio-stream.h"]),
     ("base library", ["holv-core/"]),
     ("interface", ["orvlog/interface/"]),
+    ("names", ["orvlog/names/"]),
     ("log", ["orvlog/log/"]),
     ("session", ["orvlog/session/"]),
     ("records and colour", ["orvlog/records/", "orvlog/colour/"]),
