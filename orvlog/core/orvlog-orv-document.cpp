@@ -52,8 +52,7 @@ bool dump_start(ORVLOG_Session* session, const DocumentStartCall* call)
             return false;
         orvlog_attr_uint(writer, "GfpId", font_wrapper_id(call->document->font_wrapper));
     }
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, kStart);
+    orvlog_writer_end_empty(writer, kStart);
     return true;
 }
 
@@ -70,8 +69,7 @@ void dump_finish(ORVLOG_Session* session, const DocumentFinishCall* call)
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, kFinish);
     orvlog_attr_document(session, call->document);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, kFinish);
+    orvlog_writer_end_empty(writer, kFinish);
 }
 
 uint32_t forward_finish_to(const ORV_Interface* receiver, void* document)

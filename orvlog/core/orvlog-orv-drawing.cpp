@@ -13,8 +13,7 @@ void dump_ending(const ORVLOG_DrawingContext* drawing, const char* name)
     ORVLOG_Writer* writer = &drawing->session->writer;
     orvlog_writer_begin_element(writer, name);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, name);
+    orvlog_writer_end_empty(writer, name);
 }
 
 // Ends the drawing of the second receiver by one of the two calls that do so; its low bit counts. A second receiver

@@ -5,6 +5,7 @@
 #include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/session/orvlog-frames.h"
 
@@ -49,8 +50,7 @@ void dump_properties(ORVLOG_Writer* writer, const ORV_FaceProperties* properties
     ggo_attr_box(writer, "fp_TrimBox", &properties->fp_TrimBox);
     ggo_attr_box(writer, "fp_ClipBox", &properties->fp_ClipBox);
     ggo_attr_point(writer, "fp_MediaSize", &properties->fp_MediaSize);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "ORV_FaceProperties");
+    orvlog_writer_end_empty(writer, "ORV_FaceProperties");
 }
 
 void dump(ORVLOG_Session* session, const FaceStartCall* call)
@@ -63,12 +63,9 @@ void dump(ORVLOG_Session* session, const FaceStartCall* call)
     orvlog_attr_uint(writer, "face_seq_number", call->face_seq_number);
     orvlog_attr_enum(writer, "pixel_placement_orientation", &ORVLOG_ORIENTATION, call->pixel_placement_orientation);
     orvlog_attr_enum(writer, "pixel_placement", &ORVLOG_PLACEMENT, call->pixel_placement);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, kElement);
     dump_properties(writer, call->face_properties);
     ORVLOG_DumpColorTicket(session, call->colour_ticket);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, kElement);
 }
 
 uint32_t forward_to(const ORV_Interface* receiver, void* document, ORV_DrawingInterface* drawing_out,

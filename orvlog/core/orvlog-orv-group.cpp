@@ -102,8 +102,7 @@ void dump_start_attributes(const ORVLOG_DrawingContext* drawing, ORVLOG_GroupFra
     orvlog_attr_double(writer, "x_repetition_interval", call->x_repetition_interval);
     orvlog_attr_double(writer, "y_repetition_interval", call->y_repetition_interval);
     ggo_attr_box(writer, "bounding_box_hint", call->bounding_box_hint);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
 }
 
 uint32_t dump_start_members(ORVLOG_Session* session, const GroupStartCall* call)
@@ -172,8 +171,7 @@ void dump_finish(const ORVLOG_DrawingContext* drawing, const GroupFinishCall* ca
     orvlog_writer_begin_element(writer, kFinish);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
     orvlog_attr_bool(writer, "replay_group", *call->replay);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, kFinish);
+    orvlog_writer_end_empty(writer, kFinish);
 }
 
 }  // namespace

@@ -35,8 +35,7 @@ void begin_memory_context(ORVLOG_DrawingContext* drawing, MemoryContextStartCall
     call->font_engine = orvlog_install_engine(drawing, call->font_engine).forwarded;
     drawing->kind = ORVLOG_DRAWING_MEMORY_CONTEXT;
     orvlog_fill_drawing_interface(call->drawing_out, drawing);
-    orvlog_writer_defer_warning(&drawing->session->writer, ORVLOG_WARNING_FORMAT,
-                                "ORV_memory_context_start parameters are not logged");
+    orvlog_writer_warn(&drawing->session->writer, "ORV_memory_context_start parameters are not logged");
     orvlog_push_colour_frame(drawing->session, call->colour_ticket);
 }
 
@@ -46,8 +45,7 @@ void dump(const ORVLOG_DrawingContext* drawing, const MemoryContextStartCall* ca
     orvlog_writer_begin_element(writer, kElement);
     orvlog_attr_document(drawing->session, call->document);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, kElement);
+    orvlog_writer_end_empty(writer, kElement);
 }
 
 uint32_t forward_to(const ORV_Interface* receiver, void* document, ORV_DrawingInterface* drawing_out,

@@ -4,6 +4,7 @@
 #include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operator-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
@@ -40,11 +41,8 @@ bool strokes_glyphs(const GSH_ShapePointer* paint_path)
 
 void dump_stroking_params(ORVLOG_Writer* writer, const GPA_PathStrokingParams* params)
 {
-    orvlog_writer_open_member(writer, kElement, "stroking_params");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member member(writer, kElement, "stroking_params");
     dump_GPA_PathStrokingParams(writer, params);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, kElement, "stroking_params");
 }
 
 void dump_attributes(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndStrokeCall* call)
@@ -62,8 +60,7 @@ void dump_attributes(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndS
     orvlog_attr_flags(writer, "paint_flags", &ORVLOG_PAINT_FLAGS, call->paint_flags);
     if (strokes && strokes_glyphs(call->paint_path))
         ggo_attr_matrix(writer, "stroking_transform", call->stroking_transform);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
 }
 
 uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndStrokeCall* call)

@@ -35,8 +35,7 @@ uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintCall* call)
     orvlog_attr_uint(writer, "object_type_and_flag", call->object_type_and_flag);
     orvlog_attr_flags(writer, "object_hints", &ORVLOG_OBJECT_HINTS, call->object_hints);
     orvlog_attr_enum(writer, "path_pixel_placement", &ORVLOG_PLACEMENT, call->path_pixel_placement);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
     ORVLOG_DumpNamedOperator(writer, kElement, "op", call->op);
     dump_shape_member(session, kElement, "paint_path", call->paint_path);
     dump_shape_list_member(session, kElement, "clip", call->clip);

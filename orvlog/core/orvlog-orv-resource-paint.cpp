@@ -46,8 +46,7 @@ void dump_attributes(const ORVLOG_DrawingContext* drawing, const ResourcePaintCa
     orvlog_attr_double(writer, "x_repetition_interval", call->x_repetition_interval);
     orvlog_attr_double(writer, "y_repetition_interval", call->y_repetition_interval);
     orvlog_attr_enum(writer, "pixel_placement_orientation", &ORVLOG_ORIENTATION, call->pixel_placement_orientation);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
 }
 
 uint32_t dump(const ORVLOG_DrawingContext* drawing, const ResourcePaintCall* call)

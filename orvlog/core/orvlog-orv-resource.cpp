@@ -6,6 +6,7 @@
 #include "orvlog/core/orvlog-orv-names.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/session/orvlog-frames.h"
 
@@ -69,8 +70,7 @@ void dump_properties(ORVLOG_Writer* writer, const ORV_ResourceProperties* proper
     if (properties->rp_HasPixelPlacementRule != 0)
         orvlog_attr_enum(writer, "rp_PixelPlacementRule", &ORVLOG_PLACEMENT, properties->rp_PixelPlacementRule);
     ggo_attr_box(writer, "rp_Enclosing_box", &properties->rp_Enclosing_box);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "ORV_ResourceProperties");
+    orvlog_writer_end_empty(writer, "ORV_ResourceProperties");
 }
 
 void dump_start(ORVLOG_Session* session, const ResourceStartCall* call)
@@ -82,12 +82,9 @@ void dump_start(ORVLOG_Session* session, const ResourceStartCall* call)
     orvlog_attr_parent(session, call->parent_drawing);
     orvlog_attr_font_engine(writer, call->font_engine.logged);
     orvlog_attr_uint(writer, "resource_id", call->resource_id);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, kStart);
     dump_properties(writer, call->resource_properties);
     ORVLOG_DumpColorTicket(session, call->colour_ticket);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, kStart);
 }
 
 uint32_t forward_start(const ORV_Interface* renderer, ORVLOG_Session* session, const ResourceStartCall* call)
@@ -110,8 +107,7 @@ void dump_destroy(ORVLOG_Session* session, const ResourceDestroyCall* call)
     orvlog_attr_document(session, call->document);
     orvlog_attr_parent(session, call->parent_drawing);
     orvlog_attr_uint(writer, "resource_id", call->resource_id);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, kDestroy);
+    orvlog_writer_end_empty(writer, kDestroy);
 }
 
 uint32_t forward_destroy(const ORV_Interface* renderer, ORVLOG_Session* session, const ResourceDestroyCall* call)

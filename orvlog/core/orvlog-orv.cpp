@@ -86,8 +86,7 @@ void orvlog_close_call(const ORVLOG_DrawingContext* drawing, const char* element
 {
     if (!orvlog_drawing_is_logged(drawing))
         return;
-    orvlog_writer_depth_down(&drawing->session->writer);
-    orvlog_writer_close_element(&drawing->session->writer, element);
+    orvlog_writer_leave_element(&drawing->session->writer, element);
 }
 
 uint32_t orvlog_result_after_dump(const ORVLOG_DrawingContext* drawing, uint32_t read_well, uint32_t result,
