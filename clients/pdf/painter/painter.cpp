@@ -2,7 +2,10 @@
 
 #include "clients/pdf/painter/painter.h"
 
+#include "clients/pdf/records/blend-operator.h"
 #include "clients/pdf/records/image-operand.h"
+#include "clients/pdf/records/operand-record.h"
+#include "clients/pdf/records/shape-records.h"
 
 #include <algorithm>
 #include <cmath>

@@ -8,7 +8,7 @@
 #include "clients/pdf/call-digest.h"
 #include "clients/pdf/content/graphics.h"
 #include "clients/pdf/painter/soft-mask.h"
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/clip.h"
 #include "clients/pdf/text/font-engine.h"
 #include "orvlog/interface/orv-interface.h"
 

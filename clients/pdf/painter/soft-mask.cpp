@@ -2,7 +2,7 @@
 
 #include "clients/pdf/painter/soft-mask.h"
 
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/operand-record.h"
 
 #include <algorithm>
 #include <cmath>
