@@ -219,7 +219,7 @@ Brush read_image(GOP_OperandImagePointer* record, BrushUse use, const BrushConte
     auto image = std::make_shared<Image>();
     image->pixels_to_content = identity();
     if (context.kept == nullptr || !context.kept->keep(record, use, context.object_type, image))
-        pull_image(record, use, context.object_type, context.spaces, context.complaints, *image);
+        pull_image(record, use, context.object_type, context.spaces, context.complaints, context.window, *image);
     return ImageBrush{image};
 }
 
@@ -309,7 +309,7 @@ void KeptImages::pull_all(ColourSpaces& spaces, Complaints& complaints)
 {
     for (const Kept& kept : kept_)
     {
-        pull_image(kept.record, kept.use, kept.object_type, spaces, complaints, *kept.image);
+        pull_image(kept.record, kept.use, kept.object_type, spaces, complaints, nullptr, *kept.image);
         release_image(kept.record);
     }
     kept_.clear();

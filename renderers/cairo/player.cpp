@@ -170,6 +170,24 @@ bool Player::clip(const ClipList& clips, std::vector<const Clip*>& masks)
     return true;
 }
 
+Window Player::window(const ClipList& clips) const
+{
+    Window window{to_pixels(), {}};
+    Box& box = window.box;
+    cairo_clip_extents(cr_, &box.x0, &box.y0, &box.x1, &box.y1);
+    for (const Clip& entry : clips)
+    {
+        Box inside;
+        if (!entry.inside || !bounds_of(entry.shape, to_pixels(), inside))
+            continue;
+        box.x0 = std::max(box.x0, inside.x0);
+        box.y0 = std::max(box.y0, inside.y0);
+        box.x1 = std::max(std::min(box.x1, inside.x1), box.x0);
+        box.y1 = std::max(std::min(box.y1, inside.y1), box.y0);
+    }
+    return window;
+}
+
 void Player::cut(const Box& box)
 {
     cairo_new_path(cr_);
