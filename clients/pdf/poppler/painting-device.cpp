@@ -402,8 +402,8 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Str
     Image mask =
         image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, canvas_.spaces, stored(reference, true));
     mask.interpolate = mask_interpolate;
-    const GfxColor* matte = mask_map->getMatteColor();
-    if (matte != nullptr ? !take_out_matte(image, mask, *matte, *map->getColorSpace()) : asks_for_matte(*mask_stream))
+    const Matte matte = matte_of(*mask_stream, *map->getColorSpace());
+    if (matte.is_asked_for && (!matte.colour || !take_out_matte(image, mask, *matte.colour, *map->getColorSpace())))
     {
         complain_("the matte colour of a soft mask is left out");
     }
