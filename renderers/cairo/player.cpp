@@ -320,7 +320,7 @@ void Player::paint_plane(const Paint& paint)
     {
         PatternPtr source = source_of(paint.brush);
         if (source != nullptr && plane_ == Plane::shape)
-            source = own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
+            source = paint.compose.alpha_is_shape ? source : own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
         if (source != nullptr)
             composite(source.get(), shape_of(paint), on_plane(paint.compose), masks);
     }
@@ -330,7 +330,9 @@ void Player::paint_plane(const Paint& paint)
 void Player::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
                        const std::vector<const Clip*>& masks)
 {
-    if ((levels_.back().knockout && plane_ != Plane::shape) || reaches_beyond(compose.op))
+    // What is no more there than it covers lies on earlier elements as far as it doesn't.
+    const bool replaces = levels_.back().knockout && plane_ != Plane::shape && !compose.alpha_is_shape;
+    if (replaces || reaches_beyond(compose.op))
         return composite_replacing(source, shape, compose, masks);
     const FlatBrush* flat = flat_of(compose.mask);
     double alpha = 1.0;
@@ -382,6 +384,7 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
                                  const std::vector<const Clip*>& masks)
 {
     const Level& level = levels_.back();
+    const bool cuts = level.knockout && compose.mask_is_shape;
     PatternPtr below = plane_ == Plane::colour ? level.backdrop : nullptr;
     if (!level.knockout)
         below = own_pattern(cairo_pattern_create_for_surface(cairo_get_group_target(cr_)));
@@ -396,7 +399,7 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
     Shape all;
     all.everything = true;
     cairo_set_operator(cr_, compose.op);
-    if (compose.mask_mode == MaskMode::none)
+    if (compose.mask_mode == MaskMode::none || cuts)
     {
         cairo_set_source(cr_, source);
         cairo_paint(cr_);
@@ -409,7 +412,7 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
         cairo_mask(cr_, mask.get());
     }
     PatternPtr layer = own_pattern(cairo_pop_group(cr_));
-    PatternPtr covered = coverage(shape, masks, nullptr);
+    PatternPtr covered = coverage(shape, masks, cuts ? &compose : nullptr);
     cairo_set_operator(cr_, CAIRO_OPERATOR_SOURCE);
     cairo_set_source(cr_, layer.get());
     cairo_mask(cr_, covered.get());

@@ -184,6 +184,9 @@ struct Compose
     cairo_operator_t op = CAIRO_OPERATOR_OVER;
     MaskMode mask_mode = MaskMode::none;
     Brush mask;  // only alpha counts
+    // What a knockout group's element covers: the mask cuts it, as stencils do, or alpha of all kinds does.
+    bool mask_is_shape = false;
+    bool alpha_is_shape = false;
 };
 
 struct Paint
