@@ -114,7 +114,7 @@ private:
     const cairo_matrix_t& to_pixels() const;
     bool left_out() const;
     ShapeContext shape_context() const;
-    BrushContext brush_context(uint32_t object_type);
+    BrushContext brush_context(uint32_t object_type, const Window* window = nullptr);
     bool make_paint(const PaintCall& call, Shape shape, Paint& paint);
     Group make_group(const GroupCall& call);
     bool painting() const;

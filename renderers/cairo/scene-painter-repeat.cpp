@@ -57,13 +57,10 @@ cairo_filter_t filter_for(const cairo_matrix_t& to_pixels, bool smooth)
     return blocks && !smooth ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD;
 }
 
-// From the pixels of the surface, which may be coarser than the image's, to those of the image.
+// From the pixels of the surface to those of the image.
 cairo_matrix_t refine(const Image& image)
 {
-    const double wide = cairo_image_surface_get_width(image.surface.get());
-    const double high = cairo_image_surface_get_height(image.surface.get());
-    const double coarse = std::max(std::ceil(image.width / wide), std::ceil(image.height / high));
-    return {coarse, 0.0, 0.0, coarse, 0.0, 0.0};
+    return {image.coarse, 0.0, 0.0, image.coarse, image.left, image.top};
 }
 
 PatternPtr surface_pattern(cairo_surface_t* surface, const cairo_matrix_t& surface_to_pixels, bool smooth,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderers/cairo/complaints.h"
+#include "renderers/cairo/image-part.h"
 #include "renderers/cairo/scene.h"
 
 #include <cairo.h>
@@ -31,6 +32,9 @@ public:
     // It must not be repeated.
     void begin_group(const Group& group);
     void end_group(const Group& group);
+
+    // What can be painted on within these clips.
+    Window window(const ClipList& clips) const;
 
     // From the content space of the innermost open group to pixels.
     const cairo_matrix_t& to_pixels() const;
