@@ -226,8 +226,9 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
     SurfacePtr shape_surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, wide, high));
     cairo_t* cr = cairo_create(surface.get());
     ContextPtr shape;
+    Watch watch_of_cell;
     if (watch_ != nullptr)
-        tell_cell_begins(group, surface.get(), inverse);
+        watch_of_cell = tell_cell_begins(group, surface.get(), inverse);
     if (levels_.back().shape != nullptr)
         shape = ContextPtr(cairo_create(shape_surface.get()), cairo_destroy);
     for (double row = 1.0 - rows; row <= 0.0; row += 1.0)
@@ -236,7 +237,7 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
             cairo_matrix_t shift{1.0, 0.0, 0.0, 1.0, column * x_length, row * y_length};
             ScenePainter painter(cr, multiply(shift, to_cell), complaints_);
             painter.levels_.back().shape = shape;
-            painter.watch_by(watch_);
+            painter.watch_by(watch_ != nullptr ? &watch_of_cell : nullptr);
             painter.paint_cell(group, painter.to_pixels());
         }
     cairo_destroy(cr);

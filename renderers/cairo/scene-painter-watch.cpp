@@ -315,8 +315,8 @@ void ScenePainter::tell_group_ends(const Group& group, bool has_layer, const Pat
     watch_->step(step);
 }
 
-// `to_cell` maps pixels of the page to those of a cell that is repeated for ever.
-void ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell)
+// `to_cell` maps pixels of the page to those of a cell that is repeated for ever. Gives the watch for the cell's content.
+Watch ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell)
 {
     const int wide = cairo_image_surface_get_width(cell);
     const int high = cairo_image_surface_get_height(cell);
@@ -337,6 +337,11 @@ void ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, c
     step.cell_x = wrapped(at.x0, wide);
     step.cell_y = wrapped(at.y0, high);
     watch_->step(step);
+    Watch inner = *watch_;
+    inner.box = {0, 0, wide, high};
+    if (watched.x1 - watched.x0 == 1 && watched.y1 - watched.y0 == 1)
+        inner.box = {step.cell_x, step.cell_y, step.cell_x + 1, step.cell_y + 1};
+    return inner;
 }
 
 void ScenePainter::tell_cell_ends(const Group& group, const PatternPtr& cell)

@@ -118,7 +118,7 @@ private:
     void tell_painted(const Paint& paint);
     void tell_group_begins(const Group& group);
     void tell_group_ends(const Group& group, bool has_layer, const PatternPtr& layer);
-    void tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell);
+    Watch tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell);
     void tell_cell_ends(const Group& group, const PatternPtr& cell);
 
     cairo_t* cr_;  // of the plane that is painted on
