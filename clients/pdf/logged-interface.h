@@ -3,6 +3,8 @@
 #pragma once
 
 #include "clients/pdf/job.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "clients/stream/temporary-log.h"
 
 #include <memory>

@@ -3,6 +3,9 @@
 #pragma once
 
 #include "clients/replay/replay.h"
+#include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "clients/stream/temporary-log.h"
 
 #include <filesystem>

@@ -5,6 +5,8 @@
 #include "clients/pdf/poppler/pdf-document.h"
 #include "clients/replay/replay-image.h"
 #include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "orvlog/core/orvlog-entry.h"
 #include "reader/tree/values.h"
 #include "tests/clients/replay/jobs.h"

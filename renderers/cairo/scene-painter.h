@@ -1,4 +1,4 @@
-// Plays a scene onto a Cairo context.
+// Paints a scene onto a Cairo context.
 
 #pragma once
 
@@ -13,19 +13,19 @@
 namespace cairo_renderer
 {
 
-class Player
+class ScenePainter
 {
 public:
     // `cr` is borrowed and must have the identity as its transform, which it has again after each call.
     // `to_pixels` maps the content space to the units of `cr`.
-    Player(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints);
+    ScenePainter(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints);
 
     void paint(const Paint& paint);
 
     // A group with its content.
     void group(const Group& group);
 
-    void play(const Nodes& nodes);
+    void paint_nodes(const Nodes& nodes);
 
     // A group whose content is painted between these two calls; `group` must stay as it is between them.
     // It must not be repeated.
@@ -97,7 +97,7 @@ private:
     void repeat_one_by_one(const Group& group, const Box& cells);
     bool repeat_by_cell(const Group& group, const Box& content);
     cairo_matrix_t cell_matrix(const Group& group, double column, double row) const;
-    void play_cell(const Group& group, const cairo_matrix_t& to_pixels);
+    void paint_cell(const Group& group, const cairo_matrix_t& to_pixels);
 
     cairo_t* cr_;  // of the plane that is painted on
     Plane plane_ = Plane::colour;
@@ -106,16 +106,16 @@ private:
 };
 
 // Calls `draw` with each plane of the innermost group as what is painted on, the colours first.
-template <typename Draw> void Player::on_each_plane(Draw&& draw)
+template <typename Draw> void ScenePainter::on_each_plane(Draw&& draw)
 {
     struct Restore
     {
         ~Restore()
         {
-            player.cr_ = cr;
-            player.plane_ = Plane::colour;
+            painter.cr_ = cr;
+            painter.plane_ = Plane::colour;
         }
-        Player& player;
+        ScenePainter& painter;
         cairo_t* cr;
     };
     draw();

@@ -1,4 +1,4 @@
-#include "renderers/cairo/player.h"
+#include "renderers/cairo/scene-painter.h"
 
 #include "renderers/cairo/bounds.h"
 
@@ -61,7 +61,8 @@ cairo_line_join_t cairo_join(Join join)
 
 }  // namespace
 
-Player::Player(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints) : cr_(cr), complaints_(complaints)
+ScenePainter::ScenePainter(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints)
+    : cr_(cr), complaints_(complaints)
 {
     Level base;
     base.to_pixels = to_pixels;
@@ -69,12 +70,12 @@ Player::Player(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complai
     levels_.push_back(base);
 }
 
-const cairo_matrix_t& Player::to_pixels() const
+const cairo_matrix_t& ScenePainter::to_pixels() const
 {
     return levels_.back().to_pixels;
 }
 
-void Player::play(const Nodes& nodes)
+void ScenePainter::paint_nodes(const Nodes& nodes)
 {
     for (const Node& node : nodes)
     {
@@ -87,7 +88,7 @@ void Player::play(const Nodes& nodes)
 
 // Outlines.
 
-bool Player::outline(const cairo_matrix_t& to_pixels, const Path& path)
+bool ScenePainter::outline(const cairo_matrix_t& to_pixels, const Path& path)
 {
     size_t next = 0;
     const auto point = [&](size_t offset)
@@ -120,7 +121,7 @@ bool Player::outline(const cairo_matrix_t& to_pixels, const Path& path)
 
 // The ends of horizontal and vertical lines go to the middle of their pixel, so that a line one pixel wide
 // fills one row or column.
-bool Player::outline_adjusted(const cairo_matrix_t& to_pixels, const Path& path)
+bool ScenePainter::outline_adjusted(const cairo_matrix_t& to_pixels, const Path& path)
 {
     Path moved = path;
     moved.transform(to_pixels);
@@ -145,7 +146,7 @@ bool Player::outline_adjusted(const cairo_matrix_t& to_pixels, const Path& path)
 
 // Clips.
 
-bool Player::clip(const ClipList& clips, std::vector<const Clip*>& masks)
+bool ScenePainter::clip(const ClipList& clips, std::vector<const Clip*>& masks)
 {
     for (const Clip& entry : clips)
     {
@@ -170,7 +171,7 @@ bool Player::clip(const ClipList& clips, std::vector<const Clip*>& masks)
     return true;
 }
 
-void Player::cut(const Box& box)
+void ScenePainter::cut(const Box& box)
 {
     cairo_new_path(cr_);
     if (outline(to_pixels(), rectangle(box)))
@@ -179,7 +180,7 @@ void Player::cut(const Box& box)
 
 // Shapes.
 
-void Player::draw(const Shape& shape)
+void ScenePainter::draw(const Shape& shape)
 {
     if (shape.everything)
         cairo_paint(cr_);
@@ -187,7 +188,7 @@ void Player::draw(const Shape& shape)
         std::visit([&](const auto& any) { draw_piece(any); }, piece);
 }
 
-void Player::draw_piece(const FillPiece& piece)
+void ScenePainter::draw_piece(const FillPiece& piece)
 {
     cairo_new_path(cr_);
     if (!outline(multiply(piece.to_content, to_pixels()), piece.path))
@@ -196,7 +197,7 @@ void Player::draw_piece(const FillPiece& piece)
     cairo_fill(cr_);
 }
 
-void Player::draw_piece(const BitmapPiece& piece)
+void ScenePainter::draw_piece(const BitmapPiece& piece)
 {
     cairo_matrix_t inverse;
     if (!invert(multiply(piece.to_content, to_pixels()), inverse))
@@ -206,7 +207,7 @@ void Player::draw_piece(const BitmapPiece& piece)
     cairo_mask(cr_, pattern.get());
 }
 
-void Player::draw_piece(const StrokePiece& piece)
+void ScenePainter::draw_piece(const StrokePiece& piece)
 {
     const cairo_matrix_t pen = multiply(piece.to_content, to_pixels());
     const double scale = scale_of(pen);
@@ -224,7 +225,7 @@ void Player::draw_piece(const StrokePiece& piece)
 
 // A line is at least one pixel wide, as it paints each pixel that it touches; one that asks to be adjusted goes
 // through the middle of its pixels as well.
-void Player::stroke_plain(const StrokePiece& piece, const cairo_matrix_t& pen)
+void ScenePainter::stroke_plain(const StrokePiece& piece, const cairo_matrix_t& pen)
 {
     const StrokeStyle& style = piece.style;
     double x = style.width;
@@ -260,7 +261,7 @@ void Player::stroke_plain(const StrokePiece& piece, const cairo_matrix_t& pen)
 
 // Sources.
 
-PatternPtr Player::source_of(const Brush& brush)
+PatternPtr ScenePainter::source_of(const Brush& brush)
 {
     if (const FlatBrush* flat = flat_of(brush))
         return own_pattern(cairo_pattern_create_rgba(flat->red, flat->green, flat->blue, flat->alpha));
@@ -274,7 +275,7 @@ PatternPtr Player::source_of(const Brush& brush)
     return pattern->pattern;
 }
 
-Shape Player::shape_of(const Paint& paint) const
+Shape ScenePainter::shape_of(const Paint& paint) const
 {
     const auto* image = std::get_if<ImageBrush>(&paint.brush);
     if (!paint.shape.everything || image == nullptr || image->image->tiled)
@@ -287,14 +288,14 @@ Shape Player::shape_of(const Paint& paint) const
 
 // Painting.
 
-void Player::paint(const Paint& paint)
+void ScenePainter::paint(const Paint& paint)
 {
     if (levels_.back().hidden)
         return;
     on_each_plane([&] { paint_plane(paint); });
 }
 
-void Player::paint_plane(const Paint& paint)
+void ScenePainter::paint_plane(const Paint& paint)
 {
     cairo_save(cr_);
     std::vector<const Clip*> masks;
@@ -309,8 +310,8 @@ void Player::paint_plane(const Paint& paint)
     cairo_restore(cr_);
 }
 
-void Player::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
-                       const std::vector<const Clip*>& masks)
+void ScenePainter::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
+                             const std::vector<const Clip*>& masks)
 {
     if ((levels_.back().knockout && plane_ != Plane::shape) || reaches_beyond(compose.op))
         return composite_replacing(source, shape, compose, masks);
@@ -327,7 +328,7 @@ void Player::composite(cairo_pattern_t* source, const Shape& shape, const Compos
     cairo_mask(cr_, covered.get());
 }
 
-bool Player::composite_plain(cairo_pattern_t* source, const Shape& shape, cairo_operator_t op, double alpha)
+bool ScenePainter::composite_plain(cairo_pattern_t* source, const Shape& shape, cairo_operator_t op, double alpha)
 {
     cairo_set_operator(cr_, op);
     if (shape.everything)
@@ -360,8 +361,8 @@ bool Player::composite_plain(cairo_pattern_t* source, const Shape& shape, cairo_
 
 // Each object is combined with what lay below the group, or with what lies there now, on a layer of its
 // own; the result replaces what is there, as far as the shape covers.
-void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
-                                 const std::vector<const Clip*>& masks)
+void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
+                                       const std::vector<const Clip*>& masks)
 {
     const Level& level = levels_.back();
     PatternPtr below = plane_ == Plane::colour ? level.backdrop : nullptr;
@@ -398,7 +399,7 @@ void Player::composite_replacing(cairo_pattern_t* source, const Shape& shape, co
 }
 
 // The group is as large as the shape, so that masks are looked at there only.
-PatternPtr Player::coverage(const Shape& shape, const std::vector<const Clip*>& masks, const Compose* mask)
+PatternPtr ScenePainter::coverage(const Shape& shape, const std::vector<const Clip*>& masks, const Compose* mask)
 {
     cairo_save(cr_);
     Box box;
@@ -423,7 +424,7 @@ PatternPtr Player::coverage(const Shape& shape, const std::vector<const Clip*>& 
     return covered;
 }
 
-void Player::narrow(const Clip& clip)
+void ScenePainter::narrow(const Clip& clip)
 {
     cairo_set_source_rgba(cr_, 0.0, 0.0, 0.0, 1.0);
     if (!clip.inside)
@@ -437,7 +438,7 @@ void Player::narrow(const Clip& clip)
     cairo_paint(cr_);
 }
 
-void Player::apply_mask(const Compose& compose)
+void ScenePainter::apply_mask(const Compose& compose)
 {
     PatternPtr mask = source_of(compose.mask);
     const bool in = compose.mask_mode == MaskMode::in;

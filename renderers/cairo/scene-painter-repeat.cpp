@@ -1,7 +1,7 @@
-// What a player repeats: groups in cells, and images as tiles.
+// What a scene painter repeats: groups in cells, and images as tiles.
 
 #include "renderers/cairo/bounds.h"
-#include "renderers/cairo/player.h"
+#include "renderers/cairo/scene-painter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -124,7 +124,7 @@ int cell_side(double pixels)
 
 }  // namespace
 
-PatternPtr Player::image_source(const Image& image)
+PatternPtr ScenePainter::image_source(const Image& image)
 {
     if (image.tiled)
         return tile_source(image);
@@ -132,7 +132,7 @@ PatternPtr Player::image_source(const Image& image)
                            image.smooth, CAIRO_EXTEND_PAD);
 }
 
-PatternPtr Player::tile_source(const Image& image)
+PatternPtr ScenePainter::tile_source(const Image& image)
 {
     const Tiles& tiles = image.tiles;
     const cairo_matrix_t to_device = multiply(image.pixels_to_content, to_pixels());
@@ -155,7 +155,7 @@ PatternPtr Player::tile_source(const Image& image)
     return surface_pattern(cell.get(), multiply(from_cell, to_device), image.smooth, CAIRO_EXTEND_REPEAT);
 }
 
-cairo_matrix_t Player::cell_matrix(const Group& group, double column, double row) const
+cairo_matrix_t ScenePainter::cell_matrix(const Group& group, double column, double row) const
 {
     const Repetition& rep = group.repetition;
     const double x_length = std::fabs(rep.x_step);
@@ -177,7 +177,7 @@ cairo_matrix_t Player::cell_matrix(const Group& group, double column, double row
     return matrix;
 }
 
-void Player::play_cell(const Group& group, const cairo_matrix_t& to_pixels)
+void ScenePainter::paint_cell(const Group& group, const cairo_matrix_t& to_pixels)
 {
     const cairo_matrix_t kept = levels_.back().to_pixels;
     levels_.back().to_pixels = to_pixels;
@@ -188,20 +188,20 @@ void Player::play_cell(const Group& group, const cairo_matrix_t& to_pixels)
             if (group.has_box)
                 cut(group.box);
         });
-    play(*group.content);
+    paint_nodes(*group.content);
     on_each_plane([&] { cairo_restore(cr_); });
     levels_.back().to_pixels = kept;
 }
 
-void Player::repeat_one_by_one(const Group& group, const Box& cells)
+void ScenePainter::repeat_one_by_one(const Group& group, const Box& cells)
 {
     for (double row = cells.y0; row <= cells.y1; row += 1.0)
         for (double column = cells.x0; column <= cells.x1; column += 1.0)
-            play_cell(group, cell_matrix(group, column, row));
+            paint_cell(group, cell_matrix(group, column, row));
 }
 
 // Draws one cell, with what reaches into it, on a surface of whole pixels, and repeats that.
-bool Player::repeat_by_cell(const Group& group, const Box& content)
+bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
 {
     const Repetition& rep = group.repetition;
     if (rep.x_step == 0.0 || rep.y_step == 0.0 || rep.reflect_x || rep.reflect_y)
@@ -230,9 +230,9 @@ bool Player::repeat_by_cell(const Group& group, const Box& content)
         for (double column = 1.0 - columns; column <= 0.0; column += 1.0)
         {
             cairo_matrix_t shift{1.0, 0.0, 0.0, 1.0, column * x_length, row * y_length};
-            Player player(cr, multiply(shift, to_cell), complaints_);
-            player.levels_.back().shape = shape;
-            player.play_cell(group, player.to_pixels());
+            ScenePainter painter(cr, multiply(shift, to_cell), complaints_);
+            painter.levels_.back().shape = shape;
+            painter.paint_cell(group, painter.to_pixels());
         }
     cairo_destroy(cr);
     on_each_plane(
@@ -249,7 +249,7 @@ bool Player::repeat_by_cell(const Group& group, const Box& content)
     return true;
 }
 
-void Player::repeat(const Group& group)
+void ScenePainter::repeat(const Group& group)
 {
     if (group.content->empty())
         return;

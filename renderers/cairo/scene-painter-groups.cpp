@@ -1,7 +1,7 @@
-// How a player paints groups: each on a layer, put on what lies below when the group ends.
+// How a scene painter paints groups: each on a layer, put on what lies below when the group ends.
 
 #include "renderers/cairo/layers.h"
-#include "renderers/cairo/player.h"
+#include "renderers/cairo/scene-painter.h"
 
 #include <cmath>
 
@@ -48,7 +48,7 @@ Shape whole_plane()
 }  // namespace
 
 // Blend modes mix colours only: alpha is that of the source over what is there.
-Compose Player::on_plane(const Compose& compose) const
+Compose ScenePainter::on_plane(const Compose& compose) const
 {
     if (plane_ == Plane::shape)
         return Compose{};
@@ -59,7 +59,7 @@ Compose Player::on_plane(const Compose& compose) const
 }
 
 // In a knockout group each element lies on what lay below the group, not on the elements before it.
-void Player::begin_layer(const Group& group, Level& level)
+void ScenePainter::begin_layer(const Group& group, Level& level)
 {
     const Level& around = levels_.back();
     cairo_surface_t* below = cairo_get_group_target(cr_);
@@ -85,7 +85,7 @@ void Player::begin_layer(const Group& group, Level& level)
     cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
 }
 
-void Player::begin_group(const Group& group)
+void ScenePainter::begin_group(const Group& group)
 {
     const Level& around = levels_.back();
     Level level;
@@ -113,7 +113,7 @@ void Player::begin_group(const Group& group)
         on_each_plane([&] { cut(group.box); });
 }
 
-void Player::end_group(const Group& group)
+void ScenePainter::end_group(const Group& group)
 {
     const Level level = std::move(levels_.back());
     levels_.pop_back();
@@ -124,7 +124,7 @@ void Player::end_group(const Group& group)
 
 // A group on a backdrop whose alpha nobody asks for replaces the backdrop as far as masks and clips let it; any
 // other is freed of its backdrop first.
-void Player::merge_layer(const Group& group, const Level& level)
+void ScenePainter::merge_layer(const Group& group, const Level& level)
 {
     if (level.alpha != nullptr)
     {
@@ -158,8 +158,8 @@ void Player::merge_layer(const Group& group, const Level& level)
 }
 
 // What of `source` the clips and the mask let through, as a pattern.
-PatternPtr Player::masked(cairo_pattern_t* source, cairo_content_t content, const Compose& compose,
-                          const std::vector<const Clip*>& masks)
+PatternPtr ScenePainter::masked(cairo_pattern_t* source, cairo_content_t content, const Compose& compose,
+                                const std::vector<const Clip*>& masks)
 {
     cairo_push_group_with_content(cr_, content);
     PatternPtr covered;
@@ -176,7 +176,7 @@ PatternPtr Player::masked(cairo_pattern_t* source, cairo_content_t content, cons
 
 // Replaces what the innermost group, a knockout group, has by the element on the group's backdrop. Both patterns
 // have their clips in them already.
-void Player::knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, cairo_operator_t op)
+void ScenePainter::knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, cairo_operator_t op)
 {
     const auto put = [&](cairo_operator_t how, cairo_pattern_t* source)
     {
@@ -215,14 +215,14 @@ void Player::knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, cairo_o
     cairo_restore(cr_);
 }
 
-void Player::group(const Group& group)
+void ScenePainter::group(const Group& group)
 {
     if (levels_.back().hidden || group.content == nullptr)
         return;
     if (group.repetition.x_step != 0.0 || group.repetition.y_step != 0.0)
         return repeat(group);
     begin_group(group);
-    play(*group.content);
+    paint_nodes(*group.content);
     end_group(group);
 }
 
