@@ -3,8 +3,13 @@
 #include "inspect/align/hash.h"
 #include "reader/tree/values.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace orvlog::inspect
 {
@@ -199,7 +204,19 @@ int resemblance(const CallDigest& a, const CallDigest& b)
     return same;
 }
 
-DigestFile::DigestFile() : file_(std::tmpfile()), good_(file_ != nullptr) {}
+DigestFile::DigestFile()
+{
+    std::error_code none;
+    std::string name = (std::filesystem::temp_directory_path(none) / "orvlog-XXXXXX").string();
+    const int file = none ? -1 : mkstemp(name.data());
+    if (file < 0)
+        return;
+    unlink(name.c_str());
+    file_.reset(fdopen(file, "w+b"));
+    good_ = file_ != nullptr;
+    if (!good_)
+        close(file);
+}
 
 bool DigestFile::add(const CallDigest& digest)
 {

@@ -31,7 +31,7 @@ struct CallDigest
     double size = 0;                    // the most that they may differ by for a tolerance of 1
     uint64_t line = 0;
     uint64_t byte = 0;
-    std::optional<uint32_t> id;  // of a paint
+    int64_t id = -1;  // of a paint; -1 of other calls
 };
 
 // `with_measures`: false leaves out what only calls that are equal within a tolerance need.

@@ -34,7 +34,8 @@ std::string hexadecimal(std::span<const uint8_t> bytes)
     std::string text;
     for (const uint8_t byte : bytes.first(std::min(bytes.size(), longest_piece / 4)))
     {
-        text += text.empty() ? "" : " ";
+        if (!text.empty())
+            text += ' ';
         text += digits[byte >> 4];
         text += digits[byte & 15];
     }
@@ -53,7 +54,11 @@ std::vector<std::pair<const Element*, std::string>> steps_of(const Element& elem
     {
         std::string step(child.name);
         if (count[child.name] > 1)
-            step += "[" + std::to_string(++seen[child.name]) + "]";
+        {
+            step += '[';
+            step += std::to_string(++seen[child.name]);
+            step += ']';
+        }
         steps.emplace_back(&child, std::move(step));
     }
     return steps;
@@ -210,7 +215,9 @@ bool CallComparer::is_same(const Element& a, const Element& b) const
 void CallComparer::compare_child(const Element& a, const Element& b, const std::string& step)
 {
     const size_t before = path_.size();
-    path_ += (path_.empty() ? "" : "/") + step;
+    if (!path_.empty())
+        path_ += '/';
+    path_ += step;
     compare_elements(a, b);
     path_.resize(before);
 }
@@ -233,7 +240,10 @@ void CallComparer::compare_children(const Element& a, const Element& b)
     const auto steps_b = steps_of(b);
     const auto only = [this](const std::string& step, bool in_a)
     {
-        const std::string path = path_ + (path_.empty() ? "" : "/") + step;
+        std::string path = path_;
+        if (!path.empty())
+            path += '/';
+        path += step;
         const std::optional<std::string> there("");
         found_.push_back({path, "", in_a ? there : std::nullopt, in_a ? std::nullopt : there, 0, 0});
     };

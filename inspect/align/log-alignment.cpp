@@ -193,7 +193,9 @@ private:
         if (index == Edit::nowhere)
             return std::nullopt;
         const CallDigest& digest = window.digests()[index];
-        return CallPlace{digest.line, digest.byte, digest.id};
+        const bool has_id = digest.id >= 0;
+        return CallPlace{digest.line, digest.byte,
+                         has_id ? std::optional(static_cast<uint32_t>(digest.id)) : std::nullopt};
     }
 
     void take(const Edit& edit, const Window& a, const Window& b)
