@@ -290,9 +290,10 @@ Shape ScenePainter::shape_of(const Paint& paint) const
 
 void ScenePainter::paint(const Paint& paint)
 {
-    if (levels_.back().hidden)
-        return;
-    on_each_plane([&] { paint_plane(paint); });
+    if (!levels_.back().hidden && !paint.left_out)
+        on_each_plane([&] { paint_plane(paint); });
+    if (watch_ != nullptr)
+        tell_painted(paint);
 }
 
 void ScenePainter::paint_plane(const Paint& paint)

@@ -189,6 +189,8 @@ struct Paint
     Brush brush;
     Compose compose;
     ClipList clips;
+    uint64_t call = 0;      // for a watch: the call that it comes from
+    bool left_out = false;  // only a watch is told of it
 };
 
 struct Box
@@ -222,6 +224,8 @@ struct Group
     Repetition repetition;
     bool has_box = false;  // `box` cuts the content
     Box box;
+    uint64_t call = 0;      // for a watch: the call that begins it
+    uint64_t end_call = 0;  // and the one that ends it
 };
 
 struct Node
