@@ -342,7 +342,8 @@ private:
 };
 
 // Calls that are missing here and added there were moved; what is added beside its like stands there twice.
-void find_moved(std::vector<Edit>& edits, std::span<const CallDigest> a, std::span<const CallDigest> b)
+void find_moved(std::vector<Edit>& edits, std::span<const CallDigest> a, std::span<const CallDigest> b,
+                const CallDigest* before_b)
 {
     std::unordered_multimap<uint64_t, size_t> missing;
     for (size_t i = edits.size(); i-- > 0;)
@@ -362,17 +363,19 @@ void find_moved(std::vector<Edit>& edits, std::span<const CallDigest> a, std::sp
             missing.erase(found);
             continue;
         }
-        edit.twice = (edit.b > 0 && b[edit.b - 1].whole == whole) ||
-                     (edit.b + size_t{1} < b.size() && b[edit.b + 1].whole == whole);
+        const CallDigest* before = edit.b > 0 ? &b[edit.b - 1] : before_b;
+        const CallDigest* behind = edit.b + size_t{1} < b.size() ? &b[edit.b + 1] : nullptr;
+        edit.twice = (before != nullptr && before->whole == whole) || (behind != nullptr && behind->whole == whole);
     }
 }
 
 }  // namespace
 
-std::vector<Edit> align(std::span<const CallDigest> a, std::span<const CallDigest> b, double tolerance)
+std::vector<Edit> align(std::span<const CallDigest> a, std::span<const CallDigest> b, double tolerance,
+                        const CallDigest* before_b)
 {
     std::vector<Edit> edits = Aligner(a, b, tolerance).run();
-    find_moved(edits, a, b);
+    find_moved(edits, a, b, before_b);
     return edits;
 }
 

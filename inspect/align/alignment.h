@@ -34,6 +34,8 @@ struct Edit
 // Every call of both once, in order: a longest common subsequence of what is equal, and between its calls those
 // together that have most in common. Stretches that differ by more than some thousands of calls are aligned by what
 // occurs once in both and, where there is no such thing, one after the other.
-std::vector<Edit> align(std::span<const CallDigest> a, std::span<const CallDigest> b, double tolerance);
+// `before_b` is the call of B ahead of the first one; null if there is none.
+std::vector<Edit> align(std::span<const CallDigest> a, std::span<const CallDigest> b, double tolerance,
+                        const CallDigest* before_b = nullptr);
 
 }  // namespace orvlog::inspect

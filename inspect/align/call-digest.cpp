@@ -3,13 +3,8 @@
 #include "inspect/align/hash.h"
 #include "reader/tree/values.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
 
 namespace orvlog::inspect
 {
@@ -73,8 +68,9 @@ public:
         for (const reader::Attribute& attribute : element.attributes)
             add(element, attribute, hash, form);
         add_data(element, hash, form);
-        for (const Element& child : Children(element))
-            add(child, hash, form);
+        const bool ticket = element.name == "GCM_ColorTicket";
+        for (const Element* child = ticket ? nullptr : element.first; child != nullptr; child = child->next)
+            add(*child, hash, form);
         hash.add(uint64_t{0});
         form.add(uint64_t{0});
     }
@@ -202,42 +198,6 @@ int resemblance(const CallDigest& a, const CallDigest& b)
     for (size_t i = 0; i < CallDigest::parts; ++i)
         same += a.part[i] == b.part[i] ? 1 : 0;
     return same;
-}
-
-DigestFile::DigestFile()
-{
-    std::error_code none;
-    std::string name = (std::filesystem::temp_directory_path(none) / "orvlog-XXXXXX").string();
-    const int file = none ? -1 : mkstemp(name.data());
-    if (file < 0)
-        return;
-    unlink(name.c_str());
-    file_.reset(fdopen(file, "w+b"));
-    good_ = file_ != nullptr;
-    if (!good_)
-        close(file);
-}
-
-bool DigestFile::add(const CallDigest& digest)
-{
-    good_ = good_ && std::fwrite(&digest, sizeof digest, 1, file_.get()) == 1;
-    size_ += good_ ? 1 : 0;
-    return good_;
-}
-
-bool DigestFile::rewind()
-{
-    good_ = good_ && std::fflush(file_.get()) == 0 && std::fseek(file_.get(), 0, SEEK_SET) == 0;
-    return good_;
-}
-
-size_t DigestFile::read(std::vector<CallDigest>& digests, size_t count)
-{
-    const size_t before = digests.size();
-    digests.resize(before + count);
-    const size_t got = good_ ? std::fread(&digests[before], sizeof(CallDigest), count, file_.get()) : 0;
-    digests.resize(before + got);
-    return got;
 }
 
 }  // namespace orvlog::inspect

@@ -3,17 +3,12 @@
 #pragma once
 
 #include "inspect/align/call-names.h"
+#include "inspect/align/temporary-file.h"
 #include "reader/tree/element.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
-#include <optional>
-#include <span>
-#include <string>
-#include <vector>
 
 namespace orvlog::inspect
 {
@@ -43,38 +38,6 @@ bool may_be_equal(const CallDigest& a, const CallDigest& b, double tolerance);
 // 0: other calls. Otherwise 1 and more, the more the calls have in common; at most CallDigest::parts + 1.
 int resemblance(const CallDigest& a, const CallDigest& b);
 
-// Digests in a temporary file that nobody else sees, in their order.
-class DigestFile
-{
-public:
-    DigestFile();
-
-    // False if there is no room for it.
-    bool add(const CallDigest& digest);
-    bool rewind();
-    // Up to `count` further ones; fewer at the end, and where they cannot be read.
-    size_t read(std::vector<CallDigest>& digests, size_t count);
-    bool good() const
-    {
-        return good_;
-    }
-    uint64_t size() const
-    {
-        return size_;
-    }
-
-private:
-    struct Close
-    {
-        void operator()(std::FILE* file) const
-        {
-            std::fclose(file);
-        }
-    };
-
-    std::unique_ptr<std::FILE, Close> file_;
-    uint64_t size_ = 0;
-    bool good_ = false;
-};
+using DigestFile = RecordFile<CallDigest>;
 
 }  // namespace orvlog::inspect

@@ -121,6 +121,13 @@ constexpr std::array<std::string_view, 80> measures = {
 };
 static_assert(std::ranges::is_sorted(measures));
 
+void add_text(const reader::Element& element, Hash& hash)
+{
+    hash.add(element.rows);
+    for (const reader::Element& child : reader::Children(element))
+        add_text(child, hash);
+}
+
 }  // namespace
 
 NameSpace name_space_of(std::string_view element, std::string_view attribute)
@@ -179,18 +186,19 @@ bool NamePairs::agree(NameSpace space, std::string_view a, std::string_view b)
 
 void NamePairs::start_call()
 {
-    tables_[static_cast<size_t>(NameSpace::font)] = {};
-    tables_[static_cast<size_t>(NameSpace::string)] = {};
+    for (const NameSpace space : {NameSpace::font, NameSpace::string})
+        if (!tables_[static_cast<size_t>(space)].order.empty())
+            tables_[static_cast<size_t>(space)] = {};
 }
 
 uint64_t TicketTexts::text_hash(const reader::Element& ticket)
 {
     const uint32_t id = reader::read_uint(ticket, "id");
     const auto known = hashes_.find(id);
-    if (ticket.rows.empty())
+    if (ticket.first == nullptr && ticket.rows.empty())
         return known != hashes_.end() ? known->second : 0;
     Hash hash;
-    hash.add(ticket.rows);
+    add_text(ticket, hash);
     if (id == 0)
         return hash.value();
     if (known != hashes_.end())

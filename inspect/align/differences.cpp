@@ -1,6 +1,5 @@
 #include "inspect/align/differences.h"
 
-#include "inspect/align/hash.h"
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -172,20 +171,17 @@ void CallComparer::compare_rows(const Element& a, const Element& b)
     found_.push_back(std::move(found));
 }
 
-void CallComparer::compare_data(const Element& a, const Element& b)
+// A log has the text of a ticket only once. False if there is nothing in it to look at.
+bool CallComparer::compare_tickets(const Element& a, const Element& b)
 {
-    if (a.name != "GCM_ColorTicket")
-    {
-        compare_bytes(a, b);
-        return compare_rows(a, b);
-    }
     const uint64_t one = tickets_a_.text_hash(a);
     const uint64_t other = tickets_b_.text_hash(b);
     if (one == other)
-        return;
-    if (!a.rows.empty() && !b.rows.empty())
-        return compare_rows(a, b);
+        return false;
+    if (a.first != nullptr && b.first != nullptr)
+        return true;
     found_.push_back({path_, "id", std::string(a.value("id")), std::string(b.value("id")), 0, 0});
+    return false;
 }
 
 // Whether the elements are the same, names of things left aside.
@@ -288,7 +284,10 @@ void CallComparer::compare_elements(const Element& a, const Element& b)
     if (found_.size() >= most_found)
         return;
     compare_attributes(a, b);
-    compare_data(a, b);
+    if (a.name == "GCM_ColorTicket" && !compare_tickets(a, b))
+        return;
+    compare_bytes(a, b);
+    compare_rows(a, b);
     compare_children(a, b);
 }
 

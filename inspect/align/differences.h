@@ -51,7 +51,7 @@ public:
 private:
     void compare_elements(const reader::Element& a, const reader::Element& b);
     void compare_attributes(const reader::Element& a, const reader::Element& b);
-    void compare_data(const reader::Element& a, const reader::Element& b);
+    bool compare_tickets(const reader::Element& a, const reader::Element& b);
     void compare_bytes(const reader::Element& a, const reader::Element& b);
     void compare_rows(const reader::Element& a, const reader::Element& b);
     void compare_children(const reader::Element& a, const reader::Element& b);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <future>
+#include <optional>
 
 namespace orvlog::inspect
 {
@@ -152,14 +153,22 @@ private:
         for (; going_ && count < both && may_be_equal(a.digests()[count], b.digests()[count], options_.tolerance);
              ++count)
             take(edit, a, b);
-        a.drop(count);
-        b.drop(count);
+        drop(a, b, count, count);
         return count > 0;
+    }
+
+    void drop(Window& a, Window& b, size_t count_a, size_t count_b)
+    {
+        if (count_b > 0)
+            before_b_ = b.digests()[count_b - 1];
+        a.drop(count_a);
+        b.drop(count_b);
     }
 
     void take_edits(Window& a, Window& b)
     {
-        const std::vector<Edit> edits = align(a.digests(), b.digests(), options_.tolerance);
+        const std::vector<Edit> edits = align(a.digests(), b.digests(), options_.tolerance,
+                                               before_b_ ? &*before_b_ : nullptr);
         const size_t count = a.is_last() && b.is_last() ? edits.size() : settled(edits);
         size_t taken_a = 0;
         size_t taken_b = 0;
@@ -169,8 +178,7 @@ private:
             taken_a += edits[i].kind != EditKind::added ? 1 : 0;
             taken_b += edits[i].kind != EditKind::missing ? 1 : 0;
         }
-        a.drop(taken_a);
-        b.drop(taken_b);
+        drop(a, b, taken_a, taken_b);
     }
 
     // How many edits will not change by what follows the windows: those up to the last calls that are equal, but at
@@ -237,6 +245,7 @@ private:
     const AlignOptions& options_;
     CallComparer comparer_;
     const std::function<bool(const Step&)>& on_step_;
+    std::optional<CallDigest> before_b_;  // the call ahead of the window
     bool going_ = true;
 };
 

@@ -132,7 +132,7 @@ bool DiffListing::add(const Step& step)
 {
     const Call a = look(step.a, calls_a_);
     Call b = look(step.b, calls_b_);
-    if (!count(step) || !options_.with_calls)
+    if (!count(step))
         return true;
     if (step.kind == StepKind::same)
     {
@@ -216,13 +216,13 @@ bool DiffListing::write_json(const Step& step, const Call& a, const Call& b)
 void DiffListing::add_roots(const std::vector<Difference>& roots)
 {
     roots_differ_ = !roots.empty();
-    if (options_.json || !options_.with_calls)
+    if (options_.json)
         return;
     for (const Difference& one : roots)
         put("ORV " + difference_text(one) + "\n");
 }
 
-void DiffListing::finish()
+void DiffListing::finish(const ordered_json* pages)
 {
     if (options_.json)
     {
@@ -232,7 +232,9 @@ void DiffListing::finish()
         object["missing"] = counts_.missing;
         object["added"] = counts_.added;
         object["moved"] = counts_.moved;
-        object["equal"] = !differs();
+        if (pages != nullptr)
+            object["pages"] = *pages;
+        object["equal"] = !differs() && (pages == nullptr || pages->empty());
         std::string rest = json_text(object);
         rest.erase(0, 1);
             put(first_ ? "{\"calls\": [],\n" : "\n],\n");

@@ -5,6 +5,8 @@
 #include "inspect/align/log-alignment.h"
 #include "reader/look/call-summary.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -18,7 +20,6 @@ struct ListingOptions
     bool json = false;
     bool all = false;          // each difference of a call, however many there are
     unsigned context = 0;      // equal calls before and behind others
-    bool with_calls = true;    // false: only the counts
 };
 
 struct StepCounts
@@ -44,8 +45,8 @@ public:
     // False once nothing can be written.
     bool add(const orvlog::inspect::Step& step);
     void add_roots(const std::vector<orvlog::inspect::Difference>& roots);
-    // A line of what else was found; of JSON a member of the object.
-    void finish();
+    // The counts; of JSON the rest of the object, with what was found of the pages if they were compared.
+    void finish(const nlohmann::ordered_json* pages);
 
     const StepCounts& counts() const
     {
@@ -81,7 +82,7 @@ private:
     bool roots_differ_ = false;
 };
 
-// "3 -> 12", "a byte 7: 00 01 -> 02 01, 2 differ" and the like.
+// "GOP_Operator op_Operator: 3 -> 12", "img_buf/BufferUInt8 at 7: 00 -> 02, 2 differ" and the like.
 std::string difference_text(const orvlog::inspect::Difference& difference);
 
 }  // namespace tool
