@@ -66,6 +66,7 @@ Run declare_show(CLI::App& app);
 Run declare_extract(CLI::App& app);
 Run declare_check(CLI::App& app);
 Run declare_at(CLI::App& app);
+Run declare_diff(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
