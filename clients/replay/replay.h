@@ -8,6 +8,7 @@
 
 #include "clients/replay/replay-tickets.h"
 #include "orvlog/interface/orvlog.h"
+#include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
 #include "reader/tree/element.h"
 
@@ -27,7 +28,7 @@ struct Options
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
     double dpi = 0;                 // above 0: pages of this resolution instead of their own
-    std::optional<uint32_t> up_to;  // the id of the last paint to make; all that is open then is finished
+    std::optional<reader::CallAddress> up_to;  // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
     // Told of each comment of the client's between two calls, as it stands; may be empty.
@@ -43,7 +44,7 @@ struct Outcome
 {
     bool is_log = false;
     bool cut = false;
-    bool reached = true;  // the paint of up_to
+    bool reached = true;  // the call of up_to
     uint64_t calls = 0;   // made
     uint64_t failed = 0;  // of them, those that gave 0
     uint32_t faces = 0;   // in the log, as far as it was played
