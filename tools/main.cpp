@@ -34,6 +34,8 @@ constexpr std::array COMMANDS = {
     Command{"extract", "write what a log holds as files of their own",
             "orvlog extract images letter.orvlog.xml -o images", declare_extract},
     Command{"check", "tell whether a log holds together", "orvlog check letter.orvlog.xml", declare_check},
+    Command{"trim", "make a smaller log of some calls, which still replays",
+            "orvlog trim letter.orvlog.xml --pages 2 -o page-2.orvlog.xml", declare_trim},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
