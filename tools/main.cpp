@@ -36,6 +36,8 @@ constexpr std::array COMMANDS = {
     Command{"check", "tell whether a log holds together", "orvlog check letter.orvlog.xml", declare_check},
     Command{"trim", "make a smaller log of some calls, which still replays",
             "orvlog trim letter.orvlog.xml --pages 2 -o page-2.orvlog.xml", declare_trim},
+    Command{"redact", "make a log that may be handed on", "orvlog redact letter.orvlog.xml -o redacted.orvlog.xml",
+            declare_redact},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
