@@ -50,8 +50,8 @@ constexpr std::array<std::string_view, 32> kWarnings = {
     "Colour space definitions refer to one another without end; the rest is left out.",
 };
 
-constexpr std::array<std::string_view, 13> kElements = {"ORV_", "GOP_", "GSH_", "GPA_", "GFI_", "GCM_", "GGO_",
-                                                        "GBC_", "GXC_", "clp_", "Buffer", "ORVLOG_WRAPPER", "CStr"};
+constexpr std::array<std::string_view, 13> kElements = {
+    "ORV_", "GOP_", "GSH_", "GPA_", "GFI_", "GCM_", "GGO_", "GBC_", "GXC_", "clp_", "Buffer", "ORVLOG_WRAPPER", "CStr"};
 constexpr std::array<std::string_view, 5> kMembers = {"ORV", "img_buf", "attr_buf", "imp_DirectImageData",
                                                       "psp_DashLength"};
 

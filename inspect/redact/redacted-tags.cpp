@@ -114,8 +114,7 @@ std::string RedactedText::glyph_value(const Event&, const Attribute& attribute)
 // The points of a glyph.
 std::string RedactedText::outline_value(const Event& event, const Attribute& attribute)
 {
-    const auto part = [this](double share)
-    { return pair_text(segment_.gvf_X * share, segment_.gvf_Y * share); };
+    const auto part = [this](double share) { return pair_text(segment_.gvf_X * share, segment_.gvf_Y * share); };
     if (attribute.name == "pa_EnclosingBox")
     {
         const std::vector<double> box = reader::to_doubles(attribute.value);

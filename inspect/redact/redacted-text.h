@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "inspect/reduce/log-scan.h"
 #include "inspect/redact/stand-ins.h"
+#include "inspect/reduce/log-scan.h"
 
 #include <cstdint>
 #include <istream>

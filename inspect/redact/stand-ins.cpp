@@ -47,8 +47,8 @@ std::string masked_value(std::string_view value)
 
 std::string masked_colourant(std::string_view value)
 {
-    static constexpr std::array<std::string_view, 10> processes = {"Cyan", "Magenta", "Yellow", "Black", "Red",
-                                                                   "Green", "Blue", "Gray", "All", "None"};
+    static constexpr std::array<std::string_view, 10> processes = {"Cyan",  "Magenta", "Yellow", "Black", "Red",
+                                                                   "Green", "Blue",    "Gray",   "All",   "None"};
     const bool process = std::find(processes.begin(), processes.end(), value) != processes.end();
     return process ? std::string(value) : masked_value(value);
 }

@@ -65,6 +65,12 @@ public:
     {
         return ordinal < keep_.size() && keep_[static_cast<size_t>(ordinal)];
     }
+    // A call that is left out whatever needs it.
+    void leave_out(uint64_t ordinal)
+    {
+        if (ordinal < keep_.size())
+            keep_[static_cast<size_t>(ordinal)] = false;
+    }
     uint64_t calls() const
     {
         return keep_.size();

@@ -33,11 +33,6 @@ std::string_view KeptText::text(uint64_t begin, uint64_t end) const
     return std::string_view(kept_).substr(static_cast<size_t>(begin - begin_), static_cast<size_t>(end - begin));
 }
 
-std::string_view KeptText::rest(uint64_t begin) const
-{
-    return text(begin, begin_ + kept_.size());
-}
-
 KeptText::int_type KeptText::underflow()
 {
     log_.look(1);

@@ -24,9 +24,6 @@ public:
     void forget(uint64_t begin);
     // What is kept of the text between two places.
     std::string_view text(uint64_t begin, uint64_t end) const;
-    // What has been read behind `begin`.
-    std::string_view rest(uint64_t begin) const;
-
     const reader::LogText& log() const
     {
         return log_;
@@ -59,6 +56,16 @@ public:
     std::string_view text() const
     {
         return text_.text(own_, end_);
+    }
+
+    // Where text() stands in the plain text of the log.
+    uint64_t begin() const
+    {
+        return own_;
+    }
+    uint64_t end() const
+    {
+        return end_;
     }
 
     // What follows tells something once next() has given false.

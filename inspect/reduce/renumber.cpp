@@ -82,8 +82,8 @@ void Renumber::start(const Event& event, const char* name, NumberMap& numbers, u
 void Renumber::call(const Event& event, TagEdit& tag)
 {
     const CallKind kind = call_kind(event.name);
-    const bool starts_drawing = kind == CallKind::face_start || kind == CallKind::resource_start ||
-                                kind == CallKind::memory_context_start;
+    const bool starts_drawing =
+        kind == CallKind::face_start || kind == CallKind::resource_start || kind == CallKind::memory_context_start;
     if (kind == CallKind::document_start)
         start(event, "document_context", documents_, next_document_, tag);
     else

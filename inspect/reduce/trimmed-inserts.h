@@ -47,7 +47,8 @@ private:
 class TrimmedText::FragmentInsert : public Insert
 {
 public:
-    explicit FragmentInsert(reader::LogFile file) : file_(std::move(file)), scan_(*file_.stream, reader::LogForm::fragment)
+    explicit FragmentInsert(reader::LogFile file)
+        : file_(std::move(file)), scan_(*file_.stream, reader::LogForm::fragment)
     {
     }
     bool step(TrimmedText& owner) override;

@@ -57,7 +57,6 @@ TrimmedText::int_type TrimmedText::underflow()
     return out_.empty() ? traits_type::eof() : traits_type::to_int_type(out_[0]);
 }
 
-
 bool TrimmedText::step()
 {
     Event event;

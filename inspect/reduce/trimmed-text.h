@@ -130,7 +130,7 @@ private:
     std::vector<bool> in_callback_;  // for each open element
     uint64_t calls_ = 0;
     bool kept_last_ = true;
-    std::string held_;    // comments that stay if the next call does
+    std::string held_;  // comments that stay if the next call does
     Ticket ticket_;
     std::FILE* tickets_ = nullptr;
     std::map<uint32_t, Spooled> spooled_;

@@ -75,8 +75,7 @@ public:
         stream.exceptions(std::ios::badbit);
         if (stream.peek() == std::istream::traits_type::eof())
             return fail(command_.log + ": not a log");
-        const std::string why =
-            write_new_log(stream, command_.output, [&] { progress.show(whole.bytes_used()); });
+        const std::string why = write_new_log(stream, command_.output, [&] { progress.show(whole.bytes_used()); });
         if (!why.empty())
             return fail(why);
         return finish(whole, text);

@@ -66,6 +66,7 @@ Run declare_show(CLI::App& app);
 Run declare_extract(CLI::App& app);
 Run declare_check(CLI::App& app);
 Run declare_trim(CLI::App& app);
+Run declare_minimise(CLI::App& app);
 Run declare_redact(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
