@@ -66,8 +66,7 @@ uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* para
     if (session == nullptr || params == nullptr)
         return 1;
     const bool obsolete = params->up_DumpReqImgDataOnly != 0;
-    session->logging_mode = obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE;
-    session->image.image_logging_mode = session->logging_mode;
+    orvlog_choose_mode(session, obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE);
     if (obsolete)
         orvlog_writer_warn(&session->writer,
                            "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");

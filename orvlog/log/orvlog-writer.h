@@ -19,7 +19,7 @@
 #include <cstdint>
 #include <string_view>
 
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define ORVLOG_PRINTF(text, first) __attribute__((format(gnu_printf, text, first)))
 #else
 #define ORVLOG_PRINTF(text, first) __attribute__((format(printf, text, first)))

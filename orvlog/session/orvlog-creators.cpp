@@ -76,8 +76,11 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     session->ticket_functions = options->ticket_functions;
     session->ticket_serial_functions = options->ticket_serial_functions;
     session->third_client_table = options->third_client_table;
-    session->logging_mode = options->mode;
-    session->image.image_logging_mode = options->mode;
+    orvlog_choose_mode(session, options->mode);
+    session->image.image_dump_flag = options->image_dump_flag;
+    session->glyph_fixed_format = options->glyph_fixed_format;
+    session->glyph_get_format = options->glyph_get_format;
+    session->second_interface = options->second_interface;
     return true;
 }
 
@@ -97,6 +100,8 @@ ORVLOG_Session* session_of(const ORV_Interface* table)
 
 uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
 {
+    if (options == nullptr)
+        return 0;
     GMM_Allocator* allocator = options->allocator;
     if (options->interface_out == nullptr || options->interface_out == options->interface_in)
         return 0;
@@ -121,6 +126,8 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
     options->interface_out->base = {options->interface_in, 0};
     orvlog_fill_interface(options->interface_out, session);
     orvlog_open_root(&session->writer, orvlog_session_is_base(session));
+    if (options->base_content != 0)
+        orvlog_choose_mode(session, ORVLOG_MODE_BASE);
     return 1;
 }
 
@@ -146,6 +153,11 @@ uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface
         .compress = compress,
         .mode = mode,
         .via_temporary_log = 0,
+        .base_content = 0,
+        .image_dump_flag = 0,
+        .glyph_fixed_format = 0,
+        .glyph_get_format = 0,
+        .second_interface = nullptr,
     };
     return orvlog_create_session_with(&options);
 }

@@ -2,8 +2,7 @@
 
 #pragma once
 
-#include "orvlog/interface/orvlog.h"
-#include "orvlog/session/orvlog-session-options.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "orvlog/session/orvlog-session.h"
 
 #include <cstdint>

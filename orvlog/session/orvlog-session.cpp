@@ -72,6 +72,12 @@ bool orvlog_session_is_base(const ORVLOG_Session* session)
     return session->logging_mode == ORVLOG_MODE_BASE;
 }
 
+void orvlog_choose_mode(ORVLOG_Session* session, uint32_t mode)
+{
+    session->logging_mode = mode;
+    session->image.image_logging_mode = mode;
+}
+
 ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session)
 {
     GMM_Allocator* allocator = session->allocator;

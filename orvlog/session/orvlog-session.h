@@ -3,10 +3,9 @@
 
 #pragma once
 
-#include "orvlog/interface/orvlog.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "orvlog/log/orvlog-writer.h"
 #include "orvlog/session/orvlog-image-slots.h"
-#include "orvlog/session/orvlog-session-options.h"
 
 #include <cstdint>
 
@@ -161,6 +160,8 @@ void orvlog_session_clear_scratch(ORVLOG_Session* session);
 bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing);
 
 bool orvlog_session_is_base(const ORVLOG_Session* session);
+// ORVLOG_MODE_*: for images and all else.
+void orvlog_choose_mode(ORVLOG_Session* session, uint32_t mode);
 
 // Opens a record and links it to the session; null without memory. Closing unlinks and frees it.
 ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session);

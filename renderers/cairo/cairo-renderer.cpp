@@ -473,7 +473,7 @@ bool Renderer::Implementation::draw_bands(Open& open, PngFile* png)
         }
         cairo_surface_set_device_offset(page.surface, 0.0, -static_cast<double>(row));
         open.cr = begin_page(page.surface);
-        open.drawing->play_on(open.cr);
+        open.drawing->paint_on(open.cr);
         good = give_page(open, png) && good;
     }
     return good;

@@ -68,7 +68,7 @@ struct Options
     std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
     // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
-    // the page ends, then played once for each band. Pages from a surface factory never are.
+    // the page ends, then painted once for each band. Pages from a surface factory never are.
     uint64_t pixels_at_once = usual_pixels_at_once;
     bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;

@@ -43,7 +43,7 @@ Drawing::Drawing(Shared shared, cairo_t* cr, const cairo_matrix_t& to_pixels, co
     : shared_(shared), cr_(cr), base_(to_pixels), engine_(engine)
 {
     if (cr != nullptr && !shared.keep_images)
-        player_ = std::make_unique<Player>(cr, to_pixels, shared.complaints);
+        painter_ = std::make_unique<ScenePainter>(cr, to_pixels, shared.complaints);
 }
 
 Drawing::~Drawing() = default;
@@ -63,9 +63,9 @@ bool Drawing::left_out() const
     return !groups_.empty() && groups_.back()->left_out;
 }
 
-bool Drawing::playing() const
+bool Drawing::painting() const
 {
-    return player_ != nullptr && (groups_.empty() || groups_.back()->immediate);
+    return painter_ != nullptr && (groups_.empty() || groups_.back()->immediate);
 }
 
 ShapeContext Drawing::shape_context() const
@@ -84,8 +84,8 @@ void Drawing::emit(Paint paint)
     cost_ += 1.0;
     if (left_out())
         return;
-    if (playing())
-        return player_->paint(paint);
+    if (painting())
+        return painter_->paint(paint);
     Nodes& nodes = groups_.empty() ? *root_ : *groups_.back()->group.content;
     nodes.push_back(Node{std::move(paint)});
 }
@@ -94,8 +94,8 @@ void Drawing::emit(Group group)
 {
     if (left_out())
         return;
-    if (playing())
-        return player_->group(group);
+    if (painting())
+        return painter_->group(group);
     Nodes& nodes = groups_.empty() ? *root_ : *groups_.back()->group.content;
     nodes.push_back(Node{std::move(group)});
 }
@@ -192,9 +192,9 @@ void Drawing::start_group(const GroupCall& call)
     open->engine = call.engine != nullptr ? call.engine : engine();
     open->to_pixels = multiply(open->group.retransform, to_pixels());
     const Repetition& repetition = open->group.repetition;
-    open->immediate = playing() && !open->left_out && repetition.x_step == 0.0 && repetition.y_step == 0.0;
+    open->immediate = painting() && !open->left_out && repetition.x_step == 0.0 && repetition.y_step == 0.0;
     if (open->immediate)
-        player_->begin_group(open->group);
+        painter_->begin_group(open->group);
     groups_.push_back(std::move(open));
     depth_ = std::max(depth_, static_cast<uint32_t>(groups_.size()));
 }
@@ -206,7 +206,7 @@ bool Drawing::finish_group()
     std::unique_ptr<OpenGroup> open = std::move(groups_.back());
     groups_.pop_back();
     if (open->immediate)
-        player_->end_group(open->group);
+        painter_->end_group(open->group);
     else if (!open->left_out)
         emit(std::move(open->group));
     return true;
@@ -243,15 +243,15 @@ void Drawing::finish()
     {
     }
     kept_.pull_all(shared_.spaces, shared_.complaints);
-    if (cr_ == nullptr || player_ != nullptr)
+    if (cr_ == nullptr || painter_ != nullptr)
         return;
-    play_on(cr_);
+    paint_on(cr_);
 }
 
-void Drawing::play_on(cairo_t* cr) const
+void Drawing::paint_on(cairo_t* cr) const
 {
-    Player player(cr, base_, shared_.complaints);
-    player.play(*root_);
+    ScenePainter painter(cr, base_, shared_.complaints);
+    painter.paint_nodes(*root_);
 }
 
 void Drawing::discard()

@@ -1,5 +1,5 @@
 // What a drawing call asks for, in records of the renderer's own: nothing here points at a client's memory,
-// so a paint can be played at once, at the end of its drawing, or each time its resource is painted.
+// so a paint can be drawn at once, at the end of its drawing, or each time its resource is painted.
 
 #pragma once
 
