@@ -5,9 +5,11 @@
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "orvlog/log/orvlog-root.h"
 #include "orvlog/session/orvlog-creators.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {
@@ -28,16 +30,6 @@ void release_open_work(ORVLOG_Session* session)
     font_wrapper_release_all(session);
     orvlog_free_colour_frames(session);
     orvlog_session_clear_scratch(session);
-}
-
-void finish_coder(ORVLOG_Writer* writer)
-{
-    if (writer->compress != 1 || writer->coder == nullptr)
-        return;
-    const uint8_t last = AHC_EncoderFinish(writer->coder);
-    writer->coder = nullptr;
-    if (writer->stream != nullptr && writer->stream->ops != nullptr && writer->stream->ops->gio_Write != nullptr)
-        writer->stream->ops->gio_Write(&last, 1, 1, writer->stream->instance);
 }
 
 uint32_t merge(ORVLOG_Session* session)
@@ -76,9 +68,8 @@ uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* para
     const bool obsolete = params->up_DumpReqImgDataOnly != 0;
     orvlog_choose_mode(session, obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE);
     if (obsolete)
-        orvlog_writer_defer_warning(
-            &session->writer, ORVLOG_WARNING_FORMAT,
-            "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
+        orvlog_writer_warn(&session->writer,
+                           "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
     session->glyph_fixed_format = 0;
     session->image.image_dump_flag = 0;
     session->glyph_get_format = 1;
@@ -97,7 +88,7 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     orvlog_resource_map_clear(session);
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
-    finish_coder(&session->writer);
+    orvlog_writer_end_coding(&session->writer);
     const uint32_t result = merge(session);
     orvlog_free_session(session);
     return result;

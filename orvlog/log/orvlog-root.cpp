@@ -1,6 +1,7 @@
 #include "orvlog/log/orvlog-root.h"
 
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-coding.h"
 
 namespace
 {
@@ -20,18 +21,19 @@ constexpr Version kVersions[] = {
     {"GOS_VERSION", 10052},         {"GPA_VERSION", 10057}, {"GSH_VERSION", 10043}, {"GUT_VERSION", 10003},
 };
 
+constexpr const char* kRoot = "ORV";
 constexpr uint32_t kContentVersion = 2;
 
 }  // namespace
 
 void orvlog_open_root(ORVLOG_Writer* writer, bool base)
 {
-    orvlog_writer_begin_element(writer, "ORV");
+    orvlog_writer_begin_element(writer, kRoot);
     if (writer->compress == 1)
     {
         orvlog_attr_string(writer, "compression", "Adaptive Huffman");
-        writer->coder = AHC_EncoderCreate(writer->allocator);
-        orvlog_writer_begin_element(writer, "ORV");
+        orvlog_writer_start_coding(writer);
+        orvlog_writer_begin_element(writer, kRoot);
     }
     for (const Version& version : kVersions)
         orvlog_attr_uint(writer, version.name, version.value);
@@ -40,12 +42,10 @@ void orvlog_open_root(ORVLOG_Writer* writer, bool base)
     // Follows neither mode; readers of the log rely on it.
     orvlog_attr_string(writer, "GlyphLoggingMode", "transparent");
     orvlog_attr_uint(writer, "ORVLOG_CONTENT_VERSION", kContentVersion);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
 }
 
 void orvlog_close_root(ORVLOG_Writer* writer)
 {
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "ORV");
+    orvlog_writer_leave_element(writer, kRoot);
 }

@@ -1,5 +1,6 @@
 #include "orvlog/session/orvlog-creators.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "orvlog/log/orvlog-root.h"
 
@@ -38,16 +39,28 @@ bool can_allocate(const GMM_Allocator* allocator)
 }
 
 // Puts a temporary log in the place of the client's stream until the shutdown.
-bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
+bool open_temporary_log(ORVLOG_Session* session, GIO_Stream* log_stream, uint32_t compress)
 {
     if (ORVLOG_OpenTempLog(session->allocator, session->session_id, &session->merge_source_stream,
                            session->merge_file_name) == 0)
         return false;
-    session->merge_target_stream = session->writer.stream;
+    session->merge_target_stream = log_stream;
     session->merge_compress = compress;
     session->merge_pending = 1;
-    session->writer.stream = session->merge_source_stream;
-    session->writer.compress = 0;
+    return true;
+}
+
+// The text of a temporary log is plain: it is the merge that codes it.
+bool set_up_writer(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
+{
+    GIO_Stream* stream = options->log_stream;
+    const bool detour = options->via_temporary_log != 0 && stream != nullptr;
+    if (detour && !open_temporary_log(session, stream, options->compress))
+        return false;
+    if (detour)
+        orvlog_writer_init(&session->writer, options->allocator, session->merge_source_stream, 0, 0);
+    else
+        orvlog_writer_init(&session->writer, options->allocator, stream, 0, options->compress);
     return true;
 }
 
@@ -57,9 +70,7 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     session->side_allocator = options->allocator;
     if (!read_identity(session, options->identity))
         return false;
-    orvlog_writer_init(&session->writer, options->allocator, options->log_stream, 0, options->compress);
-    const bool detour = options->via_temporary_log != 0 && options->log_stream != nullptr;
-    if (detour && !open_temporary_log(session, options->compress))
+    if (!set_up_writer(session, options))
         return false;
     store_prefix(&session->image, options->file_prefix);
     session->ticket_functions = options->ticket_functions;
@@ -98,7 +109,7 @@ uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
         *options->interface_out = *options->interface_in;
     if (!can_allocate(allocator))
         return 0;
-    auto* session = static_cast<ORVLOG_Session*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_Session), 0));
+    auto* session = gmm_alloc_record<ORVLOG_Session>(allocator);
     if (session == nullptr)
         return 0;
     std::memset(session, 0, sizeof *session);

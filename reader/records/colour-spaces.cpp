@@ -1,4 +1,4 @@
-#include "reader/records/records.h"
+#include "reader/records/colour-spaces.h"
 
 #include "holv-core/gio/gio-memory.h"
 #include "reader/tree/values.h"
@@ -44,41 +44,26 @@ GMM_Allocator* stream_memory()
     return &allocator;
 }
 
-}  // namespace
-
-void RecordReader::CloseStream::operator()(GIO_Stream* stream) const
-{
-    stream->ops->gio_Close(stream->instance);
-}
-
-GIO_Stream* RecordReader::make_stream(std::span<uint8_t> bytes)
-{
-    GIO_Stream* stream = nullptr;
-    if (GIO_OpenMemory(bytes.data(), bytes.size(), stream_memory(), &stream) != 0)
-        return nullptr;
-    return streams_.emplace_back(stream).get();
-}
-
 // A copy with zeros behind it up to `size`; null if that is out of reason.
-const uint8_t* RecordReader::padded(std::span<const uint8_t> told, uint64_t size)
+const uint8_t* padded(Arena& arena, std::span<const uint8_t> told, uint64_t size)
 {
     if (size > std::max<uint64_t>(kMostTable, 2 * told.size()))
         return nullptr;
-    const std::span<uint8_t> copy = arena_.make_array<uint8_t>(std::max<size_t>(size, told.size()));
+    const std::span<uint8_t> copy = arena.make_array<uint8_t>(std::max<size_t>(size, told.size()));
     std::ranges::copy(told, copy.begin());
     return copy.data();
 }
 
-const char* RecordReader::text(std::string_view value)
+const char* text(Arena& arena, std::string_view value)
 {
     const std::string told = to_text(value);
-    auto* copy = static_cast<char*>(arena_.take(told.size() + 1));
+    auto* copy = static_cast<char*>(arena.take(told.size() + 1));
     std::memcpy(copy, told.data(), told.size());
     return copy;
 }
 
 // The floats of a table, and zeros where it has fewer than `count`.
-const float* RecordReader::float_table(const Element* holder, size_t count)
+const float* float_table(Arena& arena, const Element* holder, size_t count)
 {
     const Element* buffer = holder != nullptr ? holder->child("BufferFloat") : nullptr;
     if (buffer == nullptr)
@@ -86,18 +71,18 @@ const float* RecordReader::float_table(const Element* holder, size_t count)
     const std::vector<float> values = to_floats(buffer->rows);
     if (values.empty())
         return nullptr;
-    const std::span<float> copy = arena_.make_array<float>(count);
+    const std::span<float> copy = arena.make_array<float>(count);
     std::copy_n(values.begin(), std::min(values.size(), copy.size()), copy.begin());
     return copy.data();
 }
 
-const GCM_CieLutsPointer* RecordReader::cie_luts(const Element& element)
+const GCM_CieLutsPointer* cie_luts(Arena& arena, const Element& element)
 {
-    auto* pointer = arena_.make<GCM_CieLutsPointer>();
+    auto* pointer = arena.make<GCM_CieLutsPointer>();
     const Element* told = element.child("GCM_CieLuts");
     if (told == nullptr)
         return pointer;
-    auto* luts = arena_.make<GCM_CieLuts>();
+    auto* luts = arena.make<GCM_CieLuts>();
     luts->cl_DecodeBitDepth = read_uint(*told, "cl_DecodeBitDepth");
     read_numbers(*told, "cl_WhitePoint", luts->cl_WhitePoint);
     read_numbers(*told, "cl_BlackPoint", luts->cl_BlackPoint);
@@ -116,54 +101,38 @@ const GCM_CieLutsPointer* RecordReader::cie_luts(const Element& element)
         return pointer;
     }
     const size_t entries = size_t{1} << luts->cl_DecodeBitDepth;
-    pointer->clp_DecodeABC_A = float_table(element.child("clp_DecodeABC_A"), entries);
-    pointer->clp_DecodeABC_B = float_table(element.child("clp_DecodeABC_B"), entries);
-    pointer->clp_DecodeABC_C = float_table(element.child("clp_DecodeABC_C"), entries);
-    pointer->clp_DecodeLMN_L = float_table(element.child("clp_DecodeLMN_L"), entries);
-    pointer->clp_DecodeLMN_M = float_table(element.child("clp_DecodeLMN_M"), entries);
-    pointer->clp_DecodeLMN_N = float_table(element.child("clp_DecodeLMN_N"), entries);
+    pointer->clp_DecodeABC_A = float_table(arena, element.child("clp_DecodeABC_A"), entries);
+    pointer->clp_DecodeABC_B = float_table(arena, element.child("clp_DecodeABC_B"), entries);
+    pointer->clp_DecodeABC_C = float_table(arena, element.child("clp_DecodeABC_C"), entries);
+    pointer->clp_DecodeLMN_L = float_table(arena, element.child("clp_DecodeLMN_L"), entries);
+    pointer->clp_DecodeLMN_M = float_table(arena, element.child("clp_DecodeLMN_M"), entries);
+    pointer->clp_DecodeLMN_N = float_table(arena, element.child("clp_DecodeLMN_N"), entries);
     const Element* table = element.child("clp_HIJKTable");
     const Element* buffer = table != nullptr ? table->child("BufferUInt8") : nullptr;
     const uint8_t* sizes = luts->cl_HIJKDimensions;
     const uint64_t size = uint64_t{sizes[0]} * sizes[1] * sizes[2] * std::max<uint64_t>(sizes[3], 1);
     if (buffer != nullptr)
-        pointer->clp_HIJKTable = padded(buffer->bytes, size);
+        pointer->clp_HIJKTable = padded(arena, buffer->bytes, size);
     if (buffer != nullptr && pointer->clp_HIJKTable == nullptr)
         luts->cl_HIJKDimensions[0] = 0;
     return pointer;
 }
 
-const GCM_PostRenderLut* RecordReader::post_render_lut(const Element& element, uint8_t base_channels)
+const GCM_PostRenderLut* post_render_lut(Arena& arena, const Element& element, uint8_t base_channels)
 {
-    auto* lut = arena_.make<GCM_PostRenderLut>();
+    auto* lut = arena.make<GCM_PostRenderLut>();
     lut->prl_LutDimensions = static_cast<uint8_t>(read_uint(element, "prl_LutDimensions"));
     lut->prl_LutSize = static_cast<uint8_t>(read_uint(element, "prl_LutSize"));
     lut->prl_OutputBitDepth = static_cast<uint8_t>(read_uint(element, "prl_OutputBitDepth"));
     const Element* buffer = element.child("BufferUInt8");
     if (buffer != nullptr)
-        lut->prl_Table = padded(buffer->bytes, lut_bytes(*lut, base_channels));
+        lut->prl_Table = padded(arena, buffer->bytes, lut_bytes(*lut, base_channels));
     return lut;
 }
 
-// The bytes of a profile that came by a stream.
-GIO_Stream* RecordReader::profile_stream(const Element& element)
+const GCM_Csd* csd_head(Arena& arena, const Element& element, bool callback)
 {
-    size_t size = 0;
-    for (const Element& child : Children(element))
-        size += child.bytes.size();
-    const std::span<uint8_t> profile = arena_.make_array<uint8_t>(size);
-    size_t to = 0;
-    for (const Element& child : Children(element))
-    {
-        std::ranges::copy(child.bytes, profile.begin() + static_cast<ptrdiff_t>(to));
-        to += child.bytes.size();
-    }
-    return make_stream(profile);
-}
-
-const GCM_Csd* RecordReader::csd_head(const Element& element, bool callback)
-{
-    auto* csd = arena_.make<GCM_Csd>();
+    auto* csd = arena.make<GCM_Csd>();
     csd->csd_Type = callback ? uint32_t{GCM_CSDTYPE_CALLBACK} : read_enum(element, "csd_Type");
     csd->csd_NumBaseChans = static_cast<uint8_t>(read_uint(element, "csd_NumBaseChans"));
     csd->csd_NumNamedChans = static_cast<uint8_t>(read_uint(element, "csd_NumNamedChans"));
@@ -199,51 +168,82 @@ const GCM_Csd* RecordReader::csd_head(const Element& element, bool callback)
     return csd;
 }
 
-void RecordReader::read_csd(const Element& element, GCM_CsdPointer* pointer, uint32_t levels)
+}  // namespace
+
+void ColourSpaceReader::CloseStream::operator()(GIO_Stream* stream) const
+{
+    stream->ops->gio_Close(stream->instance);
+}
+
+// The bytes of a profile that came by a stream.
+GIO_Stream* ColourSpaceReader::profile_stream(const Element& element)
+{
+    size_t size = 0;
+    for (const Element& child : Children(element))
+        size += child.bytes.size();
+    const std::span<uint8_t> profile = arena_.make_array<uint8_t>(size);
+    size_t to = 0;
+    for (const Element& child : Children(element))
+    {
+        std::ranges::copy(child.bytes, profile.begin() + static_cast<ptrdiff_t>(to));
+        to += child.bytes.size();
+    }
+    GIO_Stream* stream = nullptr;
+    if (GIO_OpenMemory(profile.data(), profile.size(), stream_memory(), &stream) != 0)
+        return nullptr;
+    return streams_.emplace_back(stream).get();
+}
+
+void ColourSpaceReader::read_levels(const Element& element, GCM_CsdPointer* pointer, uint32_t levels)
 {
     const Element* told = element.child("GCM_Csd");
     if (told == nullptr)
         return;
     const bool callback = read_bool(element, "GCM_CsdPointer_callback_dumped_as_profile_buffer") != 0;
-    const auto* csd = csd_head(*told, callback);
+    const auto* csd = csd_head(arena_, *told, callback);
     pointer->cp_Csd = csd;
     if (element.has("cp_Filename"))
-        pointer->cp_Filename = text(element.value("cp_Filename"));
+        pointer->cp_Filename = text(arena_, element.value("cp_Filename"));
     if (callback)
         pointer->cp_CallbackStream = profile_stream(element);
     const Element* buffer = element.child("BufferUInt8");
     if (csd->csd_Type == GCM_CSDTYPE_PROFILE_BUFFER && buffer != nullptr)
-        pointer->cp_ProfileBuffer = padded(buffer->bytes, csd->csd_Defn.ProfileBufferSize);
+        pointer->cp_ProfileBuffer = padded(arena_, buffer->bytes, csd->csd_Defn.ProfileBufferSize);
     const Element* luts = element.child("GCM_CieLutsPointer");
     if (csd->csd_Type == GCM_CSDTYPE_CIELUT_DATA && luts != nullptr)
-        pointer->cp_CieLuts = cie_luts(*luts);
+        pointer->cp_CieLuts = cie_luts(arena_, *luts);
     const Element* lut = element.child("GCM_PostRenderLut");
     if (csd->csd_Type == GCM_CSDTYPE_POST_RENDER_LUT && lut != nullptr)
-        pointer->cp_PostRenderLut = post_render_lut(*lut, csd->csd_NumBaseChans);
+        pointer->cp_PostRenderLut = post_render_lut(arena_, *lut, csd->csd_NumBaseChans);
     const Element* names = element.member("cp_NamedChans");
     size_t count = 0;
     for (const Element* one = names != nullptr ? names->first : nullptr; one != nullptr && count < kMostNames;
          one = one->next)
-        pointer->cp_NamedChans[count++] = text(one->value("val"));
+        pointer->cp_NamedChans[count++] = text(arena_, one->value("val"));
     for (const Element& wrapper : Children(element))
     {
         const Element* held = wrapper.name == "ORVLOG_WRAPPER" ? wrapper.child("GCM_CsdPointer") : nullptr;
         if (held == nullptr || levels == 0)
             continue;
         auto* inner = arena_.make<GCM_CsdPointer>();
-        read_csd(*held, inner, levels - 1);
+        read_levels(*held, inner, levels - 1);
         const bool alternate = wrapper.value("name") == "cp_AlternateDefn";
         (alternate ? pointer->cp_AlternateDefn : pointer->cp_TintTransformAltDefn) = inner;
     }
 }
 
-const GCM_CsdPointer* RecordReader::csd(const Element* element)
+const GCM_CsdPointer* ColourSpaceReader::read(const Element* element)
 {
     if (element == nullptr || element->name != "GCM_CsdPointer")
         return nullptr;
     auto* pointer = arena_.make<GCM_CsdPointer>();
-    read_csd(*element, pointer, kMostLevels);
+    read_levels(*element, pointer, kMostLevels);
     return pointer;
+}
+
+void ColourSpaceReader::clear()
+{
+    streams_.clear();
 }
 
 }  // namespace orvlog::reader
