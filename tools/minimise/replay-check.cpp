@@ -2,7 +2,7 @@
 
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/interface/orvlog-session-options.h"
 
 #include <sstream>
 
