@@ -7,12 +7,10 @@
 #include "clients/pdf/job/log-writing.h"
 #include "clients/pdf/job/page-run.h"
 #include "clients/pdf/job/plain-run.h"
-#include "clients/pdf/logged-interface.h"
 #include "clients/pdf/null-renderer.h"
 #include "clients/pdf/records/page-tickets.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 
 namespace pdf_client
@@ -86,19 +84,19 @@ private:
 
     bool run_with_logger(PdfDocument& document)
     {
-        const OpenLog log = open_log(state_);
-        if (log.file == nullptr)
+        const std::unique_ptr<client_session::LoggedSession> logger = open_log(state_);
+        if (logger == nullptr)
         {
             return false;
         }
         state_.result.started = true;
         state_.result.summary.log = options_.log;
-        log_pages(document, *log.file, log.beside);
+        log_pages(document, *logger);
         return true;
     }
 
     // In the folder where the files beside the log go.
-    void log_pages(PdfDocument& document, client_stream::LogFile& log, const client_stream::FilesBeside& beside)
+    void log_pages(PdfDocument& document, client_session::LoggedSession& logger)
     {
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
@@ -107,24 +105,18 @@ private:
         }
         const std::unique_ptr<PlainRun> plain = options_.check ? std::make_unique<PlainRun>(state_) : nullptr;
         const TimeSpent before = plain != nullptr ? plain->time() : TimeSpent();
-        const std::filesystem::path from = std::filesystem::current_path();
-        const client_stream::PresentFolder there(beside.folder);
-        std::string why = there.error() ? beside.folder.string() + ": " + there.error().message() : "";
-        const std::unique_ptr<LoggedInterface> logger =
-            there.error()
-                ? nullptr
-                : LoggedInterface::create(options_, beside.prefix,
-                                          renderer != nullptr ? renderer->interface() : nullptr, log.stream(), why);
-        if (logger == nullptr)
+        std::string why;
+        if (!logger.begin(renderer != nullptr ? renderer->interface() : nullptr, &why))
         {
             state_.result.errors.push_back(why);
             return;
         }
         const TimeSpent start = TimeSpent::now();
-        const Run run = walk(document, logger->table(), logger.get(), plain.get());
+        const Run run = walk(document, logger.table(), &logger, plain.get());
         painting_has_ended();
-        logger->shut_down();
-        finish_log(state_, *logger, log, from);
+        const std::vector<std::string> lacks = logger.close();
+        state_.result.errors.insert(state_.result.errors.end(), lacks.begin(), lacks.end());
+        state_.result.summary.log_bytes = logger.log_bytes();
         const TimeSpent plain_time = plain != nullptr ? plain->time() - before : TimeSpent();
         state_.result.summary.time = TimeSpent::now() - start - plain_time;
         take_over(run, renderer.get());
@@ -169,7 +161,7 @@ private:
     }
 
     // `logger` is null for a walk without it, `plain` without a check.
-    Run walk(PdfDocument& document, const ORV_Interface* table, LoggedInterface* logger, PlainRun* plain)
+    Run walk(PdfDocument& document, const ORV_Interface* table, client_session::LoggedSession* logger, PlainRun* plain)
     {
         Run run;
         run.colours = &colour_manager_;
@@ -205,7 +197,7 @@ private:
         return run;
     }
 
-    void note_interruption(int page, LoggedInterface* logger)
+    void note_interruption(int page, client_session::LoggedSession* logger)
     {
         state_.result.interrupted = interrupting_signal();
         if (state_.result.interrupted == 0)

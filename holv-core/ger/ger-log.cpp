@@ -1,6 +1,7 @@
 #include "holv-core/ger/ger-log.h"
 
 #include "holv-core/gio/gio-result.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -48,13 +49,11 @@ int32_t grow(GER_Log* log, int32_t channel)
 {
     GMM_Allocator* allocator = log->gl_Allocator;
     const auto capacity = static_cast<uint64_t>(channel) + 1;
-    auto* outputs =
-        static_cast<GIO_Stream*>(allocator->gmm_Realloc(allocator, log->gl_Outputs, capacity * sizeof(GIO_Stream)));
+    auto* outputs = gmm_realloc_array(allocator, log->gl_Outputs, capacity);
     if (outputs == nullptr)
         return GIO_ERR_NO_MEMORY;
     log->gl_Outputs = outputs;
-    auto* levels =
-        static_cast<uint32_t*>(allocator->gmm_Realloc(allocator, log->gl_ChannelLevels, capacity * sizeof(uint32_t)));
+    auto* levels = gmm_realloc_array(allocator, log->gl_ChannelLevels, capacity);
     if (levels == nullptr)
         return GIO_ERR_NO_MEMORY;
     log->gl_ChannelLevels = levels;
@@ -143,9 +142,9 @@ int32_t GER_LogCreate(const GIO_Stream* output, GMM_Allocator* allocator, const 
     auto* log = static_cast<GER_Log*>(allocator->gmm_Calloc(allocator, sizeof(GER_Log), 0));
     if (log == nullptr)
         return GIO_ERR_NO_MEMORY;
-    log->gl_Outputs = static_cast<GIO_Stream*>(allocator->gmm_Alloc(allocator, sizeof(GIO_Stream), 0));
+    log->gl_Outputs = gmm_alloc_record<GIO_Stream>(allocator);
     if (log->gl_Outputs != nullptr)
-        log->gl_ChannelLevels = static_cast<uint32_t*>(allocator->gmm_Alloc(allocator, sizeof(uint32_t), 0));
+        log->gl_ChannelLevels = gmm_alloc_record<uint32_t>(allocator);
     if (log->gl_ChannelLevels == nullptr)
     {
         free_blocks(allocator, log);

@@ -2,6 +2,7 @@
 
 #include "holv-core/gio/gio-format.h"
 #include "holv-core/gio/gio-result.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstddef>
 #include <cstring>
@@ -299,7 +300,7 @@ int32_t GIO_OpenMemory(void* data, uint64_t size, GMM_Allocator* allocator, GIO_
     if (data == nullptr || allocator == nullptr || stream_out == nullptr)
         return GIO_ERR_INVALID;
     *stream_out = nullptr;
-    auto* block = static_cast<MemoryStreamBlock*>(allocator->gmm_Alloc(allocator, sizeof(MemoryStreamBlock), 0));
+    auto* block = gmm_alloc_record<MemoryStreamBlock>(allocator);
     if (block == nullptr)
         return GIO_ERR_NO_MEMORY;
     if (size == 0)

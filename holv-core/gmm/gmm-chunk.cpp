@@ -1,5 +1,7 @@
 #include "holv-core/gmm/gmm-chunk.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -229,8 +231,7 @@ GMM_Allocator* gmm_chunk_allocator_create(const GMM_ChunkParams* params)
     if (params == nullptr || params->parent == nullptr)
         return nullptr;
     GMM_Allocator* parent = params->parent;
-    auto* record =
-        static_cast<GMM_ChunkAllocator*>(parent->gmm_Alloc(parent, sizeof(GMM_ChunkAllocator), params->channel));
+    auto* record = gmm_alloc_record<GMM_ChunkAllocator>(parent, params->channel);
     if (record == nullptr)
         return nullptr;
     std::memset(record, 0, sizeof *record);

@@ -42,6 +42,7 @@ struct BrushContext
     Complaints& complaints;
     KeptImages* kept;  // null: pull all images at once
     uint32_t object_type;
+    const Window* window = nullptr;  // of what is painted at once; null: all of an image is wanted
 };
 
 // Nothing for a null operand.

@@ -10,12 +10,14 @@
 #pragma once
 
 #include "orvlog/interface/orv-interface.h"
+#include "renderers/cairo/watch.h"
 
 #include <cairo.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,6 +74,9 @@ struct Options
     uint64_t pixels_at_once = usual_pixels_at_once;
     bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;
+    // Is told of each step of the drawing; of a page in bands only the bands that meet its box are then drawn, if there
+    // is neither a sink nor a file for the page. What is drawn is the same with and without.
+    std::optional<Watch> watch;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
 };
 

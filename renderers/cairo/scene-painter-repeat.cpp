@@ -57,13 +57,10 @@ cairo_filter_t filter_for(const cairo_matrix_t& to_pixels, bool smooth)
     return blocks && !smooth ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD;
 }
 
-// From the pixels of the surface, which may be coarser than the image's, to those of the image.
+// From the pixels of the surface to those of the image.
 cairo_matrix_t refine(const Image& image)
 {
-    const double wide = cairo_image_surface_get_width(image.surface.get());
-    const double high = cairo_image_surface_get_height(image.surface.get());
-    const double coarse = std::max(std::ceil(image.width / wide), std::ceil(image.height / high));
-    return {coarse, 0.0, 0.0, coarse, 0.0, 0.0};
+    return {image.coarse, 0.0, 0.0, image.coarse, image.left, image.top};
 }
 
 PatternPtr surface_pattern(cairo_surface_t* surface, const cairo_matrix_t& surface_to_pixels, bool smooth,
@@ -181,6 +178,7 @@ void ScenePainter::paint_cell(const Group& group, const cairo_matrix_t& to_pixel
 {
     const cairo_matrix_t kept = levels_.back().to_pixels;
     levels_.back().to_pixels = to_pixels;
+    levels_.back().cell_box = group.has_box ? &group.box : nullptr;
     on_each_plane(
         [&]
         {
@@ -190,6 +188,7 @@ void ScenePainter::paint_cell(const Group& group, const cairo_matrix_t& to_pixel
         });
     paint_nodes(*group.content);
     on_each_plane([&] { cairo_restore(cr_); });
+    levels_.back().cell_box = nullptr;
     levels_.back().to_pixels = kept;
 }
 
@@ -224,6 +223,9 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
     SurfacePtr shape_surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, wide, high));
     cairo_t* cr = cairo_create(surface.get());
     ContextPtr shape;
+    Watch watch_of_cell;
+    if (watch_ != nullptr)
+        watch_of_cell = tell_cell_begins(group, surface.get(), inverse);
     if (levels_.back().shape != nullptr)
         shape = ContextPtr(cairo_create(shape_surface.get()), cairo_destroy);
     for (double row = 1.0 - rows; row <= 0.0; row += 1.0)
@@ -232,9 +234,11 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
             cairo_matrix_t shift{1.0, 0.0, 0.0, 1.0, column * x_length, row * y_length};
             ScenePainter painter(cr, multiply(shift, to_cell), complaints_);
             painter.levels_.back().shape = shape;
+            painter.watch_by(watch_ != nullptr ? &watch_of_cell : nullptr);
             painter.paint_cell(group, painter.to_pixels());
         }
     cairo_destroy(cr);
+    PatternPtr colours;
     on_each_plane(
         [&]
         {
@@ -245,7 +249,11 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
             cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
             cairo_set_source(cr_, pattern.get());
             cairo_paint(cr_);
+            if (plane_ == Plane::colour)
+                colours = pattern;
         });
+    if (watch_ != nullptr)
+        tell_cell_ends(group, colours);
     return true;
 }
 

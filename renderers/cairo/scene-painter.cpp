@@ -171,6 +171,24 @@ bool ScenePainter::clip(const ClipList& clips, std::vector<const Clip*>& masks)
     return true;
 }
 
+Window ScenePainter::window(const ClipList& clips) const
+{
+    Window window{to_pixels(), {}};
+    Box& box = window.box;
+    cairo_clip_extents(cr_, &box.x0, &box.y0, &box.x1, &box.y1);
+    for (const Clip& entry : clips)
+    {
+        Box inside;
+        if (!entry.inside || !bounds_of(entry.shape, to_pixels(), inside))
+            continue;
+        box.x0 = std::max(box.x0, inside.x0);
+        box.y0 = std::max(box.y0, inside.y0);
+        box.x1 = std::max(std::min(box.x1, inside.x1), box.x0);
+        box.y1 = std::max(std::min(box.y1, inside.y1), box.y0);
+    }
+    return window;
+}
+
 void ScenePainter::cut(const Box& box)
 {
     cairo_new_path(cr_);
@@ -290,9 +308,10 @@ Shape ScenePainter::shape_of(const Paint& paint) const
 
 void ScenePainter::paint(const Paint& paint)
 {
-    if (levels_.back().hidden)
-        return;
-    on_each_plane([&] { paint_plane(paint); });
+    if (!levels_.back().hidden && !paint.left_out)
+        on_each_plane([&] { paint_plane(paint); });
+    if (watch_ != nullptr)
+        tell_painted(paint);
 }
 
 void ScenePainter::paint_plane(const Paint& paint)
@@ -303,7 +322,7 @@ void ScenePainter::paint_plane(const Paint& paint)
     {
         PatternPtr source = source_of(paint.brush);
         if (source != nullptr && plane_ == Plane::shape)
-            source = own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
+            source = paint.compose.alpha_is_shape ? source : own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
         if (source != nullptr)
             composite(source.get(), shape_of(paint), on_plane(paint.compose), masks);
     }
@@ -313,7 +332,9 @@ void ScenePainter::paint_plane(const Paint& paint)
 void ScenePainter::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
                              const std::vector<const Clip*>& masks)
 {
-    if ((levels_.back().knockout && plane_ != Plane::shape) || reaches_beyond(compose.op))
+    // What is no more there than it covers lies on earlier elements as far as it doesn't.
+    const bool replaces = levels_.back().knockout && plane_ != Plane::shape && !compose.alpha_is_shape;
+    if (replaces || reaches_beyond(compose.op))
         return composite_replacing(source, shape, compose, masks);
     const FlatBrush* flat = flat_of(compose.mask);
     double alpha = 1.0;
@@ -365,6 +386,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
                                        const std::vector<const Clip*>& masks)
 {
     const Level& level = levels_.back();
+    const bool cuts = level.knockout && compose.mask_is_shape;
     PatternPtr below = plane_ == Plane::colour ? level.backdrop : nullptr;
     if (!level.knockout)
         below = own_pattern(cairo_pattern_create_for_surface(cairo_get_group_target(cr_)));
@@ -379,7 +401,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
     Shape all;
     all.everything = true;
     cairo_set_operator(cr_, compose.op);
-    if (compose.mask_mode == MaskMode::none)
+    if (compose.mask_mode == MaskMode::none || cuts)
     {
         cairo_set_source(cr_, source);
         cairo_paint(cr_);
@@ -392,7 +414,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
         cairo_mask(cr_, mask.get());
     }
     PatternPtr layer = own_pattern(cairo_pop_group(cr_));
-    PatternPtr covered = coverage(shape, masks, nullptr);
+    PatternPtr covered = coverage(shape, masks, cuts ? &compose : nullptr);
     cairo_set_operator(cr_, CAIRO_OPERATOR_SOURCE);
     cairo_set_source(cr_, layer.get());
     cairo_mask(cr_, covered.get());
