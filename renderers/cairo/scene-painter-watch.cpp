@@ -315,7 +315,8 @@ void ScenePainter::tell_group_ends(const Group& group, bool has_layer, const Pat
     watch_->step(step);
 }
 
-// `to_cell` maps pixels of the page to those of a cell that is repeated for ever. Gives the watch for the cell's content.
+// `to_cell` maps pixels of the page to those of a cell that is repeated for ever. Gives the watch for the cell's
+// content.
 Watch ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell)
 {
     const int wide = cairo_image_surface_get_width(cell);
