@@ -36,6 +36,8 @@ constexpr std::array COMMANDS = {
     Command{"check", "tell whether a log holds together", "orvlog check letter.orvlog.xml", declare_check},
     Command{"at", "tell which calls changed a pixel of a page", "orvlog at letter.orvlog.xml --page 1 120,80",
             declare_at},
+    Command{"state", "tell what holds when a call of a log is made", "orvlog state letter.orvlog.xml 17",
+            declare_state},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},
