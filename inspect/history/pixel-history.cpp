@@ -103,6 +103,9 @@ std::optional<uint32_t> PixelWatcher::innermost()
     std::optional<uint32_t> outside;
     for (Open& open : open_)
     {
+        // Repeated content has a layer and a cell.
+        if (!open.index && outside && groups_[*outside].call == open.call)
+            open.index = outside;
         if (!open.index && groups_.size() < kMostGroups)
         {
             groups_.push_back({open.call, outside});
