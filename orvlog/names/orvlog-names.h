@@ -42,6 +42,7 @@ template <size_t Count> constexpr ORVLOG_FlagTable orvlog_flag_table(const ORVLO
 #include "orvlog/names/enumerations.inc"
 
 #define ORVLOG_ENUMERATION(list) namespace orvlog_places_of_##list {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name behind its scope
 #define ORVLOG_NAME(name) static_assert(uint32_t{::name} == name, #name " does not stand at the place of its value");
 #define ORVLOG_BORROWED_NAME(name)
 #define ORVLOG_END_ENUMERATION }
@@ -49,7 +50,7 @@ template <size_t Count> constexpr ORVLOG_FlagTable orvlog_flag_table(const ORVLO
 
 // The entries of each set of flags, whose values are the interface's own.
 #define ORVLOG_FLAGS(list) inline constexpr ORVLOG_FlagEntry ORVLOG_##list##_ENTRIES[] = {
-#define ORVLOG_FLAG(flag) {.name = #flag, .value = flag},
+#define ORVLOG_FLAG(flag) {#flag, flag},
 #define ORVLOG_END_FLAGS };
 #include "orvlog/names/flags.inc"
 

@@ -23,10 +23,10 @@ FORMS = {
     "edge flag": r"\[(?:0|0x[0-9a-f]+)\] (?:GPA_SUPPRESS_STROKING_FLAG )?(?:GPA_SUBPATH_\w+|UNKNOWN_VALUE\(\d+\)) ",
 }
 NAMES = "orvlog/names/"
-# A bit beside a number, sizes, and an encoding that the log has as a truth value.
+# A bit beside a number, sizes, an encoding that the log has as a number, and the modes, which the root has in words.
 NO_NAMES_OF_THE_LOG = {"GPA_SUPPRESS_STROKING_FLAG", "GFI_GLYPH_DESC_FBE_PAYLOAD", "GFI_GLYPH_DESC_BITMAP_PAYLOAD",
                        "GFI_GLYPH_DESC_TRUETYPE_PAYLOAD", "GFI_GLYPH_DESC_RLE_PAYLOAD", "GOP_ENCODING_CHUNKY",
-                       "GOP_ENCODING_PLANAR"}
+                       "GOP_ENCODING_PLANAR", "ORVLOG_MODE_TRANSPARENT", "ORVLOG_MODE_BASE"}
 # What the library's sources hold besides names and messages of the log.
 NOT_OF_THE_LOG = {"dir", "img", "attr", "0123456789abcdef", "csd_Defn.CallbackBufferSize"}
 
