@@ -115,12 +115,12 @@ bool Drawing::make_paint(const PaintCall& call, Shape shape, Paint& paint)
         return false;
     // Clips that ask for nothing can be read before the images that they may show little of.
     const bool is_seen_through_clips =
-        playing() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
+        painting() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
     std::optional<Window> window;
     if (is_seen_through_clips)
     {
         paint.clips = read_clips(call.clip, shape_context());
-        window = player_->window(paint.clips);
+        window = painter_->window(paint.clips);
     }
     const BrushContext context = brush_context(call.object_type, window ? &*window : nullptr);
     const bool painted = read_operator(call.op, call.operand2, context, paint.compose);
