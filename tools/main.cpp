@@ -44,6 +44,8 @@ constexpr std::array COMMANDS = {
             declare_minimise},
     Command{"redact", "make a log that may be handed on", "orvlog redact letter.orvlog.xml -o redacted.orvlog.xml",
             declare_redact},
+    Command{"state", "tell what holds when a call of a log is made", "orvlog state letter.orvlog.xml 17",
+            declare_state},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},

@@ -7,15 +7,23 @@
 #include <cstdio>
 #include <cstring>
 
+static_assert(offsetof(GER_Log, gl_Allocator) == 0);
+static_assert(offsetof(GER_Log, gl_OsServices) == 8);
+static_assert(offsetof(GER_Log, gl_Lock) == 16);
+static_assert(offsetof(GER_Log, gl_OutputHook) == 24);
+static_assert(offsetof(GER_Log, gl_HookContext) == 32);
 static_assert(offsetof(GER_Log, gl_LockTimeout) == 40);
+static_assert(offsetof(GER_Log, gl_DefaultLevel) == 44);
 static_assert(offsetof(GER_Log, gl_ChannelLevels) == 48);
 static_assert(offsetof(GER_Log, gl_DefaultChannel) == 56);
+static_assert(offsetof(GER_Log, gl_ChannelCount) == 60);
 static_assert(offsetof(GER_Log, gl_ChannelCapacity) == 64);
 static_assert(offsetof(GER_Log, gl_Outputs) == 72);
-static_assert(offsetof(GER_OsServices, create) == 6 * 8);
-static_assert(offsetof(GER_OsServices, destroy) == 7 * 8);
-static_assert(offsetof(GER_OsServices, release) == 9 * 8);
-static_assert(offsetof(GER_OsServices, take) == 10 * 8);
+static_assert(sizeof(GER_Log) == 80);
+static_assert(offsetof(GER_OsServices, create) == 48);
+static_assert(offsetof(GER_OsServices, destroy) == 56);
+static_assert(offsetof(GER_OsServices, release) == 72);
+static_assert(offsetof(GER_OsServices, take) == 80);
 
 namespace
 {

@@ -7,8 +7,14 @@
 #include <cstddef>
 #include <cstring>
 
+static_assert(offsetof(GIO_MemoryInstance, kind) == 0);
+static_assert(offsetof(GIO_MemoryInstance, allocator) == 8);
+static_assert(offsetof(GIO_MemoryInstance, self) == 16);
 static_assert(offsetof(GIO_MemoryInstance, data) == 24);
+static_assert(offsetof(GIO_MemoryInstance, size) == 32);
 static_assert(offsetof(GIO_MemoryInstance, position) == 40);
+static_assert(offsetof(GIO_MemoryInstance, last_error) == 48);
+static_assert(offsetof(GIO_MemoryInstance, at_end) == 52);
 static_assert(offsetof(GIO_MemoryInstance, error_flag) == 56);
 
 namespace

@@ -179,7 +179,8 @@ private:
         std::vector<uint32_t> before(matches.size(), UINT32_MAX);
         for (uint32_t i = 0; i < matches.size(); ++i)
         {
-            const auto place = std::ranges::lower_bound(ends, matches[i].b, {}, [&](uint32_t m) { return matches[m].b; });
+            const auto place =
+                std::ranges::lower_bound(ends, matches[i].b, {}, [&](uint32_t m) { return matches[m].b; });
             if (place != ends.begin())
                 before[i] = *(place - 1);
             if (place == ends.end())

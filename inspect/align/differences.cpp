@@ -105,8 +105,9 @@ bool CallComparer::same_value(std::string_view element, std::string_view attribu
 
 void CallComparer::compare_attributes(const Element& a, const Element& b)
 {
-    const auto add = [this](std::string_view name, std::optional<std::string> one, std::optional<std::string> other)
-    { found_.push_back({path_, std::string(name), std::move(one), std::move(other), 0, 0}); };
+    const auto add = [this](std::string_view name, std::optional<std::string> one, std::optional<std::string> other) {
+        found_.push_back({path_, std::string(name), std::move(one), std::move(other), 0, 0});
+    };
     for (const reader::Attribute& one : a.attributes)
     {
         const reader::Attribute* other = b.find(one.name);
@@ -134,7 +135,8 @@ void CallComparer::compare_bytes(const Element& a, const Element& b)
         first = i;
         ++count;
     }
-    found_.push_back({path_, "", hexadecimal(a.bytes.subspan(first)), hexadecimal(b.bytes.subspan(first)), first, count});
+    found_.push_back(
+        {path_, "", hexadecimal(a.bytes.subspan(first)), hexadecimal(b.bytes.subspan(first)), first, count});
 }
 
 void CallComparer::compare_rows(const Element& a, const Element& b)
@@ -171,14 +173,17 @@ void CallComparer::compare_rows(const Element& a, const Element& b)
     found_.push_back(std::move(found));
 }
 
-// A log has the text of a ticket only once. False if there is nothing in it to look at.
+// A log has the text of a ticket only once: in what tickets differ is told where both have it. False if there is
+// nothing in it to look at.
 bool CallComparer::compare_tickets(const Element& a, const Element& b)
 {
     const uint64_t one = tickets_a_.text_hash(a);
     const uint64_t other = tickets_b_.text_hash(b);
-    if (one == other)
+    const bool known = names_.agree(NameSpace::ticket, a.value("id"), b.value("id"));
+    const bool texts = a.first != nullptr && b.first != nullptr;
+    if (one == other || (known && !texts))
         return false;
-    if (a.first != nullptr && b.first != nullptr)
+    if (texts)
         return true;
     found_.push_back({path_, "id", std::string(a.value("id")), std::string(b.value("id")), 0, 0});
     return false;
@@ -253,9 +258,11 @@ void CallComparer::compare_children(const Element& a, const Element& b)
     size_t i = 0;
     size_t j = 0;
     const auto name_ahead = [](const auto& steps, size_t from, size_t end, std::string_view name)
-    { return std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(from),
-                         steps.begin() + static_cast<std::ptrdiff_t>(std::min(end, from + 64)),
-                         [name](const auto& step) { return step.first->name == name; }); };
+    {
+        return std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(from),
+                           steps.begin() + static_cast<std::ptrdiff_t>(std::min(end, from + 64)),
+                           [name](const auto& step) { return step.first->name == name; });
+    };
     while (i < end_a && j < end_b)
     {
         const Element& one = *steps_a[i].first;

@@ -167,8 +167,8 @@ private:
 
     void take_edits(Window& a, Window& b)
     {
-        const std::vector<Edit> edits = align(a.digests(), b.digests(), options_.tolerance,
-                                               before_b_ ? &*before_b_ : nullptr);
+        const std::vector<Edit> edits =
+            align(a.digests(), b.digests(), options_.tolerance, before_b_ ? &*before_b_ : nullptr);
         const size_t count = a.is_last() && b.is_last() ? edits.size() : settled(edits);
         size_t taken_a = 0;
         size_t taken_b = 0;
@@ -256,8 +256,7 @@ AlignOutcome align_logs(const OpenLog& open_a, const OpenLog& open_b, const Alig
 {
     Digests a;
     Digests b;
-    std::future<void> other =
-        std::async(std::launch::async, [&] { b.read(open_b, options.tolerance, nullptr); });
+    std::future<void> other = std::async(std::launch::async, [&] { b.read(open_b, options.tolerance, nullptr); });
     a.read(open_a, options.tolerance,
            [&options](uint64_t bytes)
            {

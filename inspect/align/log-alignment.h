@@ -39,8 +39,8 @@ struct CallPlace
 struct Step
 {
     StepKind kind = StepKind::same;
-    const reader::Element* a = nullptr;  // null for an added call
-    const reader::Element* b = nullptr;  // null for a missing one
+    const reader::Element* a = nullptr;   // null for an added call
+    const reader::Element* b = nullptr;   // null for a missing one
     std::vector<Difference> differences;  // of a changed one
     // Of a missing or an added call: where it stands in the other log, if it does.
     std::optional<CallPlace> moved;
@@ -70,7 +70,7 @@ struct AlignOutcome
 {
     LogState a;
     LogState b;
-    bool no_room = false;  // for the temporary files
+    bool no_room = false;           // for the temporary files
     std::vector<Difference> roots;  // of the element ORV
 };
 

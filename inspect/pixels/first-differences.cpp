@@ -1,6 +1,6 @@
 #include "inspect/pixels/first-differences.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace orvlog::inspect
 {
@@ -51,8 +51,18 @@ public:
     {
         return depth_;
     }
+    // The innermost open group, resource or cell that isn't the same in both logs; 0 if there is none.
+    uint64_t odd_one_around() const
+    {
+        for (size_t i = open_.size(); i-- > 0;)
+            if ((open_[i] & 3) != CallNumber::same)
+                return open_[i];
+        return 0;
+    }
 
 private:
+    static constexpr size_t deepest = 10000;
+
     void follow()
     {
         if (!more_)
@@ -60,7 +70,16 @@ private:
         page_ = step_.page;
         made_ = step_.place;
         if (step_.kind == PageStep::page_begins)
+        {
             depth_ = 0;
+            open_.assign(1, step_.call);
+        }
+        const bool begins = step_.kind == PageStep::cell_begins || step_.kind == PageStep::group_begins;
+        const bool ends = step_.kind == PageStep::cell_ends || step_.kind == PageStep::group_ends;
+        if (begins && open_.size() < deepest)
+            open_.push_back(step_.call);
+        if (ends && !open_.empty())
+            open_.pop_back();
         if (step_.kind == PageStep::cell_begins || (step_.kind == PageStep::group_begins && step_.layer != 0))
             ++depth_;
         if (step_.kind == PageStep::cell_ends || (step_.kind == PageStep::group_ends && step_.layer != 0))
@@ -74,6 +93,7 @@ private:
     uint32_t page_ = 0;
     uint32_t made_ = 0;
     uint32_t depth_ = 0;
+    std::vector<uint64_t> open_;
 };
 
 class Finder
@@ -157,8 +177,10 @@ private:
         tell(found);
     }
 
-    void tell(const FirstDifference& found)
+    void tell(FirstDifference found)
     {
+        const uint64_t around = a_.odd_one_around() != 0 ? a_.odd_one_around() : b_.odd_one_around();
+        found.cause = (found.call & 3) != CallNumber::same || around == 0 ? found.call : around;
         on_page_(found);
         a_.leave_out(found.page_a);
         b_.leave_out(found.page_b);

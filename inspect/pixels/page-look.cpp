@@ -8,17 +8,22 @@ namespace orvlog::inspect
 {
 
 PageLook look_at_page(const PixelSide& side, NumberFile& numbers, double dpi, uint32_t page, uint32_t place,
-                      uint64_t number)
+                      uint64_t number, uint64_t cause)
 {
     PageLook look;
     std::vector<cairo_renderer::PagePixels> pages;
     PageDrawing drawing(side, numbers, dpi);
     drawing.on_call = [&](const reader::Element& call, uint64_t its_number)
     {
-        if (its_number != number || !look.address.empty())
-            return;
-        look.address = reader::call_address_text(call);
-        look.kind = call.name;
+        const auto note = [&call](std::string& address, std::string& kind)
+        {
+            address = reader::call_address_text(call);
+            kind = call.name;
+        };
+        if (its_number == number)
+            note(look.address, look.kind);
+        if (its_number == cause)
+            note(look.cause, look.cause_kind);
     };
     drawing.on_step = [&](const PageDrawing::Told& told)
     {

@@ -12,17 +12,19 @@ namespace orvlog::inspect
 
 struct PageLook
 {
-    PixelCopy behind;            // the surface that was drawn to
+    PixelCopy behind;                // the surface that was drawn to
     cairo_renderer::PagePixels end;  // empty if the page was not finished
-    std::string address;         // of the call that was looked for; empty if it is not in this log
-    std::string kind;            // its name
+    std::string address;             // of the call that was looked for; empty if it is not in this log
+    std::string kind;                // its name
+    std::string cause;               // the same of the cause
+    std::string cause_kind;
     uint32_t width = 0;
     uint32_t height = 0;
 };
 
-// `number` is that of the call to name.
+// `number` and `cause` are those of the calls to name.
 PageLook look_at_page(const PixelSide& side, NumberFile& numbers, double dpi, uint32_t page, uint32_t place,
-                      uint64_t number);
+                      uint64_t number, uint64_t cause);
 
 // Where two pictures differ.
 struct PixelArea

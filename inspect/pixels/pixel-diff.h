@@ -19,7 +19,12 @@ struct PageDifference
     uint32_t page_b = 0;
     std::string call_a;  // the address of the first call behind which they differ; empty if A doesn't have it
     std::string call_b;
-    std::string kind;       // the call's name
+    std::string kind;  // the call's name
+    // The call that makes the difference, as far as it can be told: that one, or the start of a group around it, or
+    // the painting of the resource that it stands in.
+    std::string cause_a;
+    std::string cause_b;
+    std::string cause_kind;
     bool in_layer = false;  // they differ in the layer of a group at first, and not yet on the page
     bool at_end = false;    // nothing but the page's end shows it
     PixelArea first;        // behind that call

@@ -42,7 +42,7 @@ template <size_t Count> constexpr ORVLOG_FlagTable orvlog_flag_table(const ORVLO
 #include "orvlog/names/enumerations.inc"
 
 #define ORVLOG_ENUMERATION(list) namespace orvlog_places_of_##list {
-#define ORVLOG_NAME(name) static_assert(static_cast<uint32_t>(::name) == static_cast<uint32_t>(name));
+#define ORVLOG_NAME(name) static_assert(uint32_t{::name} == name, #name " does not stand at the place of its value");
 #define ORVLOG_BORROWED_NAME(name)
 #define ORVLOG_END_ENUMERATION }
 #include "orvlog/names/enumerations.inc"

@@ -218,8 +218,11 @@ Brush read_image(GOP_OperandImagePointer* record, BrushUse use, const BrushConte
 {
     auto image = std::make_shared<Image>();
     image->pixels_to_content = identity();
-    if (context.kept == nullptr || !context.kept->keep(record, use, context.object_type, image))
-        pull_image(record, use, context.object_type, context.spaces, context.complaints, context.window, *image);
+    if (context.kept != nullptr && context.kept->keep(record, use, context.object_type, image))
+        return ImageBrush{image};
+    pull_image(record, use, context.object_type, context.spaces, context.complaints, context.window, *image);
+    if (context.store != nullptr)
+        context.store->put_away(*image);
     return ImageBrush{image};
 }
 
@@ -317,12 +320,13 @@ bool KeptImages::keep(GOP_OperandImagePointer* record, BrushUse use, uint32_t ob
     return true;
 }
 
-void KeptImages::pull_all(ColourSpaces& spaces, Complaints& complaints)
+void KeptImages::pull_all(ColourSpaces& spaces, Complaints& complaints, ImageStore& store)
 {
     for (const Kept& kept : kept_)
     {
         pull_image(kept.record, kept.use, kept.object_type, spaces, complaints, nullptr, *kept.image);
         release_image(kept.record);
+        store.put_away(*kept.image);
     }
     kept_.clear();
 }

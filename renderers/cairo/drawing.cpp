@@ -84,7 +84,12 @@ ShapeContext Drawing::shape_context() const
 BrushContext Drawing::brush_context(uint32_t object_type, const Window* window)
 {
     const uint32_t known = GCM_OBJ_TEXT | GCM_OBJ_LINE | GCM_OBJ_GRAPHICS | GCM_OBJ_IMAGE;
-    return {shared_.spaces, shared_.complaints, shared_.keep_images ? &kept_ : nullptr, object_type & known, window};
+    return {shared_.spaces,
+            shared_.complaints,
+            shared_.keep_images ? &kept_ : nullptr,
+            object_type & known,
+            window,
+            playing() ? nullptr : &shared_.images};
 }
 
 void Drawing::emit(Paint paint)
@@ -268,7 +273,7 @@ void Drawing::finish()
     while (finish_group())
     {
     }
-    kept_.pull_all(shared_.spaces, shared_.complaints);
+    kept_.pull_all(shared_.spaces, shared_.complaints, shared_.images);
     if (cr_ == nullptr || painter_ != nullptr)
         return;
     paint_on(cr_);

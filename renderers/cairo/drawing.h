@@ -37,6 +37,7 @@ struct Shared
     Complaints& complaints;
     ColourSpaces& spaces;
     Resources& resources;
+    ImageStore& images;
     GlyphForm glyph_form;
     bool keep_images;
     const Watch* watch;  // null: nobody watches

@@ -59,6 +59,17 @@ cairo_line_join_t cairo_join(Join join)
     return join == Join::miter ? CAIRO_LINE_JOIN_MITER : CAIRO_LINE_JOIN_BEVEL;
 }
 
+bool waits_in_file(const Brush& brush)
+{
+    const auto* image = std::get_if<ImageBrush>(&brush);
+    return image != nullptr && image->image->load;
+}
+
+bool waits_in_file(const Paint& paint)
+{
+    return waits_in_file(paint.brush) || waits_in_file(paint.compose.mask);
+}
+
 }  // namespace
 
 ScenePainter::ScenePainter(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints)
@@ -284,7 +295,7 @@ PatternPtr ScenePainter::source_of(const Brush& brush)
     if (const FlatBrush* flat = flat_of(brush))
         return own_pattern(cairo_pattern_create_rgba(flat->red, flat->green, flat->blue, flat->alpha));
     if (const auto* image = std::get_if<ImageBrush>(&brush))
-        return image->image->surface == nullptr ? nullptr : image_source(*image->image);
+        return image_source(*image->image);
     const auto* pattern = std::get_if<PatternBrush>(&brush);
     cairo_matrix_t inverse;
     if (pattern == nullptr || !invert(multiply(pattern->to_content, to_pixels()), inverse))
@@ -308,10 +319,21 @@ Shape ScenePainter::shape_of(const Paint& paint) const
 
 void ScenePainter::paint(const Paint& paint)
 {
-    if (!levels_.back().hidden && !paint.left_out)
+    const bool missed = waits_in_file(paint) && !touches_window(paint);
+    if (!levels_.back().hidden && !paint.left_out && !missed)
         on_each_plane([&] { paint_plane(paint); });
     if (watch_ != nullptr)
         tell_painted(paint);
+}
+
+// Images aren't fetched for where nobody sees them.
+bool ScenePainter::touches_window(const Paint& paint) const
+{
+    Box box;
+    if (!bounds_of(shape_of(paint), to_pixels(), box))
+        return true;
+    const Box seen = window(paint.clips).box;
+    return box.x0 < seen.x1 && box.x1 > seen.x0 && box.y0 < seen.y1 && box.y1 > seen.y0;
 }
 
 void ScenePainter::paint_plane(const Paint& paint)

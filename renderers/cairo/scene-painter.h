@@ -86,6 +86,7 @@ private:
     Shape shape_of(const Paint& paint) const;
 
     template <typename Draw> void on_each_plane(Draw&& draw);
+    bool touches_window(const Paint& paint) const;
     void paint_plane(const Paint& paint);
     Compose on_plane(const Compose& compose) const;
     void composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,

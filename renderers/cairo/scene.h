@@ -6,6 +6,7 @@
 #include <cairo.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <variant>
@@ -158,7 +159,9 @@ struct Image
     double height = 0.0;
     double left = 0.0;  // where the surface begins, which may hold a part only
     double top = 0.0;
-    double coarse = 1.0;  // pixels of the image, each way, that are one of the surface
+    double coarse = 1.0;               // pixels of the image, each way, that are one of the surface
+    std::function<SurfacePtr()> load;  // in place of a surface that isn't in memory; else empty
+    std::shared_ptr<void> kept;        // the room that its pixels take while they wait
     bool smooth = false;
     bool tiled = false;
     Tiles tiles;

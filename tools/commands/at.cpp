@@ -36,6 +36,7 @@ struct AtOptions
     uint32_t page = 1;
     unsigned dpi = 0;
     bool last_first = false;
+    bool all = false;
     bool json = false;
     bool allow_missing = false;
     std::vector<std::string> folders;
@@ -85,6 +86,14 @@ PixelBox box_of(const AtOptions& options)
     const std::vector<int> pixel = read_numbers(options.pixel, 2);
     const auto next = [](int value) { return value < INT32_MAX ? value + 1 : value; };
     return {pixel[0], pixel[1], next(pixel[0]), next(pixel[1])};
+}
+
+constexpr uint64_t most_alike = 10;
+
+// Calls that leave the pixel as it was, for the same reason.
+bool are_alike(const Touch& one, const Touch& other)
+{
+    return !one.changed && !other.changed && one.why.reason == other.why.reason && one.why.group == other.why.group;
 }
 
 class AtJob
@@ -173,8 +182,17 @@ private:
         if (options_.json)
             return print_json(outcome, touches);
         put(head(outcome));
-        for (const Touch* touch : touches)
-            put(touch_line(view(*touch)));
+        uint64_t alike = 0;
+        for (size_t i = 0; i < touches.size(); ++i)
+        {
+            const bool more = i > 0 && are_alike(*touches[i - 1], *touches[i]);
+            alike = more ? alike + 1 : 0;
+            if (options_.all || alike < most_alike)
+                put(touch_line(view(*touches[i])));
+            const bool last = i + 1 == touches.size() || !are_alike(*touches[i], *touches[i + 1]);
+            if (!options_.all && last && alike >= most_alike)
+                put("             " + std::to_string(alike - most_alike + 1) + " more that stay for this reason\n");
+        }
     }
 
     void print_json(const HistoryOutcome& outcome, const std::vector<const Touch*>& touches)
@@ -243,6 +261,8 @@ Run declare_at(CLI::App& app)
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
     app.add_flag("--last-first", options->last_first, "list what happened last first");
+    app.add_flag("--all", options->all,
+                 "list each call without effect; otherwise ten that have the same reason, one after the other");
     app.add_flag("--json", options->json, "write an object instead");
     app.add_flag("--allow-missing", options->allow_missing, "be content with what there is if image data is missing");
     add_files_from(app, options->folders);

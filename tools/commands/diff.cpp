@@ -100,9 +100,10 @@ private:
     // Calls that belong together get the same number.
     void number(const Step& step)
     {
-        const uint64_t side = step.b == nullptr   ? CallNumber::in_a
-                              : step.a == nullptr ? CallNumber::in_b
-                                                  : CallNumber::in_both;
+        const uint64_t side = step.b == nullptr                ? CallNumber::in_a
+                              : step.a == nullptr              ? CallNumber::in_b
+                              : step.kind == StepKind::changed ? CallNumber::changed
+                                                               : CallNumber::same;
         const uint64_t number = 4 * ++calls_ + side;
         if (step.a != nullptr)
             numbers_a_.add({step.a->place.byte, number});
@@ -130,16 +131,15 @@ private:
         PixelSide b;
         if (!make_side(a_, a) || !make_side(b_, b))
             return;
-        const PixelDiffOutcome outcome =
-            compare_pages(a, numbers_a_, b, numbers_b_, options_.dpi,
-                          [this](const PageDifference& page)
-                          {
-                              const std::string why = report_.add(page);
-                              if (!why.empty())
-                                  lacks_.push_back(why);
-                              if (!options_.json)
-                                  put(report_.lines().back() + "\n");
-                          });
+        const PixelDiffOutcome outcome = compare_pages(a, numbers_a_, b, numbers_b_, options_.dpi,
+                                                       [this](const PageDifference& page)
+                                                       {
+                                                           const std::string why = report_.add(page);
+                                                           if (!why.empty())
+                                                               lacks_.push_back(why);
+                                                           if (!options_.json)
+                                                               put(report_.lines().back() + "\n");
+                                                       });
         if (outcome.no_room)
             lacks_.emplace_back("no room for a temporary file with what each step draws");
         if (!options_.json && !outcome.no_room && report_.lines().empty())
@@ -219,7 +219,8 @@ int diff(const DiffOptions& options)
 Run declare_diff(CLI::App& app)
 {
     auto options = std::make_shared<DiffOptions>();
-    app.add_option("LOG", options->a, "the one log, plain or coded: a path, a URL, or - for standard input")->required();
+    app.add_option("LOG", options->a, "the one log, plain or coded: a path, a URL, or - for standard input")
+        ->required();
     app.add_option("LOG2", options->b, "the other log");
     app.add_flag("--pixels", options->pixels, "draw both, and tell behind which call each page differs first");
     app.add_option("--against", options->against, "hold the pages of LOG against the pictures in DIR instead")

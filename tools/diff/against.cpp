@@ -88,7 +88,8 @@ private:
     {
         std::map<std::string, std::map<uint32_t, std::string>> found;
         std::error_code failed;
-        for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end; file.increment(failed))
+        for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
+             file.increment(failed))
         {
             std::string stem;
             uint32_t number = 0;

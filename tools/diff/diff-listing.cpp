@@ -192,7 +192,8 @@ bool DiffListing::write(const Step& step, const Call& a, const Call& b)
 
 bool DiffListing::write_json(const Step& step, const Call& a, const Call& b)
 {
-    const auto address = [](const std::string& text) { return text.empty() ? ordered_json(nullptr) : ordered_json(text); };
+    const auto address = [](const std::string& text)
+    { return text.empty() ? ordered_json(nullptr) : ordered_json(text); };
     const Call& seen = a.kind.empty() ? b : a;
     ordered_json object;
     object["what"] = kind_text(step);
@@ -237,7 +238,7 @@ void DiffListing::finish(const ordered_json* pages)
         object["equal"] = !differs() && (pages == nullptr || pages->empty());
         std::string rest = json_text(object);
         rest.erase(0, 1);
-            put(first_ ? "{\"calls\": [],\n" : "\n],\n");
+        put(first_ ? "{\"calls\": [],\n" : "\n],\n");
         put(rest);
         put("\n");
         return;

@@ -18,8 +18,8 @@ namespace tool
 struct ListingOptions
 {
     bool json = false;
-    bool all = false;          // each difference of a call, however many there are
-    unsigned context = 0;      // equal calls before and behind others
+    bool all = false;      // each difference of a call, however many there are
+    unsigned context = 0;  // equal calls before and behind others
 };
 
 struct StepCounts

@@ -34,18 +34,25 @@ std::string page_text(uint32_t page)
     return page > 0 ? std::to_string(page) : "-";
 }
 
+std::string short_kind(const std::string& kind)
+{
+    return kind.starts_with("ORV_") ? kind.substr(4) : kind;
+}
+
 std::string line_of(const PageDifference& page)
 {
     std::string line = "page " + page_text(page.page_a);
     if (page.page_b != page.page_a)
-        line += "|" + page_text(page.page_b);
+        line.append("|").append(page_text(page.page_b));
     if (page.page_a == 0 || page.page_b == 0)
         return line + ": only in the " + (page.page_b == 0 ? "first" : "second") + " log";
-    const std::string kind = page.kind.starts_with("ORV_") ? page.kind.substr(4) : page.kind;
-    line += ": differs first behind " + either(page.call_a) + " " + either(page.call_b) + " " + kind + ", ";
-    line += area_text(page.first);
+    line += ": differs first behind " + either(page.call_a) + " " + either(page.call_b) + " " + short_kind(page.kind);
+    line += ", " + area_text(page.first);
     if (page.in_layer)
         line += " of a group's layer";
+    if (page.cause_a != page.call_a || page.cause_b != page.call_b)
+        line += ", by " + either(page.cause_a) + " " + either(page.cause_b) + " " + short_kind(page.cause_kind) +
+                " around it";
     return line + "; at its end " + (page.end.pixels > 0 ? area_text(page.end) : "it is the same");
 }
 
@@ -63,8 +70,10 @@ std::string area_text(const PixelArea& area)
 {
     std::string text = std::to_string(area.pixels) + (area.pixels == 1 ? " pixel" : " pixels");
     if (area.pixels > 0)
-        text += " in " + std::to_string(area.box.x0) + "," + std::to_string(area.box.y0) + "," +
-                std::to_string(area.box.x1) + "," + std::to_string(area.box.y1);
+    {
+        text.append(" in ").append(std::to_string(area.box.x0)).append(",").append(std::to_string(area.box.y0));
+        text.append(",").append(std::to_string(area.box.x1)).append(",").append(std::to_string(area.box.y1));
+    }
     return text;
 }
 
@@ -105,7 +114,9 @@ std::string PixelReport::add(const PageDifference& page)
     object["page_b"] = page.page_b > 0 ? ordered_json(page.page_b) : ordered_json(nullptr);
     object["a"] = either_json(page.call_a);
     object["b"] = either_json(page.call_b);
-    object["kind"] = page.kind.starts_with("ORV_") ? page.kind.substr(4) : page.kind;
+    object["kind"] = short_kind(page.kind);
+    object["cause"] = {
+        {"a", either_json(page.cause_a)}, {"b", either_json(page.cause_b)}, {"kind", short_kind(page.cause_kind)}};
     object["in_layer"] = page.in_layer;
     object["first"] = area_json(page.first);
     object["end"] = area_json(page.end);
@@ -117,7 +128,8 @@ std::string PixelReport::add(const PageDifference& page)
         std::snprintf(number, sizeof number, "-%03u", std::max(page.page_a, page.page_b));
         why = write(stem_ + number, page.a.behind, page.b.behind, object["pictures"]);
         if (why.empty() && page.end.pixels > 0)
-            why = write(stem_ + number + "-end", picture_of(page.a.end), picture_of(page.b.end), object["pictures"]);
+            why = write(stem_ + number + "-end", orvlog::inspect::picture_of(page.a.end),
+                        orvlog::inspect::picture_of(page.b.end), object["pictures"]);
     }
     json_.push_back(object);
     return why;

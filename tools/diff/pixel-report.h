@@ -40,8 +40,8 @@ public:
     }
 
 private:
-    std::string write(const std::string& name, const orvlog::inspect::PixelCopy& a,
-                      const orvlog::inspect::PixelCopy& b, nlohmann::ordered_json& names) const;
+    std::string write(const std::string& name, const orvlog::inspect::PixelCopy& a, const orvlog::inspect::PixelCopy& b,
+                      nlohmann::ordered_json& names) const;
 
     std::string folder_;
     std::string stem_;

@@ -2,7 +2,9 @@
 
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
+#include "orvlog/interface/orvlog-session-options.h"
 
 #include <sstream>
 

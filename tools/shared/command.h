@@ -63,6 +63,7 @@ Run declare_replay(CLI::App& app);
 Run declare_info(CLI::App& app);
 Run declare_ls(CLI::App& app);
 Run declare_show(CLI::App& app);
+Run declare_state(CLI::App& app);
 Run declare_extract(CLI::App& app);
 Run declare_check(CLI::App& app);
 Run declare_at(CLI::App& app);

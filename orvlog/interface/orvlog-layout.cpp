@@ -1,4 +1,4 @@
-// Holds the records of the interface to the layout that clients compiled elsewhere rely on.
+// Holds the records of the interface to the layout that clients compiled elsewhere rely on. Nothing here runs.
 
 #include "orvlog/interface/orvlog.h"
 
@@ -11,6 +11,7 @@ static_assert(sizeof(void*) == 8);
 
 AT(GIO_Stream, instance, 0);
 AT(GIO_Stream, kind, 8);
+SIZE(GIO_Stream::kind, 4);
 AT(GIO_Stream, ops, 16);
 SIZE(GIO_Stream, 24);
 AT(GIO_StreamOps, gio_Read, 0);
@@ -37,11 +38,24 @@ SIZE(GIO_StreamOps, 160);
 
 AT(GMM_Allocator, instance, 0);
 AT(GMM_Allocator, gmm_Delete, 8);
+AT(GMM_Allocator, gmm_RegisterMinimise, 16);
+AT(GMM_Allocator, gmm_RegisterAllocFail, 24);
 AT(GMM_Allocator, gmm_Alloc, 32);
 AT(GMM_Allocator, gmm_Free, 40);
+AT(GMM_Allocator, gmm_FreeChannel, 48);
+AT(GMM_Allocator, gmm_FreeAll, 56);
 AT(GMM_Allocator, gmm_Calloc, 64);
 AT(GMM_Allocator, gmm_Realloc, 72);
+AT(GMM_Allocator, gmm_AllocSize, 80);
+AT(GMM_Allocator, gmm_Truncate, 88);
 AT(GMM_Allocator, gmm_SetInfo, 96);
+AT(GMM_Allocator, gmm_UsedBytes, 104);
+AT(GMM_Allocator, gmm_NoOp14, 112);
+AT(GMM_Allocator, gmm_PeakAllocCnt, 120);
+AT(GMM_Allocator, gmm_IsPtrValid, 128);
+AT(GMM_Allocator, gmm_IsPtrInChan, 136);
+AT(GMM_Allocator, gmm_IntegrityCheck, 144);
+AT(GMM_Allocator, gmm_CurAllocCnt, 152);
 AT(GMM_Allocator, gmm_CurChanAllocCnt, 160);
 AT(GMM_Allocator, self, 168);
 SIZE(GMM_Allocator, 176);
