@@ -55,7 +55,7 @@ void walk(const std::string& log, const OnElement& on_element, const OnRow& on_r
 
 Counter counter_in(const std::string& log, const Open& tag, std::string_view name)
 {
-    const std::string sought = " " + std::string(name) + "=\"";
+    const std::string sought = std::string(" ").append(name).append("=\"");
     const size_t found = log.find(sought, tag.begin);
     if (found == std::string::npos || found >= tag.tag_end)
         return {};

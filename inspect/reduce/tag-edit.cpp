@@ -9,7 +9,7 @@ namespace orvlog::inspect
 // between two.
 std::optional<TagEdit::Range> TagEdit::find(std::string_view name) const
 {
-    const std::string sought = ' ' + std::string(name) + "=\"";
+    const std::string sought = std::string(" ").append(name).append("=\"");
     size_t from = 0;
     while (true)
     {
