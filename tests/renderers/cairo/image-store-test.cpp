@@ -188,10 +188,13 @@ TEST_F(StoredImagesTest, LookTheSameFromTheFile)
 {
     const cairo_renderer::PagePixels whole = Drawing().draw(1600, 1 << 20, false);
     EXPECT_NE(whole.pixels.at(10 * 40 + 10), 0xFFFFFFU);
-    EXPECT_TRUE(Drawing().draw(280, 0, false) == whole);
-    EXPECT_TRUE(Drawing().draw(280, 20, false) == whole);
     EXPECT_TRUE(Drawing().draw(1600, 0, true) == whole);
-    EXPECT_TRUE(Drawing().draw(280, 0, true) == whole);
+    const cairo_renderer::PagePixels banded = Drawing().draw(280, 1 << 20, false);
+    // Cairo rounds where an image lies anew for each surface.
+    EXPECT_LE(cairo_renderer::compare_pixels(banded, whole).largest, 2U);
+    EXPECT_TRUE(Drawing().draw(280, 0, false) == banded);
+    EXPECT_TRUE(Drawing().draw(280, 20, false) == banded);
+    EXPECT_TRUE(Drawing().draw(280, 0, true) == banded);
 }
 
 TEST_F(StoredImagesTest, PageThatLacksOneHasFailed)
