@@ -2,11 +2,11 @@
 
 #pragma once
 
-#include "tools/shared/source.h"
+#include "tools/shared/temporary-folder.h"
 
+#include <cstdint>
 #include <istream>
 #include <memory>
-#include <sstream>
 #include <string>
 
 namespace tool
@@ -15,30 +15,34 @@ namespace tool
 class LogAgain
 {
 public:
-    // A path, "-" or a URL; what can be read only once, or is far away, is held in memory. Check `open`; `why` has one
-    // line of reason.
-    explicit LogAgain(const std::string& name);
+    // A path, "-" for the standard input, or a URL. What can't be read twice is held in a temporary file.
+    explicit LogAgain(const std::string& name) : name_(name) {}
 
-    bool open() const
-    {
-        return source_->open();
-    }
+    // False with the reason in why().
+    bool open();
     const std::string& why() const
     {
-        return source_->why();
+        return why_;
     }
+    // Bytes of the file; 0 when the size is not known.
     uint64_t size() const
     {
-        return source_->size();
+        return size_;
     }
-    // The log from its beginning. What was given before is closed.
+    // The log from its beginning; null with the reason in why(). What it reads from lives as long as this.
+    std::unique_ptr<std::istream> pass();
+    // The same, kept here: good until the next call. Throws std::system_error if it can't be opened again.
     std::istream& from_start();
 
 private:
+    bool hold();
+
     std::string name_;
-    std::unique_ptr<Source> source_;
-    std::unique_ptr<std::stringstream> held_;
-    bool fresh_ = true;
+    std::string path_;
+    std::string why_;
+    uint64_t size_ = 0;
+    std::unique_ptr<TemporaryFolder> folder_;
+    std::unique_ptr<std::istream> stream_;
 };
 
 }  // namespace tool
