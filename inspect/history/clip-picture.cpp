@@ -14,6 +14,7 @@ ClipPicture clip_picture(std::istream& log, const replay::LogKind& kind, const C
     ClipPicture picture;
     cairo_renderer::PixelBox all;
     uint64_t present = 0;
+    uint32_t cells = 0;
     cairo_renderer::Options drawing;
     drawing.keep_images = kind.kept_images;
     drawing.glyph_form = glyph_form(kind);
@@ -28,7 +29,10 @@ ClipPicture clip_picture(std::istream& log, const replay::LogKind& kind, const C
     drawing.watch->call = [&present] { return present; };
     drawing.watch->step = [&](const WatchStep& step)
     {
-        if (step.call != options.call || !step.clips || picture.surface != nullptr || picture.too_large)
+        cells += step.kind == WatchStep::Kind::cell_begins ? 1 : 0;
+        cells -= step.kind == WatchStep::Kind::cell_ends ? 1 : 0;
+        picture.repeated = picture.repeated || (cells > 0 && step.call == options.call);
+        if (cells > 0 || step.call != options.call || !step.clips || picture.surface != nullptr || picture.too_large)
             return;
         picture.too_large = static_cast<uint64_t>(all.x1) * static_cast<uint64_t>(all.y1) > most_clip_pixels;
         if (!picture.too_large)

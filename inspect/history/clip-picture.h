@@ -33,6 +33,7 @@ struct ClipPicture
     std::shared_ptr<cairo_surface_t> surface;
     uint32_t page = 0;
     bool too_large = false;
+    bool repeated = false;  // what the call paints goes to a cell that is repeated, and not to a place on the page
 };
 
 // Pages of more pixels have no picture.

@@ -79,6 +79,8 @@ int draw_clip(const StateOptions& options, const CallState& state, LogAgain& log
     const ClipPicture picture = orvlog::inspect::clip_picture(log.from_start(), kind, drawing);
     if (picture.too_large)
         return fail(named + " is on a page of too many pixels for a picture; --dpi makes it smaller");
+    if (picture.surface == nullptr && picture.repeated)
+        return fail(named + " paints a cell that is repeated, so there is no picture of its clip");
     if (picture.surface == nullptr)
         return fail(named + " paints on no page, so there is no picture of its clip");
     if (is_the_log(options))
