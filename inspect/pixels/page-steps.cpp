@@ -66,7 +66,8 @@ public:
                 sums_.clear();
             if (fresh && step.kind != PageStep::page_begins)
                 layers_.push_back(told.target);
-            const TargetSum& sum = sums_.insert_or_assign(told.target, TargetSum(told.target, told.blank)).first->second;
+            const TargetSum& sum =
+                sums_.insert_or_assign(told.target, TargetSum(told.target, told.blank)).first->second;
             step.before = step.after = sum.value();
             return step;
         }

@@ -53,6 +53,17 @@ struct Rows
         return pixel | opaque;
     }
 
+    // Whether a row's pixels from x0 to x1 are those that are known. Most rows of a large area are; the loop has no way
+    // out, so that the compiler takes many pixels at a time.
+    bool is_same(int row, int x0, int x1, const uint32_t* known) const
+    {
+        const auto* pixels = reinterpret_cast<const uint32_t*>(data + static_cast<ptrdiff_t>(row) * stride);
+        uint32_t different = 0;
+        for (int column = x0; column < x1; ++column)
+            different |= (pixels[column] | opaque) ^ known[column];
+        return different == 0;
+    }
+
     const unsigned char* data = nullptr;
     int stride = 0;
     int width = 0;
@@ -99,6 +110,8 @@ void TargetSum::update(cairo_surface_t* surface, const cairo_renderer::PixelBox&
     for (int row = std::max(area.y0 - rows.y, 0); row < y1; ++row)
     {
         uint32_t* known = pixels_.get() + static_cast<size_t>(row) * static_cast<size_t>(rows.width);
+        if (x0 < x1 && rows.is_same(row, x0, x1, known))
+            continue;
         for (int column = x0; column < x1; ++column)
         {
             const uint32_t pixel = rows.at(column, row);
