@@ -1,7 +1,5 @@
 #include "inspect/history/pixel-history.h"
 
-#include "renderers/cairo/cairo-renderer.h"
-
 #include <algorithm>
 
 namespace orvlog::inspect
@@ -22,15 +20,6 @@ PixelBox around(const std::vector<PixelRun>& runs)
         box = {std::min(box.x0, run.x0), std::min(box.y0, run.y), std::max(box.x1, run.x1),
                std::max(box.y1, run.y + 1)};
     return box;
-}
-
-// That of the job's renderer, as far as the log tells.
-cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind)
-{
-    if (kind.rendered_fixed)
-        return cairo_renderer::GlyphForm::in_turn;
-    const bool bitmaps = (kind.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-    return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
 }
 
 }  // namespace
@@ -114,6 +103,9 @@ std::optional<uint32_t> PixelWatcher::innermost()
     std::optional<uint32_t> outside;
     for (Open& open : open_)
     {
+        // Repeated content has a layer and a cell.
+        if (!open.index && outside && groups_[*outside].call == open.call)
+            open.index = outside;
         if (!open.index && groups_.size() < kMostGroups)
         {
             groups_.push_back({open.call, outside});
@@ -159,6 +151,14 @@ void PixelWatcher::end(const WatchStep& step)
     touch.kind = step.kind == WatchStep::Kind::cell_ends ? Touch::Kind::cell : Touch::Kind::group;
     if (look(step, reaches, touch))
         tell(step, touch);
+}
+
+cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind)
+{
+    if (kind.rendered_fixed)
+        return cairo_renderer::GlyphForm::in_turn;
+    const bool bitmaps = (kind.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
+    return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
 }
 
 HistoryOutcome follow_pixels(std::istream& log, const replay::LogKind& kind, const HistoryOptions& options,

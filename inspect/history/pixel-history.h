@@ -5,6 +5,7 @@
 
 #include "clients/replay/replay.h"
 #include "inspect/history/pixel-shadow.h"
+#include "renderers/cairo/cairo-renderer.h"
 #include "renderers/cairo/watch.h"
 
 #include <cstdint>
@@ -109,6 +110,9 @@ private:
     std::vector<Around> groups_;
     std::vector<PixelRun> runs_;
 };
+
+// The form in which the job's renderer asked for glyphs, as far as the log tells.
+cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind);
 
 struct HistoryOptions
 {

@@ -55,6 +55,7 @@ public:
     Options options_;
     Complaints complaints_;
     ColourSpaces spaces_;
+    ImageStore images_;
     Resources resources_;
     ORV_Interface table_{};
     std::list<Document> documents_;
@@ -323,7 +324,8 @@ cairo_t* begin_page(cairo_surface_t* surface)
 }  // namespace
 
 Renderer::Implementation::Implementation(Options options)
-    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_), table_(table_for(this))
+    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_),
+      images_(options_.kept_image_bytes, complaints_), table_(table_for(this))
 {
 }
 
@@ -337,9 +339,13 @@ Renderer::Implementation::~Implementation()
 
 Shared Renderer::Implementation::shared()
 {
-    return {complaints_,          spaces_,
-            resources_,           options_.glyph_form,
-            options_.keep_images, options_.watch ? &*options_.watch : nullptr};
+    return {complaints_,
+            spaces_,
+            resources_,
+            images_,
+            options_.glyph_form,
+            options_.keep_images,
+            options_.watch ? &*options_.watch : nullptr};
 }
 
 void* Renderer::Implementation::start_document(const GFI_FontEngineTable* engine)
@@ -527,6 +533,7 @@ bool Renderer::Implementation::finish_page(Open& open)
         complaints_.say_once("the page image " + name + " could not be written");
         good = false;
     }
+    good = good && !images_.has_lost();
     all_written_ = all_written_ && good;
     return good;
 }

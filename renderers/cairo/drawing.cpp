@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace cairo_renderer
 {
@@ -80,10 +81,15 @@ ShapeContext Drawing::shape_context() const
     return {engine(), to_pixels(), shared_.glyph_form, shared_.complaints};
 }
 
-BrushContext Drawing::brush_context(uint32_t object_type)
+BrushContext Drawing::brush_context(uint32_t object_type, const Window* window)
 {
     const uint32_t known = GCM_OBJ_TEXT | GCM_OBJ_LINE | GCM_OBJ_GRAPHICS | GCM_OBJ_IMAGE;
-    return {shared_.spaces, shared_.complaints, shared_.keep_images ? &kept_ : nullptr, object_type & known};
+    return {shared_.spaces,
+            shared_.complaints,
+            shared_.keep_images ? &kept_ : nullptr,
+            object_type & known,
+            window,
+            playing() ? nullptr : &shared_.images};
 }
 
 void Drawing::emit(Paint paint)
@@ -110,9 +116,18 @@ void Drawing::emit(Group group)
 // False when nothing is to be painted.
 bool Drawing::make_paint(const PaintCall& call, Shape shape, Paint& paint)
 {
-    const BrushContext context = brush_context(call.object_type);
     if (left_out() || (!shape.everything && shape.pieces.empty()))
         return false;
+    // Clips that ask for nothing can be read before the images that they may show little of.
+    const bool is_seen_through_clips =
+        painting() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
+    std::optional<Window> window;
+    if (is_seen_through_clips)
+    {
+        paint.clips = read_clips(call.clip, shape_context());
+        window = painter_->window(paint.clips);
+    }
+    const BrushContext context = brush_context(call.object_type, window ? &*window : nullptr);
     const bool painted = read_operator(call.op, call.operand2, context, paint.compose);
     if (!painted && shared_.watch == nullptr)
         return false;
@@ -122,7 +137,8 @@ bool Drawing::make_paint(const PaintCall& call, Shape shape, Paint& paint)
     paint.brush = read_brush(call.operand1, BrushUse::colour, context);
     if (paint.compose.op == CAIRO_OPERATOR_CLEAR)
         paint.brush = FlatBrush{};
-    paint.clips = read_clips(call.clip, shape_context());
+    if (!is_seen_through_clips)
+        paint.clips = read_clips(call.clip, shape_context());
     if (!painted)
         emit(std::move(paint));
     return painted;
@@ -257,7 +273,7 @@ void Drawing::finish()
     while (finish_group())
     {
     }
-    kept_.pull_all(shared_.spaces, shared_.complaints);
+    kept_.pull_all(shared_.spaces, shared_.complaints, shared_.images);
     if (cr_ == nullptr || painter_ != nullptr)
         return;
     paint_on(cr_);

@@ -37,6 +37,7 @@ struct Shared
     Complaints& complaints;
     ColourSpaces& spaces;
     Resources& resources;
+    ImageStore& images;
     GlyphForm glyph_form;
     bool keep_images;
     const Watch* watch;  // null: nobody watches
@@ -116,7 +117,7 @@ private:
     bool left_out() const;
     uint64_t present_call() const;
     ShapeContext shape_context() const;
-    BrushContext brush_context(uint32_t object_type);
+    BrushContext brush_context(uint32_t object_type, const Window* window = nullptr);
     bool make_paint(const PaintCall& call, Shape shape, Paint& paint);
     Group make_group(const GroupCall& call);
     bool painting() const;

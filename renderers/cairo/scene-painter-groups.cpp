@@ -50,9 +50,11 @@ Shape whole_plane()
 // Blend modes mix colours only: alpha is that of the source over what is there.
 Compose ScenePainter::on_plane(const Compose& compose) const
 {
-    if (plane_ == Plane::shape)
-        return Compose{};
     Compose result = compose;
+    if (plane_ == Plane::shape)
+        result.op = CAIRO_OPERATOR_OVER;
+    if (plane_ == Plane::shape && !compose.mask_is_shape)
+        result.mask_mode = MaskMode::none;
     if (plane_ == Plane::alpha && is_blend(compose.op))
         result.op = CAIRO_OPERATOR_OVER;
     return result;
@@ -143,7 +145,8 @@ PatternPtr ScenePainter::merge_layer(const Group& group, const Level& level)
     if (around.knockout && shape != nullptr)
     {
         const PatternPtr element = masked(layer.get(), CAIRO_CONTENT_COLOR_ALPHA, group.compose, level.masks);
-        const PatternPtr cover = masked(shape.get(), CAIRO_CONTENT_ALPHA, Compose{}, level.masks);
+        const PatternPtr cover = masked(shape.get(), CAIRO_CONTENT_ALPHA,
+                                        group.compose.mask_is_shape ? group.compose : Compose{}, level.masks);
         on_each_plane([&] { knock_out(element.get(), cover.get(), group.compose.op); });
         return layer;
     }

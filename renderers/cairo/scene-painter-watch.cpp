@@ -229,7 +229,7 @@ Unchanged ScenePainter::why_without_effect(cairo_pattern_t* source, const Compos
     cairo_paint(both.cr.get());
     cairo_set_operator(both.cr.get(), compose.op);
     cairo_set_source(both.cr.get(), source);
-    cairo_mask(both.cr.get(), mask.get());
+    cairo_paint(both.cr.get());
     if (both.pixel() != there)
         return Unchanged::faint;
     return colour == there ? Unchanged::same_colour : Unchanged::by_operator;
@@ -315,14 +315,17 @@ void ScenePainter::tell_group_ends(const Group& group, bool has_layer, const Pat
     watch_->step(step);
 }
 
-// `to_cell` maps pixels of the page to those of a cell that is repeated for ever. Gives the watch for the cell's content.
+// `to_cell` maps pixels of the page to those of a cell that is repeated for ever. Gives the watch for the cell's
+// content.
 Watch ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell)
 {
     const int wide = cairo_image_surface_get_width(cell);
     const int high = cairo_image_surface_get_height(cell);
     const PixelBox& watched = watch_->box;
-    // As far as the filter looks.
-    const double margin = 1.0 + std::ceil(scale_of(to_cell));
+    // As far as the filter looks: where a pixel of the page is one of the cell, at that one.
+    constexpr double near = 1e-3;
+    const double scale = scale_of(to_cell);
+    const double margin = (scale > 1.0 + near ? scale + 1.0 : 1.0) / 2.0 - near;
     const PixelBox all =
         around(transformed({watched.x0 + 0.5, watched.y0 + 0.5, watched.x1 - 0.5, watched.y1 - 0.5}, to_cell), margin);
     const Point middle = transform(to_cell, {watched.x0 + 0.5, watched.y0 + 0.5});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderers/cairo/complaints.h"
+#include "renderers/cairo/image-part.h"
 #include "renderers/cairo/scene.h"
 #include "renderers/cairo/watch.h"
 
@@ -35,6 +36,9 @@ public:
     // It must not be repeated.
     void begin_group(const Group& group);
     void end_group(const Group& group);
+
+    // What can be painted on within these clips.
+    Window window(const ClipList& clips) const;
 
     // From the content space of the innermost open group to pixels.
     const cairo_matrix_t& to_pixels() const;
@@ -82,6 +86,7 @@ private:
     Shape shape_of(const Paint& paint) const;
 
     template <typename Draw> void on_each_plane(Draw&& draw);
+    bool touches_window(const Paint& paint) const;
     void paint_plane(const Paint& paint);
     Compose on_plane(const Compose& compose) const;
     void composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
