@@ -66,7 +66,8 @@ public:
                 sums_.clear();
             if (fresh && step.kind != PageStep::page_begins)
                 layers_.push_back(told.target);
-            const TargetSum& sum = sums_.insert_or_assign(told.target, TargetSum(told.target)).first->second;
+            const TargetSum& sum =
+                sums_.insert_or_assign(told.target, TargetSum(told.target, told.blank)).first->second;
             step.before = step.after = sum.value();
             return step;
         }
@@ -109,7 +110,7 @@ bool PageDrawing::begin_call(const reader::Element& call)
 
 void PageDrawing::take(const WatchStep& step)
 {
-    Told told;
+    Told told{};
     told.step.kind = kind_of(step.kind);
     if (step.kind == WatchStep::Kind::page_begins)
         place_ = 0;
@@ -119,6 +120,7 @@ void PageDrawing::take(const WatchStep& step)
     told.step.layer = step.layer ? 1 : 0;
     told.area = step.area;
     told.target = step.target;
+    told.blank = step.kind == WatchStep::Kind::group_begins && step.layer && !step.backdrop;
     if (step.target != nullptr && on_step)
         on_step(told);
 }

@@ -89,6 +89,7 @@ public:
         PageStep step;  // without sums
         cairo_renderer::PixelBox area;
         cairo_surface_t* target;
+        bool blank;  // the target is transparent
     };
 
     PageDrawing(const PixelSide& side, NumberFile& numbers, double dpi) : side_(side), numbers_(numbers), dpi_(dpi) {}

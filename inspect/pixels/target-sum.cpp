@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <new>
 
 namespace orvlog::inspect
 {
@@ -52,6 +53,17 @@ struct Rows
         return pixel | opaque;
     }
 
+    // Whether a row's pixels from x0 to x1 are those that are known. Most rows of a large area are; the loop has no way
+    // out, so that the compiler takes many pixels at a time.
+    bool is_same(int row, int x0, int x1, const uint32_t* known) const
+    {
+        const auto* pixels = reinterpret_cast<const uint32_t*>(data + static_cast<ptrdiff_t>(row) * stride);
+        uint32_t different = 0;
+        for (int column = x0; column < x1; ++column)
+            different |= (pixels[column] | opaque) ^ known[column];
+        return different == 0;
+    }
+
     const unsigned char* data = nullptr;
     int stride = 0;
     int width = 0;
@@ -74,25 +86,32 @@ PixelCopy copy_pixels(cairo_surface_t* surface)
     return copy;
 }
 
-TargetSum::TargetSum(cairo_surface_t* surface) : copy_(copy_pixels(surface))
+TargetSum::TargetSum(cairo_surface_t* surface, bool blank)
 {
-    size_t next = 0;
-    for (int row = 0; row < copy_.height; ++row)
-        for (int column = 0; column < copy_.width; ++column)
-            sum_ += part(copy_.pixels[next++], copy_.x + column, copy_.y + row);
+    const Rows rows(surface);
+    const size_t count = static_cast<size_t>(rows.width) * static_cast<size_t>(rows.height);
+    pixels_.reset(static_cast<uint32_t*>(std::calloc(std::max<size_t>(count, 1), sizeof(uint32_t))));
+    if (pixels_ == nullptr)
+        throw std::bad_alloc();
+    width_ = rows.width;
+    height_ = rows.height;
+    if (!blank)
+        update(surface, {rows.x, rows.y, rows.x + rows.width, rows.y + rows.height});
 }
 
 void TargetSum::update(cairo_surface_t* surface, const cairo_renderer::PixelBox& area)
 {
     const Rows rows(surface);
-    if (rows.width != copy_.width || rows.height != copy_.height)
+    if (rows.width != width_ || rows.height != height_)
         return;
     const int x0 = std::max(area.x0 - rows.x, 0);
     const int x1 = std::min(area.x1 - rows.x, rows.width);
     const int y1 = std::min(area.y1 - rows.y, rows.height);
     for (int row = std::max(area.y0 - rows.y, 0); row < y1; ++row)
     {
-        uint32_t* known = &copy_.pixels[static_cast<size_t>(row) * static_cast<size_t>(rows.width)];
+        uint32_t* known = pixels_.get() + static_cast<size_t>(row) * static_cast<size_t>(rows.width);
+        if (x0 < x1 && rows.is_same(row, x0, x1, known))
+            continue;
         for (int column = x0; column < x1; ++column)
         {
             const uint32_t pixel = rows.at(column, row);

@@ -7,6 +7,8 @@
 #include <cairo.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 namespace orvlog::inspect
@@ -37,7 +39,8 @@ PixelCopy copy_pixels(cairo_surface_t* surface);
 class TargetSum
 {
 public:
-    explicit TargetSum(cairo_surface_t* surface);
+    // `blank`: the surface is known to be transparent, and isn't looked at.
+    explicit TargetSum(cairo_surface_t* surface, bool blank = false);
 
     uint64_t value() const
     {
@@ -47,7 +50,17 @@ public:
     void update(cairo_surface_t* surface, const cairo_renderer::PixelBox& area);
 
 private:
-    PixelCopy copy_;
+    struct Free
+    {
+        void operator()(uint32_t* pixels) const
+        {
+            std::free(pixels);
+        }
+    };
+
+    int width_ = 0;
+    int height_ = 0;
+    std::unique_ptr<uint32_t, Free> pixels_;  // what is known of them; of a blank surface memory comes as it is used
     uint64_t sum_ = 0;
 };
 

@@ -17,9 +17,6 @@ PLANT = pathlib.Path(__file__).parent / 'planted-faults.py'
 
 # Which of the calls that a fault can be done to: those where it can be seen, where the one in the middle can't.
 PICKS = {'operator': ['--id', '70']}
-# Faults that no pixel shows, whichever call is taken: they stand in what the renderer doesn't look at.
-UNSEEN = {'object-type', 'text', 'font-size', 'ticket', 'glyph-advance'}
-
 failures = []
 
 
@@ -105,8 +102,6 @@ def main():
             pages = page_bytes(bad, os.path.join(folder, 'bad-' + kind))
             # Two calls in another order may leave the same page at the end.
             check_pages(kind, told, found, pages != good_pages or kind == 'swap')
-            expect((pages != good_pages) or kind in UNSEEN or bool(found['pages']) or kind in ('image-row', 'operator'),
-                   '%s: the fault can be seen' % kind)
             against = run('diff', bad, '--against', os.path.join(folder, 'good'))
             expect(against.returncode == (1 if pages != good_pages else 0), '%s: --against %s' % (kind, against.stdout))
     print('%d kinds of faults, %d failures' % (len(kinds.stdout.split()), len(failures)))

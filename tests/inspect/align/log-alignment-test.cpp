@@ -55,9 +55,12 @@ Compared compare(const std::string& a, const std::string& b, const AlignOptions&
     Compared compared;
     const auto take = [&compared](const Step& step)
     {
-        const std::string calls = " " + name_of(step.a) + " " + name_of(step.b);
+        std::string calls(1, ' ');
+        calls.append(name_of(step.a)).append(" ").append(name_of(step.b));
         compared.same += step.kind == StepKind::same ? 1 : 0;
-        const std::string moved = step.moved ? " moved " + std::to_string(step.moved->id.value_or(0)) : "";
+        std::string moved;
+        if (step.moved)
+            moved.append(" moved ").append(std::to_string(step.moved->id.value_or(0)));
         if (step.kind == StepKind::missing)
             compared.told.push_back("missing" + calls + moved);
         if (step.kind == StepKind::added)
@@ -215,12 +218,8 @@ TEST(LogAlignment, BentAndCutLogsAreComparedToTheirEnd)
         options.tolerance = round % 3 == 0 ? 0.01 : 0;
         const Compared compared = compare(log, bent, options);
         uint64_t told_a = compared.same;
-        std::string last;
         for (const std::string& line : compared.told)
-        {
-            const std::string head = line.substr(0, line.find(' ', line.find(' ', line.find(' ') + 1) + 1));
             told_a += line.starts_with("missing") ? 1 : 0;
-        }
         if (compared.outcome.b.is_log)
         {
             EXPECT_LE(told_a, compared.outcome.a.calls);
