@@ -2,6 +2,8 @@
 
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "orvlog/core/orvlog-entry.h"
 
 #include <sstream>
