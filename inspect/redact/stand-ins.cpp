@@ -78,7 +78,7 @@ void OutlineStandIn::start(const GGO_BoxFloat& box, uint32_t edges)
 // `part` runs from 0 to 1 once around the box, a little within it.
 GGO_Point OutlineStandIn::at(double part) const
 {
-    constexpr double margin = 1.0 / 16;
+    constexpr double margin = 0.0631;  // of no font's grid, so that no point is one of the outline
     const double side = std::clamp(part, 0.0, 1.0) * 4;
     const double x = side < 1 ? side : side < 2 ? 1 : side < 3 ? 3 - side : 0;
     const double y = side < 1 ? 0 : side < 2 ? side - 1 : side < 3 ? 1 : 4 - side;

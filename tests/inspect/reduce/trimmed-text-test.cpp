@@ -52,7 +52,7 @@ TEST(TrimmedText, LeavesALogOfWhichAllStaysAsItIs)
         EXPECT_EQ(trimmed(log), log) << entry.path();
         ++logs;
     }
-    EXPECT_GT(logs, 3U);
+    EXPECT_GE(logs, 2U);
 }
 
 constexpr const char* kLog = R"X(<ORV LoggingMode="transparent">
@@ -161,7 +161,7 @@ about paint 1
 TEST(TrimmedText, KeepsACutLogCut)
 {
     const std::string log = kLog;
-    const std::string cut = log.substr(0, log.find("  <ORV_drawing_finish drawing_context=\"1\""));
+    const std::string cut = log.substr(0, log.find("  <ORV_face_start document_context=\"0\" drawing_context=\"1\""));
     std::istringstream source(cut);
     TrimmedText text(source, {});
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(&text), {}), cut);
