@@ -111,7 +111,7 @@ Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& ticke
     bool going = true;
     while (const Element* call = going ? elements.next() : nullptr)
     {
-        going = player.play(*call);
+        going = (!options.before_call || options.before_call(*call)) && player.play(*call);
         if (options.progress)
             options.progress(elements.events().bytes_used());
     }

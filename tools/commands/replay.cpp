@@ -6,6 +6,7 @@
 #include "clients/session/logged-session.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
+#include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/look.h"
@@ -44,7 +45,7 @@ struct ReplayOptions
     std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
-    int64_t up_to = -1;
+    std::optional<orvlog::reader::CallAddress> up_to;
 };
 
 // Lines for the user, each once.
@@ -117,8 +118,7 @@ public:
             return status;
         Progress progress(source.size());
         play.dpi = options_.dpi;
-        if (options_.up_to >= 0)
-            play.up_to = static_cast<uint32_t>(options_.up_to);
+        play.up_to = options_.up_to;
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
         play.progress = [&progress](uint64_t done) { progress.show(done); };
         play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
@@ -232,7 +232,7 @@ private:
         if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
             lacks.emplace_back("has no page");
         if (!outcome.reached)
-            lacks.push_back("has no paint " + std::to_string(options_.up_to));
+            lacks.push_back("has no " + orvlog::reader::describe(*options_.up_to));
         if (outcome.missing > 0 && !options_.allow_missing)
             lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
                             " places; what could be found is played (--allow-missing is content with that)");
@@ -295,9 +295,7 @@ Run declare_replay(CLI::App& app)
     app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
-    app.add_option("--up-to", options->up_to, "stop behind the paint of this id")
-        ->type_name("ID")
-        ->check(CLI::Range(int64_t{0}, int64_t{UINT32_MAX}));
+    add_address(app, "--up-to", options->up_to, "stop behind this call: the id of a paint, line:N or byte:N");
     app.add_option("--renderer", options->renderer, "draw on this one; without it as the job was drawn")
         ->check(CLI::IsMember({"cairo", "none"}));
     app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")
