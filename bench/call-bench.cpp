@@ -5,6 +5,8 @@
 #include "bench/bench-clock.h"
 #include "bench/null-stream.h"
 #include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "orvlog/interface/orvlog.h"
 #include "orvlog/log/orvlog-number.h"
 

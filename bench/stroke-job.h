@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
+#include "clients/stream/random-identity.h"
 #include "orvlog/interface/orvlog.h"
 
 namespace orvlog::bench

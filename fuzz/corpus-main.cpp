@@ -10,7 +10,7 @@
 namespace
 {
 
-void replay(const std::filesystem::path& path)
+void run(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
     const std::string content{std::istreambuf_iterator<char>(file), {}};
@@ -26,13 +26,13 @@ int main(int argc, char** argv)
     {
         if (!std::filesystem::is_directory(argv[i]))
         {
-            replay(argv[i]);
+            run(argv[i]);
             ++count;
             continue;
         }
         for (const auto& entry : std::filesystem::directory_iterator(argv[i]))
         {
-            replay(entry.path());
+            run(entry.path());
             ++count;
         }
     }

@@ -34,6 +34,15 @@ bool is_closed_record(const Element& element)
            element.name.starts_with("GFI_");
 }
 
+// Ids rise, so that the paint behind one that is missing ends the replay as well.
+bool ends_at(const Element& call, const reader::CallAddress& address)
+{
+    if (address.kind != reader::CallAddress::Kind::id)
+        return reader::is_at(call, address);
+    const bool is_paint = call.name == "ORV_object_paint" || call.name == "ORV_object_paint_and_stroke";
+    return is_paint && reader::read_uint(call, "id") >= address.number;
+}
+
 }  // namespace
 
 Player::Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
@@ -422,8 +431,7 @@ bool Player::play(const Element& call)
         destroy_resource(call);
     else
         drawing_call(call);
-    const bool is_paint = call.name == "ORV_object_paint" || call.name == "ORV_object_paint_and_stroke";
-    return !(options_.up_to && is_paint && reader::read_uint(call, "id") >= *options_.up_to);
+    return !(options_.up_to && ends_at(call, *options_.up_to));
 }
 
 void Player::finish_all()

@@ -38,7 +38,7 @@ public:
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    // False once the paint of up_to has been made.
+    // False once the call of up_to has been made.
     bool play(const reader::Element& call);
     // Finishes what is open.
     void finish_all();

@@ -8,6 +8,7 @@
 
 #include "clients/replay/replay-tickets.h"
 #include "orvlog/interface/orvlog.h"
+#include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
 #include "reader/tree/element.h"
 
@@ -26,8 +27,8 @@ struct Options
     reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
-    double dpi = 0;                 // above 0: pages of this resolution instead of their own
-    std::optional<uint32_t> up_to;  // the id of the last paint to make; all that is open then is finished
+    double dpi = 0;                            // above 0: pages of this resolution instead of their own
+    std::optional<reader::CallAddress> up_to;  // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
     // Told of each comment of the client's between two calls, as it stands; may be empty.
@@ -35,6 +36,8 @@ struct Options
     // Told of each face that is about to be begun: its place in the log, counted from 1, and its own number,
     // face_seq_number; may be empty.
     std::function<void(uint32_t page, uint32_t number)> page_begins;
+    // Told of each call of the log before it is made, or passed over; false ends the replay before it. May be empty.
+    std::function<bool(const reader::Element& call)> before_call;
     // Told how many bytes of the file have been used; may be empty.
     std::function<void(uint64_t)> progress;
 };
@@ -43,7 +46,7 @@ struct Outcome
 {
     bool is_log = false;
     bool cut = false;
-    bool reached = true;  // the paint of up_to
+    bool reached = true;  // the call of up_to
     uint64_t calls = 0;   // made
     uint64_t failed = 0;  // of them, those that gave 0
     uint32_t faces = 0;   // in the log, as far as it was played

@@ -1,40 +1,14 @@
 #include "clients/stream/file-stream.h"
 
+#include "clients/stream/stream-operations.h"
+
 #include <cerrno>
 #include <cstring>
 
 namespace client_stream
 {
 
-namespace
-{
-
-int32_t code_of(int error)
-{
-    switch (error)
-    {
-    case 0:
-        return GIO_OK;
-    case ENOENT:
-        return GIO_ERR_NOT_FOUND;
-    case EBADF:
-        return GIO_ERR_BAD_HANDLE;
-    case ENOMEM:
-        return GIO_ERR_NO_MEMORY;
-    case EACCES:
-        return GIO_ERR_PERMISSION;
-    case EINVAL:
-        return GIO_ERR_INVALID;
-    case EFBIG:
-        return GIO_ERR_TOO_LARGE;
-    case ENOSPC:
-        return GIO_ERR_NO_SPACE;
-    default:
-        return GIO_ERR_OTHER;
-    }
-}
-
-}  // namespace
+using stream_operations::code_of;
 
 struct FileStream::Operations
 {
@@ -71,17 +45,6 @@ struct FileStream::Operations
         }
         const uint64_t written = std::fwrite(buffer, item_size, item_count, file(c));
         return checked(c, written, written == item_count || item_size == 0);
-    }
-
-    static int32_t seek(void* c, int32_t offset, int32_t origin)
-    {
-        return seek64(c, offset, origin);
-    }
-
-    static int32_t tell(void* c)
-    {
-        const int64_t position = tell64(c);
-        return position <= INT32_MAX ? static_cast<int32_t>(position) : -1;
     }
 
     static int32_t seek64(void* c, int64_t offset, int32_t origin)
@@ -135,18 +98,9 @@ struct FileStream::Operations
         return checked(c, result, result != EOF);
     }
 
-    static const char* path(void* c, uint32_t* path_kind)
+    static const char* name(void* c)
     {
-        if (path_kind != nullptr)
-        {
-            *path_kind = 0;
-        }
         return self(c)->file_name_.c_str();
-    }
-
-    static int32_t read_buffer(void*, void**, uint64_t*)
-    {
-        return 0;
     }
 
     static int32_t print(void* c, const char* format, va_list args)
@@ -188,29 +142,6 @@ struct FileStream::Operations
     {
         return self(c)->close() ? GIO_OK : code_of(self(c)->first_error_);
     }
-
-    static constexpr GIO_StreamOps table = {
-        .gio_Read = read,
-        .gio_Write = write,
-        .gio_Seek = seek,
-        .gio_Tell = tell,
-        .gio_Seek64 = seek64,
-        .gio_Tell64 = tell64,
-        .gio_Flush = flush,
-        .gio_Gets = gets,
-        .gio_Puts = puts,
-        .gio_Getc = getc,
-        .gio_Putc = putc,
-        .gio_GetPath = path,
-        .gio_ReadBuffer = read_buffer,
-        .gio_VPrintf = print,
-        .gio_ClearErr = clear_error,
-        .gio_Eof = eof,
-        .gio_Error = error,
-        .gio_LastError = last_error,
-        .gio_Size = size,
-        .gio_Close = close,
-    };
 };
 
 std::unique_ptr<FileStream> FileStream::open(const std::string& file_name, const char* mode)
@@ -227,7 +158,7 @@ FileStream::FileStream(std::FILE* file, std::string file_name) : file_(file), fi
 {
     stream_.instance = this;
     stream_.kind = GIO_KIND_FILE;
-    stream_.ops = &Operations::table;
+    stream_.ops = &stream_operations::table<Operations>;
 }
 
 FileStream::~FileStream()

@@ -1,10 +1,8 @@
-// What a program brings along to open a log: a stream over a file, an allocator over malloc, an identity object.
+// A stream to bring along, over a file of the C library, for reading and writing.
 
 #pragma once
 
 #include "holv-core/gio/gio-stream.h"
-#include "holv-core/gmm/gmm-allocator.h"
-#include "orvlog/interface/orvlog.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -44,48 +42,6 @@ private:
     GIO_Stream stream_{};
     int first_error_ = 0;
     int64_t final_size_ = -1;
-};
-
-// An allocator over malloc and free, for one thread at a time.
-class MallocAllocator
-{
-public:
-    MallocAllocator();
-    MallocAllocator(const MallocAllocator&) = delete;
-    MallocAllocator& operator=(const MallocAllocator&) = delete;
-
-    GMM_Allocator* allocator();
-    uint64_t bytes_in_use() const;
-    uint64_t peak_bytes() const;
-
-    struct Operations;
-
-private:
-    GMM_Allocator record_{};
-    uint64_t bytes_ = 0;
-    uint64_t peak_ = 0;
-};
-
-// Gives a session a random number of 16 bytes.
-class RandomIdentity
-{
-public:
-    RandomIdentity();
-    RandomIdentity(const RandomIdentity&) = delete;
-    RandomIdentity& operator=(const RandomIdentity&) = delete;
-
-    const ORVLOG_IdentitySource* source() const;
-
-private:
-    // Behind the word that the library knows stands the number.
-    struct Object
-    {
-        ORVLOG_IdentityObject head;
-        uint8_t number[16];
-    };
-
-    Object object_{};
-    ORVLOG_IdentitySource source_{};
 };
 
 }  // namespace client_stream

@@ -1,5 +1,7 @@
 #include "clients/stream/log-stream.h"
 
+#include "clients/stream/stream-operations.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -15,32 +17,6 @@ namespace
 {
 
 constexpr uint32_t stream_tag = 0x4D52544F;
-
-int32_t code_of(int error)
-{
-    switch (error)
-    {
-    case 0:
-        return GIO_OK;
-    case ENOENT:
-        return GIO_ERR_NOT_FOUND;
-    case EBADF:
-        return GIO_ERR_BAD_HANDLE;
-    case ENOMEM:
-        return GIO_ERR_NO_MEMORY;
-    case EACCES:
-    case EPERM:
-        return GIO_ERR_PERMISSION;
-    case EINVAL:
-        return GIO_ERR_INVALID;
-    case EFBIG:
-        return GIO_ERR_TOO_LARGE;
-    case ENOSPC:
-        return GIO_ERR_NO_SPACE;
-    default:
-        return GIO_ERR_OTHER;
-    }
-}
 
 LogStream* self(void* c)
 {
@@ -121,163 +97,130 @@ int32_t append_formatted(LogStream* stream, const char* format, va_list args)
     return good ? length : -1;
 }
 
-uint64_t read(void*, uint64_t, uint64_t, void*)
+struct Operations
 {
-    return 0;
-}
-
-uint64_t write(const void* buffer, uint64_t item_size, uint64_t item_count, void* c)
-{
-    LogStream* stream = self(c);
-    if (stream == nullptr || buffer == nullptr || item_size == 0 || item_count == 0)
-        return 0;
-    if (item_count > SIZE_MAX / item_size)
+    static uint64_t read(void*, uint64_t, uint64_t, void*)
     {
-        note_failure(stream, EINVAL);
         return 0;
     }
-    const uint64_t before = text_size(stream);
-    if (append(stream, static_cast<const char*>(buffer), static_cast<size_t>(item_size * item_count)))
-        return item_count;
-    return (std::max(text_size(stream), before) - before) / item_size;
-}
 
-int32_t seek64(void* c, int64_t offset, int32_t origin)
-{
-    const LogStream* stream = self(c);
-    if (stream == nullptr)
+    static uint64_t write(const void* buffer, uint64_t item_size, uint64_t item_count, void* c)
+    {
+        LogStream* stream = self(c);
+        if (stream == nullptr || buffer == nullptr || item_size == 0 || item_count == 0)
+            return 0;
+        if (item_count > SIZE_MAX / item_size)
+        {
+            note_failure(stream, EINVAL);
+            return 0;
+        }
+        const uint64_t before = text_size(stream);
+        if (append(stream, static_cast<const char*>(buffer), static_cast<size_t>(item_size * item_count)))
+            return item_count;
+        return (std::max(text_size(stream), before) - before) / item_size;
+    }
+
+    static int32_t seek64(void* c, int64_t offset, int32_t origin)
+    {
+        const LogStream* stream = self(c);
+        if (stream == nullptr)
+            return -1;
+        const auto here = static_cast<int64_t>(text_size(stream));
+        if (origin == GIO_SEEK_SET ? offset == here : offset == 0)
+            return 0;
+        errno = EINVAL;
         return -1;
-    const auto here = static_cast<int64_t>(text_size(stream));
-    if (origin == GIO_SEEK_SET ? offset == here : offset == 0)
-        return 0;
-    errno = EINVAL;
-    return -1;
-}
+    }
 
-int32_t seek(void* c, int32_t offset, int32_t origin)
-{
-    return seek64(c, offset, origin);
-}
+    static int64_t tell64(void* c)
+    {
+        const LogStream* stream = self(c);
+        return stream != nullptr ? static_cast<int64_t>(text_size(stream)) : -1;
+    }
 
-int64_t tell64(void* c)
-{
-    const LogStream* stream = self(c);
-    return stream != nullptr ? static_cast<int64_t>(text_size(stream)) : -1;
-}
+    static int32_t flush(void* c)
+    {
+        LogStream* stream = self(c);
+        if (stream == nullptr || stream->error != 0)
+            return -1;
+        return stream->kind->flush == nullptr || stream->kind->flush(stream) ? 0 : -1;
+    }
 
-int32_t tell(void* c)
-{
-    const int64_t place = tell64(c);
-    return place <= INT32_MAX ? static_cast<int32_t>(place) : -1;
-}
+    static char* gets(char*, int32_t, void*)
+    {
+        return nullptr;
+    }
 
-int32_t flush(void* c)
-{
-    LogStream* stream = self(c);
-    if (stream == nullptr || stream->error != 0)
+    static int32_t puts(const char* text, void* c)
+    {
+        LogStream* stream = self(c);
+        return stream != nullptr && text != nullptr && append(stream, text, std::strlen(text)) ? 0 : -1;
+    }
+
+    static int32_t getc(void*)
+    {
         return -1;
-    return stream->kind->flush == nullptr || stream->kind->flush(stream) ? 0 : -1;
-}
+    }
 
-char* gets(char*, int32_t, void*)
-{
-    return nullptr;
-}
+    static int32_t putc(int32_t byte, void* c)
+    {
+        LogStream* stream = self(c);
+        const char one = static_cast<char>(byte);
+        return stream != nullptr && append(stream, &one, 1) ? byte & 0xFF : -1;
+    }
 
-int32_t puts(const char* text, void* c)
-{
-    LogStream* stream = self(c);
-    return stream != nullptr && text != nullptr && append(stream, text, std::strlen(text)) ? 0 : -1;
-}
+    static const char* name(void* c)
+    {
+        const LogStream* stream = self(c);
+        return stream != nullptr ? stream->path : nullptr;
+    }
 
-int32_t getc(void*)
-{
-    return -1;
-}
+    static int32_t print(void* c, const char* format, va_list args)
+    {
+        LogStream* stream = self(c);
+        if (stream == nullptr || format == nullptr)
+            return -1;
+        if (stream->error != 0)
+            return -1;
+        if (std::strcmp(format, "%s") != 0)
+            return append_formatted(stream, format, args);
+        const char* text = va_arg(args, const char*);
+        if (text == nullptr)
+            text = "(null)";
+        const size_t length = std::strlen(text);
+        return append(stream, text, length) ? static_cast<int32_t>(std::min<size_t>(length, INT32_MAX)) : -1;
+    }
 
-int32_t putc(int32_t byte, void* c)
-{
-    LogStream* stream = self(c);
-    const char one = static_cast<char>(byte);
-    return stream != nullptr && append(stream, &one, 1) ? byte & 0xFF : -1;
-}
+    // A failure stays.
+    static void clear_error(void*) {}
 
-const char* path(void* c, uint32_t* path_kind)
-{
-    const LogStream* stream = self(c);
-    if (path_kind != nullptr)
-        *path_kind = 0;
-    return stream != nullptr ? stream->path : nullptr;
-}
+    static int32_t eof(void* c)
+    {
+        return self(c) != nullptr ? 0 : -1;
+    }
 
-int32_t read_buffer(void*, void**, uint64_t*)
-{
-    return 0;
-}
+    static int32_t error(void* c)
+    {
+        const LogStream* stream = self(c);
+        return stream != nullptr ? (stream->error != 0 ? 1 : 0) : -1;
+    }
 
-int32_t print(void* c, const char* format, va_list args)
-{
-    LogStream* stream = self(c);
-    if (stream == nullptr || format == nullptr)
-        return -1;
-    if (stream->error != 0)
-        return -1;
-    if (std::strcmp(format, "%s") != 0)
-        return append_formatted(stream, format, args);
-    const char* text = va_arg(args, const char*);
-    if (text == nullptr)
-        text = "(null)";
-    const size_t length = std::strlen(text);
-    return append(stream, text, length) ? static_cast<int32_t>(std::min<size_t>(length, INT32_MAX)) : -1;
-}
+    static int32_t last_error(void* c)
+    {
+        const LogStream* stream = self(c);
+        return stream != nullptr ? stream_operations::code_of(stream->error) : GIO_ERR_BAD_HANDLE;
+    }
 
-// A failure stays.
-void clear_error(void*) {}
+    static int32_t close(void* c)
+    {
+        LogStream* stream = self(c);
+        return stream != nullptr ? orvlog_stream_close(&stream->handle, nullptr) : GIO_ERR_BAD_HANDLE;
+    }
 
-int32_t eof(void* c)
-{
-    return self(c) != nullptr ? 0 : -1;
-}
-
-int32_t error(void* c)
-{
-    const LogStream* stream = self(c);
-    return stream != nullptr ? (stream->error != 0 ? 1 : 0) : -1;
-}
-
-int32_t last_error(void* c)
-{
-    const LogStream* stream = self(c);
-    return stream != nullptr ? code_of(stream->error) : GIO_ERR_BAD_HANDLE;
-}
-
-int32_t close(void* c)
-{
-    LogStream* stream = self(c);
-    return stream != nullptr ? orvlog_stream_close(&stream->handle, nullptr) : GIO_ERR_BAD_HANDLE;
-}
-
-constexpr GIO_StreamOps operations = {
-    .gio_Read = read,
-    .gio_Write = write,
-    .gio_Seek = seek,
-    .gio_Tell = tell,
-    .gio_Seek64 = seek64,
-    .gio_Tell64 = tell64,
-    .gio_Flush = flush,
-    .gio_Gets = gets,
-    .gio_Puts = puts,
-    .gio_Getc = getc,
-    .gio_Putc = putc,
-    .gio_GetPath = path,
-    .gio_ReadBuffer = read_buffer,
-    .gio_VPrintf = print,
-    .gio_ClearErr = clear_error,
-    .gio_Eof = eof,
-    .gio_Error = error,
-    .gio_LastError = last_error,
-    .gio_Size = tell64,
-    .gio_Close = close,
+    static int64_t size(void* c)
+    {
+        return tell64(c);
+    }
 };
 
 }  // namespace
@@ -308,7 +251,7 @@ LogStream* create_stream(size_t size, const Kind* kind, const char* path)
     stream->tag = stream_tag;
     stream->kind = kind;
     stream->path = std::strcpy(own_path, path);
-    stream->handle = {stream, GIO_KIND_FORWARD_ONLY, &operations};
+    stream->handle = {stream, GIO_KIND_FORWARD_ONLY, &stream_operations::table<Operations>};
     const int error = open_file(&stream->file, path);
     if (error == 0)
         return stream;
@@ -346,7 +289,7 @@ int32_t orvlog_stream_close(GIO_Stream* handle, ORVLOG_StreamReport* report)
     }
     if (report != nullptr)
         *report = own;
-    return log_stream::code_of(own.error);
+    return stream_operations::code_of(own.error);
 }
 
 int32_t orvlog_stream_error(const GIO_Stream* handle)

@@ -1,4 +1,4 @@
-#include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "clients/stream/file-stream.h"
+#include "clients/stream/random-identity.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,5 +1,6 @@
 #include "clients/stream/temporary-log.h"
 
+#include "clients/stream/malloc-allocator.h"
 #include "orvlog/log/orvlog-merge.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "clients/stream/file-stream.h"
+#include "orvlog/interface/orvlog.h"
 
 #include <filesystem>
 #include <memory>

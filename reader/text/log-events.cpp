@@ -352,6 +352,7 @@ bool LogEvents::read_open(Event& event, std::string_view line, size_t indent)
         step(std::min(line.size() + 1, text_->seen().size()), 1);
         return false;
     }
+    event.indent = indent;
     const size_t end = tag.find_first_of("<>", name_size);
     if (end == std::string_view::npos)
         return read_open_in_parts(event, line, indent);

@@ -53,6 +53,7 @@ struct Event
     std::string_view text;     // row, comment, damage
     bool self_closed = false;  // open, of the form <name .../>
     bool implied = false;      // close, of a tag whose end the log lacks
+    uint64_t indent = 0;       // open: blanks between the place and the tag
 };
 
 enum class LogForm

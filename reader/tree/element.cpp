@@ -146,6 +146,7 @@ Element* ElementReader::make_element(const Event& event, Arena& arena)
     auto* element = new (arena.take(sizeof(Element))) Element;
     element->name = arena.copy(event.name);
     element->place = event.place;
+    element->indent = event.indent;
     const std::span<Attribute> attributes = arena.make_array<Attribute>(event.attributes.size());
     for (size_t i = 0; i < attributes.size(); ++i)
         attributes[i] = {arena.copy(event.attributes[i].name), arena.copy(event.attributes[i].value)};

@@ -59,6 +59,7 @@ struct Element
 {
     std::string_view name;
     Place place;
+    uint64_t indent = 0;  // blanks between the place and the tag
     std::span<const Attribute> attributes;
     Element* first = nullptr;  // its first child
     Element* next = nullptr;   // its next sibling

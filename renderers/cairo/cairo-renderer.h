@@ -10,12 +10,14 @@
 #pragma once
 
 #include "orvlog/interface/orv-interface.h"
+#include "renderers/cairo/watch.h"
 
 #include <cairo.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -70,12 +72,15 @@ struct Options
     std::function<uint32_t(const Page& page)> page_number;
     SurfaceFactory surface_factory;  // may be empty
     // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
-    // the page ends, then played once for each band. Pages from a surface factory never are.
+    // the page ends, then painted once for each band. Pages from a surface factory never are.
     uint64_t pixels_at_once = usual_pixels_at_once;
     // Of images in kept calls so many bytes of pixels are in memory, and the rest in a file in the temporary folder.
     uint64_t kept_image_bytes = usual_kept_image_bytes;
     bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;
+    // Is told of each step of the drawing; of a page in bands only the bands that meet its box are then drawn, if there
+    // is neither a sink nor a file for the page. What is drawn is the same with and without.
+    std::optional<Watch> watch;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
 };
 

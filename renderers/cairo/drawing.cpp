@@ -43,8 +43,10 @@ bool is_opaque(const Paint& paint)
 Drawing::Drawing(Shared shared, cairo_t* cr, const cairo_matrix_t& to_pixels, const GFI_FontEngineTable* engine)
     : shared_(shared), cr_(cr), base_(to_pixels), engine_(engine)
 {
-    if (cr != nullptr && !shared.keep_images)
-        player_ = std::make_unique<Player>(cr, to_pixels, shared.complaints);
+    if (cr == nullptr || shared.keep_images)
+        return;
+    painter_ = std::make_unique<ScenePainter>(cr, to_pixels, shared.complaints);
+    painter_->watch_by(shared.watch);
 }
 
 Drawing::~Drawing() = default;
@@ -64,9 +66,14 @@ bool Drawing::left_out() const
     return !groups_.empty() && groups_.back()->left_out;
 }
 
-bool Drawing::playing() const
+uint64_t Drawing::present_call() const
 {
-    return player_ != nullptr && (groups_.empty() || groups_.back()->immediate);
+    return shared_.watch != nullptr ? shared_.watch->call() : 0;
+}
+
+bool Drawing::painting() const
+{
+    return painter_ != nullptr && (groups_.empty() || groups_.back()->immediate);
 }
 
 ShapeContext Drawing::shape_context() const
@@ -82,16 +89,16 @@ BrushContext Drawing::brush_context(uint32_t object_type, const Window* window)
             shared_.keep_images ? &kept_ : nullptr,
             object_type & known,
             window,
-            playing() ? nullptr : &shared_.images};
+            painting() ? nullptr : &shared_.images};
 }
 
 void Drawing::emit(Paint paint)
 {
-    cost_ += 1.0;
+    cost_ += paint.left_out ? 0.0 : 1.0;
     if (left_out())
         return;
-    if (playing())
-        return player_->paint(paint);
+    if (painting())
+        return painter_->paint(paint);
     Nodes& nodes = groups_.empty() ? *root_ : *groups_.back()->group.content;
     nodes.push_back(Node{std::move(paint)});
 }
@@ -100,8 +107,8 @@ void Drawing::emit(Group group)
 {
     if (left_out())
         return;
-    if (playing())
-        return player_->group(group);
+    if (painting())
+        return painter_->group(group);
     Nodes& nodes = groups_.empty() ? *root_ : *groups_.back()->group.content;
     nodes.push_back(Node{std::move(group)});
 }
@@ -113,23 +120,28 @@ bool Drawing::make_paint(const PaintCall& call, Shape shape, Paint& paint)
         return false;
     // Clips that ask for nothing can be read before the images that they may show little of.
     const bool is_seen_through_clips =
-        playing() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
+        painting() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
     std::optional<Window> window;
     if (is_seen_through_clips)
     {
         paint.clips = read_clips(call.clip, shape_context());
-        window = player_->window(paint.clips);
+        window = painter_->window(paint.clips);
     }
     const BrushContext context = brush_context(call.object_type, window ? &*window : nullptr);
-    if (!read_operator(call.op, call.operand2, context, paint.compose))
+    const bool painted = read_operator(call.op, call.operand2, context, paint.compose);
+    if (!painted && shared_.watch == nullptr)
         return false;
+    paint.call = present_call();
+    paint.left_out = !painted;
     paint.shape = std::move(shape);
     paint.brush = read_brush(call.operand1, BrushUse::colour, context);
     if (paint.compose.op == CAIRO_OPERATOR_CLEAR)
         paint.brush = FlatBrush{};
     if (!is_seen_through_clips)
         paint.clips = read_clips(call.clip, shape_context());
-    return true;
+    if (!painted)
+        emit(std::move(paint));
+    return painted;
 }
 
 void Drawing::paint(const PaintCall& call)
@@ -149,6 +161,7 @@ void Drawing::emit_with_knockout(Paint first, Paint second)
     group.retransform = identity();
     group.isolated = false;
     group.knockout = true;
+    group.call = group.end_call = present_call();
     emit(std::move(group));
 }
 
@@ -187,6 +200,7 @@ Group Drawing::make_group(const GroupCall& call)
     group.retransform = call.retransform == nullptr ? identity() : matrix_of(*call.retransform);
     group.isolated = call.group_type != ORV_GROUP_NON_ISOLATED;
     group.knockout = call.knockout;
+    group.call = group.end_call = present_call();
     group.repetition = read_repetition(call);
     if (call.group_type == ORV_GROUP_COMBINE_SEPARATION || call.group_type == ORV_GROUP_MAKE_SEPARATION)
         shared_.complaints.say_once("separation groups are painted as simple groups");
@@ -208,9 +222,9 @@ void Drawing::start_group(const GroupCall& call)
     open->engine = call.engine != nullptr ? call.engine : engine();
     open->to_pixels = multiply(open->group.retransform, to_pixels());
     const Repetition& repetition = open->group.repetition;
-    open->immediate = playing() && !open->left_out && repetition.x_step == 0.0 && repetition.y_step == 0.0;
+    open->immediate = painting() && !open->left_out && repetition.x_step == 0.0 && repetition.y_step == 0.0;
     if (open->immediate)
-        player_->begin_group(open->group);
+        painter_->begin_group(open->group);
     groups_.push_back(std::move(open));
     depth_ = std::max(depth_, static_cast<uint32_t>(groups_.size()));
 }
@@ -221,8 +235,9 @@ bool Drawing::finish_group()
         return false;
     std::unique_ptr<OpenGroup> open = std::move(groups_.back());
     groups_.pop_back();
+    open->group.end_call = present_call();
     if (open->immediate)
-        player_->end_group(open->group);
+        painter_->end_group(open->group);
     else if (!open->left_out)
         emit(std::move(open->group));
     return true;
@@ -259,15 +274,16 @@ void Drawing::finish()
     {
     }
     kept_.pull_all(shared_.spaces, shared_.complaints, shared_.images);
-    if (cr_ == nullptr || player_ != nullptr)
+    if (cr_ == nullptr || painter_ != nullptr)
         return;
-    play_on(cr_);
+    paint_on(cr_);
 }
 
-void Drawing::play_on(cairo_t* cr) const
+void Drawing::paint_on(cairo_t* cr) const
 {
-    Player player(cr, base_, shared_.complaints);
-    player.play(*root_);
+    ScenePainter painter(cr, base_, shared_.complaints);
+    painter.watch_by(shared_.watch);
+    painter.paint_nodes(*root_);
 }
 
 void Drawing::discard()

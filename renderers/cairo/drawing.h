@@ -1,4 +1,4 @@
-// One open drawing: reads the calls that are made on it, and plays or records them.
+// One open drawing: reads the calls that are made on it, and paints or gathers them.
 
 #pragma once
 
@@ -7,7 +7,7 @@
 #include "renderers/cairo/cairo-renderer.h"
 #include "renderers/cairo/colour.h"
 #include "renderers/cairo/complaints.h"
-#include "renderers/cairo/player.h"
+#include "renderers/cairo/scene-painter.h"
 #include "renderers/cairo/scene.h"
 #include "renderers/cairo/shape-reader.h"
 
@@ -18,7 +18,7 @@
 namespace cairo_renderer
 {
 
-// A recorded drawing that can be painted.
+// A drawing that has been gathered and can be painted.
 struct Resource
 {
     std::shared_ptr<Nodes> content;  // null while its drawing is open
@@ -40,13 +40,14 @@ struct Shared
     ImageStore& images;
     GlyphForm glyph_form;
     bool keep_images;
+    const Watch* watch;  // null: nobody watches
 };
 
 class Drawing
 {
 public:
     // Draws on `cr` (borrowed) as the calls come, or at the end when images are kept; without a `cr` it
-    // records only. `to_pixels` maps the drawing's space to pixels.
+    // gathers only. `to_pixels` maps the drawing's space to pixels.
     Drawing(Shared shared, cairo_t* cr, const cairo_matrix_t& to_pixels, const GFI_FontEngineTable* engine);
     ~Drawing();
     Drawing(const Drawing&) = delete;
@@ -92,13 +93,13 @@ public:
     // False for a resource that is not there.
     bool paint_resource(uint32_t id, const GroupCall& call);
 
-    // Ends all groups; pulls kept images and plays what was recorded for a `cr`.
+    // Ends all groups; pulls kept images and paints what was gathered for a `cr`.
     void finish();
     // Gives kept images back, unpulled.
     void discard();
-    // Plays what was recorded without a `cr`, after finish().
-    void play_on(cairo_t* cr) const;
-    // What was recorded without a `cr`, after finish().
+    // Paints what was gathered without a `cr`, after finish().
+    void paint_on(cairo_t* cr) const;
+    // What was gathered without a `cr`, after finish().
     void take_content(Resource& resource);
 
 private:
@@ -114,11 +115,12 @@ private:
     const GFI_FontEngineTable* engine() const;
     const cairo_matrix_t& to_pixels() const;
     bool left_out() const;
+    uint64_t present_call() const;
     ShapeContext shape_context() const;
     BrushContext brush_context(uint32_t object_type, const Window* window = nullptr);
     bool make_paint(const PaintCall& call, Shape shape, Paint& paint);
     Group make_group(const GroupCall& call);
-    bool playing() const;
+    bool painting() const;
     void emit(Paint paint);
     void emit(Group group);
     void emit_with_knockout(Paint first, Paint second);
@@ -127,7 +129,7 @@ private:
     cairo_t* cr_;
     cairo_matrix_t base_;
     const GFI_FontEngineTable* engine_;
-    std::unique_ptr<Player> player_;  // when calls are played as they come
+    std::unique_ptr<ScenePainter> painter_;  // when calls are painted as they come
     std::shared_ptr<Nodes> root_ = std::make_shared<Nodes>();
     std::vector<std::unique_ptr<OpenGroup>> groups_;
     KeptImages kept_;

@@ -1,5 +1,5 @@
 // What a drawing call asks for, in records of the renderer's own: nothing here points at a client's memory,
-// so a paint can be played at once, at the end of its drawing, or each time its resource is painted.
+// so a paint can be drawn at once, at the end of its drawing, or each time its resource is painted.
 
 #pragma once
 
@@ -198,6 +198,8 @@ struct Paint
     Brush brush;
     Compose compose;
     ClipList clips;
+    uint64_t call = 0;      // for a watch: the call that it comes from
+    bool left_out = false;  // only a watch is told of it
 };
 
 struct Box
@@ -231,6 +233,8 @@ struct Group
     Repetition repetition;
     bool has_box = false;  // `box` cuts the content
     Box box;
+    uint64_t call = 0;      // for a watch: the call that begins it
+    uint64_t end_call = 0;  // and the one that ends it
 };
 
 struct Node

@@ -1,6 +1,6 @@
 // orvlog merge: a temporary log and the logs of its kept images as one log.
 
-#include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "reader/text/log-bytes.h"

@@ -1,6 +1,6 @@
 // orvlog pack: any bytes coded as a log is coded on the fly.
 
-#include "clients/stream/file-stream.h"
+#include "clients/stream/malloc-allocator.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "reader/text/log-bytes.h"
 #include "reader/text/log-text.h"

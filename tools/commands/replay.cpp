@@ -2,12 +2,14 @@
 
 #include "clients/replay/replay.h"
 #include "clients/command-line/number-range.h"
+#include "clients/replay/replay-tickets.h"
+#include "clients/session/logged-session.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
+#include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/look.h"
-#include "tools/shared/replay-session.h"
 #include "tools/shared/source.h"
 #include "tools/shared/vector-pages.h"
 
@@ -43,7 +45,7 @@ struct ReplayOptions
     std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
-    int64_t up_to = -1;
+    std::optional<orvlog::reader::CallAddress> up_to;
 };
 
 // Lines for the user, each once.
@@ -116,8 +118,7 @@ public:
             return status;
         Progress progress(source.size());
         play.dpi = options_.dpi;
-        if (options_.up_to >= 0)
-            play.up_to = static_cast<uint32_t>(options_.up_to);
+        play.up_to = options_.up_to;
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
         play.progress = [&progress](uint64_t done) { progress.show(done); };
         play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
@@ -176,12 +177,30 @@ private:
         const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
         if (!target.empty() && fs::equivalent(target, options_.log, none))
             return fail(options_.new_log + ": is the log to be replayed");
-        session_ = std::make_unique<ReplaySession>(ReplaySessionOptions{options_.new_log, options_.image_prefix,
-                                                                        options_.compressed, options_.via_temporary_log,
-                                                                        renderer_ != nullptr && kind_.kept_images},
-                                                   kind_);
+        session_ = std::make_unique<client_session::LoggedSession>(session_options());
         std::string why;
-        return session_->open(renderer_ != nullptr ? renderer_->interface() : nullptr, &why) ? EXIT_DONE : fail(why);
+        const bool begun =
+            session_->open_log(&why) && session_->begin(renderer_ != nullptr ? renderer_->interface() : nullptr, &why);
+        return begun ? EXIT_DONE : fail(why);
+    }
+
+    // Those of the log that is replayed.
+    client_session::LoggedSessionOptions session_options() const
+    {
+        client_session::LoggedSessionOptions session;
+        session.log = options_.new_log;
+        session.image_prefix = options_.image_prefix;
+        session.compressed = options_.compressed;
+        session.via_temporary_log = options_.via_temporary_log;
+        session.keeps_images = renderer_ != nullptr && kind_.kept_images;
+        session.base_mode = kind_.base_mode;
+        session.base_content = kind_.base_content;
+        session.fixed_glyph_forms = kind_.fixed_formats;
+        session.glyph_form = kind_.glyph_get_type;
+        session.image_attributes = kind_.image_attributes;
+        session.ticket_functions = orvlog::replay::ReplayTickets::functions();
+        session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
+        return session;
     }
 
     // Says all that is wrong, a line each.
@@ -213,7 +232,7 @@ private:
         if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
             lacks.emplace_back("has no page");
         if (!outcome.reached)
-            lacks.push_back("has no paint " + std::to_string(options_.up_to));
+            lacks.push_back("has no " + orvlog::reader::describe(*options_.up_to));
         if (outcome.missing > 0 && !options_.allow_missing)
             lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
                             " places; what could be found is played (--allow-missing is content with that)");
@@ -231,7 +250,7 @@ private:
     LogKind kind_;
     uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
-    std::unique_ptr<ReplaySession> session_;
+    std::unique_ptr<client_session::LoggedSession> session_;
 };
 
 // Empty if the options go together.
@@ -276,9 +295,7 @@ Run declare_replay(CLI::App& app)
     app.add_option("--dpi", options->dpi, "resolution of the pages instead of their own")
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
-    app.add_option("--up-to", options->up_to, "stop behind the paint of this id")
-        ->type_name("ID")
-        ->check(CLI::Range(int64_t{0}, int64_t{UINT32_MAX}));
+    add_address(app, "--up-to", options->up_to, "stop behind this call: the id of a paint, line:N or byte:N");
     app.add_option("--renderer", options->renderer, "draw on this one; without it as the job was drawn")
         ->check(CLI::IsMember({"cairo", "none"}));
     app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")

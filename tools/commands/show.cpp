@@ -1,8 +1,10 @@
 // orvlog show: one call of a log, as it stands there or as a tree.
 
+#include "reader/look/call-address.h"
 #include "reader/text/coded-input.h"
 #include "reader/text/log-events.h"
 #include "reader/tree/values.h"
+#include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
 
@@ -20,6 +22,7 @@ namespace
 {
 
 using nlohmann::ordered_json;
+using orvlog::reader::CallAddress;
 using orvlog::reader::Element;
 using orvlog::reader::Event;
 using orvlog::reader::EventKind;
@@ -27,7 +30,7 @@ using orvlog::reader::EventKind;
 struct ShowOptions
 {
     std::string log;
-    std::optional<uint32_t> id;
+    std::optional<CallAddress> address;
     std::optional<uint64_t> line;
     bool json = false;
 };
@@ -81,28 +84,6 @@ private:
     uint64_t begin_ = 0;
 };
 
-bool is_wanted(const ShowOptions& options, std::string_view name, std::string_view id, bool has_id, uint64_t line)
-{
-    if (!orvlog::reader::is_call_name(name))
-        return false;
-    return options.line ? *options.line == line : has_id && orvlog::reader::to_uint(id) == *options.id;
-}
-
-bool is_wanted(const ShowOptions& options, const Event& event)
-{
-    std::string_view id;
-    bool has_id = false;
-    for (const auto& attribute : event.attributes)
-    {
-        if (attribute.name == "id")
-        {
-            id = attribute.value;
-            has_id = true;
-        }
-    }
-    return is_wanted(options, event.name, id, has_id, event.place.line);
-}
-
 // Whether the call was found.
 bool show_lines(const ShowOptions& options, LogInput& input, bool* is_log)
 {
@@ -116,7 +97,7 @@ bool show_lines(const ShowOptions& options, LogInput& input, bool* is_log)
     for (Event event; events.next(event);)
     {
         const bool opens = event.kind == EventKind::open;
-        if (opens && !found && is_wanted(options, event))
+        if (opens && !found && orvlog::reader::is_at(event, *options.address))
         {
             found = true;
             outer = depth;
@@ -186,8 +167,7 @@ void put_tree(const Element& element, const std::string& indent)
 
 const Element* find_in(const ShowOptions& options, const Element& element)
 {
-    const auto* id = element.find("id");
-    if (is_wanted(options, element.name, element.value("id"), id != nullptr, element.place.line))
+    if (orvlog::reader::is_at(element, *options.address))
         return &element;
     for (const Element& child : orvlog::reader::Children(element))
     {
@@ -217,13 +197,15 @@ bool show_tree(const ShowOptions& options, LogInput& input, bool* is_log)
     return false;
 }
 
-int show(const ShowOptions& options)
+int show(ShowOptions options)
 {
-    if (options.id.has_value() == options.line.has_value())
+    if (options.address.has_value() == options.line.has_value())
     {
-        fail("show takes either the ID of a paint or the --line of a call");
+        fail("show takes either the ADDRESS of a call or its --line");
         return EXIT_BAD_USE;
     }
+    if (options.line)
+        options.address = CallAddress{CallAddress::Kind::line, *options.line};
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
@@ -232,9 +214,7 @@ int show(const ShowOptions& options)
     if (!is_log)
         return input.fail_as_no_log();
     if (!found)
-        return fail(options.log + ": has no " +
-                    (options.id ? "paint " + std::to_string(*options.id)
-                                : "call that begins in line " + std::to_string(*options.line)));
+        return fail(options.log + ": has no " + orvlog::reader::describe(*options.address));
     return finish_output(EXIT_DONE);
 }
 
@@ -244,11 +224,13 @@ Run declare_show(CLI::App& app)
 {
     auto options = std::make_shared<ShowOptions>();
     app.add_option("LOG", options->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
-    app.add_option("ID", options->id, "the id of a paint");
-    app.add_option("--line", options->line, "the call that begins in this line, instead of a paint")->type_name("N");
+    add_address(app, "ADDRESS", options->address, "the id of a paint, or line:N or byte:N of any call");
+    app.add_option("--line", options->line, "the same as line:N")->type_name("N");
     app.add_flag("--json", options->json, "write the call as a tree of objects instead");
     app.footer("Writes one call of a log with all that stands in it, line by line as it stands there, of a coded log "
-               "as its text has it. Calls without an id are named by their line, which orvlog ls --places tells. In "
+               "as its text has it. Calls without an id are named by their line or byte, line:17 or byte:1234, which "
+               "orvlog ls --places "
+               "tells. In "
                "the tree bytes are hexadecimal digits, and other rows and all values are as they stand.");
     return [options] { return show(*options); };
 }

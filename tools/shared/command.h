@@ -65,6 +65,11 @@ Run declare_ls(CLI::App& app);
 Run declare_show(CLI::App& app);
 Run declare_extract(CLI::App& app);
 Run declare_check(CLI::App& app);
+Run declare_at(CLI::App& app);
+Run declare_diff(CLI::App& app);
+Run declare_trim(CLI::App& app);
+Run declare_minimise(CLI::App& app);
+Run declare_redact(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 

@@ -41,8 +41,8 @@ std::string key_of(Patterns& patterns, Canvas& canvas, GfxState* state, const Gf
 }
 
 // False if the resource can't be had.
-bool record(Patterns& patterns, Canvas& canvas, const std::string& key, const ResourceGeometry& geometry,
-            const std::function<void()>& draw_cell)
+bool draw_resource(Patterns& patterns, Canvas& canvas, const std::string& key, const ResourceGeometry& geometry,
+                   const std::function<void()>& draw_cell)
 {
     if (patterns.depth >= greatest_depth || !canvas.painter->begin_resource(key, geometry))
     {
@@ -76,7 +76,7 @@ void paint_pattern(Patterns& patterns, Canvas& canvas, GfxState* state, const Pa
     geometry.scale = mean_scale(retransform) * canvas.painter->pixels_per_unit();
     geometry.tiled = true;
     const std::string key = key_of(patterns, canvas, state, use.pattern, geometry.scale);
-    if (!canvas.painter->has_resource(key) && !record(patterns, canvas, key, geometry, draw_cell))
+    if (!canvas.painter->has_resource(key) && !draw_resource(patterns, canvas, key, geometry, draw_cell))
     {
         complain("patterns are nested too deeply");
         return;

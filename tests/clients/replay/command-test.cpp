@@ -107,6 +107,22 @@ TEST_F(ReplayCommand, DrawsInThreeForms)
     EXPECT_EQ(replay({log, "--pdf", "--svg"}).status, 2);
 }
 
+TEST_F(ReplayCommand, StopsBehindACallWithoutAnId)
+{
+    const std::string log = folder.write("a.xml", kLog);
+    // The face begins in line 9; what is open then is finished: its drawing and the document.
+    ToolResult result = replay({log, "--up-to", "line:9", "--log", folder.path("b.xml")});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "4 calls, 1 pages\n");
+    EXPECT_EQ(read_file(folder.path("b.xml")).find("ORV_object_paint"), std::string::npos);
+    const size_t finish = std::string(kLog).find("<ORV_document_finish");
+    EXPECT_EQ(replay({log, "--up-to", "byte:" + std::to_string(finish)}).err, "5 calls, 1 pages\n");
+    result = replay({log, "--up-to", "line:10"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "5 calls, 1 pages\norvlog: " + log + ": has no call that begins in line 10\n");
+    EXPECT_EQ(replay({log, "--up-to", "0x1"}).status, 2);
+}
+
 TEST_F(ReplayCommand, SaysWhatIsWrong)
 {
     const std::string log = folder.write("a.xml", kLog);

@@ -62,7 +62,7 @@ replay::Outcome play_on_nothing(const std::string& log)
 TEST(Replay, StopsBehindAPaint)
 {
     replay::Options options;
-    options.up_to = 3;
+    options.up_to = orvlog::reader::CallAddress{orvlog::reader::CallAddress::Kind::id, 3};
     const Played some = play(sample_log(), options);
     EXPECT_TRUE(some.outcome.reached);
     ASSERT_EQ(some.pages.size(), 1U);
@@ -71,7 +71,7 @@ TEST(Replay, StopsBehindAPaint)
     EXPECT_GT(all.outcome.calls, some.outcome.calls);
     EXPECT_NE(all.pages[0], some.pages[0]);
 
-    options.up_to = 1000000;
+    options.up_to = orvlog::reader::CallAddress{orvlog::reader::CallAddress::Kind::id, 1000000};
     const Played none = play(sample_log(), options);
     EXPECT_FALSE(none.outcome.reached);
     EXPECT_EQ(none.pages, all.pages);

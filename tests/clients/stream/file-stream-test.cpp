@@ -1,10 +1,10 @@
 #include "clients/stream/file-stream.h"
+#include "clients/stream/stream-operations.h"
 
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <filesystem>
@@ -15,8 +15,6 @@ namespace
 {
 
 using client_stream::FileStream;
-using client_stream::MallocAllocator;
-using client_stream::RandomIdentity;
 
 std::string temporary_name(const char* name)
 {
@@ -90,50 +88,20 @@ TEST(FileStream, RemembersAFullDisk)
     EXPECT_FALSE(file->close());
 }
 
-TEST(MallocAllocator, CountsWhatIsInUse)
+// What errno says is said by the codes of the streams' interface, by this stream and by those of orvlog-stream.h alike.
+TEST(StreamOperations, GiveErrnoACode)
 {
-    MallocAllocator allocator;
-    GMM_Allocator* gmm = allocator.allocator();
-    EXPECT_EQ(gmm->self, gmm);
-    void* first = gmm->gmm_Alloc(gmm, 100, 0);
-    unsigned char* zeros = static_cast<unsigned char*>(gmm->gmm_Calloc(gmm, 10, 0));
-    ASSERT_NE(first, nullptr);
-    ASSERT_NE(zeros, nullptr);
-    for (int i = 0; i < 10; i++)
-    {
-        EXPECT_EQ(zeros[i], 0);
-    }
-    zeros[9] = 42;
-    EXPECT_EQ(allocator.bytes_in_use(), 110U);
-    zeros = static_cast<unsigned char*>(gmm->gmm_Realloc(gmm, zeros, 50));
-    ASSERT_NE(zeros, nullptr);
-    EXPECT_EQ(zeros[9], 42);
-    EXPECT_EQ(gmm->gmm_AllocSize(gmm, zeros), 50U);
-    EXPECT_EQ(gmm->gmm_UsedBytes(gmm), 150U);
-    gmm->gmm_Free(gmm, first);
-    gmm->gmm_Free(gmm, zeros);
-    EXPECT_EQ(allocator.bytes_in_use(), 0U);
-    EXPECT_EQ(allocator.peak_bytes(), 160U);
-    EXPECT_EQ(gmm->gmm_Alloc(gmm, UINT64_MAX, 0), nullptr);
-}
-
-TEST(RandomIdentity, GivesItsNumberEachTime)
-{
-    const RandomIdentity one;
-    const RandomIdentity other;
-    uint8_t first[16] = {};
-    uint8_t again[16] = {};
-    uint8_t different[16] = {};
-    const auto number_of = [](const RandomIdentity& identity, uint8_t* number)
-    {
-        ORVLOG_IdentityObject* object = identity.source()->object;
-        return object->functions->orvlog_get_session_id(object, number);
-    };
-    EXPECT_EQ(number_of(one, first), 1U);
-    EXPECT_EQ(number_of(one, again), 1U);
-    EXPECT_EQ(number_of(other, different), 1U);
-    EXPECT_TRUE(std::equal(first, first + 16, again));
-    EXPECT_FALSE(std::equal(first, first + 16, different));
+    using stream_operations::code_of;
+    EXPECT_EQ(code_of(0), GIO_OK);
+    EXPECT_EQ(code_of(ENOENT), GIO_ERR_NOT_FOUND);
+    EXPECT_EQ(code_of(EBADF), GIO_ERR_BAD_HANDLE);
+    EXPECT_EQ(code_of(ENOMEM), GIO_ERR_NO_MEMORY);
+    EXPECT_EQ(code_of(EACCES), GIO_ERR_PERMISSION);
+    EXPECT_EQ(code_of(EPERM), GIO_ERR_PERMISSION);
+    EXPECT_EQ(code_of(EINVAL), GIO_ERR_INVALID);
+    EXPECT_EQ(code_of(EFBIG), GIO_ERR_TOO_LARGE);
+    EXPECT_EQ(code_of(ENOSPC), GIO_ERR_NO_SPACE);
+    EXPECT_EQ(code_of(EIO), GIO_ERR_OTHER);
 }
 
 }  // namespace

@@ -636,12 +636,12 @@ TEST_F(Paint, FailedReadIsReportedInBaseModeOnly)
     ErrorRoom room = {};
     room.error.ge_TextCapacity = 150;
     drawing()->error_context = &room.error;
-    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 5, ORVLOG_LINE_OBJECT_PAINT), 5U);
+    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 5, 3786), 5U);
     EXPECT_EQ(room.error.ge_Severity, 0);
     test.set_base_mode();
-    EXPECT_EQ(orvlog_result_after_dump(drawing(), 1, 5, ORVLOG_LINE_OBJECT_PAINT), 5U);
+    EXPECT_EQ(orvlog_result_after_dump(drawing(), 1, 5, 3786), 5U);
     EXPECT_EQ(room.error.ge_Severity, 0);
-    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 5, ORVLOG_LINE_OBJECT_PAINT), 0U);
+    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 5, 3786), 0U);
     EXPECT_EQ(room.error.ge_Severity, 1);
     EXPECT_EQ(room.error.ge_Module, 6);
     EXPECT_EQ(room.error.ge_Code, 33303786);
@@ -650,10 +650,8 @@ TEST_F(Paint, FailedReadIsReportedInBaseModeOnly)
 
 TEST_F(Paint, EachCallReportsUnderItsOwnCode)
 {
-    const std::pair<int32_t, int32_t> codes[] = {{ORVLOG_LINE_GROUP_START, 33302523},
-                                                 {ORVLOG_LINE_RESOURCE_PAINT, 33303480},
-                                                 {ORVLOG_LINE_OBJECT_PAINT, 33303786},
-                                                 {ORVLOG_LINE_OBJECT_PAINT_AND_STROKE, 33304346}};
+    const std::pair<int32_t, int32_t> codes[] = {
+        {2523, 33302523}, {3480, 33303480}, {3786, 33303786}, {4346, 33304346}};
     test.set_base_mode();
     for (const auto& [line, code] : codes)
     {
@@ -663,7 +661,7 @@ TEST_F(Paint, EachCallReportsUnderItsOwnCode)
         EXPECT_EQ(room.error.ge_Code, code);
     }
     drawing()->error_context = nullptr;
-    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 1, ORVLOG_LINE_GROUP_START), 0U);
+    EXPECT_EQ(orvlog_result_after_dump(drawing(), 0, 1, 2523), 0U);
 }
 
 }  // namespace

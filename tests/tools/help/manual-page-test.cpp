@@ -86,12 +86,12 @@ TEST_F(Manual, HasAPageForEachCommand)
 TEST_F(Manual, NamesEachOptionOfTheSources)
 {
     size_t options = 0;
-    for (const auto& entry : fs::directory_iterator(ORVLOG_SOURCE_DIR "/tools"))
+    for (const auto& entry : fs::directory_iterator(ORVLOG_SOURCE_DIR "/tools/commands"))
     {
         const std::string file = entry.path().filename();
-        if (file.rfind("tool-", 0) != 0 || entry.path().extension() != ".cpp")
+        if (entry.path().extension() != ".cpp")
             continue;
-        const std::string page = pages["orvlog-" + file.substr(5, file.size() - 9) + ".1"];
+        const std::string page = pages["orvlog-" + file.substr(0, file.size() - 4) + ".1"];
         for (const std::string& name : declared_names(read_file(entry.path())))
         {
             const std::string style = name[0] == '-' ? "\\fB" : "\\fI";

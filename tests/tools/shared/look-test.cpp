@@ -232,6 +232,13 @@ TEST(ToolShow, ShowsTheLinesOfACall)
     const ScratchFolder folder;
     ASSERT_EQ(run_tool({"pack", kEveryCall, "-o", folder.path("coded")}).status, 0);
     EXPECT_EQ(run_tool({"show", folder.path("coded"), "5"}).out, call);
+    EXPECT_EQ(run_tool({"show", kEveryCall,
+                        "line:" + std::to_string(
+                                      1 + std::count(log.begin(),
+                                                     log.begin() + static_cast<std::ptrdiff_t>(log.find(call)), '\n'))})
+                  .out,
+              call);
+    EXPECT_EQ(run_tool({"show", kEveryCall, "byte:" + std::to_string(log.find(call) + 2)}).out, call);
     EXPECT_EQ(run_tool({"show", kEveryCall, "--line", "2"}).out,
               "  <ORV_document_start document_context=\"0\" document_id=\"1\" font_engine_functions=\"TRUE\" "
               "fp_EngineIdGet=\"document\" GfpId=\"0\">\n  </ORV_document_start>\n");
@@ -295,9 +302,16 @@ TEST(ToolShow, WhatIsNotThereIsSaid)
     result = run_tool({"show", kEveryCall, "--line", "3"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "orvlog: " + kEveryCall + ": has no call that begins in line 3\n");
+    result = run_tool({"show", kEveryCall, "byte:600"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + kEveryCall + ": has no call that begins at byte 600\n");
+    result = run_tool({"show", kEveryCall, "row:7"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "orvlog show: ADDRESS: calls are named by the ID of a paint, line:N or byte:N (see orvlog "
+                          "show --help)\n");
     result = run_tool({"show", kEveryCall});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err, "orvlog: show takes either the ID of a paint or the --line of a call\n");
+    EXPECT_EQ(result.err, "orvlog: show takes either the ADDRESS of a call or its --line\n");
     result = run_tool({"show", "-", "1"}, "no");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "orvlog: -: not a log\n");

@@ -1,0 +1,34 @@
+// An identity to bring along: a number by chance.
+
+#pragma once
+
+#include "orvlog/interface/orvlog.h"
+
+#include <cstdint>
+
+namespace client_stream
+{
+
+// Gives a session a random number of 16 bytes.
+class RandomIdentity
+{
+public:
+    RandomIdentity();
+    RandomIdentity(const RandomIdentity&) = delete;
+    RandomIdentity& operator=(const RandomIdentity&) = delete;
+
+    const ORVLOG_IdentitySource* source() const;
+
+private:
+    // Behind the word that the library knows stands the number.
+    struct Object
+    {
+        ORVLOG_IdentityObject head;
+        uint8_t number[16];
+    };
+
+    Object object_{};
+    ORVLOG_IdentitySource source_{};
+};
+
+}  // namespace client_stream

@@ -1,0 +1,181 @@
+// The texts of ICC profiles.
+
+#include "inspect/redact/stand-ins.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace orvlog::inspect
+{
+
+namespace
+{
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t kHeader = 128;
+constexpr size_t kTagEntry = 12;
+
+uint32_t read_u32(const Bytes& bytes, size_t at)
+{
+    if (at + 4 > bytes.size())
+        return 0;
+    return uint32_t{bytes[at]} << 24 | uint32_t{bytes[at + 1]} << 16 | uint32_t{bytes[at + 2]} << 8 | bytes[at + 3];
+}
+
+std::string_view signature(const Bytes& bytes, size_t at)
+{
+    return at + 4 <= bytes.size() ? std::string_view(reinterpret_cast<const char*>(bytes.data()) + at, 4) : "";
+}
+
+struct Tag
+{
+    size_t begin;
+    size_t size;
+};
+
+// A new profile that takes over from the old one what may be told.
+class Redaction
+{
+public:
+    explicit Redaction(const Bytes& before) : before_(before), after_(before.size()) {}
+
+    bool run();
+    Bytes& result()
+    {
+        return after_;
+    }
+    uint64_t texts() const
+    {
+        return texts_;
+    }
+
+private:
+    void take(size_t begin, size_t size)
+    {
+        const size_t end = std::min(before_.size(), begin + size);
+        for (size_t at = begin; at < end; ++at)
+            after_[at] = before_[at];
+    }
+    // An x for each character ahead of the first zero, within these bounds.
+    void mask(size_t begin, size_t size)
+    {
+        const size_t end = std::min(before_.size(), begin + size);
+        for (size_t at = begin; at < end && before_[at] != 0; ++at)
+            after_[at] = 'x';
+        ++texts_;
+    }
+    void tag(const Tag& tag);
+    void description(const Tag& tag);
+    void translations(const Tag& tag);
+    void names(const Tag& tag, size_t head, size_t first, size_t entry);
+
+    const Bytes& before_;
+    Bytes after_;
+    uint64_t texts_ = 0;
+};
+
+// False if the parts of the profile can't be told.
+bool Redaction::run()
+{
+    const size_t size = before_.size();
+    const uint32_t tags = read_u32(before_, kHeader);
+    if (size < kHeader + 4 || read_u32(before_, 0) != size || signature(before_, 36) != "acsp" ||
+        tags > (size - kHeader - 4) / kTagEntry)
+        return false;
+    std::vector<Tag> found;
+    for (size_t i = 0; i < tags; ++i)
+    {
+        const size_t entry = kHeader + 4 + i * kTagEntry;
+        found.push_back({read_u32(before_, entry + 4), read_u32(before_, entry + 8)});
+        if (found.back().begin > size || found.back().size > size - found.back().begin || found.back().size < 8 ||
+            found.back().begin < kHeader + 4 + tags * kTagEntry)
+            return false;
+    }
+    take(0, kHeader);
+    // The maker, the model, the program that made it, and a number of its content that no longer fits.
+    constexpr std::array<Tag, 4> hidden = {{{4, 4}, {48, 8}, {80, 4}, {84, 16}}};
+    for (const Tag& part : hidden)
+        std::fill_n(after_.begin() + static_cast<std::ptrdiff_t>(part.begin), part.size, uint8_t{0});
+    take(kHeader, 4 + tags * kTagEntry);
+    for (const Tag& one : found)
+        tag(one);
+    return true;
+}
+
+void Redaction::tag(const Tag& tag)
+{
+    static constexpr std::array<std::string_view, 18> numbers = {"curv", "para", "XYZ ", "mft1", "mft2", "mAB ",
+                                                                 "mBA ", "sf32", "uf32", "ui08", "ui16", "ui32",
+                                                                 "ui64", "chrm", "view", "meas", "sig ", "dtim"};
+    const std::string_view type = signature(before_, tag.begin);
+    take(tag.begin, 8);
+    if (std::find(numbers.begin(), numbers.end(), type) != numbers.end())
+        take(tag.begin, tag.size);
+    else if (type == "text")
+        mask(tag.begin + 8, tag.size - 8);
+    else if (type == "desc")
+        description(tag);
+    else if (type == "mluc")
+        translations(tag);
+    else if (type == "ncl2")
+        names(tag, 84, 32, 38 + 2 * std::min<size_t>(read_u32(before_, tag.begin + 16), 15));
+    else if (type == "clrt")
+        names(tag, 12, 32, 38);
+    else
+        ++texts_;
+}
+
+void Redaction::description(const Tag& tag)
+{
+    take(tag.begin + 8, std::min<size_t>(4, tag.size - 8));
+    const size_t count = read_u32(before_, tag.begin + 8);
+    if (tag.size > 12)
+        mask(tag.begin + 12, std::min(count, tag.size - 12));
+}
+
+void Redaction::translations(const Tag& tag)
+{
+    const size_t count = read_u32(before_, tag.begin + 8);
+    const size_t table = tag.size >= 16 ? std::min(count, (tag.size - 16) / 12) * 12 : 0;
+    take(tag.begin + 8, std::min(tag.size - 8, 8 + table));
+    for (size_t at = 16 + table; at + 1 < tag.size; at += 2)
+    {
+        after_[tag.begin + at] = 0;
+        after_[tag.begin + at + 1] = 'x';
+    }
+    ++texts_;
+}
+
+// Entries that begin with a name of 32 bytes, behind a head that has names itself in an ncl2.
+void Redaction::names(const Tag& tag, size_t head, size_t first, size_t entry)
+{
+    if (tag.size < head)
+        return;
+    take(tag.begin + 8, head == 84 ? 12 : 4);
+    if (head == 84)
+    {
+        mask(tag.begin + 20, 32);
+        mask(tag.begin + 52, 32);
+    }
+    for (size_t at = head; at + entry <= tag.size; at += entry)
+    {
+        mask(tag.begin + at, first);
+        take(tag.begin + at + first, entry - first);
+    }
+}
+
+}  // namespace
+
+uint64_t redact_profile(std::vector<uint8_t>& profile)
+{
+    Redaction redaction(profile);
+    if (redaction.run())
+        profile = std::move(redaction.result());
+    else
+        std::fill(profile.begin(), profile.end(), uint8_t{0});
+    return std::max<uint64_t>(redaction.texts(), 1);
+}
+
+}  // namespace orvlog::inspect

@@ -1,0 +1,317 @@
+#include "tools/minimise/trial-runner.h"
+
+#include "tools/minimise/replay-check.h"
+#include "tools/shared/command.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr int kDoesNotReplay = 125;
+
+// Two hashes of 64 bits, side by side: what was tried once is not tried again.
+std::string hash_of(const std::string& text)
+{
+    uint64_t one = 0xcbf29ce484222325;
+    uint64_t two = 0x9e3779b97f4a7c15;
+    for (const char c : text)
+    {
+        one = (one ^ static_cast<uint8_t>(c)) * 0x100000001b3;
+        two = (two + static_cast<uint8_t>(c) + 1) * 0xff51afd7ed558ccd;
+        two ^= two >> 29;
+    }
+    std::array<char, 40> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llx%016llx", static_cast<unsigned long long>(one),
+                  static_cast<unsigned long long>(two));
+    return digits.data();
+}
+
+std::string quoted(const std::string& path)
+{
+    std::string result = "'";
+    for (const char c : path)
+        result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return result + "'";
+}
+
+std::string command_line(const std::string& command, const std::string& path)
+{
+    std::string result = command;
+    size_t at = result.find("{}");
+    if (at == std::string::npos)
+        return command + " " + quoted(path);
+    for (; at != std::string::npos; at = result.find("{}", at + quoted(path).size()))
+        result.replace(at, 2, quoted(path));
+    return result;
+}
+
+bool is_before(const timespec& one, const timespec& other)
+{
+    return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
+}
+
+timespec now()
+{
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+}  // namespace
+
+// The signals that end the work are waited for, but for those that are ignored.
+TrialRunner::TrialRunner(TrialOptions options) : options_(std::move(options))
+{
+    sigemptyset(&waited_);
+    sigaddset(&waited_, SIGCHLD);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    {
+        struct sigaction known = {};
+        sigaction(signal, nullptr, &known);
+        if (known.sa_handler != SIG_IGN)
+            sigaddset(&waited_, signal);
+    }
+    sigprocmask(SIG_BLOCK, &waited_, &before_);
+}
+
+TrialRunner::~TrialRunner()
+{
+    if (state_ != nullptr)
+        std::fclose(state_);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool TrialRunner::read_state(const std::string& header)
+{
+    std::ifstream file(options_.state, std::ios::binary);
+    std::string line;
+    if (!std::getline(file, line))
+        return true;
+    if (line != header)
+    {
+        why_ = options_.state + ": is of another log or command; remove it to begin anew";
+        return false;
+    }
+    while (std::getline(file, line))
+    {
+        if (line.size() == 34 && !file.eof())
+            known_[line.substr(0, 32)] = line.back() == '1';
+    }
+    return true;
+}
+
+bool TrialRunner::open(const std::string& log)
+{
+    const std::string header =
+        "orvlog-minimise 1 " + hash_of(log + '\n' + options_.command + '\n' + std::to_string(options_.timeout));
+    if (!read_state(header))
+        return false;
+    const bool fresh = !fs::exists(options_.state) || fs::file_size(options_.state) == 0;
+    state_ = std::fopen(options_.state.c_str(), "ab");
+    if (state_ == nullptr)
+    {
+        why_ = options_.state + ": " + std::strerror(errno);
+        return false;
+    }
+    // A line that was broken off is none.
+    std::fputs(fresh ? (header + "\n").c_str() : "\n", state_);
+    std::fflush(state_);
+    return true;
+}
+
+void TrialRunner::remember(const std::string& key, bool good)
+{
+    known_[key] = good;
+    const std::string line = key + (good ? " 1\n" : " 0\n");
+    const bool written = std::fwrite(line.data(), 1, line.size(), state_) == line.size() && std::fflush(state_) == 0;
+    if (written || over_)
+        return;
+    why_ = options_.state + ": " + std::strerror(errno);
+    over_ = true;
+}
+
+void TrialRunner::forget()
+{
+    if (state_ != nullptr)
+        std::fclose(state_);
+    state_ = nullptr;
+    std::error_code none;
+    fs::remove(options_.state, none);
+}
+
+// In the new process. It leads a group of its own, so that all that it starts can be ended.
+void TrialRunner::become_command(const std::string& log, const std::string& path, bool show_errors) const
+{
+    setpgid(0, 0);
+    if (!check_replay(log).good)
+        _exit(kDoesNotReplay);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_DFL);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    dup2(nothing, STDIN_FILENO);
+    dup2(nothing, STDOUT_FILENO);
+    if (!show_errors)
+        dup2(nothing, STDERR_FILENO);
+    const std::string line = command_line(options_.command, path);
+    execl("/bin/sh", "sh", "-c", line.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+}
+
+bool TrialRunner::start(const std::string& log, Trial& trial, bool show_errors)
+{
+    trial.folder = folder_.path(std::to_string(folders_++));
+    std::error_code error;
+    fs::create_directory(trial.folder, error);
+    const std::string path = (fs::path(trial.folder) / options_.name).string();
+    std::ofstream file(path, std::ios::binary);
+    file << log;
+    file.close();
+    if (!file.good())
+    {
+        why_ = path + ": " + std::strerror(errno);
+        over_ = true;
+        return false;
+    }
+    std::fflush(nullptr);
+    trial.due = now();
+    trial.due.tv_sec += options_.timeout > 0 ? static_cast<time_t>(options_.timeout) : 1 << 30;
+    trial.process = fork();
+    if (trial.process == 0)
+        become_command(log, path, show_errors);
+    if (trial.process > 0)
+    {
+        setpgid(trial.process, trial.process);
+        return true;
+    }
+    why_ = std::string("no process for a run: ") + std::strerror(errno);
+    over_ = true;
+    return false;
+}
+
+// True if the process has ended.
+bool TrialRunner::collect(Trial& trial)
+{
+    if (trial.status >= 0)
+        return true;
+    int status = 0;
+    const pid_t ended = waitpid(trial.process, &status, WNOHANG);
+    if (ended == 0 && (options_.timeout == 0 || is_before(now(), trial.due)))
+        return false;
+    if (ended == 0)
+        stop(trial);
+    else
+        trial.status = ended > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_SIGNAL;
+    // What the command has left running would go on for ever.
+    kill(-trial.process, SIGKILL);
+    std::error_code none;
+    fs::remove_all(trial.folder, none);
+    return true;
+}
+
+void TrialRunner::stop(Trial& trial)
+{
+    if (trial.status >= 0 || trial.process <= 0)
+        return;
+    kill(-trial.process, SIGKILL);
+    kill(trial.process, SIGKILL);
+    while (waitpid(trial.process, nullptr, 0) < 0 && errno == EINTR)
+        continue;
+    trial.status = EXIT_SIGNAL + SIGKILL;
+    std::error_code none;
+    fs::remove_all(trial.folder, none);
+}
+
+// Until the first good one is known: all before it have failed.
+void TrialRunner::wait(std::vector<Trial>& trials)
+{
+    while (signal_ == 0)
+    {
+        bool waits = false;
+        for (Trial& trial : trials)
+        {
+            waits = !collect(trial) || waits;
+            if (!waits && trial.status == 0)
+                break;
+        }
+        if (!waits)
+            break;
+        const timespec most{0, 200'000'000};
+        const int signal = sigtimedwait(&waited_, nullptr, &most);
+        if (signal > 0 && signal != SIGCHLD)
+            signal_ = signal;
+    }
+    for (Trial& trial : trials)
+        stop(trial);
+}
+
+std::optional<size_t> TrialRunner::first_good(const std::vector<std::string>& logs)
+{
+    std::vector<std::string> keys;
+    std::vector<Trial> trials(logs.size());
+    size_t count = 0;
+    for (; count < logs.size() && !is_over(); ++count)
+    {
+        keys.push_back(hash_of(logs[count]));
+        const auto known = known_.find(keys.back());
+        if (known == known_.end() && runs_ + count >= options_.limit)
+        {
+            over_ = count == 0;
+            break;
+        }
+        if (known != known_.end())
+            trials[count].status = known->second ? 0 : 1;
+        else if (!start(logs[count], trials[count], false))
+            break;
+        if (known != known_.end() && known->second)
+        {
+            ++count;
+            break;
+        }
+    }
+    trials.resize(count);
+    wait(trials);
+    if (signal_ != 0)
+        return std::nullopt;
+    for (size_t i = 0; i < trials.size(); ++i)
+    {
+        const bool fresh = !known_.contains(keys[i]);
+        runs_ += fresh ? 1 : 0;
+        if (fresh && state_ != nullptr)
+            remember(keys[i], trials[i].status == 0);
+        if (trials[i].status == 0)
+            return i;
+    }
+    over_ = over_ || count < logs.size();
+    return std::nullopt;
+}
+
+int TrialRunner::run_first(const std::string& log)
+{
+    const std::string key = hash_of(log);
+    if (const auto known = known_.find(key); known != known_.end())
+        return known->second ? EXIT_DONE : EXIT_FAILED;
+    std::vector<Trial> trials(1);
+    if (!start(log, trials[0], true))
+        return EXIT_FAILED;
+    wait(trials);
+    if (signal_ == 0)
+        remember(key, trials[0].status == 0);
+    return trials[0].status;
+}
+
+}  // namespace tool

@@ -1,0 +1,103 @@
+// Runs a command of the user's on logs, some side by side, each in a folder of its own, and remembers what came of it.
+
+#pragma once
+
+#include "inspect/reduce/minimiser.h"
+#include "tools/shared/temporary-folder.h"
+
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace tool
+{
+
+struct TrialOptions
+{
+    std::string command;  // for the shell; {} stands for the log, which is added if there is none
+    std::string name;     // of the log's file
+    std::string state;    // the file that remembers
+    size_t jobs = 1;
+    uint64_t limit = UINT64_MAX;  // runs
+    unsigned timeout = 0;         // seconds for one; 0: as long as it takes
+};
+
+class TrialRunner : public orvlog::inspect::LogTrials
+{
+public:
+    explicit TrialRunner(TrialOptions options);
+    TrialRunner(const TrialRunner&) = delete;
+    TrialRunner& operator=(const TrialRunner&) = delete;
+    ~TrialRunner() override;
+
+    // Begins, or goes on where `state` ends. False with the reason in why().
+    bool open(const std::string& log);
+    const std::string& why() const
+    {
+        return why_;
+    }
+    // The log as it is, with what the command says on standard error shown. Gives its exit status.
+    int run_first(const std::string& log);
+
+    size_t at_once() const override
+    {
+        return options_.jobs;
+    }
+    std::optional<size_t> first_good(const std::vector<std::string>& logs) override;
+    bool is_over() const override
+    {
+        return over_ || signal_ != 0;
+    }
+
+    // The signal that broke the work off; 0 if none did.
+    int signal_received() const
+    {
+        return signal_;
+    }
+    bool limit_reached() const
+    {
+        return over_ && signal_ == 0 && why_.empty();
+    }
+    uint64_t runs() const
+    {
+        return runs_;
+    }
+    // All is done: what was remembered goes.
+    void forget();
+
+private:
+    struct Trial
+    {
+        pid_t process = 0;
+        std::string folder;
+        timespec due{};
+        int status = -1;  // known when it is not negative
+    };
+
+    std::string key_of(const std::string& log) const;
+    bool start(const std::string& log, Trial& trial, bool show_errors);
+    void wait(std::vector<Trial>& trials);
+    bool collect(Trial& trial);
+    static void stop(Trial& trial);
+    [[noreturn]] void become_command(const std::string& log, const std::string& path, bool show_errors) const;
+    void remember(const std::string& key, bool good);
+    bool read_state(const std::string& header);
+
+    TrialOptions options_;
+    TemporaryFolder folder_;
+    std::map<std::string, bool> known_;
+    std::FILE* state_ = nullptr;
+    std::string why_;
+    uint64_t runs_ = 0;
+    uint64_t folders_ = 0;
+    bool over_ = false;
+    int signal_ = 0;
+    sigset_t waited_{};
+    sigset_t before_{};
+};
+
+}  // namespace tool

@@ -1,0 +1,48 @@
+// A log that is read more than once.
+
+#pragma once
+
+#include "tools/shared/temporary-folder.h"
+
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <string>
+
+namespace tool
+{
+
+class LogAgain
+{
+public:
+    // A path, "-" for the standard input, or a URL. What can't be read twice is held in a temporary file.
+    explicit LogAgain(const std::string& name) : name_(name) {}
+
+    // False with the reason in why().
+    bool open();
+    const std::string& why() const
+    {
+        return why_;
+    }
+    // Bytes of the file; 0 when the size is not known.
+    uint64_t size() const
+    {
+        return size_;
+    }
+    // The log from its beginning; null with the reason in why(). What it reads from lives as long as this.
+    std::unique_ptr<std::istream> pass();
+    // The same, kept here: good until the next call. Throws std::system_error if it can't be opened again.
+    std::istream& from_start();
+
+private:
+    bool hold();
+
+    std::string name_;
+    std::string path_;
+    std::string why_;
+    uint64_t size_ = 0;
+    std::unique_ptr<TemporaryFolder> folder_;
+    std::unique_ptr<std::istream> stream_;
+};
+
+}  // namespace tool
