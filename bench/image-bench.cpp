@@ -6,6 +6,7 @@
 #include "holv-core/gio/gio-file.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "tests/support/test-allocator.h"
 
 #include <cstdio>
@@ -141,8 +142,10 @@ double capture_to_file(ORVLOG_Session* session, GOP_OperandImagePointer* record)
                     {
                         GIO_Stream* file = nullptr;
                         gio_OpenFile("image.log", GIO_OPEN_WRITE, 0, session->allocator, &file);
-                        session->writer.stream = file;
-                        capture(session, record);
+                        {
+                            const ORVLOG_Redirect redirect(&session->writer, file);
+                            capture(session, record);
+                        }
                         file->ops->gio_Close(file->instance);
                     });
 }
@@ -188,7 +191,6 @@ int main()
     const double by_bytes = quickest(kRuns, [&] { sum += hex_loop_by_bytes(rows.row); });
     const double to_null = quickest(kRuns, [&] { capture(&session, &record); });
     const double to_file = capture_to_file(&session, &record);
-    session.writer.stream = null.get();
     session.image.has_file_prefix = 1;
     std::strcpy(session.image.file_prefix, "side");
     const double to_side = quickest(1, [&] { capture(&session, &record); });

@@ -83,7 +83,8 @@ int main()
     NullStream stream;
     ORVLOG_Writer writer;
     orvlog_writer_init(&writer, nullptr, stream.get(), 0, 0);
-    writer.depth = 5;
+    for (int level = 0; level < 5; ++level)
+        orvlog_writer_depth_up(&writer);
 
     std::string logged;
     stream.keep_in(&logged);

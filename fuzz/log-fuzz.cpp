@@ -6,7 +6,7 @@
 #include "clients/stream/malloc-allocator.h"
 #include "clients/stream/random-identity.h"
 #include "fuzz/fuzz.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "reader/text/log-events.h"
 
 #include <sstream>

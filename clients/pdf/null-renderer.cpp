@@ -2,53 +2,51 @@
 
 #include "clients/pdf/null-renderer.h"
 
+#include <type_traits>
+
 namespace pdf_client
 {
 
 namespace
 {
 
+// What takes any call without a word: 1, or null where a call gives an address.
+template <typename Result, typename... Arguments> auto silent(Result (*)(Arguments...)) -> Result (*)(Arguments...)
+{
+    return [](Arguments...) -> Result
+    {
+        if constexpr (std::is_pointer_v<Result>)
+            return nullptr;
+        else
+            return 1;
+    };
+}
+
 void fill(ORV_DrawingInterface* drawing)
 {
     *drawing = {};
-    drawing->object_paint.fn = [](const ORV_DrawingInterface*, uint8_t, uint32_t, const GOP_Operator*,
-                                  const GSH_ShapePointer*, uint32_t, const GSH_ShapeList*, GOP_OperandPointer*,
-                                  GOP_OperandPointer*, GOP_OperandPointer*) -> uint32_t { return 1; };
-    drawing->object_paint_and_stroke.fn =
-        [](const ORV_DrawingInterface*, uint8_t, uint8_t, uint32_t, const GOP_Operator*, const GOP_Operator*,
-           const GSH_ShapePointer*, const GPA_PathStrokingParams*, const GGO_Matrix*, uint32_t, const GSH_ShapeList*,
-           uint32_t, GGO_Point*, GOP_OperandPointer*, GOP_OperandPointer*, GOP_OperandPointer*, GOP_OperandPointer*,
-           GOP_OperandPointer*, GOP_OperandPointer*) -> uint32_t { return 1; };
-    drawing->group_start.fn = [](const ORV_DrawingInterface*, uint32_t, uint32_t*, const GFI_FontEngineTable*, uint32_t,
-                                 uint32_t, uint32_t, uint32_t, void*, uint32_t, uint32_t, uint32_t, const GGO_Matrix*,
-                                 const GOP_Operator*, GOP_OperandPointer*, const GSH_ShapeList*, uint32_t, double,
-                                 double, const GBC_Color*, const GBC_Color*, const GGO_BoxFloat*) -> uint32_t
-    { return 1; };
+#define ORV_DOCUMENT_CALL(name)
+#define ORV_DRAWING_CALL(name) drawing->name.fn = silent(drawing->name.fn);
+#include "orvlog/names/calls.inc"
     drawing->group_finish.fn = [](const ORV_DrawingInterface*, uint32_t* replay_out) -> uint32_t
     {
         *replay_out = 0;
         return 1;
     };
-    drawing->resource_paint.fn = [](const ORV_DrawingInterface*, uint32_t, uint32_t, uint32_t, const GGO_Matrix*,
-                                    const GOP_Operator*, GOP_OperandPointer*, const GSH_ShapeList*, uint32_t, double,
-                                    double, const GBC_Color*, const GBC_Color*, uint32_t) -> uint32_t { return 1; };
-    drawing->drawing_error_context.fn = [](const ORV_DrawingInterface*) -> void* { return nullptr; };
-    drawing->drawing_finish.fn = [](const ORV_DrawingInterface*) -> uint32_t { return 1; };
-    drawing->drawing_discard.fn = [](const ORV_DrawingInterface*) -> uint32_t { return 1; };
 }
 
 ORV_Interface make_table()
 {
     ORV_Interface table{};
+#define ORV_DOCUMENT_CALL(name) table.name.fn = silent(table.name.fn);
+#define ORV_DRAWING_CALL(name)
+#include "orvlog/names/calls.inc"
     table.document_start.fn = [](void*, const ORV_Interface*, void** document_out, uint32_t, const GFI_FontEngineTable*,
                                  void*) -> uint32_t
     {
         *document_out = nullptr;
         return 1;
     };
-    table.document_finish.fn = [](const ORV_Interface*, void*) -> uint32_t { return 1; };
-    table.resource_destroy.fn = [](void*, const ORV_Interface*, void*, const ORV_DrawingInterface*,
-                                   uint32_t) -> uint32_t { return 1; };
     table.face_start.fn = [](void*, const ORV_Interface*, void*, ORV_DrawingInterface* drawing_out,
                              const GFI_FontEngineTable*, uint32_t, const ORV_FaceProperties*, void*, uint32_t,
                              uint32_t) -> uint32_t

@@ -1,6 +1,7 @@
 #include "clients/replay/replay.h"
 
 #include "clients/replay/player.h"
+#include "holv-core/ggo/ggo-geometry.h"
 #include "reader/tree/values.h"
 
 #include <cmath>
@@ -65,8 +66,7 @@ void examine_call(const Element& element, bool in_member, LogKind* kind)
 
 double resolution(const GGO_Matrix& inch_to_pixels)
 {
-    const double* m = inch_to_pixels.m;
-    const double found = std::sqrt(std::abs(m[0] * m[3] - m[1] * m[2]));
+    const double found = std::sqrt(std::abs(ggo_determinant(&inch_to_pixels)));
     return std::isfinite(found) ? found : 0;
 }
 
@@ -111,7 +111,7 @@ Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& ticke
     bool going = true;
     while (const Element* call = going ? elements.next() : nullptr)
     {
-        going = player.play(*call);
+        going = (!options.before_call || options.before_call(*call)) && player.play(*call);
         if (options.progress)
             options.progress(elements.events().bytes_used());
     }

@@ -27,7 +27,7 @@ struct Options
     reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
-    double dpi = 0;                 // above 0: pages of this resolution instead of their own
+    double dpi = 0;                            // above 0: pages of this resolution instead of their own
     std::optional<reader::CallAddress> up_to;  // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
@@ -36,6 +36,8 @@ struct Options
     // Told of each face that is about to be begun: its place in the log, counted from 1, and its own number,
     // face_seq_number; may be empty.
     std::function<void(uint32_t page, uint32_t number)> page_begins;
+    // Told of each call of the log before it is made, or passed over; false ends the replay before it. May be empty.
+    std::function<bool(const reader::Element& call)> before_call;
     // Told how many bytes of the file have been used; may be empty.
     std::function<void(uint64_t)> progress;
 };

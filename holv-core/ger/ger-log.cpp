@@ -1,20 +1,29 @@
 #include "holv-core/ger/ger-log.h"
 
 #include "holv-core/gio/gio-result.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 
+static_assert(offsetof(GER_Log, gl_Allocator) == 0);
+static_assert(offsetof(GER_Log, gl_OsServices) == 8);
+static_assert(offsetof(GER_Log, gl_Lock) == 16);
+static_assert(offsetof(GER_Log, gl_OutputHook) == 24);
+static_assert(offsetof(GER_Log, gl_HookContext) == 32);
 static_assert(offsetof(GER_Log, gl_LockTimeout) == 40);
+static_assert(offsetof(GER_Log, gl_DefaultLevel) == 44);
 static_assert(offsetof(GER_Log, gl_ChannelLevels) == 48);
 static_assert(offsetof(GER_Log, gl_DefaultChannel) == 56);
+static_assert(offsetof(GER_Log, gl_ChannelCount) == 60);
 static_assert(offsetof(GER_Log, gl_ChannelCapacity) == 64);
 static_assert(offsetof(GER_Log, gl_Outputs) == 72);
-static_assert(offsetof(GER_OsServices, create) == 6 * 8);
-static_assert(offsetof(GER_OsServices, destroy) == 7 * 8);
-static_assert(offsetof(GER_OsServices, release) == 9 * 8);
-static_assert(offsetof(GER_OsServices, take) == 10 * 8);
+static_assert(sizeof(GER_Log) == 80);
+static_assert(offsetof(GER_OsServices, create) == 48);
+static_assert(offsetof(GER_OsServices, destroy) == 56);
+static_assert(offsetof(GER_OsServices, release) == 72);
+static_assert(offsetof(GER_OsServices, take) == 80);
 
 namespace
 {
@@ -48,13 +57,11 @@ int32_t grow(GER_Log* log, int32_t channel)
 {
     GMM_Allocator* allocator = log->gl_Allocator;
     const auto capacity = static_cast<uint64_t>(channel) + 1;
-    auto* outputs =
-        static_cast<GIO_Stream*>(allocator->gmm_Realloc(allocator, log->gl_Outputs, capacity * sizeof(GIO_Stream)));
+    auto* outputs = gmm_realloc_array(allocator, log->gl_Outputs, capacity);
     if (outputs == nullptr)
         return GIO_ERR_NO_MEMORY;
     log->gl_Outputs = outputs;
-    auto* levels =
-        static_cast<uint32_t*>(allocator->gmm_Realloc(allocator, log->gl_ChannelLevels, capacity * sizeof(uint32_t)));
+    auto* levels = gmm_realloc_array(allocator, log->gl_ChannelLevels, capacity);
     if (levels == nullptr)
         return GIO_ERR_NO_MEMORY;
     log->gl_ChannelLevels = levels;
@@ -143,9 +150,9 @@ int32_t GER_LogCreate(const GIO_Stream* output, GMM_Allocator* allocator, const 
     auto* log = static_cast<GER_Log*>(allocator->gmm_Calloc(allocator, sizeof(GER_Log), 0));
     if (log == nullptr)
         return GIO_ERR_NO_MEMORY;
-    log->gl_Outputs = static_cast<GIO_Stream*>(allocator->gmm_Alloc(allocator, sizeof(GIO_Stream), 0));
+    log->gl_Outputs = gmm_alloc_record<GIO_Stream>(allocator);
     if (log->gl_Outputs != nullptr)
-        log->gl_ChannelLevels = static_cast<uint32_t*>(allocator->gmm_Alloc(allocator, sizeof(uint32_t), 0));
+        log->gl_ChannelLevels = gmm_alloc_record<uint32_t>(allocator);
     if (log->gl_ChannelLevels == nullptr)
     {
         free_blocks(allocator, log);

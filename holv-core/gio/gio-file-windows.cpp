@@ -1,5 +1,6 @@
 #include "holv-core/gio/gio-file-host.h"
 #include "holv-core/gio/gio-wide-path-windows.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <io.h>
 #include <sys/stat.h>
@@ -15,7 +16,7 @@ FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t units, uint3
     *no_memory = 0;
     if (is_ascii != 0)
         return fopen(path, modes[mode_index]);
-    auto* wide = static_cast<wchar_t*>(allocator->gmm_Alloc(allocator, 2 * units + 2, 0));
+    auto* wide = gmm_alloc_array<wchar_t>(allocator, units + 1);
     if (wide == nullptr)
     {
         *no_memory = 1;

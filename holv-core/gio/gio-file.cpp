@@ -3,6 +3,7 @@
 #include "holv-core/gio/gio-file-host.h"
 #include "holv-core/gio/gio-result.h"
 #include "holv-core/gio/gio-utf8.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <atomic>
 #include <cstdio>
@@ -318,7 +319,7 @@ int32_t gio_file_open_instance(const char* path, uint32_t mode, uint32_t text, G
     instance->file = nullptr;
     instance->path = nullptr;
     const size_t size = std::strlen(path) + 1;
-    auto* copy = static_cast<char*>(allocator->gmm_Alloc(allocator, size, 0));
+    auto* copy = gmm_alloc_array<char>(allocator, size);
     if (copy == nullptr)
         return GIO_ERR_NO_MEMORY;
     std::memcpy(copy, path, size);
@@ -342,7 +343,7 @@ int32_t gio_OpenFile(const char* path, uint32_t mode, uint32_t text, GMM_Allocat
     if (path == nullptr || allocator == nullptr || handle_out == nullptr)
         return GIO_ERR_INVALID;
     *handle_out = nullptr;
-    auto* block = static_cast<FileStreamBlock*>(allocator->gmm_Alloc(allocator, sizeof(FileStreamBlock), 0));
+    auto* block = gmm_alloc_record<FileStreamBlock>(allocator);
     if (block == nullptr)
         return GIO_ERR_NO_MEMORY;
     block->instance.handle = &block->handle;

@@ -2,12 +2,19 @@
 
 #include "holv-core/gio/gio-format.h"
 #include "holv-core/gio/gio-result.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstddef>
 #include <cstring>
 
+static_assert(offsetof(GIO_MemoryInstance, kind) == 0);
+static_assert(offsetof(GIO_MemoryInstance, allocator) == 8);
+static_assert(offsetof(GIO_MemoryInstance, self) == 16);
 static_assert(offsetof(GIO_MemoryInstance, data) == 24);
+static_assert(offsetof(GIO_MemoryInstance, size) == 32);
 static_assert(offsetof(GIO_MemoryInstance, position) == 40);
+static_assert(offsetof(GIO_MemoryInstance, last_error) == 48);
+static_assert(offsetof(GIO_MemoryInstance, at_end) == 52);
 static_assert(offsetof(GIO_MemoryInstance, error_flag) == 56);
 
 namespace
@@ -299,7 +306,7 @@ int32_t GIO_OpenMemory(void* data, uint64_t size, GMM_Allocator* allocator, GIO_
     if (data == nullptr || allocator == nullptr || stream_out == nullptr)
         return GIO_ERR_INVALID;
     *stream_out = nullptr;
-    auto* block = static_cast<MemoryStreamBlock*>(allocator->gmm_Alloc(allocator, sizeof(MemoryStreamBlock), 0));
+    auto* block = gmm_alloc_record<MemoryStreamBlock>(allocator);
     if (block == nullptr)
         return GIO_ERR_NO_MEMORY;
     if (size == 0)

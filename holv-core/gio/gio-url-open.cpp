@@ -1,6 +1,7 @@
 #include "holv-core/gio/gio-file.h"
 #include "holv-core/gio/gio-url-stream.h"
 #include "holv-core/gio/gio-url.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstring>
 
@@ -88,7 +89,7 @@ int32_t file_target(const GIO_UrlParts& parts, char* target)
 int32_t open_file_url(const GIO_UrlParts& parts, GMM_Allocator* allocator, GIO_Stream** out_stream)
 {
     const uint64_t room = 3 + static_cast<uint64_t>(parts.authority.length) + parts.path.length;
-    auto* target = static_cast<char*>(allocator->gmm_Alloc(allocator, room, 0));
+    auto* target = gmm_alloc_array<char>(allocator, room);
     if (target == nullptr)
         return GIO_ERR_NO_MEMORY;
     int32_t code = file_target(parts, target);
@@ -129,7 +130,7 @@ int32_t gio_OpenUrlOrPath(const char* name, uint32_t name_kind, const char* base
     code = resolve(wanted, kind, nullptr, &parts, &size);
     if (code != GIO_ERR_NO_MEMORY || size == 0)
         return code;
-    auto* buffer = static_cast<char*>(allocator->gmm_Alloc(allocator, size, 0));
+    auto* buffer = gmm_alloc_array<char>(allocator, size);
     if (buffer == nullptr)
         return code;
     code = resolve(wanted, kind, buffer, &parts, &size);

@@ -1,6 +1,7 @@
 #include "holv-core/gio/gio-url-stream.h"
 
 #include "holv-core/gio/gio-url.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstring>
 #include <initializer_list>
@@ -297,9 +298,9 @@ int32_t gio_OpenHttp(const char* url, uint64_t url_size_in_bytes, GMM_Allocator*
         return GIO_ERR_INVALID;
     if (url[url_size_in_bytes - 1] != '\0')
         return GIO_ERR_INVALID;
-    auto* block = static_cast<UrlBlock*>(allocator->gmm_Alloc(allocator, sizeof(UrlBlock), 0));
-    auto* copy = static_cast<char*>(allocator->gmm_Alloc(allocator, url_size_in_bytes, 0));
-    auto* http = static_cast<GIO_HttpState*>(allocator->gmm_Alloc(allocator, sizeof(GIO_HttpState), 0));
+    auto* block = gmm_alloc_record<UrlBlock>(allocator);
+    auto* copy = gmm_alloc_array<char>(allocator, url_size_in_bytes);
+    auto* http = gmm_alloc_record<GIO_HttpState>(allocator);
     int32_t code = block == nullptr || copy == nullptr || http == nullptr ? GIO_ERR_NO_MEMORY : GIO_OK;
     if (code == GIO_OK)
     {

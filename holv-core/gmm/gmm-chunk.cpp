@@ -1,18 +1,30 @@
 #include "holv-core/gmm/gmm-chunk.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <cstddef>
 #include <cstring>
 
 static_assert(sizeof(GMM_Chunk) == 24);
 static_assert(offsetof(GMM_ChunkAllocator, info_value) == 176);
+static_assert(offsetof(GMM_ChunkAllocator, info_word_a) == 184);
+static_assert(offsetof(GMM_ChunkAllocator, info_word_b) == 188);
 static_assert(offsetof(GMM_ChunkAllocator, parent) == 192);
 static_assert(offsetof(GMM_ChunkAllocator, channel) == 200);
 static_assert(offsetof(GMM_ChunkAllocator, used_bytes) == 208);
+static_assert(offsetof(GMM_ChunkAllocator, total_bytes) == 216);
+static_assert(offsetof(GMM_ChunkAllocator, chunk_size) == 224);
 static_assert(offsetof(GMM_ChunkAllocator, cursor) == 232);
+static_assert(offsetof(GMM_ChunkAllocator, remaining) == 240);
 static_assert(offsetof(GMM_ChunkAllocator, head) == 248);
 static_assert(offsetof(GMM_ChunkAllocator, tail) == 264);
 static_assert(offsetof(GMM_ChunkAllocator, minimise_callback) == 280);
+static_assert(offsetof(GMM_ChunkAllocator, minimise_context) == 288);
+static_assert(offsetof(GMM_ChunkAllocator, alloc_fail_callback) == 296);
 static_assert(offsetof(GMM_ChunkAllocator, alloc_fail_context) == 304);
+static_assert(sizeof(GMM_ChunkAllocator) == 312);
+static_assert(offsetof(GMM_Chunk, size) == 16);
+static_assert(sizeof(GMM_Chunk) == 24);
 
 namespace
 {
@@ -229,8 +241,7 @@ GMM_Allocator* gmm_chunk_allocator_create(const GMM_ChunkParams* params)
     if (params == nullptr || params->parent == nullptr)
         return nullptr;
     GMM_Allocator* parent = params->parent;
-    auto* record =
-        static_cast<GMM_ChunkAllocator*>(parent->gmm_Alloc(parent, sizeof(GMM_ChunkAllocator), params->channel));
+    auto* record = gmm_alloc_record<GMM_ChunkAllocator>(parent, params->channel);
     if (record == nullptr)
         return nullptr;
     std::memset(record, 0, sizeof *record);

@@ -1,70 +1,11 @@
 #include "orvlog/colour/gcm-csd-dump.h"
 
 #include "orvlog/log/orvlog-attributes.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 
 namespace
 {
-
-constexpr const char* kCsdTypeNames[] = {
-    "GCM_CSDTYPE_FILE",          "GCM_CSDTYPE_CALLBACK",        "GCM_CSDTYPE_PROFILE_BUFFER",
-    "GCM_CSDTYPE_ANALYTICAL",    "GCM_CSDTYPE_NONCOLORIMETRIC", "GCM_CSDTYPE_CIELUT_DATA",
-    "GCM_CSDTYPE_NO_BASE_CHANS", "GCM_CSDTYPE_POST_RENDER_LUT", "GCM_CSDTYPE_INPUT",
-};
-constexpr ORVLOG_EnumTable kCsdType = orvlog_enum_table(kCsdTypeNames);
-static_assert(kCsdType.max_value == GCM_CSDTYPE_INPUT);
-
-constexpr const char* kRenderIntentNames[] = {
-    "GCM_RI_PERCEPTUAL",       "GCM_RI_SATURATION",     "GCM_RI_COLORIMETRIC_ABS",
-    "GCM_RI_COLORIMETRIC_REL", "GCM_RI_USER_DEFINED_1",
-};
-constexpr ORVLOG_EnumTable kRenderIntent = orvlog_enum_table(kRenderIntentNames);
-static_assert(kRenderIntent.max_value == GCM_RI_USER_DEFINED_1);
-
-constexpr const char* kAnalyticalNames[] = {
-    "GCM_ACS_XYZ",  "GCM_ACS_LAB",   "GCM_ACS_ADOBE_RGB", "GCM_ACS_LINEAR_SRGB",
-    "GCM_ACS_SRGB", "GCM_ACS_SCRGB", "GCM_ACS_SCRGB16",   "GCM_ACS_HVN_RGB",
-};
-constexpr ORVLOG_EnumTable kAnalytical = orvlog_enum_table(kAnalyticalNames);
-static_assert(kAnalytical.max_value == GCM_ACS_HVN_RGB);
-
-constexpr const char* kCieFamilyNames[] = {
-    "GCM_CIE_FAMILY_ABC",  "GCM_CIE_FAMILY_A",      "GCM_CIE_FAMILY_DEF",
-    "GCM_CIE_FAMILY_DEFG", "GCM_CIE_FAMILY_CALRGB", "GCM_CIE_FAMILY_CALGRAY",
-};
-constexpr ORVLOG_EnumTable kCieFamily = orvlog_enum_table(kCieFamilyNames);
-static_assert(kCieFamily.max_value == GCM_CIE_FAMILY_CALGRAY);
-
-constexpr const char* kInputFamilyNames[] = {
-    "GCM_CSF_GRAY",
-    "GCM_CSF_RGB",
-    "GCM_CSF_CMYK",
-    "GCM_CSF_NAMED",
-};
-constexpr ORVLOG_EnumTable kInputFamily = orvlog_enum_table(kInputFamilyNames);
-static_assert(kInputFamily.max_value == GCM_CSF_NAMED);
-
-constexpr const char* kFormatNames[] = {
-    "GNC_FORMAT_RGB",  "GNC_FORMAT_BGR", "GNC_FORMAT_GRAY", "GNC_FORMAT_CMYK",
-    "GNC_FORMAT_YMCK", "GNC_FORMAT_K",   "GNC_FORMAT_NONE",
-};
-constexpr ORVLOG_EnumTable kFormat = orvlog_enum_table(kFormatNames);
-static_assert(kFormat.max_value == GNC_FORMAT_NONE);
-
-constexpr const char* kSpaceTypeNames[] = {
-    "GCM_CST_ADDITIVE",
-    "GCM_CST_SUBTRACTIVE",
-    "GCM_CST_OTHER",
-};
-constexpr ORVLOG_EnumTable kSpaceType = orvlog_enum_table(kSpaceTypeNames);
-static_assert(kSpaceType.max_value == GCM_CST_OTHER);
-
-constexpr const char* kWhitePointNames[] = {
-    "GCM_WHITEPOINT_D65",
-    "GCM_WHITEPOINT_D50",
-};
-constexpr ORVLOG_EnumTable kWhitePoint = orvlog_enum_table(kWhitePointNames);
-static_assert(kWhitePoint.max_value == GCM_WHITEPOINT_D50);
 
 constexpr uint32_t kRowSize = 50;
 constexpr uint32_t kPieceSize = 512;
@@ -81,15 +22,10 @@ struct Dump
     bool warned;
 };
 
-void warn(ORVLOG_Writer* writer, const char* text)
-{
-    orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, text);
-}
-
 void dump_analytical(ORVLOG_Writer* writer, const GCM_AnalyticalColorSpace* space)
 {
     orvlog_writer_begin_element(writer, "GCM_AnalyticalColorSpace");
-    orvlog_attr_enum(writer, "acs_ColorSpace", &kAnalytical, space->acs_ColorSpace);
+    orvlog_attr_enum(writer, "acs_ColorSpace", &ORVLOG_ANALYTICAL_SPACE, space->acs_ColorSpace);
     orvlog_attr_float(writer, "acs_WhitePointX", space->acs_WhitePointX);
     orvlog_attr_float(writer, "acs_WhitePointY", space->acs_WhitePointY);
     orvlog_attr_float(writer, "acs_WhitePointZ", space->acs_WhitePointZ);
@@ -100,8 +36,7 @@ void dump_analytical(ORVLOG_Writer* writer, const GCM_AnalyticalColorSpace* spac
     orvlog_attr_float(writer, "acs_LabAMax", space->acs_LabAMax);
     orvlog_attr_float(writer, "acs_LabBMin", space->acs_LabBMin);
     orvlog_attr_float(writer, "acs_LabBMax", space->acs_LabBMax);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GCM_AnalyticalColorSpace");
+    orvlog_writer_end_empty(writer, "GCM_AnalyticalColorSpace");
 }
 
 // The attribute that the type adds, of the given type rather than the record's own.
@@ -116,13 +51,13 @@ void write_definition(ORVLOG_Writer* writer, const GCM_Csd* csd)
         orvlog_attr_uint(writer, "csd_Defn.ProfileBufferSize", csd->csd_Defn.ProfileBufferSize);
         break;
     case GCM_CSDTYPE_NONCOLORIMETRIC:
-        orvlog_attr_enum(writer, "csd_Defn.NonColorimetric", &kFormat, csd->csd_Defn.NonColorimetric);
+        orvlog_attr_enum(writer, "csd_Defn.NonColorimetric", &ORVLOG_PIXEL_FORMAT, csd->csd_Defn.NonColorimetric);
         break;
     case GCM_CSDTYPE_CIELUT_DATA:
-        orvlog_attr_enum(writer, "csd_Defn.CieBased", &kCieFamily, csd->csd_Defn.CieBased);
+        orvlog_attr_enum(writer, "csd_Defn.CieBased", &ORVLOG_CIE_FAMILY, csd->csd_Defn.CieBased);
         break;
     case GCM_CSDTYPE_INPUT:
-        orvlog_attr_enum(writer, "csd_Defn.Input", &kInputFamily, csd->csd_Defn.Input);
+        orvlog_attr_enum(writer, "csd_Defn.Input", &ORVLOG_COLOR_SPACE_FAMILY, csd->csd_Defn.Input);
         break;
     default:
         break;
@@ -132,23 +67,18 @@ void write_definition(ORVLOG_Writer* writer, const GCM_Csd* csd)
 void dump_csd(ORVLOG_Writer* writer, const GCM_Csd* csd)
 {
     orvlog_writer_begin_element(writer, "GCM_Csd");
-    orvlog_attr_enum(writer, "csd_Type", &kCsdType, csd->csd_Type);
+    orvlog_attr_enum(writer, "csd_Type", &ORVLOG_CSD_TYPE, csd->csd_Type);
     orvlog_attr_uint(writer, "csd_NumBaseChans", csd->csd_NumBaseChans);
     orvlog_attr_uint(writer, "csd_NumNamedChans", csd->csd_NumNamedChans);
     orvlog_attr_bool(writer, "csd_HasSecondaryProfile", csd->csd_HasSecondaryProfile);
     orvlog_attr_bool(writer, "csd_HasAlternateDefn", csd->csd_HasAlternateDefn);
     orvlog_attr_bool(writer, "csd_UseIlluminantInfo", csd->csd_UseIlluminantInfo);
-    orvlog_attr_enum(writer, "csd_DefaultRenderIntent", &kRenderIntent, csd->csd_DefaultRenderIntent);
+    orvlog_attr_enum(writer, "csd_DefaultRenderIntent", &ORVLOG_RENDER_INTENT, csd->csd_DefaultRenderIntent);
     orvlog_attr_bool(writer, "csd_IsDeviceLinkProfile", csd->csd_IsDeviceLinkProfile);
     write_definition(writer, csd);
-    orvlog_writer_end_tag(writer);
+    const ORVLOG_Content content(writer, "GCM_Csd");
     if (csd->csd_Type == GCM_CSDTYPE_ANALYTICAL)
-    {
-        orvlog_writer_depth_up(writer);
         dump_analytical(writer, &csd->csd_Defn.Analytical);
-        orvlog_writer_depth_down(writer);
-    }
-    orvlog_writer_close_element(writer, "GCM_Csd");
 }
 
 // A callback definition stands in the log as a profile buffer of no length.
@@ -179,7 +109,7 @@ void dump_callback_stream(ORVLOG_Writer* writer, const GIO_Stream* stream)
         orvlog_elem_bytes(writer, piece, static_cast<uint32_t>(read), kRowSize);
         if (!beyond)
             continue;
-        warn(writer, "The profile of a callback definition is too large; it is cut short.");
+        orvlog_writer_warn(writer, "The profile of a callback definition is too large; it is cut short.");
         break;
     }
     if (ops->gio_Eof != nullptr && ops->gio_ClearErr != nullptr && ops->gio_Eof(stream->instance) != 0)
@@ -196,15 +126,14 @@ void dump_cie_luts(ORVLOG_Writer* writer, const GCM_CieLuts* luts)
     orvlog_attr_float_array(writer, "cl_MatrixLMN", luts->cl_MatrixLMN, 9);
     orvlog_attr_hex4(writer, "cl_HIJKDimensions", luts->cl_HIJKDimensions);
     orvlog_attr_float_array(writer, "cl_HIJKRange", luts->cl_HIJKRange, 8);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GCM_CieLuts");
+    orvlog_writer_end_empty(writer, "GCM_CieLuts");
 }
 
 uint32_t decode_entries(ORVLOG_Writer* writer, const GCM_CieLuts* luts)
 {
     if (luts->cl_DecodeBitDepth <= kMostDecodeBits)
         return 1u << luts->cl_DecodeBitDepth;
-    warn(writer, "The decode tables of a colour space definition are too large; they are left out.");
+    orvlog_writer_warn(writer, "The decode tables of a colour space definition are too large; they are left out.");
     return 0;
 }
 
@@ -240,17 +169,14 @@ void dump_cie_luts_pointer(ORVLOG_Writer* writer, const GCM_CieLutsPointer* poin
     if (pointer == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GCM_CieLutsPointer");
-    orvlog_attr_enum(writer, "GCM_CieFamily", &kCieFamily, family);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_attr_enum(writer, "GCM_CieFamily", &ORVLOG_CIE_FAMILY, family);
+    const ORVLOG_Content content(writer, "GCM_CieLutsPointer");
     if (pointer->clp_CieLuts != nullptr)
     {
         dump_cie_luts(writer, pointer->clp_CieLuts);
         dump_decode_tables(writer, pointer, family);
         dump_hijk_table(writer, pointer, family);
     }
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_CieLutsPointer");
 }
 
 // Bytes of the table, or one more than there can be.
@@ -275,26 +201,20 @@ void dump_post_render_lut(ORVLOG_Writer* writer, const GCM_PostRenderLut* lut, u
     orvlog_attr_uint(writer, "prl_LutDimensions", lut->prl_LutDimensions);
     orvlog_attr_uint(writer, "prl_LutSize", lut->prl_LutSize);
     orvlog_attr_uint(writer, "prl_OutputBitDepth", lut->prl_OutputBitDepth);
-    orvlog_writer_end_tag(writer);
+    const ORVLOG_Content content(writer, "GCM_PostRenderLut");
     const uint64_t bytes = lut_bytes(lut, base_chans);
-    orvlog_writer_depth_up(writer);
     if (bytes > kMostLutBytes)
-        warn(writer, "The table of a post render LUT is too large; it is left out.");
+        orvlog_writer_warn(writer, "The table of a post render LUT is too large; it is left out.");
     else if (lut->prl_Table != nullptr)
         orvlog_elem_bytes(writer, lut->prl_Table, static_cast<uint32_t>(bytes), kRowSize);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_PostRenderLut");
 }
 
 void dump_named_chans(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
 {
     const uint32_t count = pointer->cp_Csd->csd_NumNamedChans;
-    orvlog_writer_open_member(writer, "GCM_CsdPointer", "cp_NamedChans");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member member(writer, "GCM_CsdPointer", "cp_NamedChans");
     for (uint32_t i = 0; i < count && i < kMostNames; ++i)
         orvlog_elem_cstr(writer, pointer->cp_NamedChans[i]);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GCM_CsdPointer", "cp_NamedChans");
 }
 
 void dump_content(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
@@ -327,13 +247,10 @@ void dump_wrapper(Dump* dump, const GCM_CsdPointer* pointer, const char* name)
     ORVLOG_Writer* writer = dump->writer;
     orvlog_writer_begin_element(writer, "ORVLOG_WRAPPER");
     orvlog_attr_string(writer, "name", name);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "ORVLOG_WRAPPER");
     ++dump->depth;
     dump_pointer(dump, pointer);
     --dump->depth;
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "ORVLOG_WRAPPER");
 }
 
 bool within_bounds(Dump* dump)
@@ -344,7 +261,8 @@ bool within_bounds(Dump* dump)
         return true;
     }
     if (!dump->warned)
-        warn(dump->writer, "Colour space definitions refer to one another without end; the rest is left out.");
+        orvlog_writer_warn(dump->writer,
+                           "Colour space definitions refer to one another without end; the rest is left out.");
     dump->warned = true;
     return false;
 }
@@ -353,14 +271,13 @@ void begin_pointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)
 {
     const uint32_t type = pointer->cp_Csd->csd_Type;
     if (type == GCM_CSDTYPE_CALLBACK)
-        warn(writer,
-             "Converted a GCM_CSDTYPE_CALLBACK to a GCM_CSDTYPE_PROFILE_BUFFER in order to dump it to the log.");
+        orvlog_writer_warn(
+            writer, "Converted a GCM_CSDTYPE_CALLBACK to a GCM_CSDTYPE_PROFILE_BUFFER in order to dump it to the log.");
     orvlog_writer_begin_element(writer, "GCM_CsdPointer");
     if (type == GCM_CSDTYPE_FILE)
         orvlog_attr_string(writer, "cp_Filename", pointer->cp_Filename);
     if (type == GCM_CSDTYPE_CALLBACK)
         orvlog_attr_bool(writer, "GCM_CsdPointer_callback_dumped_as_profile_buffer", 1);
-    orvlog_writer_end_tag(writer);
 }
 
 void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
@@ -370,7 +287,7 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
     ORVLOG_Writer* writer = dump->writer;
     const GCM_Csd* csd = pointer->cp_Csd;
     begin_pointer(writer, pointer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GCM_CsdPointer");
     if (csd->csd_Type == GCM_CSDTYPE_CALLBACK)
         dump_callback_csd(writer, csd);
     else
@@ -383,20 +300,18 @@ void dump_pointer(Dump* dump, const GCM_CsdPointer* pointer)
         dump_wrapper(dump, pointer->cp_AlternateDefn, "cp_AlternateDefn");
     if (csd->csd_NumNamedChans > 0 && !has_names)
         dump_wrapper(dump, pointer->cp_TintTransformAltDefn, "cp_TintTransformAltDefn");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GCM_CsdPointer");
 }
 
 }  // namespace
 
 void gcm_attr_color_space_type(ORVLOG_Writer* writer, const char* name, uint32_t type)
 {
-    orvlog_attr_enum(writer, name, &kSpaceType, type);
+    orvlog_attr_enum(writer, name, &ORVLOG_SPACE_TYPE, type);
 }
 
 void gcm_attr_white_point(ORVLOG_Writer* writer, const char* name, uint32_t white_point)
 {
-    orvlog_attr_enum(writer, name, &kWhitePoint, white_point);
+    orvlog_attr_enum(writer, name, &ORVLOG_WHITE_POINT, white_point);
 }
 
 void ORVLOG_DumpCsdPointer(ORVLOG_Writer* writer, const GCM_CsdPointer* pointer)

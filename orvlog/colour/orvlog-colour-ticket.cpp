@@ -1,9 +1,11 @@
 #include "orvlog/colour/orvlog-colour-ticket.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/colour/gxc/gxc-family.h"
 #include "orvlog/colour/gxc/gxc-ticket.h"
 #include "orvlog/colour/orvlog-ticket-stream.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 
 namespace
 {
@@ -22,20 +24,13 @@ const ORVLOG_TicketEntry* find_entry(const ORVLOG_Session* session, uint32_t key
 uint32_t add_entry(ORVLOG_Session* session, uint32_t key)
 {
     GMM_Allocator* allocator = session->allocator;
-    auto* entry = static_cast<ORVLOG_TicketEntry*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_TicketEntry), 0));
+    auto* entry = gmm_alloc_record<ORVLOG_TicketEntry>(allocator);
     if (entry == nullptr)
         return 0;
     const uint32_t latest = session->logged_tickets != nullptr ? session->logged_tickets->id : 0;
     *entry = {session->logged_tickets, key, latest + 1};
     session->logged_tickets = entry;
     return entry->id;
-}
-
-void begin_ticket(ORVLOG_Writer* writer, uint32_t id)
-{
-    orvlog_writer_begin_element(writer, "GCM_ColorTicket");
-    orvlog_attr_uint(writer, "id", id);
-    orvlog_writer_end_tag(writer);
 }
 
 // The text goes to the log's stream as plain bytes, even into a coded log: readers of the log rely on it.
@@ -48,8 +43,8 @@ void write_content(ORVLOG_Session* session, void* ticket)
         session->ticket_serial_functions->serialise(ticket, &memory.stream, 1, 0);
     if (gxc_family_of_ticket(session->ticket_functions, ticket, &family) == 0)
         family = kNoFamily;
-    gxc_deserialise_ticket(session->allocator, &memory.stream, family, session->writer.stream,
-                           orvlog_writer_indent(session->writer.depth));
+    gxc_deserialise_ticket(session->allocator, &memory.stream, family, orvlog_writer_stream(&session->writer),
+                           orvlog_writer_indent(orvlog_writer_depth(&session->writer)));
     orvlog_ticket_stream_close(&memory);
 }
 
@@ -70,16 +65,12 @@ void ORVLOG_DumpColorTicket(ORVLOG_Session* session, void* ticket)
     uint32_t key = 0;
     const bool has_key = key_of_ticket(session, ticket, &key);
     const ORVLOG_TicketEntry* known = has_key ? find_entry(session, key) : nullptr;
-    if (known != nullptr)
-        begin_ticket(writer, known->id);
-    else
-    {
-        begin_ticket(writer, has_key ? add_entry(session, key) : 0);
-        orvlog_writer_depth_up(writer);
+    const uint32_t new_id = known == nullptr && has_key ? add_entry(session, key) : 0;
+    orvlog_writer_begin_element(writer, "GCM_ColorTicket");
+    orvlog_attr_uint(writer, "id", known != nullptr ? known->id : new_id);
+    const ORVLOG_Content content(writer, "GCM_ColorTicket");
+    if (known == nullptr)
         write_content(session, ticket);
-        orvlog_writer_depth_down(writer);
-    }
-    orvlog_writer_close_element(writer, "GCM_ColorTicket");
 }
 
 void ORVLOG_FreeTicketList(ORVLOG_Session* session)

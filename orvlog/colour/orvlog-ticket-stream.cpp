@@ -1,5 +1,7 @@
 #include "orvlog/colour/orvlog-ticket-stream.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <cstring>
 
 namespace
@@ -23,7 +25,7 @@ bool byte_count(uint64_t item_size, uint64_t item_count, uint64_t* bytes)
 
 bool allocate_first(ORVLOG_TicketStreamInstance* s)
 {
-    s->buffer = static_cast<uint8_t*>(s->allocator->gmm_Alloc(s->allocator, kFirstCapacity, 0));
+    s->buffer = gmm_alloc_array<uint8_t>(s->allocator, kFirstCapacity);
     if (s->buffer == nullptr)
         return false;
     std::memset(s->buffer, 0, kFirstCapacity);
@@ -40,7 +42,7 @@ bool grow(ORVLOG_TicketStreamInstance* s, uint64_t count)
     const uint64_t capacity = told < end ? end : told;
     if (count > UINT64_MAX / 4)
         return false;
-    auto* buffer = static_cast<uint8_t*>(s->allocator->gmm_Realloc(s->allocator, s->buffer, capacity));
+    auto* buffer = gmm_realloc_array(s->allocator, s->buffer, capacity);
     if (buffer == nullptr)
         return false;
     std::memset(buffer + end, 0, capacity - end);

@@ -1,91 +1,18 @@
-#include "orvlog/core/orvlog-entry.h"
+// The three exports.
 
 #include "holv-core/gio/gio-file.h"
 #include "orvlog/colour/orvlog-colour-ticket.h"
 #include "orvlog/core/orvlog-orv.h"
-#include "orvlog/core/orvlog-root.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/log/orvlog-merge.h"
-
-#include <cstring>
+#include "orvlog/log/orvlog-root.h"
+#include "orvlog/session/orvlog-creators.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {
-
-constexpr size_t kPrefixLimit = sizeof(ORVLOG_ImageParams::file_prefix) - 1;
-
-bool read_identity(ORVLOG_Session* session, const ORVLOG_IdentitySource* identity)
-{
-    if (identity == nullptr || identity->object == nullptr)
-        return false;
-    ORVLOG_IdentityObject* object = identity->object;
-    session->identity_object = object;
-    session->identity_pointer = identity;
-    return object->functions != nullptr && object->functions->orvlog_get_session_id != nullptr &&
-           object->functions->orvlog_get_session_id(object, session->session_id) != 0;
-}
-
-void store_prefix(ORVLOG_ImageParams* image, const char* file_prefix)
-{
-    if (file_prefix == nullptr)
-        return;
-    std::strncpy(image->file_prefix, file_prefix, kPrefixLimit);
-    image->file_prefix[kPrefixLimit] = '\0';
-    image->has_file_prefix = 1;
-}
-
-// The three operations that a session calls on the client's allocator.
-bool can_allocate(const GMM_Allocator* allocator)
-{
-    return allocator != nullptr && allocator->gmm_Alloc != nullptr && allocator->gmm_Free != nullptr &&
-           allocator->gmm_Realloc != nullptr;
-}
-
-// Puts a temporary log in the place of the client's stream until the shutdown.
-bool open_temporary_log(ORVLOG_Session* session, uint32_t compress)
-{
-    if (ORVLOG_OpenTempLog(session->allocator, session->session_id, &session->merge_source_stream,
-                           session->merge_file_name) == 0)
-        return false;
-    session->merge_target_stream = session->writer.stream;
-    session->merge_compress = compress;
-    session->merge_pending = 1;
-    session->writer.stream = session->merge_source_stream;
-    session->writer.compress = 0;
-    return true;
-}
-
-bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
-{
-    session->allocator = options->allocator;
-    session->side_allocator = options->allocator;
-    if (!read_identity(session, options->identity))
-        return false;
-    orvlog_writer_init(&session->writer, options->allocator, options->log_stream, 0, options->compress);
-    const bool detour = options->via_temporary_log != 0 && options->log_stream != nullptr;
-    if (detour && !open_temporary_log(session, options->compress))
-        return false;
-    store_prefix(&session->image, options->file_prefix);
-    session->ticket_functions = options->ticket_functions;
-    session->ticket_serial_functions = options->ticket_serial_functions;
-    session->third_client_table = options->third_client_table;
-    session->logging_mode = options->mode;
-    session->image.image_logging_mode = options->mode;
-    return true;
-}
-
-int32_t comment(void* writer, const char* format, va_list args)
-{
-    if (writer == nullptr || format == nullptr)
-        return -1;
-    return orvlog_writer_vcomment(static_cast<ORVLOG_Writer*>(writer), format, args);
-}
-
-ORVLOG_Session* session_of(const ORV_Interface* table)
-{
-    return static_cast<ORVLOG_Session*>(table->document_start.context);
-}
 
 // The client is asked to finish what it opened. The memory of what it left is given back all the same, without a call
 // to the renderer, an engine or the colour manager: the client may have ended them already.
@@ -105,16 +32,6 @@ void release_open_work(ORVLOG_Session* session)
     orvlog_session_clear_scratch(session);
 }
 
-void finish_coder(ORVLOG_Writer* writer)
-{
-    if (writer->compress != 1 || writer->coder == nullptr)
-        return;
-    const uint8_t last = AHC_EncoderFinish(writer->coder);
-    writer->coder = nullptr;
-    if (writer->stream != nullptr && writer->stream->ops != nullptr && writer->stream->ops->gio_Write != nullptr)
-        writer->stream->ops->gio_Write(&last, 1, 1, writer->stream->instance);
-}
-
 uint32_t merge(ORVLOG_Session* session)
 {
     if (session->merge_pending == 0)
@@ -130,59 +47,6 @@ uint32_t merge(ORVLOG_Session* session)
 
 }  // namespace
 
-uint32_t orvlog_create_session_with(const ORVLOG_SessionOptions* options)
-{
-    GMM_Allocator* allocator = options->allocator;
-    if (options->interface_out == nullptr || options->interface_out == options->interface_in)
-        return 0;
-    if (options->interface_in != nullptr)
-        *options->interface_out = *options->interface_in;
-    if (!can_allocate(allocator))
-        return 0;
-    auto* session = static_cast<ORVLOG_Session*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_Session), 0));
-    if (session == nullptr)
-        return 0;
-    std::memset(session, 0, sizeof *session);
-    if (!set_up(session, options))
-    {
-        allocator->gmm_Free(allocator, session);
-        return 0;
-    }
-    if (options->comment_fn_out != nullptr && options->comment_ctx_out != nullptr)
-    {
-        *options->comment_fn_out = comment;
-        *options->comment_ctx_out = &session->writer;
-    }
-    options->interface_out->base = {options->interface_in, 0};
-    orvlog_fill_interface(options->interface_out, session);
-    orvlog_open_root(session);
-    return 1;
-}
-
-uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface* interface_in,
-                               GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, GIO_Stream* log_stream,
-                               const char* file_prefix, const ORVLOG_TicketFunctions* ticket_functions,
-                               const ORVLOG_TicketSerialFunctions* ticket_serial_functions,
-                               const void* third_client_table, orvlog_comment_fn_type* comment_fn_out,
-                               void** comment_ctx_out, uint32_t compress, uint32_t mode)
-{
-    const ORVLOG_SessionOptions options = {interface_out,
-                                           interface_in,
-                                           allocator,
-                                           identity,
-                                           log_stream,
-                                           file_prefix,
-                                           ticket_functions,
-                                           ticket_serial_functions,
-                                           third_client_table,
-                                           comment_fn_out,
-                                           comment_ctx_out,
-                                           compress,
-                                           mode,
-                                           0};
-    return orvlog_create_session_with(&options);
-}
-
 uint32_t ORVLOG_DLL_initialise(ORV_Interface* interface_out, const ORV_Interface* interface_in,
                                GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, uint64_t,
                                GIO_Stream* log_stream, const char* file_prefix, uint64_t,
@@ -196,67 +60,16 @@ uint32_t ORVLOG_DLL_initialise(ORV_Interface* interface_out, const ORV_Interface
                                  ORVLOG_MODE_TRANSPARENT);
 }
 
-uint32_t orvlog_initialise_legacy(ORV_Interface* interface_out, const ORV_Interface* interface_in,
-                                  GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity,
-                                  GIO_Stream* log_stream, const char* file_prefix,
-                                  const ORVLOG_TicketFunctions* ticket_functions,
-                                  const ORVLOG_TicketSerialFunctions* ticket_serial_functions,
-                                  orvlog_comment_fn_type* comment_fn_out, void** comment_ctx_out)
-{
-    return orvlog_create_session(interface_out, interface_in, allocator, identity, log_stream, file_prefix,
-                                 ticket_functions, ticket_serial_functions, nullptr, comment_fn_out, comment_ctx_out, 0,
-                                 ORVLOG_MODE_TRANSPARENT);
-}
-
-uint32_t orvlog_initialise_capture(ORV_Interface* interface_out, const ORV_Interface* second_interface,
-                                   GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, uint64_t,
-                                   GIO_Stream* log_stream, const char* file_prefix, uint64_t,
-                                   const ORVLOG_TicketFunctions* ticket_functions,
-                                   const ORVLOG_TicketSerialFunctions* ticket_serial_functions,
-                                   orvlog_comment_fn_type* comment_fn_out, void** comment_ctx_out,
-                                   uint32_t image_dump_flag, uint32_t glyph_fixed_format, uint32_t glyph_get_format,
-                                   uint32_t compress)
-{
-    if (orvlog_create_session(interface_out, nullptr, allocator, identity, log_stream, file_prefix, ticket_functions,
-                              ticket_serial_functions, nullptr, comment_fn_out, comment_ctx_out, compress,
-                              ORVLOG_MODE_BASE) == 0)
-        return 0;
-    ORVLOG_Session* session = session_of(interface_out);
-    session->second_interface = second_interface;
-    session->image.image_dump_flag = image_dump_flag;
-    session->glyph_fixed_format = glyph_fixed_format;
-    session->glyph_get_format = glyph_get_format;
-    return 1;
-}
-
-uint32_t orvlog_initialise_forwarding(ORV_Interface* interface_out, const ORV_Interface* interface_in,
-                                      GMM_Allocator* allocator, const ORVLOG_IdentitySource* identity, uint64_t,
-                                      GIO_Stream* log_stream, const char* file_prefix, uint64_t,
-                                      const ORVLOG_TicketFunctions* ticket_functions,
-                                      const ORVLOG_TicketSerialFunctions* ticket_serial_functions,
-                                      const void* third_client_table, orvlog_comment_fn_type* comment_fn_out,
-                                      void** comment_ctx_out)
-{
-    if (orvlog_create_session(interface_out, interface_in, allocator, identity, log_stream, file_prefix,
-                              ticket_functions, ticket_serial_functions, third_client_table, comment_fn_out,
-                              comment_ctx_out, 0, ORVLOG_MODE_BASE) == 0)
-        return 0;
-    session_of(interface_out)->glyph_get_format = 1;
-    return 1;
-}
-
 uint32_t ORVLOG_DLL_set_parameters(void* session_word, const ORVLOG_Params* params)
 {
     auto* session = static_cast<ORVLOG_Session*>(session_word);
     if (session == nullptr || params == nullptr)
         return 1;
     const bool obsolete = params->up_DumpReqImgDataOnly != 0;
-    session->logging_mode = obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE;
-    session->image.image_logging_mode = session->logging_mode;
+    orvlog_choose_mode(session, obsolete ? ORVLOG_MODE_TRANSPARENT : ORVLOG_MODE_BASE);
     if (obsolete)
-        orvlog_writer_defer_warning(
-            &session->writer, ORVLOG_WARNING_FORMAT,
-            "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
+        orvlog_writer_warn(&session->writer,
+                           "Version 1.1 ORVLOG_Params.up_DumpReqImgDataOnly converted to transparent mode logging");
     session->glyph_fixed_format = 0;
     session->image.image_dump_flag = 0;
     session->glyph_get_format = 1;
@@ -271,11 +84,11 @@ uint32_t ORVLOG_DLL_shutdown(void* session_word)
     auto* session = static_cast<ORVLOG_Session*>(session_word);
     if (session == nullptr)
         return 1;
-    orvlog_close_root(session);
+    orvlog_close_root(&session->writer);
     orvlog_resource_map_clear(session);
     ORVLOG_FreeTicketList(session);
     release_open_work(session);
-    finish_coder(&session->writer);
+    orvlog_writer_end_coding(&session->writer);
     const uint32_t result = merge(session);
     orvlog_free_session(session);
     return result;

@@ -1,21 +1,60 @@
+// ORV_group_start and ORV_group_finish.
+
 #include "orvlog/colour/orvlog-colour-ticket.h"
-#include "orvlog/core/orvlog-orv-names.h"
+#include "orvlog/core/orvlog-call-operands.h"
 #include "orvlog/core/orvlog-orv.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operator-dump.h"
 #include "orvlog/records/gsh-shape-dump.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {
 
+constexpr const char* kStart = "ORV_group_start";
+constexpr const char* kFinish = "ORV_group_finish";
+constexpr int32_t kLine = 2523;  // by which a failed read of an image is reported
+
+struct GroupStartCall
+{
+    uint32_t group_unique_id;
+    uint32_t* group_out;
+    const GFI_FontEngineTable* font_engine;            // as logged: the wrapped one, or null
+    const GFI_FontEngineTable* forwarded_font_engine;  // the client's own where no wrapper could be had
+    uint32_t hints;
+    uint32_t group_type;
+    uint32_t is_knockout;
+    uint32_t is_replayable;
+    void* colour_ticket;
+    uint32_t pixel_placement_orientation;
+    uint32_t has_pixel_placement;
+    uint32_t pixel_placement;
+    const GGO_Matrix* retransform;
+    const GOP_Operator* op;
+    ORVLOG_CallOperand operand2;
+    const GSH_ShapeList* group_clip;
+    uint32_t tiling_flags;
+    double x_repetition_interval;
+    double y_repetition_interval;
+    const GBC_Color* separation_mask;
+    const GBC_Color* separation_color;
+    const GGO_BoxFloat* bounding_box_hint;
+};
+
+struct GroupFinishCall
+{
+    uint32_t* replay;  // where the renderer answers; never null
+};
+
 // Wraps the engine of a group and puts it in force. Without a frame to remember it by, the wrapper stays to the
 // session's end.
-void install_engine(ORVLOG_Session* session, ORVLOG_GroupFrame* frame, ORVLOG_GroupStartCall* call)
+void install_engine(ORVLOG_Session* session, ORVLOG_GroupFrame* frame, GroupStartCall* call)
 {
     if (frame != nullptr)
         frame->saved_font_wrapper = session->current_font_wrapper;
@@ -42,10 +81,10 @@ void replace_mask(ORVLOG_Session* session, ORVLOG_GroupFrame* frame, ORVLOG_Call
         frame->replaced_operand = operand2->operand;
 }
 
-void dump_attributes(const ORVLOG_DrawingContext* drawing, ORVLOG_GroupFrame* frame, ORVLOG_GroupStartCall* call)
+void dump_start_attributes(const ORVLOG_DrawingContext* drawing, ORVLOG_GroupFrame* frame, GroupStartCall* call)
 {
     ORVLOG_Writer* writer = &drawing->session->writer;
-    orvlog_writer_begin_element(writer, "ORV_group_start");
+    orvlog_writer_begin_element(writer, kStart);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
     install_engine(drawing->session, frame, call);
     orvlog_attr_uint(writer, "group_unique_id", call->group_unique_id);
@@ -63,25 +102,24 @@ void dump_attributes(const ORVLOG_DrawingContext* drawing, ORVLOG_GroupFrame* fr
     orvlog_attr_double(writer, "x_repetition_interval", call->x_repetition_interval);
     orvlog_attr_double(writer, "y_repetition_interval", call->y_repetition_interval);
     ggo_attr_box(writer, "bounding_box_hint", call->bounding_box_hint);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
 }
 
-uint32_t dump_members(ORVLOG_Session* session, const ORVLOG_GroupStartCall* call)
+uint32_t dump_start_members(ORVLOG_Session* session, const GroupStartCall* call)
 {
     ORVLOG_Writer* writer = &session->writer;
     uint32_t read_well = 1;
     ORVLOG_DumpColorTicket(session, call->colour_ticket);
-    ORVLOG_DumpNamedOperator(writer, "ORV_group_start", "op", call->op);
+    ORVLOG_DumpNamedOperator(writer, kStart, "op", call->op);
     if (call->operand2.counts != 0)
-        read_well = ORVLOG_DumpNamedOperand(session, "ORV_group_start", "operand2", call->operand2.operand);
-    dump_shape_list_member(session, "ORV_group_start", "group_clip", call->group_clip);
-    ORVLOG_DumpNamedColor(writer, "ORV_group_start", "separation_mask", call->separation_mask);
-    ORVLOG_DumpNamedColor(writer, "ORV_group_start", "separation_color", call->separation_color);
+        read_well = ORVLOG_DumpNamedOperand(session, kStart, "operand2", call->operand2.operand);
+    dump_shape_list_member(session, kStart, "group_clip", call->group_clip);
+    ORVLOG_DumpNamedColor(writer, kStart, "separation_mask", call->separation_mask);
+    ORVLOG_DumpNamedColor(writer, kStart, "separation_color", call->separation_color);
     return read_well;
 }
 
-uint32_t open_group(ORVLOG_DrawingContext* drawing, ORVLOG_GroupStartCall* call)
+uint32_t open_group(ORVLOG_DrawingContext* drawing, GroupStartCall* call)
 {
     ORVLOG_Session* session = drawing->session;
     ORVLOG_GroupFrame* frame = orvlog_push_group_frame(drawing);
@@ -89,11 +127,11 @@ uint32_t open_group(ORVLOG_DrawingContext* drawing, ORVLOG_GroupStartCall* call)
     if (frame != nullptr)
         orvlog_set_group_transform(frame, call->retransform);
     orvlog_push_colour_frame(session, call->colour_ticket);
-    dump_attributes(drawing, frame, call);
-    return dump_members(session, call);
+    dump_start_attributes(drawing, frame, call);
+    return dump_start_members(session, call);
 }
 
-uint32_t forward_group_start(ORVLOG_DrawingContext* drawing, const ORVLOG_GroupStartCall* call)
+uint32_t forward_start(ORVLOG_DrawingContext* drawing, const GroupStartCall* call)
 {
     const ORV_DrawingInterface* renderer = &drawing->renderer_table;
     if (renderer->group_start.fn == nullptr)
@@ -110,44 +148,30 @@ uint32_t forward_group_start(ORVLOG_DrawingContext* drawing, const ORVLOG_GroupS
         call->separation_mask, call->separation_color, call->bounding_box_hint);
 }
 
-void dump_ending(const ORVLOG_DrawingContext* drawing, const char* name)
+// What the renderer answers decides whether the group ends, so this call is written behind its forward.
+uint32_t forward_finish(const ORVLOG_DrawingContext* drawing, const GroupFinishCall* call)
+{
+    const ORV_DrawingInterface* renderer = &drawing->renderer_table;
+    if (renderer->group_finish.fn != nullptr)
+        return renderer->group_finish.fn(renderer, call->replay);
+    *call->replay = 0;
+    return 1;
+}
+
+void end_group(ORVLOG_DrawingContext* drawing)
+{
+    if (!orvlog_end_frameless_group(drawing))
+        orvlog_pop_group(drawing);
+    orvlog_pop_colour_frame(drawing->session);
+}
+
+void dump_finish(const ORVLOG_DrawingContext* drawing, const GroupFinishCall* call)
 {
     ORVLOG_Writer* writer = &drawing->session->writer;
-    orvlog_writer_begin_element(writer, name);
+    orvlog_writer_begin_element(writer, kFinish);
     orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, name);
-}
-
-// Ends the drawing of the second receiver by one of the two calls that do so; its low bit counts. A second receiver
-// sees only faces, and each of them ends once.
-template <typename Entry> uint32_t end_second(ORVLOG_DrawingContext* drawing, Entry ORV_DrawingInterface::*entry)
-{
-    ORVLOG_Session* session = drawing->session;
-    if (session->second_drawing != drawing)
-        return 1;
-    const ORV_DrawingInterface* second = &session->second_drawing_table;
-    uint32_t result = 1;
-    if (session->second_interface != nullptr && (second->*entry).fn != nullptr)
-        result = (second->*entry).fn(second) & 1;
-    session->second_drawing = nullptr;
-    return result;
-}
-
-void release_drawing(ORVLOG_DrawingContext* drawing)
-{
-    ORVLOG_Session* session = drawing->session;
-    while (drawing->group_frames != nullptr)
-        orvlog_pop_group(drawing);
-    while (orvlog_end_frameless_group(drawing))
-    {
-    }
-    if (drawing->font_wrapper != nullptr)
-    {
-        font_wrapper_end_scope(session, drawing->font_wrapper, drawing->saved_font_wrapper);
-        session->current_font_wrapper = drawing->saved_font_wrapper;
-    }
-    orvlog_close_drawing(drawing);
+    orvlog_attr_bool(writer, "replay_group", *call->replay);
+    orvlog_writer_end_empty(writer, kFinish);
 }
 
 }  // namespace
@@ -179,39 +203,37 @@ uint32_t orvlog_group_start(const ORV_DrawingInterface* table, uint32_t group_un
     ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::group_start);
     if (drawing == nullptr)
         return 0;
-    ORVLOG_GroupStartCall call = {group_unique_id,
-                                  group_out,
-                                  nullptr,
-                                  font_engine_functions,
-                                  hints,
-                                  group_type,
-                                  is_knockout,
-                                  is_replayable,
-                                  colour_ticket,
-                                  pixel_placement_orientation,
-                                  has_pixel_placement,
-                                  pixel_placement,
-                                  retransform,
-                                  op,
-                                  {operand2, 0, 0, 0},
-                                  group_clip,
-                                  tiling_flags,
-                                  x_repetition_interval,
-                                  y_repetition_interval,
-                                  separation_mask,
-                                  separation_color,
-                                  bounding_box_hint};
+    GroupStartCall call = {
+        .group_unique_id = group_unique_id,
+        .group_out = group_out,
+        .font_engine = nullptr,
+        .forwarded_font_engine = font_engine_functions,
+        .hints = hints,
+        .group_type = group_type,
+        .is_knockout = is_knockout,
+        .is_replayable = is_replayable,
+        .colour_ticket = colour_ticket,
+        .pixel_placement_orientation = pixel_placement_orientation,
+        .has_pixel_placement = has_pixel_placement,
+        .pixel_placement = pixel_placement,
+        .retransform = retransform,
+        .op = op,
+        .operand2 = {.operand = operand2},
+        .group_clip = group_clip,
+        .tiling_flags = tiling_flags,
+        .x_repetition_interval = x_repetition_interval,
+        .y_repetition_interval = y_repetition_interval,
+        .separation_mask = separation_mask,
+        .separation_color = separation_color,
+        .bounding_box_hint = bounding_box_hint,
+    };
     orvlog_count_mask_operand(&call.operand2, op);
     uint32_t read_well = 1;
     if (orvlog_drawing_is_logged(drawing))
         read_well = open_group(drawing, &call);
-    const uint32_t result = forward_group_start(drawing, &call);
-    if (orvlog_drawing_is_logged(drawing))
-    {
-        orvlog_writer_depth_down(&drawing->session->writer);
-        orvlog_writer_close_element(&drawing->session->writer, "ORV_group_start");
-    }
-    return orvlog_result_after_dump(drawing, read_well, result, ORVLOG_LINE_GROUP_START);
+    const uint32_t result = forward_start(drawing, &call);
+    orvlog_close_call(drawing, kStart);
+    return orvlog_result_after_dump(drawing, read_well, result, kLine);
 }
 
 uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay_out)
@@ -219,68 +241,14 @@ uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay
     ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::group_finish);
     if (drawing == nullptr)
         return 0;
-    ORVLOG_Session* session = drawing->session;
-    orvlog_session_clear_scratch(session);
     uint32_t no_replay = 0;
-    uint32_t* replay = replay_out != nullptr ? replay_out : &no_replay;
-    const ORV_DrawingInterface* renderer = &drawing->renderer_table;
-    uint32_t result = 1;
-    if (renderer->group_finish.fn != nullptr)
-        result = renderer->group_finish.fn(renderer, replay);
-    else
-        *replay = 0;
+    const GroupFinishCall call = {.replay = replay_out != nullptr ? replay_out : &no_replay};
+    orvlog_session_clear_scratch(drawing->session);
+    const uint32_t result = forward_finish(drawing, &call);
     if (!orvlog_drawing_is_logged(drawing))
         return result;
-    if (*replay == 0)
-    {
-        if (!orvlog_end_frameless_group(drawing))
-            orvlog_pop_group(drawing);
-        orvlog_pop_colour_frame(session);
-    }
-    ORVLOG_Writer* writer = &session->writer;
-    orvlog_writer_begin_element(writer, "ORV_group_finish");
-    orvlog_attr_uint(writer, "drawing_context", drawing->drawing_context);
-    orvlog_attr_bool(writer, "replay_group", *replay);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "ORV_group_finish");
-    return result;
-}
-
-void* orvlog_drawing_error_context(const ORV_DrawingInterface* table)
-{
-    const ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_error_context);
-    return drawing != nullptr ? drawing->error_context : nullptr;
-}
-
-// Finish joins the results of both receivers; discard lets the renderer's replace the other's. Clients rely on
-// either.
-
-uint32_t orvlog_drawing_finish(const ORV_DrawingInterface* table)
-{
-    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_finish);
-    if (drawing == nullptr)
-        return 0;
-    orvlog_pop_colour_frame(drawing->session);
-    dump_ending(drawing, "ORV_drawing_finish");
-    uint32_t result = end_second(drawing, &ORV_DrawingInterface::drawing_finish);
-    const ORV_DrawingInterface* renderer = &drawing->renderer_table;
-    if (renderer->drawing_finish.fn != nullptr)
-        result &= renderer->drawing_finish.fn(renderer);
-    release_drawing(drawing);
-    return result;
-}
-
-uint32_t orvlog_drawing_discard(const ORV_DrawingInterface* table)
-{
-    ORVLOG_DrawingContext* drawing = orvlog_drawing_of(table, &ORV_DrawingInterface::drawing_discard);
-    if (drawing == nullptr)
-        return 0;
-    orvlog_pop_colour_frame(drawing->session);
-    dump_ending(drawing, "ORV_drawing_discard");
-    uint32_t result = end_second(drawing, &ORV_DrawingInterface::drawing_discard);
-    const ORV_DrawingInterface* renderer = &drawing->renderer_table;
-    if (renderer->drawing_discard.fn != nullptr)
-        result = renderer->drawing_discard.fn(renderer);
-    release_drawing(drawing);
+    if (*call.replay == 0)
+        end_group(drawing);
+    dump_finish(drawing, &call);
     return result;
 }

@@ -2,8 +2,9 @@
 
 #include "holv-core/ger/ger-error.h"
 #include "orvlog/font/orvlog-font-wrapper.h"
-#include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/session/orvlog-creators.h"
+#include "orvlog/session/orvlog-frames.h"
 
 namespace
 {
@@ -11,40 +12,55 @@ namespace
 constexpr int32_t kSeverity = 1;
 constexpr int32_t kModule = 6;
 constexpr int32_t kCodeBase = 33300000;
-constexpr uint16_t kImageProcessingWithoutOperand2 = 3;
-
-bool operator_uses_operand2(const GOP_Operator* op)
-{
-    return op->op_MaskMode != GOP_MASK_NONE || op->op_OperatorType == GOP_ROP_ROP3 ||
-           op->op_OperatorType == GOP_ROP_ROP4 ||
-           (op->op_OperatorType == GOP_ROP_IMAGE_PROCESSING && op->op_Operator != kImageProcessingWithoutOperand2);
-}
 
 }  // namespace
 
-void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing)
+void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session)
 {
-    table->object_paint = {orvlog_object_paint, drawing};
-    table->object_paint_and_stroke = {orvlog_object_paint_and_stroke, drawing};
-    table->group_start = {orvlog_group_start, drawing};
-    table->group_finish = {orvlog_group_finish, drawing};
-    table->resource_paint = {orvlog_resource_paint, drawing};
-    table->drawing_error_context = {orvlog_drawing_error_context, drawing};
-    table->drawing_finish = {orvlog_drawing_finish, drawing};
-    table->drawing_discard = {orvlog_drawing_discard, drawing};
+#define ORV_DOCUMENT_CALL(name) table->name = {.fn = orvlog_##name, .context = session};
+#define ORV_DRAWING_CALL(name)
+#include "orvlog/names/calls.inc"
 }
 
-const ORV_Interface* orvlog_renderer_of(const ORV_Interface* table)
+void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing)
 {
-    return table->base.renderer;
+#define ORV_DOCUMENT_CALL(name)
+#define ORV_DRAWING_CALL(name) table->name = {.fn = orvlog_##name, .context = drawing};
+#include "orvlog/names/calls.inc"
+}
+
+void orvlog_attr_document(ORVLOG_Session* session, const void* document)
+{
+    const ORVLOG_DocumentContext* open = orvlog_find_document(session, document);
+    if (open != nullptr)
+        orvlog_attr_uint(&session->writer, "document_context", open->document_context);
+}
+
+void orvlog_attr_parent(ORVLOG_Session* session, const ORV_DrawingInterface* parent)
+{
+    const ORVLOG_DrawingContext* open = orvlog_find_drawing(session, parent);
+    if (open != nullptr)
+        orvlog_attr_uint(&session->writer, "parent_drawing", open->drawing_context);
 }
 
 ORVLOG_EngineArgument orvlog_wrap_engine(ORVLOG_Session* session, const GFI_FontEngineTable* engine)
 {
     const GFI_FontEngineTable* wrapped = nullptr;
     if (engine != nullptr && font_wrapper_create(session, &wrapped, engine) != 0)
-        return {wrapped, wrapped};
-    return {nullptr, engine};
+        return {.logged = wrapped, .forwarded = wrapped};
+    return {.logged = nullptr, .forwarded = engine};
+}
+
+ORVLOG_EngineArgument orvlog_install_engine(ORVLOG_DrawingContext* drawing, const GFI_FontEngineTable* engine)
+{
+    ORVLOG_Session* session = drawing->session;
+    const ORVLOG_EngineArgument argument = orvlog_wrap_engine(session, engine);
+    if (argument.logged != nullptr)
+    {
+        drawing->font_wrapper = argument.logged;
+        session->current_font_wrapper = argument.logged;
+    }
+    return argument;
 }
 
 void orvlog_attr_font_engine(ORVLOG_Writer* writer, const GFI_FontEngineTable* wrapped)
@@ -58,39 +74,19 @@ void orvlog_attr_font_engine(ORVLOG_Writer* writer, const GFI_FontEngineTable* w
     orvlog_attr_uint(writer, "GfpId", font_wrapper_id(wrapped));
 }
 
-void orvlog_count_operands(ORVLOG_CallOperand* operands, const GOP_Operator* op)
+void orvlog_begin_object(ORVLOG_DrawingContext* drawing, uint32_t object_type, const GSH_ShapePointer* paint_path)
 {
-    operands[0].counts = operands[0].operand != nullptr ? 1 : 0;
-    operands[1].counts = operands[1].operand != nullptr && op != nullptr && operator_uses_operand2(op) ? 1 : 0;
-    operands[2].counts = operands[2].operand != nullptr && op != nullptr && op->op_OperatorType == GOP_ROP_ROP4 ? 1 : 0;
+    ORVLOG_Session* session = drawing->session;
+    orvlog_session_clear_scratch(session);
+    session->object_type = object_type;
+    orvlog_set_object_transforms(drawing, paint_path);
 }
 
-void orvlog_count_mask_operand(ORVLOG_CallOperand* operand, const GOP_Operator* op)
+void orvlog_close_call(const ORVLOG_DrawingContext* drawing, const char* element)
 {
-    operand->counts = operand->operand != nullptr && op != nullptr && op->op_MaskMode != GOP_MASK_NONE ? 1 : 0;
-}
-
-void orvlog_replace_operands(ORVLOG_Session* session, ORVLOG_CallOperand* operands, uint32_t count)
-{
-    for (uint32_t i = 0; i < count; ++i)
-    {
-        ORVLOG_CallOperand* operand = &operands[i];
-        if (operand->counts == 0)
-            continue;
-        const GOP_OperandPointer* before = operand->operand;
-        ORVLOG_ReplaceImageOperand(session, &operand->operand, &operand->kept);
-        operand->replaced = operand->operand != before ? 1 : 0;
-    }
-}
-
-void orvlog_release_operands(const ORVLOG_CallOperand* operands, uint32_t count)
-{
-    for (uint32_t i = 0; i < count; ++i)
-    {
-        const ORVLOG_CallOperand* operand = &operands[i];
-        if (operand->replaced != 0)
-            ORVLOG_EndImageCall(reinterpret_cast<GOP_OperandImagePointer*>(operand->operand), operand->kept);
-    }
+    if (!orvlog_drawing_is_logged(drawing))
+        return;
+    orvlog_writer_leave_element(&drawing->session->writer, element);
 }
 
 uint32_t orvlog_result_after_dump(const ORVLOG_DrawingContext* drawing, uint32_t read_well, uint32_t result,

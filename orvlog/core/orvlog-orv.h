@@ -1,15 +1,23 @@
 // The wrappers behind the tables that a client gets, and what they share.
 //
-// Every wrapper does its bookkeeping, writes the element of the call, forwards, and gives back the renderer's
+// Each wrapper stands in a file of its own, orvlog-orv-NAME, or beside the call that ends what it begins. It holds its
+// arguments in a record, does its bookkeeping, writes the element of the call, forwards, and gives back the renderer's
 // result. A call for which there is no renderer gives 1.
 
 #pragma once
 
-#include "orvlog/core/orvlog-calls.h"
-#include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 
 #include <cstdint>
+#include <type_traits>
+
+// orvlog_NAME for each call, of the type of its entry.
+#define ORV_DOCUMENT_CALL(name) std::remove_pointer_t<ORV_##name##_fn> orvlog_##name;
+#define ORV_DRAWING_CALL(name) std::remove_pointer_t<ORV_##name##_fn> orvlog_##name;
+#include "orvlog/names/calls.inc"
+
+// Fills all entries of a drawing table. (That of a document table is told in orvlog-creators.h.)
+void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing);
 
 // What stands in the context word of the entry on which a call is made; null without a table, and then the call
 // gives 0.
@@ -23,12 +31,9 @@ ORVLOG_DrawingContext* orvlog_drawing_of(const ORV_DrawingInterface* table, Entr
     return table != nullptr ? static_cast<ORVLOG_DrawingContext*>((table->*entry).context) : nullptr;
 }
 
-// Fills entries 1 to 6 of a document table, and all entries of a drawing table.
-void orvlog_fill_interface(ORV_Interface* table, ORVLOG_Session* session);
-void orvlog_fill_drawing_interface(ORV_DrawingInterface* table, ORVLOG_DrawingContext* drawing);
-
-// The renderer's own table, or null.
-const ORV_Interface* orvlog_renderer_of(const ORV_Interface* table);
+// The attributes document_context and parent_drawing of what the client names, if that is open.
+void orvlog_attr_document(ORVLOG_Session* session, const void* document);
+void orvlog_attr_parent(ORVLOG_Session* session, const ORV_DrawingInterface* parent);
 
 // Wraps an engine argument. `logged` takes the wrapped table, or null where none was given or none could be had;
 // `forwarded` is what the renderer gets: the wrapped table, or else the client's own.
@@ -38,64 +43,22 @@ struct ORVLOG_EngineArgument
     const GFI_FontEngineTable* forwarded;
 };
 ORVLOG_EngineArgument orvlog_wrap_engine(ORVLOG_Session* session, const GFI_FontEngineTable* engine);
+// The same for a drawing that begins, whose engine it becomes and puts in force.
+ORVLOG_EngineArgument orvlog_install_engine(ORVLOG_DrawingContext* drawing, const GFI_FontEngineTable* engine);
 
 // The attributes font_engine_functions, fp_EngineIdGet and GfpId of a scope that wrapped its engine.
 void orvlog_attr_font_engine(ORVLOG_Writer* writer, const GFI_FontEngineTable* wrapped);
 
-// Decides which of the three operands count for an operator that may be null.
-void orvlog_count_operands(ORVLOG_CallOperand* operands, const GOP_Operator* op);
-// Operand 2 of a group or a resource counts when the operator has a mask mode.
-void orvlog_count_mask_operand(ORVLOG_CallOperand* operand, const GOP_Operator* op);
-// Exchanges the images among the operands that count.
-void orvlog_replace_operands(ORVLOG_Session* session, ORVLOG_CallOperand* operands, uint32_t count);
-// Frees what was exchanged and has not been kept.
-void orvlog_release_operands(const ORVLOG_CallOperand* operands, uint32_t count);
+// What every object paint does first, logged or not.
+void orvlog_begin_object(ORVLOG_DrawingContext* drawing, uint32_t object_type, const GSH_ShapePointer* paint_path);
 
-// The source lines by which a failed image read is reported.
-enum : int32_t
-{
-    ORVLOG_LINE_GROUP_START = 2523,
-    ORVLOG_LINE_RESOURCE_PAINT = 3480,
-    ORVLOG_LINE_OBJECT_PAINT = 3786,
-    ORVLOG_LINE_OBJECT_PAINT_AND_STROKE = 4346
-};
+// Behind the forward of a drawing call whose element has stayed open across it; nothing for a drawing not logged.
+void orvlog_close_call(const ORVLOG_DrawingContext* drawing, const char* element);
 
-// What the client gets: in base mode a failed read of an image is reported and makes 0 of any result.
+// What the client gets: in base mode a failed read of an image is reported under the number of a source line, and makes
+// 0 of any result.
 uint32_t orvlog_result_after_dump(const ORVLOG_DrawingContext* drawing, uint32_t read_well, uint32_t result,
                                   int32_t line);
 
 // Pops the top group frame with all that it owns.
 void orvlog_pop_group(ORVLOG_DrawingContext* drawing);
-
-uint32_t orvlog_object_paint(const ORV_DrawingInterface* table, uint8_t object_type_and_flag, uint32_t object_hints,
-                             const GOP_Operator* op, const GSH_ShapePointer* paint_path, uint32_t path_pixel_placement,
-                             const GSH_ShapeList* clip, GOP_OperandPointer* operand1, GOP_OperandPointer* operand2,
-                             GOP_OperandPointer* operand3);
-uint32_t orvlog_object_paint_and_stroke(const ORV_DrawingInterface* table, uint8_t fill_object_type,
-                                        uint8_t stroke_object_type, uint32_t object_hints, const GOP_Operator* fill_op,
-                                        const GOP_Operator* stroke_op, const GSH_ShapePointer* paint_path,
-                                        const GPA_PathStrokingParams* stroking_params,
-                                        const GGO_Matrix* stroking_transform, uint32_t path_pixel_placement,
-                                        const GSH_ShapeList* clip, uint32_t paint_flags, GGO_Point* end_point_out,
-                                        GOP_OperandPointer* fill_operand1, GOP_OperandPointer* fill_operand2,
-                                        GOP_OperandPointer* fill_operand3, GOP_OperandPointer* stroke_operand1,
-                                        GOP_OperandPointer* stroke_operand2, GOP_OperandPointer* stroke_operand3);
-uint32_t orvlog_group_start(const ORV_DrawingInterface* table, uint32_t group_unique_id, uint32_t* group_out,
-                            const GFI_FontEngineTable* font_engine_functions, uint32_t hints, uint32_t group_type,
-                            uint32_t is_knockout, uint32_t is_replayable, void* colour_ticket,
-                            uint32_t pixel_placement_orientation, uint32_t has_pixel_placement,
-                            uint32_t pixel_placement, const GGO_Matrix* retransform, const GOP_Operator* op,
-                            GOP_OperandPointer* operand2, const GSH_ShapeList* group_clip, uint32_t tiling_flags,
-                            double x_repetition_interval, double y_repetition_interval,
-                            const GBC_Color* separation_mask, const GBC_Color* separation_color,
-                            const GGO_BoxFloat* bounding_box_hint);
-uint32_t orvlog_group_finish(const ORV_DrawingInterface* table, uint32_t* replay_out);
-uint32_t orvlog_resource_paint(const ORV_DrawingInterface* table, uint32_t resource_id, uint32_t hints,
-                               uint32_t group_type, const GGO_Matrix* retransform, const GOP_Operator* op,
-                               GOP_OperandPointer* operand2, const GSH_ShapeList* group_clip, uint32_t tiling_flags,
-                               double x_repetition_interval, double y_repetition_interval,
-                               const GBC_Color* separation_mask, const GBC_Color* separation_color,
-                               uint32_t pixel_placement_orientation);
-void* orvlog_drawing_error_context(const ORV_DrawingInterface* table);
-uint32_t orvlog_drawing_finish(const ORV_DrawingInterface* table);
-uint32_t orvlog_drawing_discard(const ORV_DrawingInterface* table);

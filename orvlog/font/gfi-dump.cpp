@@ -1,6 +1,8 @@
 #include "orvlog/font/gfi-dump.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
 
@@ -9,41 +11,6 @@ namespace
 
 constexpr uint32_t kRow = 50;
 constexpr uint32_t kMaxClusters = 65535;
-
-constexpr const char* kGlyphDescTypeNames[] = {
-    "GFI_GDT_FBE", "GFI_GDT_BITMAP", "GFI_GDT_PATH", "GFI_GDT_TRUETYPE", "GFI_GDT_RLE",
-};
-constexpr ORVLOG_EnumTable kGlyphDescType = orvlog_enum_table(kGlyphDescTypeNames);
-static_assert(kGlyphDescType.max_value == GFI_GDT_RLE);
-
-constexpr const char* kDirectionNames[] = {
-    "GFI_TD_LEFT_TO_RIGHT",
-    "GFI_TD_RIGHT_TO_LEFT",
-    "GFI_TD_TOP_TO_BOTTOM",
-};
-constexpr ORVLOG_EnumTable kDirection = orvlog_enum_table(kDirectionNames);
-static_assert(kDirection.max_value == GFI_TD_TOP_TO_BOTTOM);
-
-constexpr const char* kVolatilityNames[] = {
-    "GFI_FV_GLYPH",
-    "GFI_FV_STRING",
-    "GFI_FV_STATIC",
-};
-constexpr ORVLOG_EnumTable kVolatility = orvlog_enum_table(kVolatilityNames);
-static_assert(kVolatility.max_value == GFI_FV_STATIC);
-
-constexpr const char* kEncodingNames[] = {
-    "GFI_CE_NO_INFO",      "GFI_CE_UNICODE_32BE",      "GFI_CE_UNICODE_32LE",
-    "GFI_CE_UNICODE_16BE", "GFI_CE_UNICODE_16LE",      "GFI_CE_UNICODE_UTF16",
-    "GFI_CE_UNICODE_UTF8", "GFI_CE_ADOBE_SINGLE_BYTE", "GFI_CE_ADOBE_CID",
-};
-constexpr ORVLOG_EnumTable kEncoding = orvlog_enum_table(kEncodingNames);
-static_assert(kEncoding.max_value == GFI_CE_ADOBE_CID);
-
-void warn(ORVLOG_Writer* writer, const char* text)
-{
-    orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, text);
-}
 
 // Payloads stand right behind the last field, where no record of a description could hold them.
 const uint8_t* payload(const GFI_GlyphDesc* desc, uint32_t offset)
@@ -55,12 +22,9 @@ const uint8_t* payload(const GFI_GlyphDesc* desc, uint32_t offset)
 void dump_body(ORVLOG_Writer* writer, const char* element, const GFI_GlyphDesc* desc, const uint8_t* bytes,
                uint32_t length, uint32_t row)
 {
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, element);
     dump_GFI_GlyphDesc(writer, desc);
     orvlog_elem_bytes(writer, bytes, length, row);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
 }
 
 void dump_fbe(ORVLOG_Writer* writer, const GFI_GlyphDescFBE* desc)
@@ -114,10 +78,9 @@ void dump_font_spec(ORVLOG_Writer* writer, const GFI_FontSpec* spec)
 {
     orvlog_writer_begin_element(writer, "GFI_FontSpec");
     orvlog_attr_float(writer, "ufs_FontSize", spec->ufs_FontSize);
-    orvlog_attr_enum(writer, "ufs_Direction", &kDirection, spec->ufs_Direction);
-    orvlog_attr_enum(writer, "ufs_FontVolatility", &kVolatility, spec->ufs_FontVolatility);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GFI_FontSpec");
+    orvlog_attr_enum(writer, "ufs_Direction", &ORVLOG_TEXT_DIRECTION, spec->ufs_Direction);
+    orvlog_attr_enum(writer, "ufs_FontVolatility", &ORVLOG_FONT_VOLATILITY, spec->ufs_FontVolatility);
+    orvlog_writer_end_empty(writer, "GFI_FontSpec");
 }
 
 void dump_string_attributes(ORVLOG_Writer* writer, const GFI_StringDescPointer* pointer)
@@ -129,7 +92,7 @@ void dump_string_attributes(ORVLOG_Writer* writer, const GFI_StringDescPointer* 
     if (desc->gsd_TextLen == 0)
         return;
     if (pointer->gsp_TextPtr == nullptr)
-        warn(writer, "GFI_StringDescPointer without its text.");
+        orvlog_writer_warn(writer, "GFI_StringDescPointer without its text.");
     orvlog_attr_uint8_array(writer, "gsp_TextPtr", pointer->gsp_TextPtr, desc->gsd_TextLen);
 }
 
@@ -139,10 +102,10 @@ void dump_clusters(ORVLOG_Writer* writer, const GFI_StringDescPointer* pointer)
     if (count == 0)
         return;
     if (pointer->gsp_GlyphMapping == nullptr)
-        return warn(writer, "GFI_StringDescPointer without its glyph mapping.");
+        return orvlog_writer_warn(writer, "GFI_StringDescPointer without its glyph mapping.");
     if (count > kMaxClusters)
     {
-        warn(writer, "GFI_StringDescPointer with more than 65535 clusters.");
+        orvlog_writer_warn(writer, "GFI_StringDescPointer with more than 65535 clusters.");
         count = kMaxClusters;
     }
     for (uint32_t i = 0; i < count; ++i)
@@ -153,12 +116,12 @@ void dump_clusters(ORVLOG_Writer* writer, const GFI_StringDescPointer* pointer)
 
 void gfi_attr_glyph_desc_type(ORVLOG_Writer* writer, const char* name, uint32_t type)
 {
-    orvlog_attr_enum(writer, name, &kGlyphDescType, type);
+    orvlog_attr_enum(writer, name, &ORVLOG_GLYPH_TYPE, type);
 }
 
 void gfi_attr_character_encoding(ORVLOG_Writer* writer, const char* name, uint32_t encoding)
 {
-    orvlog_attr_enum(writer, name, &kEncoding, encoding);
+    orvlog_attr_enum(writer, name, &ORVLOG_CHARACTER_ENCODING, encoding);
 }
 
 void dump_GFI_GlyphDesc(ORVLOG_Writer* writer, const GFI_GlyphDesc* desc)
@@ -197,31 +160,22 @@ void dump_GFI_GlyphDescPointer(ORVLOG_Writer* writer, const GFI_GlyphDescPointer
     if (pointer == nullptr)
         return;
     const GFI_GlyphDesc* desc = pointer->gdp_GlyphDesc;
-    orvlog_writer_open_element(writer, "GFI_GlyphDescPointer");
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_member(writer, "GFI_GlyphDescPointer", "gdp_GlyphDesc");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "GFI_GlyphDescPointer");
+    const ORVLOG_Member member(writer, "GFI_GlyphDescPointer", "gdp_GlyphDesc");
     dump_glyph_desc(writer, desc);
     if (desc == nullptr)
-        warn(writer, "GFI_GlyphDescPointer without a glyph description.");
+        orvlog_writer_warn(writer, "GFI_GlyphDescPointer without a glyph description.");
     else if (desc->gd_Type == GFI_GDT_PATH)
         dump_GPA_PathPointer(writer, pointer->gdp_Path);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GFI_GlyphDescPointer", "gdp_GlyphDesc");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GFI_GlyphDescPointer");
 }
 
 void dump_GFI_FontSpecPointer(ORVLOG_Writer* writer, const GFI_FontSpecPointer* pointer)
 {
     if (pointer == nullptr)
         return;
-    orvlog_writer_open_element(writer, "GFI_FontSpecPointer");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "GFI_FontSpecPointer");
     if (pointer->fsp_FontSpec != nullptr)
         dump_font_spec(writer, pointer->fsp_FontSpec);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GFI_FontSpecPointer");
 }
 
 void dump_GFI_StringDescPointer(ORVLOG_Writer* writer, const GFI_StringDescPointer* pointer)
@@ -232,7 +186,7 @@ void dump_GFI_StringDescPointer(ORVLOG_Writer* writer, const GFI_StringDescPoint
     if (pointer->gsp_StringDesc != nullptr)
         dump_string_attributes(writer, pointer);
     else
-        warn(writer, "GFI_StringDescPointer without a string description.");
+        orvlog_writer_warn(writer, "GFI_StringDescPointer without a string description.");
     orvlog_writer_end_tag(writer);
     if (pointer->gsp_StringDesc != nullptr)
         dump_clusters(writer, pointer);
@@ -248,7 +202,7 @@ void dump_GFI_GlyphClusterSpec(ORVLOG_Writer* writer, const GFI_GlyphClusterSpec
     orvlog_attr_uint(writer, "gcs_nGlyphIndices", cluster->gcs_nGlyphIndices);
     orvlog_writer_end_tag(writer);
     if (cluster->gcs_GlyphSpec == nullptr && cluster->gcs_nGlyphIndices != 0)
-        warn(writer, "GFI_GlyphClusterSpec without its glyphs.");
+        orvlog_writer_warn(writer, "GFI_GlyphClusterSpec without its glyphs.");
     for (uint32_t i = 0; cluster->gcs_GlyphSpec != nullptr && i < cluster->gcs_nGlyphIndices; ++i)
         dump_GFI_GlyphSpec(writer, cluster->gcs_GlyphSpec + i);
     orvlog_writer_close_element(writer, "GFI_GlyphClusterSpec");
@@ -264,8 +218,7 @@ void dump_GFI_GlyphSpec(ORVLOG_Writer* writer, const GFI_GlyphSpec* glyph)
     orvlog_attr_float(writer, "ggs_OffsetX", glyph->ggs_OffsetX);
     orvlog_attr_float(writer, "ggs_OffsetY", glyph->ggs_OffsetY);
     orvlog_attr_float(writer, "ggs_AdvanceOverride", glyph->ggs_AdvanceOverride);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GFI_GlyphSpec");
+    orvlog_writer_end_empty(writer, "GFI_GlyphSpec");
 }
 
 void dump_GFI_FontSubstInfo(ORVLOG_Writer* writer, const GFI_FontSubstInfo* info)
@@ -295,6 +248,5 @@ void dump_GFI_FontSubstInfo(ORVLOG_Writer* writer, const GFI_FontSubstInfo* info
         orvlog_attr_float(writer, "fsi_Ascent", info->fsi_Ascent);
         orvlog_attr_float(writer, "fsi_Descent", info->fsi_Descent);
     }
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GFI_FontSubstInfo");
+    orvlog_writer_end_empty(writer, "GFI_FontSubstInfo");
 }

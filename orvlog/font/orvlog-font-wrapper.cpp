@@ -1,7 +1,9 @@
 #include "orvlog/font/orvlog-font-wrapper.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/session/orvlog-font-ids.h"
 #include "orvlog/session/orvlog-frames.h"
@@ -40,9 +42,8 @@ void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font
     }
     orvlog_writer_self_close(writer);
     if (pair == nullptr)
-        orvlog_writer_defer_warning(
-            writer, ORVLOG_WARNING_FORMAT,
-            "Could not match font_spec_ptr and string_desc in GFI_StringStartFn to a valid GSH_ShapePointer.");
+        orvlog_writer_warn(
+            writer, "Could not match font_spec_ptr and string_desc in GFI_StringStartFn to a valid GSH_ShapePointer.");
 }
 
 // A glyph as the engine gave it. `changed` says whether a new transform came with it.
@@ -55,11 +56,8 @@ void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* chan
         ggo_attr_matrix(writer, "glyphdesc_to_face_pixel", to_face_pixel);
         ggo_attr_transform_flags(writer, "glyphdesc_transform_flags", value_of(flags));
     }
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, element);
     dump_GFI_GlyphDescPointer(writer, glyph != nullptr ? *glyph : nullptr);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
 }
 
 // The wrapped functions: the engine first, then the element, then the engine's result. An engine without the
@@ -212,10 +210,10 @@ uint32_t font_wrapper_create(ORVLOG_Session* session, const GFI_FontEngineTable*
 {
     GMM_Allocator* allocator = session->side_allocator;
     *table_slot = nullptr;
-    auto* table = static_cast<GFI_FontEngineTable*>(allocator->gmm_Alloc(allocator, sizeof(GFI_FontEngineTable), 0));
+    auto* table = gmm_alloc_record<GFI_FontEngineTable>(allocator);
     if (table == nullptr)
         return 0;
-    auto* wrapper = static_cast<FontEngineWrapper*>(allocator->gmm_Alloc(allocator, sizeof(FontEngineWrapper), 0));
+    auto* wrapper = gmm_alloc_record<FontEngineWrapper>(allocator);
     if (wrapper == nullptr)
     {
         allocator->gmm_Free(allocator, table);

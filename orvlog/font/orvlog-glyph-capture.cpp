@@ -5,19 +5,6 @@
 namespace
 {
 
-void warn(ORVLOG_Session* session, const char* text)
-{
-    orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT, text);
-}
-
-void warn_once(ORVLOG_Session* session, uint32_t* warned, const char* text)
-{
-    if (*warned != 0)
-        return;
-    *warned = 1;
-    warn(session, text);
-}
-
 // What the engine gives besides the glyph is logged by its wrapper, and of no use here.
 struct GlyphAnswer
 {
@@ -37,7 +24,7 @@ bool pull_fixed(ORVLOG_Session* session, uint32_t type, uint32_t* glyph_returned
         engine->GFI_GlyphGetFixedFormatFn(engine->fe_Context, type, glyph_returned, &answer.transform_changed,
                                           &answer.to_face_pixel, &answer.transform_flags, &answer.glyph);
     if (result == 0)
-        warn_once(session, warned, text);
+        orvlog_writer_warn_once(&session->writer, warned, text);
     return result != 0 && *glyph_returned != 0;
 }
 
@@ -62,8 +49,8 @@ void pull_glyph(ORVLOG_Session* session)
     GlyphAnswer answer = {};
     if (engine->GFI_GlyphGetFn(engine->fe_Context, session->glyph_get_format, &answer.transform_changed,
                                &answer.to_face_pixel, &answer.transform_flags, &answer.glyph) == 0)
-        warn_once(session, &session->glyph_warned_glyph_get,
-                  "GFI_GlyphGetFn returned failure. This msg logged once only.");
+        orvlog_writer_warn_once(&session->writer, &session->glyph_warned_glyph_get,
+                                "GFI_GlyphGetFn returned failure. This msg logged once only.");
 }
 
 uint64_t glyph_limit(const GFI_StringDescPointer* string)
@@ -88,8 +75,8 @@ bool pull_string(ORVLOG_Session* session, uint64_t limit, const GGO_Matrix* to_f
         if (engine->GFI_GlyphIndexGetFn(engine->fe_Context, &glyph_returned, &glyph_index, &sub_pixel_variant, &advance,
                                         &box) == 0)
         {
-            warn_once(session, &session->glyph_warned_index_get,
-                      "GFI_GlyphIndexGetFn call returned failure. This msg logged once only.");
+            orvlog_writer_warn_once(&session->writer, &session->glyph_warned_index_get,
+                                    "GFI_GlyphIndexGetFn call returned failure. This msg logged once only.");
             return false;
         }
         if (glyph_returned == 0)
@@ -99,7 +86,7 @@ bool pull_string(ORVLOG_Session* session, uint64_t limit, const GGO_Matrix* to_f
         pen->gpf_Y += step.gvf_Y;
         pull_glyph(session);
     }
-    warn(session, "String of glyphs does not end.");
+    orvlog_writer_warn(&session->writer, "String of glyphs does not end.");
     return false;
 }
 
@@ -117,7 +104,7 @@ void capture_shape_glyphs(ORVLOG_Session* session, const GSH_ShapePointer* point
         return;
     const GFI_FontEngineTable* engine = session->current_font_wrapper;
     if (engine == nullptr)
-        return warn(session, "Text without a font engine. Its glyphs will not be logged.");
+        return orvlog_writer_warn(&session->writer, "Text without a font engine. Its glyphs will not be logged.");
     const GGO_Matrix transform = session->object_transform;
     GGO_Point pen = ggo_transform_point(&transform, {0, 0});
     int32_t unique_font_id = 0;

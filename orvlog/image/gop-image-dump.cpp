@@ -3,7 +3,9 @@
 #include "orvlog/colour/gcm-csd-dump.h"
 #include "orvlog/image/gop-image-geometry.h"
 #include "orvlog/image/orvlog-side-file.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gop-operand-dump.h"
 
@@ -11,47 +13,6 @@ namespace
 {
 
 constexpr uint32_t kRow = 50;
-
-constexpr const char* kQualityNames[] = {
-    "GOP_QUAL_HIGHEST_QUALITY",  "GOP_QUAL_COMPRESS_OK", "GOP_QUAL_RESAMPLE_OK", "GOP_QUAL_COMPRESS_AND_RESAMPLE_OK",
-    "GOP_QUAL_SAME_AS_PREVIOUS", "GOP_QUAL_AVOID_LOSSY", "GOP_QUAL_DEFAULT",     "GOP_QUAL_LOSSY_OK",
-};
-constexpr ORVLOG_EnumTable kQuality = orvlog_enum_table(kQualityNames);
-static_assert(kQuality.max_value == GOP_QUAL_LOSSY_OK);
-
-constexpr const char* kGrayscaleNames[] = {
-    "GOP_GDS_OFF",
-    "GOP_GDS_ON_UNKNOWN",
-    "GOP_GDS_ON_IS_GRAY",
-    "GOP_GDS_ON_IS_COLOR",
-};
-constexpr ORVLOG_EnumTable kGrayscale = orvlog_enum_table(kGrayscaleNames);
-static_assert(kGrayscale.max_value == GOP_GDS_ON_IS_COLOR);
-
-constexpr const char* kDepthNames[] = {
-    "GNC_BMP_DEPTH_1", "GNC_BMP_DEPTH_2",  "GNC_BMP_DEPTH_4",
-    "GNC_BMP_DEPTH_8", "GNC_BMP_DEPTH_16", "GNC_BMP_DEPTH_32_FL",
-};
-constexpr ORVLOG_EnumTable kDepth = orvlog_enum_table(kDepthNames);
-static_assert(kDepth.max_value == GNC_BMP_DEPTH_32_FL);
-
-constexpr ORVLOG_FlagEntry kFlagEntries[] = {
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_COLOR_DATA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_IS_INDEXED_COLOR),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_ALPHA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_STANDARD_ATTRIBUTES),
-    ORVLOG_FLAG(GOP_OP_FLAGS_IS_PREMULTIPLIED),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_CONSTANT_ALPHA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_TRANSFORM_FROM_UNIT_SQUARE),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HAS_ATTRIBUTE_DATA),
-    ORVLOG_FLAG(GOP_OP_FLAGS_SMOOTH),
-    ORVLOG_FLAG(GOP_OP_FLAGS_HALFTONED),
-    ORVLOG_FLAG(GOP_OP_FLAGS_REPLICATE_ALL_CHANS),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ASYNCH_ACCESS),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ENDIAN_LITTLE),
-    ORVLOG_FLAG(GOP_OP_FLAGS_ENDIAN_BIG),
-};
-constexpr ORVLOG_FlagTable kFlags = orvlog_flag_table(kFlagEntries);
 
 void dump_attributes(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t flags, uint32_t id)
 {
@@ -66,19 +27,13 @@ void dump_attributes(ORVLOG_Writer* writer, const GOP_OperandImagePointer* recor
         orvlog_attr_bool(writer, "imp_ImageKeepFn", record->imp_ImageKeepFn != nullptr);
         orvlog_attr_bool(writer, "imp_ImageReleaseFn", record->imp_ImageReleaseFn != nullptr);
     }
-    orvlog_attr_enum(writer, "imp_GrayscaleDetectStatus", &kGrayscale, record->imp_GrayscaleDetectStatus);
+    orvlog_attr_enum(writer, "imp_GrayscaleDetectStatus", &ORVLOG_GRAYSCALE_STATUS, record->imp_GrayscaleDetectStatus);
 }
 
-// Leaves the tag closed and the depth one deeper.
 void dump_direct_data(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t count)
 {
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_element(writer, "imp_DirectImageData");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "imp_DirectImageData");
     orvlog_elem_bytes(writer, bytes, count, kRow);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "imp_DirectImageData");
 }
 
 void dump_direct_file(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const uint8_t* bytes, uint64_t count)
@@ -93,22 +48,10 @@ void dump_direct_file(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const
     }
     else
     {
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "Could not open new image file");
+        orvlog_writer_warn(writer, "Could not open new image file");
     }
     if (name != nullptr)
         context->allocator->gmm_Free(context->allocator, name);
-}
-
-// Closes the tag, with the bytes of a direct image before or behind that, one level deeper.
-void dump_data_and_end_tag(ORVLOG_Writer* writer, ORVLOG_ImageContext* context, const ORVLOG_ImageSize* size)
-{
-    const uint32_t count = size->rows * size->row_bytes;
-    if (size->direct_image != nullptr && (context == nullptr || context->params->has_file_prefix == 0))
-        return dump_direct_data(writer, size->direct_image, count);
-    if (size->direct_image != nullptr)
-        dump_direct_file(writer, context, size->direct_image, count);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
 }
 
 void dump_children(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record)
@@ -136,20 +79,25 @@ void dump_pointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, 
     if ((flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 && sized)
         orvlog_attr_uint8_array(writer, "imp_IndexColorTable", size.color_table, size.color_table_bytes);
     if (with_data != 0 && size.too_large != 0)
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "Image is too large.");
+        orvlog_writer_warn(writer, "Image is too large.");
     if (with_data == 0 || !sized)
         size.direct_image = nullptr;
-    dump_data_and_end_tag(writer, context, &size);
+    // The bytes of a direct image stand in a file, which an attribute names, or within the element.
+    const bool in_file = size.direct_image != nullptr && context != nullptr && context->params->has_file_prefix != 0;
+    const uint32_t count = size.rows * size.row_bytes;
+    if (in_file)
+        dump_direct_file(writer, context, size.direct_image, count);
+    const ORVLOG_Content content(writer, "GOP_OperandImagePointer");
+    if (size.direct_image != nullptr && !in_file)
+        dump_direct_data(writer, size.direct_image, count);
     dump_children(writer, record);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandImagePointer");
 }
 
 }  // namespace
 
 void orvlog_attr_bit_depth(ORVLOG_Writer* writer, const char* name, uint32_t depth)
 {
-    orvlog_attr_enum(writer, name, &kDepth, depth);
+    orvlog_attr_enum(writer, name, &ORVLOG_BIT_DEPTH, depth);
 }
 
 void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* image)
@@ -160,18 +108,15 @@ void ORVLOG_DumpImageOperand(ORVLOG_Writer* writer, const GOP_OperandImage* imag
     orvlog_attr_uint(writer, "im_ImageEncoding", image->im_ImageEncoding);
     if ((image->im_Flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0)
         orvlog_attr_uint(writer, "im_IndexColorDepth", image->im_IndexColorDepth);
-    orvlog_attr_enum(writer, "im_QualitySetting", &kQuality, image->im_QualitySetting);
+    orvlog_attr_enum(writer, "im_QualitySetting", &ORVLOG_IMAGE_QUALITY, image->im_QualitySetting);
     orvlog_attr_uint(writer, "im_NumNonalphaChans", image->im_NumNonalphaChans);
-    orvlog_attr_flags(writer, "im_Flags", &kFlags, image->im_Flags);
+    orvlog_attr_flags(writer, "im_Flags", &ORVLOG_IMAGE_FLAGS, image->im_Flags);
     orvlog_attr_float(writer, "im_Alpha", image->im_Alpha);
     orvlog_attr_uint(writer, "im_ImageWidthPixels", image->im_ImageWidthPixels);
     orvlog_attr_uint(writer, "im_ImageHeightPixels", image->im_ImageHeightPixels);
     ggo_attr_matrix(writer, "im_Transform", &image->im_Transform);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_OperandImage");
     ORVLOG_DumpOperand(writer, &image->im_Operand);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandImage");
 }
 
 void ORVLOG_DumpImagePointer(ORVLOG_Writer* writer, const GOP_OperandImagePointer* record, uint32_t with_data)

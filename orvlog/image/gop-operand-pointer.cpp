@@ -4,6 +4,7 @@
 #include "orvlog/image/gop-image-dump.h"
 #include "orvlog/image/orvlog-image-read.h"
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/gop-operand-dump.h"
 
@@ -15,18 +16,10 @@ bool has_other_color_space(const GOP_Operand* operand)
     return GOP_COLOR_INFO_SPACE(operand->go_ColorInfo) == GOP_OCS_OTHER;
 }
 
-void enter(ORVLOG_Writer* writer, const char* element, const GOP_OperandPointer* pointer)
+void begin(ORVLOG_Writer* writer, const char* element, const GOP_OperandPointer* pointer)
 {
     orvlog_writer_begin_element(writer, element);
     orvlog_attr_uint(writer, "op_UniqueId", pointer->op_UniqueId);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-}
-
-void leave(ORVLOG_Writer* writer, const char* element)
-{
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
 }
 
 void dump_csd_if(ORVLOG_Writer* writer, bool used, const GOP_OperandPointer* pointer)
@@ -38,46 +31,43 @@ void dump_csd_if(ORVLOG_Writer* writer, bool used, const GOP_OperandPointer* poi
 void dump_stops(ORVLOG_Writer* writer, const char* element, const char* member, const GOP_GradStop* const* stops,
                 uint32_t count)
 {
-    orvlog_writer_open_member(writer, element, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, element, member);
     for (uint32_t i = 0; i < count; ++i)
         dump_GOP_GradStop(writer, stops[i]);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, element, member);
 }
 
 void dump_flat(ORVLOG_Writer* writer, const GOP_OperandPointer* pointer)
 {
-    enter(writer, "GOP_OperandFlatPointer", pointer);
+    begin(writer, "GOP_OperandFlatPointer", pointer);
+    const ORVLOG_Content content(writer, "GOP_OperandFlatPointer");
     dump_GOP_OperandFlat(writer, reinterpret_cast<const GOP_OperandFlat*>(pointer->op_Operand));
     if (pointer->op_Operand != nullptr)
         dump_csd_if(writer, true, pointer);
     else
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "GOP_OperandPointer without an operand.");
-    leave(writer, "GOP_OperandFlatPointer");
+        orvlog_writer_warn(writer, "GOP_OperandPointer without an operand.");
 }
 
 void dump_grad_2pt(ORVLOG_Writer* writer, const GOP_OperandGrad2PtPointer* pointer)
 {
     static constexpr const char* const element = "GOP_OperandGrad2PtPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGrad2Pt*>(pointer->g2p_Pointer.op_Operand);
-    enter(writer, element, &pointer->g2p_Pointer);
+    begin(writer, element, &pointer->g2p_Pointer);
+    const ORVLOG_Content content(writer, element);
     dump_GOP_OperandGrad2Pt(writer, operand);
     dump_csd_if(writer, operand->g2_UseInterpColorSpace != 0, &pointer->g2p_Pointer);
     ORVLOG_DumpNamedColor(writer, element, "g2p_Color1", pointer->g2p_Color1);
     ORVLOG_DumpNamedColor(writer, element, "g2p_Color2", pointer->g2p_Color2);
-    leave(writer, element);
 }
 
 void dump_grad_multistop(ORVLOG_Writer* writer, const GOP_OperandGradMultistopPointer* pointer)
 {
     static constexpr const char* const element = "GOP_OperandGradMultistopPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGradMultistop*>(pointer->gmp_Pointer.op_Operand);
-    enter(writer, element, &pointer->gmp_Pointer);
+    begin(writer, element, &pointer->gmp_Pointer);
+    const ORVLOG_Content content(writer, element);
     dump_GOP_OperandGradMultistop(writer, operand);
     dump_csd_if(writer, operand->gm_UseInterpColorSpace != 0, &pointer->gmp_Pointer);
     dump_stops(writer, element, "gmp_GradStop", pointer->gmp_GradStop, operand->gm_Operand.go_Count);
-    leave(writer, element);
 }
 
 // This kind has no word of its own for the interpolation space: its count says whether there is one.
@@ -85,27 +75,24 @@ void dump_grad_3pt(ORVLOG_Writer* writer, const GOP_OperandGrad3PtPointer* point
 {
     static constexpr const char* const element = "GOP_OperandGrad3PtPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGrad3Pt*>(pointer->g3p_Pointer.op_Operand);
-    enter(writer, element, &pointer->g3p_Pointer);
+    begin(writer, element, &pointer->g3p_Pointer);
+    const ORVLOG_Content content(writer, element);
     dump_GOP_OperandGrad3Pt(writer, operand);
     dump_csd_if(writer, operand->g3_Operand.go_Count == 1, &pointer->g3p_Pointer);
-    orvlog_writer_open_member(writer, element, "g3p_Color");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member member(writer, element, "g3p_Color");
     for (const GBC_Color* color : pointer->g3p_Color)
         ORVLOG_DumpColor(writer, color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, element, "g3p_Color");
-    leave(writer, element);
 }
 
 void dump_grad_radial(ORVLOG_Writer* writer, const GOP_OperandGradRadialPointer* pointer)
 {
     static constexpr const char* const element = "GOP_OperandGradRadialPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGradRadial*>(pointer->grp_Pointer.op_Operand);
-    enter(writer, element, &pointer->grp_Pointer);
+    begin(writer, element, &pointer->grp_Pointer);
+    const ORVLOG_Content content(writer, element);
     dump_GOP_OperandGradRadial(writer, operand);
     dump_csd_if(writer, operand->gr_UseInterpColorSpace != 0, &pointer->grp_Pointer);
     dump_stops(writer, element, "grp_GradStop", pointer->grp_GradStop, operand->gr_Operand.go_Count);
-    leave(writer, element);
 }
 
 uint32_t dump_image(ORVLOG_Session* session, GOP_OperandImagePointer* record)
@@ -116,7 +103,7 @@ uint32_t dump_image(ORVLOG_Session* session, GOP_OperandImagePointer* record)
     const uint32_t result = orvlog_capture_image(record);
     const ORVLOG_ImageWrapper* wrapper = orvlog_image_wrapper_of(record);
     if (wrapper != nullptr && wrapper->context->endless != 0)
-        orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT, "Image goes on beyond its size.");
+        orvlog_writer_warn(&session->writer, "Image goes on beyond its size.");
     return result;
 }
 
@@ -166,10 +153,6 @@ uint32_t ORVLOG_DumpNamedOperand(ORVLOG_Session* session, const char* parent, co
 {
     if (operand == nullptr)
         return 1;
-    orvlog_writer_open_member(&session->writer, parent, member);
-    orvlog_writer_depth_up(&session->writer);
-    const uint32_t result = ORVLOG_DumpOperandPointer(session, operand);
-    orvlog_writer_depth_down(&session->writer);
-    orvlog_writer_close_member(&session->writer, parent, member);
-    return result;
+    const ORVLOG_Member inside(&session->writer, parent, member);
+    return ORVLOG_DumpOperandPointer(session, operand);
 }

@@ -4,7 +4,9 @@
 #include "orvlog/image/gop-image-dump.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/image/orvlog-side-file.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 
 #include <cstdio>
 
@@ -13,14 +15,6 @@ namespace
 
 constexpr uint32_t kRow = 50;
 constexpr size_t kAsyncName = 70;
-
-constexpr ORVLOG_FlagEntry kObjectTypeEntries[] = {
-    ORVLOG_FLAG(GCM_OBJ_TEXT),
-    ORVLOG_FLAG(GCM_OBJ_LINE),
-    ORVLOG_FLAG(GCM_OBJ_GRAPHICS),
-    ORVLOG_FLAG(GCM_OBJ_IMAGE),
-};
-constexpr ORVLOG_FlagTable kObjectType = orvlog_flag_table(kObjectTypeEntries);
 
 // What a prepare was asked for.
 struct PrepareRequest
@@ -96,20 +90,11 @@ void begin(ORVLOG_ImageWrapper* wrapper, const char* element, uint32_t id, uint3
     orvlog_attr_bool(&wrapper->writer, "return", result);
 }
 
-void end_and_close(ORVLOG_Writer* writer, const char* element)
-{
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, element);
-}
-
 void dump_record_and_close(ORVLOG_Writer* writer, const char* element, const GOP_OperandImagePointer* record,
                            const ORVLOG_ImageWrapper* wrapper)
 {
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, element);
     orvlog_dump_wrapped_image(writer, record, wrapper);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
 }
 
 // The client may have changed its record in place: takes that over into the one that the renderer holds, but for what
@@ -138,7 +123,7 @@ void dump_prepare(ORVLOG_ImageWrapper* wrapper, uint32_t id, uint32_t result, co
     ORVLOG_Writer* writer = &wrapper->writer;
     begin(wrapper, "GOP_ImagePrepareFn", id, result);
     orvlog_attr_bool(writer, "operand_p_replaced", held != wrapper ? 1 : 0);
-    orvlog_attr_flags(writer, "object_type", &kObjectType, request->object_type);
+    orvlog_attr_flags(writer, "object_type", &ORVLOG_OBJECT_TYPE, request->object_type);
     orvlog_attr_bool(writer, "decompress", request->decompress);
     if (request->decompress == 0)
         orvlog_attr_bool(writer, "rescale", request->rescale);
@@ -193,15 +178,17 @@ void write_file(ORVLOG_ImageWrapper* wrapper, const char* attribute, const char*
     orvlog_side_file_write(file, buffer->bytes, held(buffer));
 }
 
-void dump_buffer(ORVLOG_Writer* writer, const char* element, const ReadBuffer* buffer)
+void dump_buffer(ORVLOG_Writer* writer, const char* name, const ReadBuffer* buffer)
 {
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_element(writer, element);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, name);
     orvlog_elem_bytes(writer, buffer->bytes, buffer->bytes != nullptr ? held(buffer) : 0, kRow);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
-    orvlog_writer_depth_down(writer);
+}
+
+void dump_buffers(ORVLOG_Writer* writer, const ReadBuffer* image, const ReadBuffer* attr)
+{
+    dump_buffer(writer, "img_buf", image);
+    if (attr->bytes != nullptr)
+        dump_buffer(writer, "attr_buf", attr);
 }
 
 // Gives the result of the read as the renderer gets it.
@@ -228,14 +215,11 @@ uint32_t dump_read(ORVLOG_ImageWrapper* wrapper, uint32_t result, uint32_t skip_
         if (with_attr)
             write_file(wrapper, "AttrFileName", wrapper->attr_file_name, wrapper->attr_file, attr);
     }
-    orvlog_writer_end_tag(writer);
-    if (!with_files)
     {
-        dump_buffer(writer, "img_buf", image);
-        if (with_attr)
-            dump_buffer(writer, "attr_buf", attr);
+        const ORVLOG_Content content(writer, "GOP_ImageReadFn");
+        if (!with_files)
+            dump_buffers(writer, image, attr);
     }
-    orvlog_writer_close_element(writer, "GOP_ImageReadFn");
     wrapper->files_open = 1;
     if (result != 0 && (told(image) < 0 || (with_attr && told(attr) < 0)))
         orvlog_image_warn_once(wrapper->context->slots, &wrapper->context->warned,
@@ -267,7 +251,7 @@ void dump_keep(ORVLOG_ImageWrapper* wrapper, const char* name, uint32_t result)
     if (name != nullptr)
         orvlog_attr_string(writer, "async_img_log_file_name", name);
     orvlog_attr_bool(writer, "return", result);
-    end_and_close(writer, "GOP_ImageKeepFn");
+    orvlog_writer_end_empty(writer, "GOP_ImageKeepFn");
 }
 
 void raise(uint32_t** flag)
@@ -380,7 +364,7 @@ uint32_t orvlog_image_reset(GOP_OperandImagePointer* operand_p, void* context)
     if (client->imp_ImageResetFn != nullptr)
         result = client->imp_ImageResetFn(client, client->imp_Context);
     begin(wrapper, "GOP_ImageResetFn", wrapper->id, result);
-    end_and_close(&wrapper->writer, "GOP_ImageResetFn");
+    orvlog_writer_end_empty(&wrapper->writer, "GOP_ImageResetFn");
     leave(image_context);
     return result;
 }
@@ -401,9 +385,9 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
     // An element without a name has its place in that log, whichever record of the image it came by.
     if (!first)
-        wrapper->writer.stream = context->async_stream;
+        orvlog_writer_redirect(&wrapper->writer, context->async_stream);
     dump_keep(wrapper, first ? name : nullptr, result);
-    wrapper->writer.stream = context->async_stream;
+    orvlog_writer_redirect(&wrapper->writer, context->async_stream);
     context->granted |= result;
     context->released = 0;
     raise(&context->kept_flag);
@@ -428,7 +412,7 @@ void* orvlog_image_release(GOP_OperandImagePointer* operand_p)
         client->imp_ImageReleaseFn(client);
     orvlog_writer_begin_element(&wrapper->writer, "GOP_ImageReleaseFn");
     orvlog_attr_uint(&wrapper->writer, "Id", wrapper->id);
-    end_and_close(&wrapper->writer, "GOP_ImageReleaseFn");
+    orvlog_writer_end_empty(&wrapper->writer, "GOP_ImageReleaseFn");
     context->released = 1;
     context->granted = 0;
     return leave(context);

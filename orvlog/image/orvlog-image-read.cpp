@@ -1,5 +1,6 @@
 #include "orvlog/image/orvlog-image-read.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/image/gop-image-geometry.h"
 
 #include <climits>
@@ -31,9 +32,9 @@ uint32_t needs_attr(const ORVLOG_ImageContext* context, const GOP_OperandImagePo
 
 // Cleared, since a client may claim bytes that it has not written; but not where that would fill memory for an image
 // that only says that it is huge.
-void* allocate(const ORVLOG_ImageContext* context, uint64_t size)
+uint8_t* allocate(const ORVLOG_ImageContext* context, uint64_t size)
 {
-    void* block = context->allocator->gmm_Alloc(context->allocator, size, 0);
+    auto* block = gmm_alloc_array<uint8_t>(context->allocator, size);
     if (block != nullptr)
         std::memset(block, 0, size < kMostCleared ? size : kMostCleared);
     return block;
@@ -44,7 +45,7 @@ bool make_buffers(const ORVLOG_ImageContext* context, const GOP_OperandImagePoin
 {
     *buffers = {};
     buffers->image_size = row_bytes != 0 ? row_bytes : kCompressedPiece;
-    buffers->image = static_cast<uint8_t*>(allocate(context, buffers->image_size));
+    buffers->image = allocate(context, buffers->image_size);
     if (buffers->image == nullptr)
         return false;
     if (needs_attr(context, record) == 0)
@@ -52,7 +53,7 @@ bool make_buffers(const ORVLOG_ImageContext* context, const GOP_OperandImagePoin
     buffers->attr_size = record->imp_Image->im_ImageWidthPixels;
     if (buffers->attr_size > INT_MAX)
         return false;
-    buffers->attr = static_cast<uint8_t*>(allocate(context, buffers->attr_size));
+    buffers->attr = allocate(context, buffers->attr_size);
     return buffers->attr != nullptr;
 }
 

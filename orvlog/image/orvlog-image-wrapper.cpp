@@ -3,6 +3,7 @@
 #include "holv-core/gmm/gmm-chunk.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-callbacks.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/session/orvlog-frames.h"
 
 #include <cstring>
@@ -140,9 +141,7 @@ uint32_t ORVLOG_WrapImage(const ORVLOG_Writer* writer, ORVLOG_ImageContext* cont
     wrapper->slot = slot;
     wrapper->word = slot->record.imp_Context;
     wrapper->asynchronous = (slot->image.im_Flags & GOP_OP_FLAGS_ASYNCH_ACCESS) != 0 ? 1 : 0;
-    wrapper->writer = *writer;
-    wrapper->writer.warnings = nullptr;
-    wrapper->writer.allocator = nullptr;
+    wrapper->writer = orvlog_writer_copy(writer);
     wrapper->context = context;
     wrapper->client_record = client_record;
     wrapper->id = context->counters[1]++;
@@ -172,8 +171,7 @@ void ORVLOG_ReplaceImageOperand(ORVLOG_Session* session, GOP_OperandPointer** op
         return;
     }
     pool->gmm_Delete(pool);
-    orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT,
-                                "Image operand could not be replaced. Image callbacks will not be logged.");
+    orvlog_writer_warn(&session->writer, "Image operand could not be replaced. Image callbacks will not be logged.");
 }
 
 GMM_Allocator* orvlog_end_image(ORVLOG_ImageContext* context)
@@ -197,10 +195,8 @@ GMM_Allocator* orvlog_end_image(ORVLOG_ImageContext* context)
 
 void orvlog_image_warn_once(const ORVLOG_ImageSlots* slots, uint32_t* warned, const char* message)
 {
-    if (slots->session == nullptr || *warned != 0)
-        return;
-    *warned = 1;
-    orvlog_writer_defer_warning(&slots->session->writer, ORVLOG_WARNING_FORMAT, message);
+    if (slots->session != nullptr)
+        orvlog_writer_warn_once(&slots->session->writer, warned, message);
 }
 
 void ORVLOG_EndImageCall(GOP_OperandImagePointer* record, uint32_t kept)
@@ -230,8 +226,7 @@ void orvlog_detach_images(ORVLOG_Session* session)
     for (ORVLOG_ImageSlot* slot = nullptr; (slot = orvlog_image_slots_next(slots, slot)) != nullptr;)
     {
         // Log and coder go with the session: all records of the image speak in the image's own log from here on.
-        slot->wrapper->writer.stream = slot->wrapper->context->async_stream;
-        slot->wrapper->writer.coder = nullptr;
+        orvlog_writer_detach(&slot->wrapper->writer, slot->wrapper->context->async_stream);
         ORVLOG_ImageContext* refused = refused_image(slot);
         if (refused != nullptr)
             orvlog_end_image(refused);

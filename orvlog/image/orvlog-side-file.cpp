@@ -1,6 +1,7 @@
 #include "orvlog/image/orvlog-side-file.h"
 
 #include "holv-core/gio/gio-file.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstdio>
 #include <cstring>
@@ -19,7 +20,7 @@ uint32_t ORVLOG_OpenSideFile(ORVLOG_ImageContext* context, GIO_Stream** stream, 
     const uint64_t size = std::strlen(params->file_prefix) + std::strlen(kind) + kNameRest;
     *stream = nullptr;
     if (*name == nullptr)
-        *name = static_cast<char*>(context->allocator->gmm_Alloc(context->allocator, size, 0));
+        *name = gmm_alloc_array<char>(context->allocator, size);
     if (*name == nullptr)
         return 0;
     std::snprintf(*name, size, "%s-%s-%d.bin", params->file_prefix, kind, static_cast<int>(context->counters[0]++));

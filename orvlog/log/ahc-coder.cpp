@@ -1,5 +1,6 @@
 #include "orvlog/log/ahc-coder.h"
 
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/log/ahc-tree.h"
 
 #include <climits>
@@ -231,10 +232,10 @@ AdaptiveHuffmanCoder* create_coder(GMM_Allocator* allocator, int8_t bit_position
 {
     if (allocator == nullptr)
         return nullptr;
-    auto* coder = static_cast<AdaptiveHuffmanCoder*>(allocator->gmm_Alloc(allocator, sizeof(AdaptiveHuffmanCoder), 0));
+    auto* coder = gmm_alloc_record<AdaptiveHuffmanCoder>(allocator);
     if (coder == nullptr)
         return nullptr;
-    coder->nodes = static_cast<AHC_Node*>(allocator->gmm_Alloc(allocator, AHC_NODE_COUNT * sizeof(AHC_Node), 0));
+    coder->nodes = gmm_alloc_array<AHC_Node>(allocator, AHC_NODE_COUNT);
     if (coder->nodes == nullptr)
     {
         allocator->gmm_Free(allocator, coder);

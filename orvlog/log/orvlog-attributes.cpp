@@ -1,6 +1,8 @@
 #include "orvlog/log/orvlog-attributes.h"
 
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/log/orvlog-line.h"
+#include "orvlog/log/orvlog-scope.h"
 
 #include <bit>
 #include <cstring>
@@ -81,18 +83,6 @@ void begin_buffer(ORVLOG_Writer* writer, std::string_view name, uint32_t length)
     // The count is unsigned but is shown by "%i"; readers of the log rely on the form.
     orvlog_attr_int(writer, "len", static_cast<int32_t>(length));
     orvlog_writer_end_tag(writer);
-}
-
-void open_named(ORVLOG_Writer* writer, std::string_view name)
-{
-    orvlog_writer_open_element(writer, name);
-    orvlog_writer_depth_up(writer);
-}
-
-void close_named(ORVLOG_Writer* writer, std::string_view name)
-{
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, name);
 }
 
 }  // namespace
@@ -260,9 +250,8 @@ void orvlog_elem_bytes(ORVLOG_Writer* writer, const uint8_t* bytes, uint32_t len
 
 void orvlog_elem_named_bytes(ORVLOG_Writer* writer, std::string_view name, const uint8_t* bytes, uint32_t length)
 {
-    open_named(writer, name);
+    const ORVLOG_Element element(writer, name);
     orvlog_elem_bytes(writer, bytes, length, kBytesPerLine);
-    close_named(writer, name);
 }
 
 void orvlog_elem_floats(ORVLOG_Writer* writer, const float* values, uint32_t length)
@@ -274,17 +263,15 @@ void orvlog_elem_floats(ORVLOG_Writer* writer, const float* values, uint32_t len
 
 void orvlog_elem_named_floats(ORVLOG_Writer* writer, std::string_view name, const float* values, uint32_t length)
 {
-    open_named(writer, name);
+    const ORVLOG_Element element(writer, name);
     orvlog_elem_floats(writer, values, length);
-    close_named(writer, name);
 }
 
 void orvlog_elem_cstr(ORVLOG_Writer* writer, const char* text)
 {
     orvlog_writer_begin_element(writer, "CStr");
     orvlog_attr_string(writer, "val", text);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "CStr");
+    orvlog_writer_end_empty(writer, "CStr");
 }
 
 void orvlog_write_hex_rows(ORVLOG_Writer* writer, const uint8_t* bytes, uint64_t length, uint32_t row_size)
@@ -294,14 +281,14 @@ void orvlog_write_hex_rows(ORVLOG_Writer* writer, const uint8_t* bytes, uint64_t
     const uint32_t row = row_size == 0 || row_size > kRowBytes ? kRowBytes : row_size;
     // A row is one print, and the coded path brings no more than its limit of a print: a row of more than 66
     // bytes loses its tail there, and readers of coded logs rely on it.
-    const bool coded = writer->coder != nullptr && writer->compress == 1;
+    const uint64_t limit = orvlog_writer_print_limit(writer);
     ORVLOG_Line line;
     orvlog_line_start(&line, writer);
     for (uint64_t at = 0; at < length; at += row)
     {
         const auto count = static_cast<uint32_t>(length - at < row ? length - at : row);
         write_hex(orvlog_line_room(&line, 3 * kRowBytes + kHexSlack), bytes + at, count);
-        line.length += coded && 3 * count > ORVLOG_CODED_PRINT_LIMIT ? ORVLOG_CODED_PRINT_LIMIT : 3 * count;
+        line.length += 3 * count < limit ? 3 * count : static_cast<uint32_t>(limit);
         if (row_size != 0)
             orvlog_line_char(&line, '\n');
     }

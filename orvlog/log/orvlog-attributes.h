@@ -5,28 +5,10 @@
 #pragma once
 
 #include "orvlog/log/orvlog-writer.h"
+#include "orvlog/names/orvlog-name-tables.h"
 
 #include <cstdint>
 #include <string_view>
-
-// Names by value, 0 to max_value.
-struct ORVLOG_EnumTable
-{
-    const char* const* names;
-    uint32_t max_value;
-};
-
-struct ORVLOG_FlagEntry
-{
-    const char* name;
-    uint32_t value;  // may have several bits; an entry of value 0, by custom the first, names the empty set
-};
-
-struct ORVLOG_FlagTable
-{
-    const ORVLOG_FlagEntry* entries;
-    uint32_t count;
-};
 
 // " %s=\"", and the closing quote.
 void orvlog_attr_begin(ORVLOG_Writer* writer, std::string_view name);

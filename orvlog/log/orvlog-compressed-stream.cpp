@@ -1,5 +1,7 @@
 #include "orvlog/log/orvlog-compressed-stream.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -44,10 +46,9 @@ GIO_Stream* ORVLOG_OpenCompressedStream(GMM_Allocator* allocator, GIO_Stream* ta
 {
     if (allocator == nullptr || !can_write(target))
         return nullptr;
-    auto* handle = static_cast<GIO_Stream*>(allocator->gmm_Alloc(allocator, sizeof(GIO_Stream), 0));
-    auto* ops = static_cast<GIO_StreamOps*>(allocator->gmm_Alloc(allocator, sizeof(GIO_StreamOps), 0));
-    auto* stream =
-        static_cast<ORVLOG_CompressedStream*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_CompressedStream), 0));
+    auto* handle = gmm_alloc_record<GIO_Stream>(allocator);
+    auto* ops = gmm_alloc_record<GIO_StreamOps>(allocator);
+    auto* stream = gmm_alloc_record<ORVLOG_CompressedStream>(allocator);
     AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(allocator);
     if (handle != nullptr && ops != nullptr && stream != nullptr && coder != nullptr)
     {

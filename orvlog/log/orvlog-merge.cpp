@@ -2,6 +2,7 @@
 
 #include "holv-core/gio/gio-file.h"
 #include "holv-core/gio/gio-format.h"
+#include "holv-core/gmm/gmm-typed.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 
 #include <cstddef>
@@ -225,8 +226,8 @@ uint32_t ORVLOG_MergeLogs(GMM_Allocator* allocator, const char* path, GIO_Stream
         return 0;
     Merge merge = {};
     merge.allocator = allocator;
-    merge.scan = static_cast<char*>(allocator->gmm_Alloc(allocator, ORVLOG_MERGE_BLOCK, 0));
-    merge.copy = static_cast<char*>(allocator->gmm_Alloc(allocator, ORVLOG_MERGE_BLOCK, 0));
+    merge.scan = gmm_alloc_array<char>(allocator, ORVLOG_MERGE_BLOCK);
+    merge.copy = gmm_alloc_array<char>(allocator, ORVLOG_MERGE_BLOCK);
     const bool merged =
         merge.scan != nullptr && merge.copy != nullptr && merge_to(&merge, path, target, compress, has_async_images);
     for (char* block : {merge.copy, merge.scan})

@@ -1,5 +1,7 @@
 #include "orvlog/log/orvlog-writer.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+#include "orvlog/log/orvlog-coding.h"
 #include "orvlog/log/orvlog-line.h"
 
 #include <algorithm>
@@ -12,14 +14,7 @@ namespace
 
 constexpr uint32_t kMaxIndentDepth = 25;
 constexpr size_t kLongestName = 256;
-constexpr uint32_t kFormatBlock = 200;
-constexpr uint32_t kCoderOutput = 10;
 constexpr uint32_t kWarningText = 500;
-
-bool is_coded(const ORVLOG_Writer* writer)
-{
-    return writer->coder != nullptr && writer->compress == 1;
-}
 
 // Coded text needs another operation of the stream than plain text.
 bool can_write(const ORVLOG_Writer* writer)
@@ -27,7 +22,7 @@ bool can_write(const ORVLOG_Writer* writer)
     const GIO_Stream* stream = writer->stream;
     if (stream == nullptr || stream->ops == nullptr)
         return false;
-    return is_coded(writer) ? stream->ops->gio_Write != nullptr : stream->ops->gio_VPrintf != nullptr;
+    return orvlog_writer_is_coded(writer) ? stream->ops->gio_Write != nullptr : stream->ops->gio_VPrintf != nullptr;
 }
 
 void flush(const GIO_Stream* stream)
@@ -45,35 +40,12 @@ int32_t stream_print(GIO_Stream* stream, const char* format, ...)
     return length;
 }
 
-void put_coded(ORVLOG_Writer* writer, const char* text, uint32_t length)
-{
-    GIO_Stream* stream = writer->stream;
-    uint8_t output[kCoderOutput];
-    AHC_SetInput(writer->coder, reinterpret_cast<const uint8_t*>(text), length);
-    for (int32_t count; (count = AHC_Encode(writer->coder, output, kCoderOutput)) > 0;)
-        stream->ops->gio_Write(output, 1, static_cast<uint64_t>(count), stream->instance);
-}
-
 void put_text(ORVLOG_Writer* writer, const char* text, uint64_t length)
 {
-    if (is_coded(writer))
-        put_coded(writer, text, static_cast<uint32_t>(length));
+    if (orvlog_writer_is_coded(writer))
+        orvlog_coding_put(writer, text, static_cast<uint32_t>(length));
     else
         stream_print(writer->stream, "%s", text);
-}
-
-int32_t vprint_coded(ORVLOG_Writer* writer, const char* format, va_list args)
-{
-    char block[kFormatBlock] = "";
-    const int formatted = std::vsnprintf(block, kFormatBlock, format, args);
-    uint32_t length = static_cast<uint32_t>(formatted);
-    if (formatted < 0 || length >= ORVLOG_CODED_PRINT_LIMIT)
-    {
-        block[ORVLOG_CODED_PRINT_LIMIT] = '\0';
-        length = static_cast<uint32_t>(std::strlen(block));
-    }
-    put_coded(writer, block, length);
-    return static_cast<int32_t>(length);
 }
 
 // A tag is one print, at the indent of the present depth. Where the log is coded, what is longer than a print allows
@@ -85,7 +57,7 @@ uint32_t indent_size(const ORVLOG_Writer* writer)
 
 void tag_finish(ORVLOG_Line* line)
 {
-    if (is_coded(line->writer))
+    if (orvlog_writer_is_coded(line->writer))
         line->length = std::min(line->length, ORVLOG_CODED_PRINT_LIMIT);
     orvlog_line_finish(line);
 }
@@ -93,7 +65,7 @@ void tag_finish(ORVLOG_Line* line)
 // Names longer than any record has, in pieces.
 [[gnu::noinline, gnu::cold]] void put_long_tag(ORVLOG_Writer* writer, std::initializer_list<std::string_view> pieces)
 {
-    const size_t allowed = is_coded(writer) ? ORVLOG_CODED_PRINT_LIMIT : SIZE_MAX;
+    const size_t allowed = orvlog_writer_print_limit(writer);
     ORVLOG_Line line;
     orvlog_line_start(&line, writer);
     orvlog_line_text(&line, orvlog_writer_indent(writer->depth));
@@ -161,6 +133,31 @@ void orvlog_writer_init(ORVLOG_Writer* writer, GMM_Allocator* allocator, GIO_Str
     writer->coder = nullptr;
 }
 
+ORVLOG_Writer orvlog_writer_copy(const ORVLOG_Writer* writer)
+{
+    ORVLOG_Writer copy = *writer;
+    copy.warnings = nullptr;
+    copy.allocator = nullptr;
+    return copy;
+}
+
+GIO_Stream* orvlog_writer_redirect(ORVLOG_Writer* writer, GIO_Stream* stream)
+{
+    GIO_Stream* former = writer->stream;
+    writer->stream = stream;
+    return former;
+}
+
+GIO_Stream* orvlog_writer_stream(const ORVLOG_Writer* writer)
+{
+    return writer->stream;
+}
+
+uint32_t orvlog_writer_depth(const ORVLOG_Writer* writer)
+{
+    return writer->depth;
+}
+
 const char* orvlog_writer_indent(uint32_t depth)
 {
     static const char blanks[] = "                                                  ";
@@ -173,8 +170,8 @@ int32_t orvlog_writer_vprint(ORVLOG_Writer* writer, const char* format, va_list 
     if (!can_write(writer))
         return -1;
     GIO_Stream* stream = writer->stream;
-    const int32_t length = is_coded(writer) ? vprint_coded(writer, format, args)
-                                            : stream->ops->gio_VPrintf(stream->instance, format, args);
+    const int32_t length = orvlog_writer_is_coded(writer) ? orvlog_coding_vprint(writer, format, args)
+                                                          : stream->ops->gio_VPrintf(stream->instance, format, args);
     flush(stream);
     return length;
 }
@@ -260,6 +257,42 @@ void orvlog_writer_self_close(ORVLOG_Writer* writer)
     after_close(writer);
 }
 
+void orvlog_writer_enter(ORVLOG_Writer* writer)
+{
+    orvlog_writer_end_tag(writer);
+    ++writer->depth;
+}
+
+void orvlog_writer_enter_element(ORVLOG_Writer* writer, std::string_view name)
+{
+    orvlog_writer_open_element(writer, name);
+    ++writer->depth;
+}
+
+void orvlog_writer_enter_member(ORVLOG_Writer* writer, std::string_view element, std::string_view member)
+{
+    orvlog_writer_open_member(writer, element, member);
+    ++writer->depth;
+}
+
+void orvlog_writer_leave_element(ORVLOG_Writer* writer, std::string_view name)
+{
+    --writer->depth;
+    orvlog_writer_close_element(writer, name);
+}
+
+void orvlog_writer_leave_member(ORVLOG_Writer* writer, std::string_view element, std::string_view member)
+{
+    --writer->depth;
+    orvlog_writer_close_member(writer, element, member);
+}
+
+void orvlog_writer_end_empty(ORVLOG_Writer* writer, std::string_view name)
+{
+    orvlog_writer_end_tag(writer);
+    orvlog_writer_close_element(writer, name);
+}
+
 void orvlog_writer_comment(ORVLOG_Writer* writer, const char* format, ...)
 {
     va_list args;
@@ -281,10 +314,10 @@ void orvlog_writer_defer_warning(ORVLOG_Writer* writer, const char* format, ...)
     GMM_Allocator* allocator = writer->allocator;
     if (allocator == nullptr)
         return;
-    auto* warning = static_cast<ORVLOG_Warning*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_Warning), 0));
+    auto* warning = gmm_alloc_record<ORVLOG_Warning>(allocator);
     if (warning == nullptr)
         return;
-    warning->text = static_cast<char*>(allocator->gmm_Alloc(allocator, kWarningText + 1, 0));
+    warning->text = gmm_alloc_array<char>(allocator, kWarningText + 1);
     if (warning->text == nullptr)
     {
         allocator->gmm_Free(allocator, warning);
@@ -304,6 +337,19 @@ void orvlog_writer_defer_warning(ORVLOG_Writer* writer, const char* format, ...)
     writer->warnings = warning;
     if (writer->element_open == 0)
         orvlog_writer_flush_warnings(writer);
+}
+
+void orvlog_writer_warn(ORVLOG_Writer* writer, const char* text)
+{
+    orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, text);
+}
+
+void orvlog_writer_warn_once(ORVLOG_Writer* writer, uint32_t* warned, const char* text)
+{
+    if (*warned != 0)
+        return;
+    *warned = 1;
+    orvlog_writer_warn(writer, text);
 }
 
 void orvlog_writer_flush_warnings(ORVLOG_Writer* writer)

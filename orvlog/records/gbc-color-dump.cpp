@@ -1,6 +1,7 @@
 #include "orvlog/records/gbc-color-dump.h"
 
 #include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
 
 namespace
 {
@@ -51,9 +52,6 @@ void ORVLOG_DumpNamedColor(ORVLOG_Writer* writer, const char* parent, const char
 {
     if (color == nullptr)
         return;
-    orvlog_writer_open_member(writer, parent, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, parent, member);
     ORVLOG_DumpColor(writer, color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, parent, member);
 }

@@ -1,24 +1,12 @@
 #include "orvlog/records/ggo-dump.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/names/orvlog-names.h"
 
 namespace
 {
 
 constexpr uint32_t kRotationField = 0xE0;
-
-constexpr ORVLOG_FlagEntry kNamesByField[] = {
-    ORVLOG_FLAG(GGO_XFLAG_ROTATE),
-    ORVLOG_FLAG(GGO_XFLAG_ROT_90),
-    ORVLOG_FLAG(GGO_XFLAG_ROT_180),
-    ORVLOG_FLAG(GGO_XFLAG_ROT_270),
-};
-
-constexpr ORVLOG_FlagEntry kNamesByBit[] = {
-    ORVLOG_FLAG(GGO_XFLAG_NONE),    ORVLOG_FLAG(GGO_XFLAG_IDENTITY),  ORVLOG_FLAG(GGO_XFLAG_XLATE),
-    ORVLOG_FLAG(GGO_XFLAG_SCALE),   ORVLOG_FLAG(GGO_XFLAG_FLIP_HORZ), ORVLOG_FLAG(GGO_XFLAG_FLIP_VERT),
-    ORVLOG_FLAG(GGO_XFLAG_GENERAL),
-};
 
 // One table for every value of the rotation field: the bits, and behind them the name of that field alone.
 struct RotationTable
@@ -30,9 +18,9 @@ struct RotationTable
 constexpr RotationTable table_for(uint32_t field)
 {
     RotationTable table = {};
-    for (const ORVLOG_FlagEntry& entry : kNamesByBit)
+    for (const ORVLOG_FlagEntry& entry : ORVLOG_TRANSFORM_FLAGS_ENTRIES)
         table.entries[table.count++] = entry;
-    for (const ORVLOG_FlagEntry& entry : kNamesByField)
+    for (const ORVLOG_FlagEntry& entry : ORVLOG_TRANSFORM_ROTATIONS_ENTRIES)
     {
         if (entry.value == field)
             table.entries[table.count++] = entry;

@@ -1,6 +1,8 @@
 #include "orvlog/records/gop-operand-dump.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/gbc-color-dump.h"
 #include "orvlog/records/ggo-dump.h"
 
@@ -10,61 +12,6 @@ namespace
 // Bits of go_ColorInfo outside the colour space and the colour flag.
 constexpr uint32_t kOtherColorInfo = 0x3C;
 
-constexpr const char* kOpTypeNames[] = {
-    "GOP_OPERAND_FLAT",        "GOP_OPERAND_GRAD_2PT", "GOP_OPERAND_GRAD_MULTISTOP", "GOP_OPERAND_GRAD_3PT",
-    "GOP_OPERAND_GRAD_RADIAL", "GOP_OPERAND_IMAGE",    "GOP_OPERAND_IMAGE_TILE",
-};
-constexpr ORVLOG_EnumTable kOpType = orvlog_enum_table(kOpTypeNames);
-static_assert(kOpType.max_value == GOP_OPERAND_IMAGE_TILE);
-
-constexpr const char* kColorSpaceNames[] = {
-    "GOP_OCS_INPUT",
-    "GOP_OCS_RENDER",
-    "GOP_OCS_OTHER",
-};
-constexpr ORVLOG_EnumTable kColorSpace = orvlog_enum_table(kColorSpaceNames);
-static_assert(kColorSpace.max_value == GOP_OCS_OTHER);
-
-// The field has two bits and so a fourth value, which has always gone by this name; readers of the log rely on it.
-constexpr const char* kColorFlagNames[] = {
-    "GCM_CF_BLACK",
-    "GCM_CF_GREY",
-    "GCM_CF_OTHER",
-    "GCM_WHITEPOINT_D65",
-};
-constexpr ORVLOG_EnumTable kColorFlag = orvlog_enum_table(kColorFlagNames);
-static_assert(kColorFlag.max_value == GCM_CF_OTHER + 1);
-
-constexpr const char* kColorSpaceFamilyNames[] = {
-    "GCM_CSF_GRAY",
-    "GCM_CSF_RGB",
-    "GCM_CSF_CMYK",
-    "GCM_CSF_NAMED",
-};
-constexpr ORVLOG_EnumTable kColorSpaceFamily = orvlog_enum_table(kColorSpaceFamilyNames);
-static_assert(kColorSpaceFamily.max_value == GCM_CSF_NAMED);
-
-constexpr ORVLOG_FlagEntry kHintEntries[] = {
-    ORVLOG_FLAG(GOP_OPD_HINT_NONE),
-    ORVLOG_FLAG(GOP_OPD_HINT_IS_OPAQUE),
-    ORVLOG_FLAG(GOP_OPD_HINT_ONE_TIME_USE),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_TRANSLATE_ONLY),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_2_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_4_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_16_COLORS),
-    ORVLOG_FLAG(GOP_OPD_HINT_IMAGE_MAX_256_COLORS),
-};
-constexpr ORVLOG_FlagTable kHints = orvlog_flag_table(kHintEntries);
-
-// Behind the attributes: the head, one level in.
-void dump_head(ORVLOG_Writer* writer, const GOP_Operand* head)
-{
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    ORVLOG_DumpOperand(writer, head);
-    orvlog_writer_depth_down(writer);
-}
-
 }  // namespace
 
 void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
@@ -73,11 +20,11 @@ void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
         return;
     const uint32_t info = operand->go_ColorInfo;
     orvlog_writer_begin_element(writer, "GOP_Operand");
-    orvlog_attr_enum(writer, "go_OpType", &kOpType, operand->go_OpType);
+    orvlog_attr_enum(writer, "go_OpType", &ORVLOG_OPERAND_TYPE, operand->go_OpType);
     if ((info & kOtherColorInfo) == 0)
     {
-        orvlog_attr_enum(writer, "go_ColorInfo.GCM_ColorFlag", &kColorFlag, GOP_COLOR_INFO_FLAG(info));
-        orvlog_attr_enum(writer, "go_ColorInfo.GOP_OperandColorSpace", &kColorSpace, GOP_COLOR_INFO_SPACE(info));
+        orvlog_attr_enum(writer, "go_ColorInfo.GCM_ColorFlag", &ORVLOG_COLOR_FLAG, GOP_COLOR_INFO_FLAG(info));
+        orvlog_attr_enum(writer, "go_ColorInfo.GOP_OperandColorSpace", &ORVLOG_COLOR_SPACE, GOP_COLOR_INFO_SPACE(info));
     }
     else
     {
@@ -85,9 +32,9 @@ void ORVLOG_DumpOperand(ORVLOG_Writer* writer, const GOP_Operand* operand)
     }
     if (operand->go_OpType != GOP_OPERAND_FLAT)
         orvlog_attr_uint(writer, "go_Count", operand->go_Count);
-    orvlog_attr_flags(writer, "go_Hints", &kHints, operand->go_Hints);
+    orvlog_attr_flags(writer, "go_Hints", &ORVLOG_OPERAND_HINTS, operand->go_Hints);
     if (GOP_COLOR_INFO_SPACE(info) == GOP_OCS_INPUT)
-        orvlog_attr_enum(writer, "go_ColorSpaceFamily", &kColorSpaceFamily, operand->go_ColorSpaceFamily);
+        orvlog_attr_enum(writer, "go_ColorSpaceFamily", &ORVLOG_COLOR_SPACE_FAMILY, operand->go_ColorSpaceFamily);
     orvlog_writer_self_close(writer);
 }
 
@@ -95,12 +42,9 @@ void dump_GOP_OperandFlat(ORVLOG_Writer* writer, const GOP_OperandFlat* operand)
 {
     if (operand == nullptr)
         return;
-    orvlog_writer_open_element(writer, "GOP_OperandFlat");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Element element(writer, "GOP_OperandFlat");
     ORVLOG_DumpOperand(writer, &operand->fl_Operand);
     ORVLOG_DumpNamedColor(writer, "GOP_OperandFlat", "fl_Color", &operand->fl_Color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandFlat");
 }
 
 void dump_GOP_OperandGrad2Pt(ORVLOG_Writer* writer, const GOP_OperandGrad2Pt* operand)
@@ -114,8 +58,8 @@ void dump_GOP_OperandGrad2Pt(ORVLOG_Writer* writer, const GOP_OperandGrad2Pt* op
     orvlog_attr_uint(writer, "g2_UseInterpColorSpace", operand->g2_UseInterpColorSpace);
     orvlog_attr_uint(writer, "g2_GradientExtendMode", operand->g2_GradientExtendMode);
     orvlog_attr_uint(writer, "g2_GradientRoundingMode", operand->g2_GradientRoundingMode);
-    dump_head(writer, &operand->g2_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGrad2Pt");
+    const ORVLOG_Content content(writer, "GOP_OperandGrad2Pt");
+    ORVLOG_DumpOperand(writer, &operand->g2_Operand);
 }
 
 void dump_GOP_OperandGrad3Pt(ORVLOG_Writer* writer, const GOP_OperandGrad3Pt* operand)
@@ -127,8 +71,8 @@ void dump_GOP_OperandGrad3Pt(ORVLOG_Writer* writer, const GOP_OperandGrad3Pt* op
     ggo_attr_point(writer, "g3_Pt1", &operand->g3_Pt1);
     ggo_attr_point(writer, "g3_Pt2", &operand->g3_Pt2);
     ggo_attr_point(writer, "g3_Pt3", &operand->g3_Pt3);
-    dump_head(writer, &operand->g3_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGrad3Pt");
+    const ORVLOG_Content content(writer, "GOP_OperandGrad3Pt");
+    ORVLOG_DumpOperand(writer, &operand->g3_Operand);
 }
 
 void dump_GOP_OperandGradMultistop(ORVLOG_Writer* writer, const GOP_OperandGradMultistop* operand)
@@ -142,8 +86,8 @@ void dump_GOP_OperandGradMultistop(ORVLOG_Writer* writer, const GOP_OperandGradM
     orvlog_attr_uint(writer, "gm_UseInterpColorSpace", operand->gm_UseInterpColorSpace);
     orvlog_attr_uint(writer, "gm_GradientExtendMode", operand->gm_GradientExtendMode);
     orvlog_attr_uint(writer, "gm_GradientRoundingMode", operand->gm_GradientRoundingMode);
-    dump_head(writer, &operand->gm_Operand);
-    orvlog_writer_close_element(writer, "GOP_OperandGradMultistop");
+    const ORVLOG_Content content(writer, "GOP_OperandGradMultistop");
+    ORVLOG_DumpOperand(writer, &operand->gm_Operand);
 }
 
 void dump_GOP_OperandGradRadial(ORVLOG_Writer* writer, const GOP_OperandGradRadial* operand)
@@ -159,11 +103,9 @@ void dump_GOP_OperandGradRadial(ORVLOG_Writer* writer, const GOP_OperandGradRadi
     orvlog_attr_uint(writer, "gr_UseInterpColorSpace", operand->gr_UseInterpColorSpace);
     orvlog_attr_uint(writer, "gr_GradientExtendMode", operand->gr_GradientExtendMode);
     orvlog_attr_uint(writer, "gr_GradientRoundingMode", operand->gr_GradientRoundingMode);
-    dump_head(writer, &operand->gr_Operand);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_OperandGradRadial");
+    ORVLOG_DumpOperand(writer, &operand->gr_Operand);
     ORVLOG_DumpColor(writer, &operand->gr_Color);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_OperandGradRadial");
 }
 
 void dump_GOP_GradStop(ORVLOG_Writer* writer, const GOP_GradStop* stop)
@@ -172,11 +114,8 @@ void dump_GOP_GradStop(ORVLOG_Writer* writer, const GOP_GradStop* stop)
         return;
     orvlog_writer_begin_element(writer, "GOP_GradStop");
     orvlog_attr_double(writer, "gs_StopPosn", stop->gs_StopPosn);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GOP_GradStop");
     ORVLOG_DumpNamedColor(writer, "GOP_GradStop", "gs_StopColor", &stop->gs_StopColor);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GOP_GradStop");
 }
 
 void dump_GOP_TilingParameters(ORVLOG_Writer* writer, const GOP_TilingParameters* parameters)
@@ -188,6 +127,5 @@ void dump_GOP_TilingParameters(ORVLOG_Writer* writer, const GOP_TilingParameters
     orvlog_attr_double(writer, "it_YRepetitionInterval", parameters->it_YRepetitionInterval);
     orvlog_attr_uint(writer, "it_XFlip", parameters->it_XFlip);
     orvlog_attr_uint(writer, "it_YFlip", parameters->it_YFlip);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GOP_TilingParameters");
+    orvlog_writer_end_empty(writer, "GOP_TilingParameters");
 }

@@ -1,60 +1,13 @@
 #include "orvlog/records/gpa-path-dump.h"
 
+#include "orvlog/log/orvlog-attributes.h"
 #include "orvlog/log/orvlog-line.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 
 namespace
 {
-
-constexpr const char* kJoinNames[] = {
-    "GPA_JOIN_MITER",
-    "GPA_JOIN_ROUND",
-    "GPA_JOIN_BEVEL",
-    "GPA_JOIN_MITER_CLIPPED",
-    "GPA_JOIN_TRIANGLE",
-    "GPA_JOIN_NONE",
-    "GPA_JOIN_MITER_DUAL_CLIPPED",
-};
-constexpr ORVLOG_EnumTable kJoin = orvlog_enum_table(kJoinNames);
-static_assert(kJoin.max_value == GPA_JOIN_MITER_DUAL_CLIPPED);
-
-constexpr const char* kCapNames[] = {
-    "GPA_CAP_BUTT",
-    "GPA_CAP_ROUND",
-    "GPA_CAP_PROJECT",
-    "GPA_CAP_TRIANGLE",
-};
-constexpr ORVLOG_EnumTable kCap = orvlog_enum_table(kCapNames);
-static_assert(kCap.max_value == GPA_CAP_TRIANGLE);
-
-constexpr const char* kAdjustNames[] = {
-    "GPA_ADJUST_NONE",
-    "GPA_ADJUST_PS",
-};
-constexpr ORVLOG_EnumTable kAdjust = orvlog_enum_table(kAdjustNames);
-static_assert(kAdjust.max_value == GPA_ADJUST_PS);
-
-constexpr const char* kEdgeTypeNames[] = {
-    "GPA_EDGE_STRAIGHT", "GPA_EDGE_BEZIER", "GPA_EDGE_QUAD_BEZIER", "GPA_EDGE_STAIRCASE", "GPA_EDGE_ELLIPTICAL",
-};
-constexpr ORVLOG_EnumTable kEdgeType = orvlog_enum_table(kEdgeTypeNames);
-static_assert(kEdgeType.max_value == GPA_EDGE_ELLIPTICAL);
-
-constexpr const char* kSubpathNames[] = {
-    "GPA_SUBPATH_END_CLOSED",
-    "GPA_SUBPATH_CONTINUE",
-    "GPA_SUBPATH_END_OPEN",
-};
-constexpr ORVLOG_EnumTable kSubpath = orvlog_enum_table(kSubpathNames);
-static_assert(kSubpath.max_value == GPA_SUBPATH_END_OPEN);
-
-constexpr ORVLOG_FlagEntry kPathHintEntries[] = {
-    ORVLOG_FLAG(GPA_HINT_NONE),           ORVLOG_FLAG(GPA_HINT_IS_RECTANGLE),    ORVLOG_FLAG(GPA_HINT_STROKED),
-    ORVLOG_FLAG(GPA_HINT_NO_OVERLAP),     ORVLOG_FLAG(GPA_HINT_BOX_IS_MINIMAL),  ORVLOG_FLAG(GPA_HINT_ONE_SUBPATH),
-    ORVLOG_FLAG(GPA_HINT_ONLY_STRAIGHTS), ORVLOG_FLAG(GPA_HINT_ONLY_STAIRCASES), ORVLOG_FLAG(GPA_HINT_INPUT_INT_ONLY),
-};
-constexpr ORVLOG_FlagTable kPathHints = orvlog_flag_table(kPathHintEntries);
 
 // The low bits are a number and not flags, so no flag table says this.
 void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
@@ -68,9 +21,9 @@ void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
     orvlog_line_text(&line, "] ");
     if ((flag & GPA_SUPPRESS_STROKING_FLAG) != 0)
         orvlog_line_text(&line, "GPA_SUPPRESS_STROKING_FLAG ");
-    if (subpath <= kSubpath.max_value)
+    if (subpath <= ORVLOG_SUBPATH.max_value)
     {
-        orvlog_line_text(&line, kSubpath.names[subpath]);
+        orvlog_line_text(&line, ORVLOG_SUBPATH.names[subpath]);
     }
     else
     {
@@ -82,28 +35,16 @@ void attr_edge_flag(ORVLOG_Writer* writer, uint32_t flag)
     orvlog_line_finish_value(&line);
 }
 
-void end_and_close(ORVLOG_Writer* writer, const char* element)
-{
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, element);
-}
-
 // What the five edges share behind the opening tag: the head, and the segments in a member of their own.
 template <typename Segment>
 void dump_segments(ORVLOG_Writer* writer, const char* element, const char* member, const GPA_Edge* edge,
                    const Segment* segments, void (*dump)(ORVLOG_Writer*, const Segment*))
 {
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, element);
     dump_GPA_Edge(writer, edge);
-    orvlog_writer_open_member(writer, element, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, element, member);
     for (uint32_t i = 0; i < edge->ed_SegmentCount; ++i)
         dump(writer, segments + i);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, element, member);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
 }
 
 void dump_edge_by_type(ORVLOG_Writer* writer, const GPA_Edge* edge)
@@ -135,7 +76,7 @@ void dump_GPA_BezierSegment(ORVLOG_Writer* writer, const GPA_BezierSegment* segm
     ggo_attr_vector(writer, "bs_StartTangent", &segment->bs_StartTangent);
     ggo_attr_vector(writer, "bs_EndTangent", &segment->bs_EndTangent);
     ggo_attr_vector(writer, "bs_EndPoint", &segment->bs_EndPoint);
-    end_and_close(writer, "GPA_BezierSegment");
+    orvlog_writer_end_empty(writer, "GPA_BezierSegment");
 }
 
 void dump_GPA_QuadBezierSegment(ORVLOG_Writer* writer, const GPA_QuadBezierSegment* segment)
@@ -145,7 +86,7 @@ void dump_GPA_QuadBezierSegment(ORVLOG_Writer* writer, const GPA_QuadBezierSegme
     orvlog_writer_begin_element(writer, "GPA_QuadBezierSegment");
     ggo_attr_vector(writer, "qs_ControlPoint", &segment->qs_ControlPoint);
     ggo_attr_vector(writer, "qs_EndPoint", &segment->qs_EndPoint);
-    end_and_close(writer, "GPA_QuadBezierSegment");
+    orvlog_writer_end_empty(writer, "GPA_QuadBezierSegment");
 }
 
 void dump_GPA_StaircaseSegment(ORVLOG_Writer* writer, const GPA_StaircaseSegment* segment)
@@ -156,7 +97,7 @@ void dump_GPA_StaircaseSegment(ORVLOG_Writer* writer, const GPA_StaircaseSegment
     // X ahead of Y, though it is stored behind; readers of the log rely on it.
     orvlog_attr_int(writer, "ss_XOffset", segment->ss_XOffset);
     orvlog_attr_uint(writer, "ss_YOffset", segment->ss_YOffset);
-    end_and_close(writer, "GPA_StaircaseSegment");
+    orvlog_writer_end_empty(writer, "GPA_StaircaseSegment");
 }
 
 void dump_GPA_EllipticalSegment(ORVLOG_Writer* writer, const GPA_EllipticalSegment* segment)
@@ -168,7 +109,7 @@ void dump_GPA_EllipticalSegment(ORVLOG_Writer* writer, const GPA_EllipticalSegme
     orvlog_attr_double(writer, "es_YRadius", segment->es_YRadius);
     orvlog_attr_double(writer, "es_AngleToXAxis", segment->es_AngleToXAxis);
     ggo_attr_vector(writer, "es_EndPoint", &segment->es_EndPoint);
-    end_and_close(writer, "GPA_EllipticalSegment");
+    orvlog_writer_end_empty(writer, "GPA_EllipticalSegment");
 }
 
 void dump_GPA_Edge(ORVLOG_Writer* writer, const GPA_Edge* edge)
@@ -176,7 +117,7 @@ void dump_GPA_Edge(ORVLOG_Writer* writer, const GPA_Edge* edge)
     if (edge == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GPA_Edge");
-    orvlog_attr_enum(writer, "ed_EdgeType", &kEdgeType, edge->ed_EdgeType);
+    orvlog_attr_enum(writer, "ed_EdgeType", &ORVLOG_EDGE_TYPE, edge->ed_EdgeType);
     attr_edge_flag(writer, edge->ed_EdgeFlag);
     orvlog_attr_uint(writer, "ed_SegmentCount", edge->ed_SegmentCount);
     orvlog_writer_self_close(writer);
@@ -232,16 +173,10 @@ void dump_GPA_EdgePointer(ORVLOG_Writer* writer, const GPA_EdgePointer* pointer)
         return;
     orvlog_writer_begin_element(writer, "GPA_EdgePointer");
     orvlog_attr_bool(writer, "ep_Owned", pointer->ep_Owned);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_member(writer, "GPA_EdgePointer", "ep_Pointer");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GPA_EdgePointer");
+    const ORVLOG_Member member(writer, "GPA_EdgePointer", "ep_Pointer");
     if (pointer->ep_Pointer != nullptr)
         dump_edge_by_type(writer, pointer->ep_Pointer);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GPA_EdgePointer", "ep_Pointer");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GPA_EdgePointer");
 }
 
 void dump_GPA_Path(ORVLOG_Writer* writer, const GPA_Path* path)
@@ -250,19 +185,13 @@ void dump_GPA_Path(ORVLOG_Writer* writer, const GPA_Path* path)
         return;
     orvlog_writer_begin_element(writer, "GPA_Path");
     orvlog_attr_uint(writer, "pa_NumEdges", path->pa_NumEdges);
-    orvlog_attr_flags(writer, "pa_PathHints", &kPathHints, path->pa_PathHints);
+    orvlog_attr_flags(writer, "pa_PathHints", &ORVLOG_PATH_HINTS, path->pa_PathHints);
     ggo_attr_box(writer, "pa_EnclosingBox", &path->pa_EnclosingBox);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_member(writer, "GPA_Path", "pa_EdgeStart");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GPA_Path");
+    const ORVLOG_Member member(writer, "GPA_Path", "pa_EdgeStart");
     const GGO_Point* starts = path->pa_EdgeStart;
     for (uint32_t i = 0; i < path->pa_NumEdges; ++i)
         dump_GGO_Point(writer, starts + i);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GPA_Path", "pa_EdgeStart");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GPA_Path");
 }
 
 void dump_GPA_PathPointer(ORVLOG_Writer* writer, const GPA_PathPointer* pointer)
@@ -274,21 +203,15 @@ void dump_GPA_PathPointer(ORVLOG_Writer* writer, const GPA_PathPointer* pointer)
     if (pointer->lpp_EnablePixelPlacement != 0)
         orvlog_attr_enum(writer, "lpp_PixelPlacement", &ORVLOG_PLACEMENT, pointer->lpp_PixelPlacement);
     orvlog_attr_bool(writer, "lpp_PathOwned", pointer->lpp_PathOwned);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GPA_PathPointer");
     dump_GPA_Path(writer, pointer->lpp_Path);
-    orvlog_writer_open_member(writer, "GPA_PathPointer", "lpp_EdgePointer");
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member member(writer, "GPA_PathPointer", "lpp_EdgePointer");
     if (pointer->lpp_Path == nullptr)
-        orvlog_writer_defer_warning(writer, ORVLOG_WARNING_FORMAT, "GPA_PathPointer without a path.");
+        orvlog_writer_warn(writer, "GPA_PathPointer without a path.");
     const uint32_t count = pointer->lpp_Path != nullptr ? pointer->lpp_Path->pa_NumEdges : 0;
     const GPA_EdgePointer* edges = pointer->lpp_EdgePointer;
     for (uint32_t i = 0; i < count; ++i)
         dump_GPA_EdgePointer(writer, edges + i);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GPA_PathPointer", "lpp_EdgePointer");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GPA_PathPointer");
 }
 
 void dump_GPA_PathStrokingParams(ORVLOG_Writer* writer, const GPA_PathStrokingParams* params)
@@ -297,30 +220,24 @@ void dump_GPA_PathStrokingParams(ORVLOG_Writer* writer, const GPA_PathStrokingPa
         return;
     const uint32_t flags = params->psp_Flags;
     orvlog_writer_begin_element(writer, "GPA_PathStrokingParams");
-    orvlog_attr_enum(writer, "psp_Flags.S", &kCap, GPA_PSP_START_CAP(flags));
-    orvlog_attr_enum(writer, "psp_Flags.E", &kCap, GPA_PSP_END_CAP(flags));
-    orvlog_attr_enum(writer, "psp_Flags.J", &kJoin, GPA_PSP_JOIN(flags));
-    orvlog_attr_enum(writer, "psp_Flags.A", &kAdjust, GPA_PSP_ADJUST(flags));
+    orvlog_attr_enum(writer, "psp_Flags.S", &ORVLOG_CAP, GPA_PSP_START_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.E", &ORVLOG_CAP, GPA_PSP_END_CAP(flags));
+    orvlog_attr_enum(writer, "psp_Flags.J", &ORVLOG_JOIN, GPA_PSP_JOIN(flags));
+    orvlog_attr_enum(writer, "psp_Flags.A", &ORVLOG_ADJUST, GPA_PSP_ADJUST(flags));
     orvlog_attr_bool(writer, "psp_Flags.Z", GPA_PSP_Z(flags));
     orvlog_attr_uint(writer, "psp_DashCount", params->psp_DashCount);
-    orvlog_attr_enum(writer, "psp_DashCaps", &kCap, params->psp_DashCaps);
+    orvlog_attr_enum(writer, "psp_DashCaps", &ORVLOG_CAP, params->psp_DashCaps);
     orvlog_attr_float(writer, "psp_StrokeWidth", params->psp_StrokeWidth);
     orvlog_attr_float(writer, "psp_MiterLimit", params->psp_MiterLimit);
     orvlog_attr_float(writer, "psp_DashStart", params->psp_DashStart);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GPA_PathStrokingParams");
     orvlog_elem_named_floats(writer, "psp_DashLength", params->psp_DashLength, params->psp_DashCount);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GPA_PathStrokingParams");
 }
 
 void dump_shape_path_member(ORVLOG_Writer* writer, const char* member, const GPA_PathPointer* pointer)
 {
     if (pointer == nullptr)
         return;
-    orvlog_writer_open_member(writer, "GSH_ShapePointer", member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, "GSH_ShapePointer", member);
     dump_GPA_PathPointer(writer, pointer);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GSH_ShapePointer", member);
 }

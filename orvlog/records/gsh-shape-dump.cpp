@@ -2,7 +2,9 @@
 
 #include "orvlog/font/gfi-dump.h"
 #include "orvlog/font/orvlog-glyph-capture.h"
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/log/orvlog-attributes.h"
+#include "orvlog/log/orvlog-scope.h"
+#include "orvlog/names/orvlog-names.h"
 #include "orvlog/records/ggo-dump.h"
 #include "orvlog/records/gpa-path-dump.h"
 #include "orvlog/session/orvlog-font-ids.h"
@@ -10,72 +12,28 @@
 namespace
 {
 
-constexpr const char* kShapeTypeNames[] = {
-    "GSH_SHAPE_GLYPHS",     "GSH_SHAPE_FILL",     "GSH_SHAPE_STROKE",        "GSH_SHAPE_IMAGE_RECT",
-    "GSH_SHAPE_MULTI_RECT", "GSH_SHAPE_SCANLINE", "GSH_SHAPE_STROKE_GLYPHS",
-};
-constexpr ORVLOG_EnumTable kShapeType = orvlog_enum_table(kShapeTypeNames);
-static_assert(kShapeType.max_value == GSH_SHAPE_STROKE_GLYPHS);
-
-constexpr ORVLOG_FlagEntry kShapeHintEntries[] = {
-    ORVLOG_FLAG(GSH_SH_NO_HINT),
-    ORVLOG_FLAG(GSH_SH_FONT_HAS_FACE_SCOPE),
-    ORVLOG_FLAG(GSH_SH_FONT_HAS_DOC_SCOPE),
-    ORVLOG_FLAG(GSH_SH_NO_ROTATION),
-    ORVLOG_FLAG(GSH_SH_NO_SKEW),
-    ORVLOG_FLAG(GSH_SH_NO_SCALE),
-    ORVLOG_FLAG(GSH_SH_NO_SHIFT),
-    ORVLOG_FLAG(GSH_SH_REUSED_AS_STROKE),
-};
-constexpr ORVLOG_FlagTable kShapeHints = orvlog_flag_table(kShapeHintEntries);
-
-constexpr ORVLOG_FlagEntry kListHintEntries[] = {
-    ORVLOG_FLAG(GSH_SLH_NONE),
-    ORVLOG_FLAG(GSH_SLH_IGNORE_REST_OF_LIST),
-};
-constexpr ORVLOG_FlagTable kListHints = orvlog_flag_table(kListHintEntries);
-
-void warn(ORVLOG_Session* session, const char* text)
-{
-    orvlog_writer_defer_warning(&session->writer, ORVLOG_WARNING_FORMAT, text);
-}
-
-// Behind the attributes: the head, one level in, where the depth stays.
-void enter_shape(ORVLOG_Writer* writer, const GSH_Shape* shape)
-{
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
-    dump_GSH_Shape(writer, shape);
-}
-
-void leave_shape(ORVLOG_Writer* writer, const char* element)
-{
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, element);
-}
-
 void dump_glyph_shape(ORVLOG_Writer* writer, const GSH_GlyphShape* shape)
 {
     orvlog_writer_begin_element(writer, "GSH_GlyphShape");
-    enter_shape(writer, &shape->gs_Shape);
-    leave_shape(writer, "GSH_GlyphShape");
+    const ORVLOG_Content content(writer, "GSH_GlyphShape");
+    dump_GSH_Shape(writer, &shape->gs_Shape);
 }
 
 void dump_filled_path(ORVLOG_Writer* writer, const GSH_FilledPathShape* shape)
 {
     orvlog_writer_begin_element(writer, "GSH_FilledPathShape");
     orvlog_attr_enum(writer, "fps_WindingRule", &ORVLOG_WINDING, shape->fps_WindingRule);
-    enter_shape(writer, &shape->fps_Shape);
-    leave_shape(writer, "GSH_FilledPathShape");
+    const ORVLOG_Content content(writer, "GSH_FilledPathShape");
+    dump_GSH_Shape(writer, &shape->fps_Shape);
 }
 
 void dump_stroked_path(ORVLOG_Writer* writer, const GSH_StrokedPathShape* shape)
 {
     orvlog_writer_begin_element(writer, "GSH_StrokedPathShape");
     orvlog_attr_enum(writer, "sps_WindingRule", &ORVLOG_WINDING, shape->sps_WindingRule);
-    enter_shape(writer, &shape->sps_Shape);
+    const ORVLOG_Content content(writer, "GSH_StrokedPathShape");
+    dump_GSH_Shape(writer, &shape->sps_Shape);
     dump_GPA_PathStrokingParams(writer, &shape->sps_StrokingParams);
-    leave_shape(writer, "GSH_StrokedPathShape");
 }
 
 void dump_image_rect(ORVLOG_Writer* writer, const GSH_ImageRectShape* shape)
@@ -84,19 +42,19 @@ void dump_image_rect(ORVLOG_Writer* writer, const GSH_ImageRectShape* shape)
     // Height ahead of width, against their storage; readers of the log rely on it.
     orvlog_attr_uint(writer, "irs_ImageHeight", shape->irs_ImageHeight);
     orvlog_attr_uint(writer, "irs_ImageWidth", shape->irs_ImageWidth);
-    enter_shape(writer, &shape->irs_Shape);
-    leave_shape(writer, "GSH_ImageRectShape");
+    const ORVLOG_Content content(writer, "GSH_ImageRectShape");
+    dump_GSH_Shape(writer, &shape->irs_Shape);
 }
 
 void dump_multi_rect(ORVLOG_Writer* writer, const GSH_MultiRectShape* shape)
 {
     orvlog_writer_begin_element(writer, "GSH_MultiRectShape");
     orvlog_attr_uint(writer, "mrs_RectCount", shape->mrs_RectCount);
-    enter_shape(writer, &shape->mrs_Shape);
+    const ORVLOG_Content content(writer, "GSH_MultiRectShape");
+    dump_GSH_Shape(writer, &shape->mrs_Shape);
     const GGO_BoxInt* rects = shape->mrs_Rect;
     for (uint32_t i = 0; i < shape->mrs_RectCount; ++i)
         dump_GGO_BoxInt(writer, rects + i);
-    leave_shape(writer, "GSH_MultiRectShape");
 }
 
 void dump_limits(ORVLOG_Writer* writer, const GSH_XLimits* limits)
@@ -104,8 +62,7 @@ void dump_limits(ORVLOG_Writer* writer, const GSH_XLimits* limits)
     orvlog_writer_begin_element(writer, "GSH_XLimits");
     orvlog_attr_int(writer, "xl_StartX", limits->xl_StartX);
     orvlog_attr_int(writer, "xl_StopX", limits->xl_StopX);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_close_element(writer, "GSH_XLimits");
+    orvlog_writer_end_empty(writer, "GSH_XLimits");
 }
 
 void dump_scanline(ORVLOG_Writer* writer, const GSH_ScanlineShape* shape)
@@ -114,20 +71,20 @@ void dump_scanline(ORVLOG_Writer* writer, const GSH_ScanlineShape* shape)
     ggo_attr_box_int(writer, "ss_BoundingBox", &shape->ss_BoundingBox);
     orvlog_attr_int(writer, "ss_StartY", shape->ss_StartY);
     orvlog_attr_uint(writer, "ss_Height", shape->ss_Height);
-    enter_shape(writer, &shape->ss_Shape);
+    const ORVLOG_Content content(writer, "GSH_ScanlineShape");
+    dump_GSH_Shape(writer, &shape->ss_Shape);
     const GSH_XLimits* rows = shape->ss_XLimits;
     for (uint32_t i = 0; i < shape->ss_Height; ++i)
         dump_limits(writer, rows + i);
-    leave_shape(writer, "GSH_ScanlineShape");
 }
 
 void dump_stroked_glyphs(ORVLOG_Writer* writer, const GSH_StrokedGlyphShape* shape)
 {
     orvlog_writer_begin_element(writer, "GSH_StrokedGlyphShape");
     ggo_attr_matrix(writer, "sgs_StrokingTransform", &shape->sgs_StrokingTransform);
-    enter_shape(writer, &shape->sgs_Shape);
+    const ORVLOG_Content content(writer, "GSH_StrokedGlyphShape");
+    dump_GSH_Shape(writer, &shape->sgs_Shape);
     dump_GPA_PathStrokingParams(writer, &shape->sgs_StrokingParams);
-    leave_shape(writer, "GSH_StrokedGlyphShape");
 }
 
 void dump_glyph_member(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
@@ -142,12 +99,9 @@ void dump_glyph_member(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
         orvlog_attr_uint(writer, "orvlog_font_spec_id", ids.font_spec_id);
         orvlog_attr_uint(writer, "orvlog_string_desc_id", ids.string_desc_id);
     }
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Content content(writer, "GSH_ShapePointer.sp_U.glyph");
     dump_GFI_FontSpecPointer(writer, font_spec);
     dump_GFI_StringDescPointer(writer, string_desc);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GSH_ShapePointer.sp_U.glyph");
 }
 
 void dump_union(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
@@ -164,6 +118,14 @@ void dump_union(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
     default:
         return;
     }
+}
+
+void dump_header(ORVLOG_Writer* writer, const GSH_Shape* shape)
+{
+    const ORVLOG_Member member(writer, "GSH_ShapePointer", "sp_HeaderPtr");
+    dump_shape_header(writer, shape);
+    if (shape == nullptr)
+        orvlog_writer_warn(writer, "GSH_ShapePointer without a shape.");
 }
 
 // How many different lists a chain holds; `loops` says that its last one leads back into it. A pointer that waits
@@ -200,18 +162,20 @@ void open_list(ORVLOG_Session* session, const GSH_ShapeList* list)
 {
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, "GSH_ShapeList");
-    orvlog_attr_flags(writer, "sl_Hints", &kListHints, list->sl_Hints);
+    orvlog_attr_flags(writer, "sl_Hints", &ORVLOG_SHAPE_LIST_HINTS, list->sl_Hints);
     orvlog_attr_bool(writer, "sl_ClipIn", list->sl_ClipIn);
     orvlog_attr_uint(writer, "sl_UniqueId", list->sl_UniqueId);
-    orvlog_writer_end_tag(writer);
-    orvlog_writer_depth_up(writer);
+    orvlog_writer_enter(writer);
     dump_shape_member(session, "GSH_ShapeList", "sl_Shape", &list->sl_Shape);
 }
 
-void close_list(ORVLOG_Writer* writer)
+void dump_pointer(ORVLOG_Session* session, const GSH_ShapePointer* pointer)
 {
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GSH_ShapeList");
+    ORVLOG_Writer* writer = &session->writer;
+    const ORVLOG_Element element(writer, "GSH_ShapePointer");
+    dump_header(writer, pointer->sp_HeaderPtr);
+    if (pointer->sp_HeaderPtr != nullptr)
+        dump_union(session, pointer);
 }
 
 }  // namespace
@@ -221,8 +185,8 @@ void dump_GSH_Shape(ORVLOG_Writer* writer, const GSH_Shape* shape)
     if (shape == nullptr)
         return;
     orvlog_writer_begin_element(writer, "GSH_Shape");
-    orvlog_attr_enum(writer, "sh_ShapeType", &kShapeType, shape->sh_ShapeType);
-    orvlog_attr_flags(writer, "sh_Hints", &kShapeHints, shape->sh_Hints);
+    orvlog_attr_enum(writer, "sh_ShapeType", &ORVLOG_SHAPE_TYPE, shape->sh_ShapeType);
+    orvlog_attr_flags(writer, "sh_Hints", &ORVLOG_SHAPE_HINTS, shape->sh_Hints);
     ggo_attr_matrix(writer, "sh_Transform", &shape->sh_Transform);
     orvlog_writer_self_close(writer);
 }
@@ -256,20 +220,7 @@ void dump_GSH_ShapePointer(ORVLOG_Session* session, const GSH_ShapePointer* poin
 {
     if (pointer == nullptr)
         return;
-    ORVLOG_Writer* writer = &session->writer;
-    orvlog_writer_open_element(writer, "GSH_ShapePointer");
-    orvlog_writer_depth_up(writer);
-    orvlog_writer_open_member(writer, "GSH_ShapePointer", "sp_HeaderPtr");
-    orvlog_writer_depth_up(writer);
-    dump_shape_header(writer, pointer->sp_HeaderPtr);
-    if (pointer->sp_HeaderPtr == nullptr)
-        warn(session, "GSH_ShapePointer without a shape.");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, "GSH_ShapePointer", "sp_HeaderPtr");
-    if (pointer->sp_HeaderPtr != nullptr)
-        dump_union(session, pointer);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_element(writer, "GSH_ShapePointer");
+    dump_pointer(session, pointer);
     capture_shape_glyphs(session, pointer);
 }
 
@@ -285,21 +236,19 @@ void dump_GSH_ShapeList(ORVLOG_Session* session, const GSH_ShapeList* list)
     for (uint64_t level = 1; level < levels; ++level)
     {
         list = list->sl_Collection;
-        orvlog_writer_open_element(writer, "GSH_ShapeListCollection");
-        orvlog_writer_depth_up(writer);
+        orvlog_writer_enter_element(writer, "GSH_ShapeListCollection");
         open_list(session, list);
     }
     if (levels < nested)
-        warn(session, "GSH_ShapeListCollection nested too deep.");
+        orvlog_writer_warn(writer, "GSH_ShapeListCollection nested too deep.");
     else if (loops)
-        warn(session, "GSH_ShapeListCollection leads back to itself.");
+        orvlog_writer_warn(writer, "GSH_ShapeListCollection leads back to itself.");
     for (uint64_t level = 1; level < levels; ++level)
     {
-        close_list(writer);
-        orvlog_writer_depth_down(writer);
-        orvlog_writer_close_element(writer, "GSH_ShapeListCollection");
+        orvlog_writer_leave_element(writer, "GSH_ShapeList");
+        orvlog_writer_leave_element(writer, "GSH_ShapeListCollection");
     }
-    close_list(writer);
+    orvlog_writer_leave_element(writer, "GSH_ShapeList");
 }
 
 void dump_shape_member(ORVLOG_Session* session, const char* owner, const char* member, const GSH_ShapePointer* shape)
@@ -307,11 +256,8 @@ void dump_shape_member(ORVLOG_Session* session, const char* owner, const char* m
     if (shape == nullptr)
         return;
     ORVLOG_Writer* writer = &session->writer;
-    orvlog_writer_open_member(writer, owner, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, owner, member);
     dump_GSH_ShapePointer(session, shape);
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, owner, member);
 }
 
 void dump_shape_list_member(ORVLOG_Session* session, const char* owner, const char* member, const GSH_ShapeList* list)
@@ -321,12 +267,9 @@ void dump_shape_list_member(ORVLOG_Session* session, const char* owner, const ch
     ORVLOG_Writer* writer = &session->writer;
     bool loops = false;
     const uint64_t count = count_chain(list, &GSH_ShapeList::sl_Next, &loops);
-    orvlog_writer_open_member(writer, owner, member);
-    orvlog_writer_depth_up(writer);
+    const ORVLOG_Member inside(writer, owner, member);
     for (uint64_t i = 0; i < count; ++i, list = list->sl_Next)
         dump_GSH_ShapeList(session, list);
     if (loops)
-        warn(session, "GSH_ShapeList leads back to itself.");
-    orvlog_writer_depth_down(writer);
-    orvlog_writer_close_member(writer, owner, member);
+        orvlog_writer_warn(writer, "GSH_ShapeList leads back to itself.");
 }

@@ -1,5 +1,7 @@
 #include "orvlog/session/orvlog-font-ids.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <cstdint>
 
 namespace
@@ -74,7 +76,7 @@ uint32_t orvlog_font_ids_take(ORVLOG_Session* session, const GFI_FontSpecPointer
     GMM_Allocator* allocator = session->side_allocator;
     if (allocator == nullptr)
         return 0;
-    auto* pair = static_cast<font_id_pair*>(allocator->gmm_Alloc(allocator, sizeof(font_id_pair), 0));
+    auto* pair = gmm_alloc_record<font_id_pair>(allocator);
     if (pair == nullptr)
         return 0;
     *ids = {*font != nullptr ? (*font)->font_spec_id : session->next_font_spec_id++,

@@ -1,6 +1,7 @@
 #include "orvlog/session/orvlog-frames.h"
 
 #include "holv-core/ggo/ggo-geometry.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstring>
 
@@ -30,7 +31,7 @@ uint32_t retain_and_query(const ORVLOG_TicketFunctions* functions, void* ticket,
 ORVLOG_ColourFrame* push_frame(ORVLOG_Session* session, void* ticket, const TicketBlocks* blocks, uint32_t retained)
 {
     GMM_Allocator* allocator = session->side_allocator;
-    auto* frame = static_cast<ORVLOG_ColourFrame*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_ColourFrame), 0));
+    auto* frame = gmm_alloc_record<ORVLOG_ColourFrame>(allocator);
     if (frame == nullptr)
         return nullptr;
     frame->next = session->colour_frames;
@@ -71,7 +72,7 @@ void free_frames(const ORVLOG_Session* session, ORVLOG_ColourFrame* frames)
 ORVLOG_GroupFrame* orvlog_push_group_frame(ORVLOG_DrawingContext* drawing)
 {
     GMM_Allocator* allocator = drawing->session->side_allocator;
-    auto* frame = static_cast<ORVLOG_GroupFrame*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_GroupFrame), 0));
+    auto* frame = gmm_alloc_record<ORVLOG_GroupFrame>(allocator);
     if (frame == nullptr)
     {
         ++*frameless_groups(drawing);

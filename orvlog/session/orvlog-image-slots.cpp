@@ -1,5 +1,7 @@
 #include "orvlog/session/orvlog-image-slots.h"
 
+#include "holv-core/gmm/gmm-typed.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -56,8 +58,7 @@ const void* context_of(const GOP_OperandImagePointer* record)
 void add_block(ORVLOG_ImageSlots* slots)
 {
     GMM_Allocator* allocator = slots->allocator;
-    auto* block =
-        static_cast<ORVLOG_ImageSlotBlock*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_ImageSlotBlock), 0));
+    auto* block = gmm_alloc_record<ORVLOG_ImageSlotBlock>(allocator);
     if (block == nullptr)
         return;
     std::memset(block, 0, sizeof *block);

@@ -1,6 +1,7 @@
 #include "orvlog/session/orvlog-session.h"
 
 #include "holv-core/gio/gio-file.h"
+#include "holv-core/gmm/gmm-typed.h"
 
 #include <cstring>
 
@@ -27,7 +28,7 @@ template <typename Record> Record* find_live(Record* list, const void* record)
 constexpr ORVLOG_Session on_standard_output()
 {
     ORVLOG_Session session = {};
-    session.writer.stream = &gio_standard_output;
+    session.writer = orvlog_writer_without_warnings(&gio_standard_output);
     return session;
 }
 
@@ -71,11 +72,16 @@ bool orvlog_session_is_base(const ORVLOG_Session* session)
     return session->logging_mode == ORVLOG_MODE_BASE;
 }
 
+void orvlog_choose_mode(ORVLOG_Session* session, uint32_t mode)
+{
+    session->logging_mode = mode;
+    session->image.image_logging_mode = mode;
+}
+
 ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session)
 {
     GMM_Allocator* allocator = session->allocator;
-    auto* document =
-        static_cast<ORVLOG_DocumentContext*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_DocumentContext), 0));
+    auto* document = gmm_alloc_record<ORVLOG_DocumentContext>(allocator);
     if (document == nullptr)
         return nullptr;
     *document = {session, nullptr, session->next_document_context++, session->live_documents};
@@ -93,8 +99,7 @@ void orvlog_close_document(ORVLOG_DocumentContext* document)
 ORVLOG_DrawingContext* orvlog_open_drawing(ORVLOG_Session* session, void* error_context)
 {
     GMM_Allocator* allocator = session->side_allocator;
-    auto* drawing =
-        static_cast<ORVLOG_DrawingContext*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_DrawingContext), 0));
+    auto* drawing = gmm_alloc_record<ORVLOG_DrawingContext>(allocator);
     if (drawing == nullptr)
         return nullptr;
     std::memset(drawing, 0, sizeof *drawing);
@@ -127,8 +132,7 @@ ORVLOG_DrawingContext* orvlog_find_drawing(const ORVLOG_Session* session, const 
 bool orvlog_resource_map_add(ORVLOG_Session* session, uint32_t resource_id, uint32_t renderer_resource_id)
 {
     GMM_Allocator* allocator = session->side_allocator;
-    auto* entry =
-        static_cast<ORVLOG_ResourceMapEntry*>(allocator->gmm_Alloc(allocator, sizeof(ORVLOG_ResourceMapEntry), 0));
+    auto* entry = gmm_alloc_record<ORVLOG_ResourceMapEntry>(allocator);
     if (entry == nullptr)
         return false;
     *entry = {session->resource_map, resource_id, renderer_resource_id};

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "orvlog/interface/orvlog.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "orvlog/log/orvlog-writer.h"
 #include "orvlog/session/orvlog-image-slots.h"
 
@@ -15,13 +15,6 @@ struct ORVLOG_DocumentContext;
 struct ORVLOG_DrawingContext;
 struct ORVLOG_GroupFrame;
 struct ORVLOG_TicketEntry;
-
-// Values of logging_mode. Anything but base counts as transparent.
-enum : uint32_t
-{
-    ORVLOG_MODE_TRANSPARENT = 0,
-    ORVLOG_MODE_BASE = 1
-};
 
 // What image records look at. The session holds these words in this order, and images read them through a
 // pointer to the first.
@@ -90,8 +83,8 @@ struct ORVLOG_Session
     GGO_Point glyph_end_point;  // pen position behind a text object, in the coordinates of the drawing
     ORVLOG_ResourceMapEntry* resource_map;
     const ORVLOG_IdentitySource* identity_pointer;
-    uint16_t group_depth;  // group frames of all drawings
-    uint32_t logging_mode;
+    uint16_t group_depth;   // group frames of all drawings
+    uint32_t logging_mode;  // ORVLOG_MODE_*
     uint32_t next_document_context;
     ORVLOG_ImageParams image;
     uint32_t image_sequence[2];  // side file number, image id; each replaced image raises both by 10
@@ -167,6 +160,8 @@ void orvlog_session_clear_scratch(ORVLOG_Session* session);
 bool orvlog_drawing_is_logged(const ORVLOG_DrawingContext* drawing);
 
 bool orvlog_session_is_base(const ORVLOG_Session* session);
+// ORVLOG_MODE_*: for images and all else.
+void orvlog_choose_mode(ORVLOG_Session* session, uint32_t mode);
 
 // Opens a record and links it to the session; null without memory. Closing unlinks and frees it.
 ORVLOG_DocumentContext* orvlog_open_document(ORVLOG_Session* session);

@@ -1,9 +1,10 @@
+#include "reader/records/record-parts.h"
 #include "reader/records/records.h"
-
 #include "reader/tree/values.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace orvlog::reader
 {
@@ -19,10 +20,26 @@ size_t count_children(const Element* element)
     return count;
 }
 
+GGO_Vector straight_segment(const Element& element)
+{
+    return {read_double(element, "gvf_X"), read_double(element, "gvf_Y")};
+}
+
 GPA_BezierSegment bezier_segment(const Element& element)
 {
     return {read_vector(element, "bs_StartTangent"), read_vector(element, "bs_EndTangent"),
             read_vector(element, "bs_EndPoint")};
+}
+
+GPA_QuadBezierSegment quad_bezier_segment(const Element& element)
+{
+    return {read_vector(element, "qs_ControlPoint"), read_vector(element, "qs_EndPoint")};
+}
+
+GPA_StaircaseSegment staircase_segment(const Element& element)
+{
+    return {static_cast<uint8_t>(read_uint(element, "ss_YOffset")),
+            static_cast<int8_t>(read_int(element, "ss_XOffset"))};
 }
 
 GPA_EllipticalSegment elliptical_segment(const Element& element)
@@ -31,14 +48,13 @@ GPA_EllipticalSegment elliptical_segment(const Element& element)
             read_double(element, "es_AngleToXAxis"), read_vector(element, "es_EndPoint")};
 }
 
-// An edge of the type `Edge` with its segments, of which `read` makes each.
-template <typename Edge, typename Segment, typename Read>
-Edge* make_edge(Arena& arena, const Element* member, Segment Edge::*, size_t offset, Read read)
+// An edge of the type `Edge` with its segments, from `offset` on, of which `read` makes each.
+template <typename Edge, auto read> GPA_Edge* make_edge(Arena& arena, const Element* member, size_t offset)
 {
-    using One = std::remove_extent_t<Segment>;
+    using One = decltype(read(std::declval<const Element&>()));
     const size_t count = std::min<size_t>(count_children(member), UINT16_MAX);
-    auto* edge = arena.make<Edge>(count * sizeof(One));
-    auto* bytes = reinterpret_cast<std::byte*>(edge) + offset;
+    auto* head = reinterpret_cast<GPA_Edge*>(arena.make<Edge>(count * sizeof(One)));
+    auto* bytes = reinterpret_cast<std::byte*>(head) + offset;
     size_t left = count;
     for (const Element* child = member != nullptr ? member->first : nullptr; left > 0; child = child->next, --left)
     {
@@ -46,70 +62,48 @@ Edge* make_edge(Arena& arena, const Element* member, Segment Edge::*, size_t off
         std::memcpy(bytes, &segment, sizeof segment);
         bytes += sizeof segment;
     }
-    auto* head = reinterpret_cast<GPA_Edge*>(edge);
     head->ed_SegmentCount = static_cast<uint16_t>(count);
-    return edge;
+    return head;
+}
+
+struct EdgeKind
+{
+    std::string_view element;
+    uint8_t type;
+    std::string_view segments;  // the member that holds them
+    size_t offset;              // of the first one in the record
+    GPA_Edge* (*make)(Arena& arena, const Element* member, size_t offset);
+};
+
+constexpr EdgeKind kKinds[] = {
+    {"GPA_StraightEdge", GPA_EDGE_STRAIGHT, "se_Segment", offsetof(GPA_StraightEdge, se_Segment),
+     make_edge<GPA_StraightEdge, straight_segment>},
+    {"GPA_BezierEdge", GPA_EDGE_BEZIER, "be_BezierSegment", offsetof(GPA_BezierEdge, be_BezierSegment),
+     make_edge<GPA_BezierEdge, bezier_segment>},
+    {"GPA_QuadBezierEdge", GPA_EDGE_QUAD_BEZIER, "qb_QuadBezierSegment",
+     offsetof(GPA_QuadBezierEdge, qb_QuadBezierSegment), make_edge<GPA_QuadBezierEdge, quad_bezier_segment>},
+    {"GPA_StaircaseEdge", GPA_EDGE_STAIRCASE, "sc_Field", offsetof(GPA_StaircaseEdge, sc_Field),
+     make_edge<GPA_StaircaseEdge, staircase_segment>},
+    {"GPA_EllipticalEdge", GPA_EDGE_ELLIPTICAL, "ee_EllipticalSegment",
+     offsetof(GPA_EllipticalEdge, ee_EllipticalSegment), make_edge<GPA_EllipticalEdge, elliptical_segment>},
+};
+
+// Null for an edge of no known kind, or without a head.
+const GPA_Edge* read_edge(Arena& arena, const Element& element)
+{
+    const auto* kind = std::ranges::find(kKinds, element.name, &EdgeKind::element);
+    const Element* told = element.child("GPA_Edge");
+    if (kind == std::end(kKinds) || told == nullptr)
+        return nullptr;
+    GPA_Edge* head = kind->make(arena, element.member(kind->segments), kind->offset);
+    head->ed_EdgeType = kind->type;
+    head->ed_EdgeFlag = static_cast<uint8_t>(read_flags(*told, "ed_EdgeFlag"));
+    if (kind->type == GPA_EDGE_STAIRCASE)
+        reinterpret_cast<GPA_StaircaseEdge*>(head)->sc_YPositive = read_bool(element, "sc_YPositive");
+    return head;
 }
 
 }  // namespace
-
-const GPA_Edge* RecordReader::edge(const Element& element)
-{
-    GPA_Edge* head = nullptr;
-    if (element.name == "GPA_StraightEdge")
-        head = &make_edge(arena_, element.member("se_Segment"), &GPA_StraightEdge::se_Segment,
-                          offsetof(GPA_StraightEdge, se_Segment),
-                          [](const Element& e) {
-                              return GGO_Vector{read_double(e, "gvf_X"), read_double(e, "gvf_Y")};
-                          })
-                    ->se_Edge;
-    else if (element.name == "GPA_BezierEdge")
-        head = &make_edge(arena_, element.member("be_BezierSegment"), &GPA_BezierEdge::be_BezierSegment,
-                          offsetof(GPA_BezierEdge, be_BezierSegment), bezier_segment)
-                    ->be_Edge;
-    else if (element.name == "GPA_QuadBezierEdge")
-        head = &make_edge(
-                    arena_, element.member("qb_QuadBezierSegment"), &GPA_QuadBezierEdge::qb_QuadBezierSegment,
-                    offsetof(GPA_QuadBezierEdge, qb_QuadBezierSegment),
-                    [](const Element& e) {
-                        return GPA_QuadBezierSegment{read_vector(e, "qs_ControlPoint"), read_vector(e, "qs_EndPoint")};
-                    })
-                    ->qb_Edge;
-    else if (element.name == "GPA_StaircaseEdge")
-    {
-        GPA_StaircaseEdge* stairs = make_edge(
-            arena_, element.member("sc_Field"), &GPA_StaircaseEdge::sc_Field, offsetof(GPA_StaircaseEdge, sc_Field),
-            [](const Element& e)
-            {
-                return GPA_StaircaseSegment{static_cast<uint8_t>(read_uint(e, "ss_YOffset")),
-                                            static_cast<int8_t>(read_int(e, "ss_XOffset"))};
-            });
-        stairs->sc_YPositive = read_bool(element, "sc_YPositive");
-        head = &stairs->sc_Edge;
-    }
-    else if (element.name == "GPA_EllipticalEdge")
-        head = &make_edge(arena_, element.member("ee_EllipticalSegment"), &GPA_EllipticalEdge::ee_EllipticalSegment,
-                          offsetof(GPA_EllipticalEdge, ee_EllipticalSegment), elliptical_segment)
-                    ->ee_Edge;
-    const Element* told = element.child("GPA_Edge");
-    if (head == nullptr || told == nullptr)
-    {
-        ++unknown_;
-        return nullptr;
-    }
-    static constexpr struct
-    {
-        std::string_view element;
-        uint8_t type;
-    } kTypes[] = {{"GPA_StraightEdge", GPA_EDGE_STRAIGHT},
-                  {"GPA_BezierEdge", GPA_EDGE_BEZIER},
-                  {"GPA_QuadBezierEdge", GPA_EDGE_QUAD_BEZIER},
-                  {"GPA_StaircaseEdge", GPA_EDGE_STAIRCASE},
-                  {"GPA_EllipticalEdge", GPA_EDGE_ELLIPTICAL}};
-    head->ed_EdgeType = std::ranges::find(kTypes, element.name, [](const auto& type) { return type.element; })->type;
-    head->ed_EdgeFlag = static_cast<uint8_t>(read_flags(*told, "ed_EdgeFlag"));
-    return head;
-}
 
 const GPA_PathPointer* RecordReader::path(const Element* element)
 {
@@ -137,35 +131,17 @@ const GPA_PathPointer* RecordReader::path(const Element* element)
         start[i] = {read_double(*point, "gpf_X"), read_double(*point, "gpf_Y")};
         const Element* member = from->member("ep_Pointer");
         const Element* held = member != nullptr ? member->first : nullptr;
-        to[i] = {held != nullptr ? edge(*held) : nullptr, read_bool(*from, "ep_Owned")};
+        to[i] = {held != nullptr ? read_edge(arena_, *held) : nullptr, read_bool(*from, "ep_Owned")};
+        unknown_ += held != nullptr && to[i].ep_Pointer == nullptr ? 1 : 0;
     }
     return pointer;
-}
-
-void RecordReader::read_stroke(const Element& element, GPA_PathStrokingParams* params, size_t dashes)
-{
-    params->psp_Flags = static_cast<uint16_t>(
-        (read_enum(element, "psp_Flags.S") & 0xF) | (read_enum(element, "psp_Flags.E") & 0xF) << 4 |
-        (read_enum(element, "psp_Flags.J") & 0xF) << 8 | (read_enum(element, "psp_Flags.A") & 0x7) << 12 |
-        read_bool(element, "psp_Flags.Z") << 15);
-    params->psp_DashCount = static_cast<uint16_t>(dashes);
-    params->psp_DashCaps = static_cast<uint8_t>(read_enum(element, "psp_DashCaps"));
-    params->psp_StrokeWidth = read_float(element, "psp_StrokeWidth");
-    params->psp_MiterLimit = read_float(element, "psp_MiterLimit");
-    params->psp_DashStart = read_float(element, "psp_DashStart");
-    const Element* holder = element.child("psp_DashLength");
-    const Element* buffer = holder != nullptr ? holder->child("BufferFloat") : nullptr;
-    if (buffer == nullptr)
-        return;
-    const std::vector<float> lengths = to_floats(buffer->rows);
-    std::copy_n(lengths.begin(), std::min(dashes, lengths.size()), params->psp_DashLength);
 }
 
 const GPA_PathStrokingParams* RecordReader::stroke(const Element* element)
 {
     if (element == nullptr || element->name != "GPA_PathStrokingParams")
         return nullptr;
-    const size_t dashes = read_uint(*element, "psp_DashCount") & UINT16_MAX;
+    const size_t dashes = dash_count(element);
     auto* params = arena_.make<GPA_PathStrokingParams>(dashes * sizeof(float));
     read_stroke(*element, params, dashes);
     return params;

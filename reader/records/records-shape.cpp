@@ -1,5 +1,5 @@
+#include "reader/records/record-parts.h"
 #include "reader/records/records.h"
-
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -12,25 +12,56 @@ namespace
 
 constexpr uint32_t kMostLevels = 1000;
 
-size_t count_named(const Element& element, std::string_view name)
+const GSH_Shape* glyphs(Arena& arena, const Element&, const GSH_Shape& common)
 {
-    size_t count = 0;
-    for (const Element& child : Children(element))
-        count += child.name == name ? 1 : 0;
-    return count;
+    auto* shape = arena.make<GSH_GlyphShape>();
+    shape->gs_Shape = common;
+    return &shape->gs_Shape;
 }
 
-size_t dash_count(const Element* params)
+const GSH_Shape* filled_path(Arena& arena, const Element& element, const GSH_Shape& common)
 {
-    return params != nullptr ? read_uint(*params, "psp_DashCount") & UINT16_MAX : 0;
+    auto* shape = arena.make<GSH_FilledPathShape>();
+    shape->fps_Shape = common;
+    shape->fps_WindingRule = read_enum(element, "fps_WindingRule");
+    return &shape->fps_Shape;
 }
 
-}  // namespace
+const GSH_Shape* stroked_path(Arena& arena, const Element& element, const GSH_Shape& common)
+{
+    const Element* params = element.child("GPA_PathStrokingParams");
+    auto* shape = arena.make<GSH_StrokedPathShape>(dash_count(params) * sizeof(float));
+    shape->sps_Shape = common;
+    shape->sps_WindingRule = read_enum(element, "sps_WindingRule");
+    if (params != nullptr)
+        read_stroke(*params, &shape->sps_StrokingParams, dash_count(params));
+    return &shape->sps_Shape;
+}
 
-const GSH_Shape* RecordReader::multi_rect(const Element& element, const GSH_Shape& common)
+const GSH_Shape* stroked_glyphs(Arena& arena, const Element& element, const GSH_Shape& common)
+{
+    const Element* params = element.child("GPA_PathStrokingParams");
+    auto* shape = arena.make<GSH_StrokedGlyphShape>(dash_count(params) * sizeof(float));
+    shape->sgs_Shape = common;
+    shape->sgs_StrokingTransform = read_matrix(element, "sgs_StrokingTransform");
+    if (params != nullptr)
+        read_stroke(*params, &shape->sgs_StrokingParams, dash_count(params));
+    return &shape->sgs_Shape;
+}
+
+const GSH_Shape* image_rect(Arena& arena, const Element& element, const GSH_Shape& common)
+{
+    auto* shape = arena.make<GSH_ImageRectShape>();
+    shape->irs_Shape = common;
+    shape->irs_ImageWidth = read_uint(element, "irs_ImageWidth");
+    shape->irs_ImageHeight = read_uint(element, "irs_ImageHeight");
+    return &shape->irs_Shape;
+}
+
+const GSH_Shape* multi_rect(Arena& arena, const Element& element, const GSH_Shape& common)
 {
     const size_t count = count_named(element, "GGO_BoxInt");
-    auto* shape = arena_.make<GSH_MultiRectShape>(count * sizeof(GGO_BoxInt));
+    auto* shape = arena.make<GSH_MultiRectShape>(count * sizeof(GGO_BoxInt));
     shape->mrs_Shape = common;
     shape->mrs_RectCount = static_cast<uint32_t>(count);
     GGO_BoxInt* to = shape->mrs_Rect;
@@ -43,10 +74,10 @@ const GSH_Shape* RecordReader::multi_rect(const Element& element, const GSH_Shap
     return &shape->mrs_Shape;
 }
 
-const GSH_Shape* RecordReader::scanline(const Element& element, const GSH_Shape& common)
+const GSH_Shape* scanline(Arena& arena, const Element& element, const GSH_Shape& common)
 {
     const size_t count = count_named(element, "GSH_XLimits");
-    auto* shape = arena_.make<GSH_ScanlineShape>(count * sizeof(GSH_XLimits));
+    auto* shape = arena.make<GSH_ScanlineShape>(count * sizeof(GSH_XLimits));
     shape->ss_Shape = common;
     std::vector<double> corners = to_doubles(element.value("ss_BoundingBox"));
     corners.resize(4);
@@ -64,8 +95,25 @@ const GSH_Shape* RecordReader::scanline(const Element& element, const GSH_Shape&
     return &shape->ss_Shape;
 }
 
-// The shape behind a header, from the element of its kind.
-const GSH_Shape* RecordReader::shape_head(const Element& element)
+struct ShapeKind
+{
+    std::string_view element;
+    uint16_t type;
+    const GSH_Shape* (*make)(Arena& arena, const Element& element, const GSH_Shape& common);
+};
+
+constexpr ShapeKind kKinds[] = {
+    {"GSH_GlyphShape", GSH_SHAPE_GLYPHS, glyphs},
+    {"GSH_FilledPathShape", GSH_SHAPE_FILL, filled_path},
+    {"GSH_StrokedPathShape", GSH_SHAPE_STROKE, stroked_path},
+    {"GSH_ImageRectShape", GSH_SHAPE_IMAGE_RECT, image_rect},
+    {"GSH_MultiRectShape", GSH_SHAPE_MULTI_RECT, multi_rect},
+    {"GSH_ScanlineShape", GSH_SHAPE_SCANLINE, scanline},
+    {"GSH_StrokedGlyphShape", GSH_SHAPE_STROKE_GLYPHS, stroked_glyphs},
+};
+
+// The shape behind a header, from the element of its kind. Null without a head, or one that tells another kind.
+const GSH_Shape* shape_head(Arena& arena, const Element& element)
 {
     const Element* head = element.child("GSH_Shape");
     if (head == nullptr)
@@ -74,55 +122,12 @@ const GSH_Shape* RecordReader::shape_head(const Element& element)
     common.sh_ShapeType = static_cast<uint16_t>(read_enum(*head, "sh_ShapeType"));
     common.sh_Hints = static_cast<uint16_t>(read_flags(*head, "sh_Hints"));
     common.sh_Transform = read_matrix(*head, "sh_Transform");
-    const Element* params = element.child("GPA_PathStrokingParams");
-    const size_t dashes = dash_count(params);
-    const auto is = [&](std::string_view name, uint16_t type)
-    { return element.name == name && common.sh_ShapeType == type; };
-    if (is("GSH_GlyphShape", GSH_SHAPE_GLYPHS))
-    {
-        auto* shape = arena_.make<GSH_GlyphShape>();
-        shape->gs_Shape = common;
-        return &shape->gs_Shape;
-    }
-    if (is("GSH_FilledPathShape", GSH_SHAPE_FILL))
-    {
-        auto* shape = arena_.make<GSH_FilledPathShape>();
-        shape->fps_Shape = common;
-        shape->fps_WindingRule = read_enum(element, "fps_WindingRule");
-        return &shape->fps_Shape;
-    }
-    if (is("GSH_StrokedPathShape", GSH_SHAPE_STROKE))
-    {
-        auto* shape = arena_.make<GSH_StrokedPathShape>(dashes * sizeof(float));
-        shape->sps_Shape = common;
-        shape->sps_WindingRule = read_enum(element, "sps_WindingRule");
-        if (params != nullptr)
-            read_stroke(*params, &shape->sps_StrokingParams, dashes);
-        return &shape->sps_Shape;
-    }
-    if (is("GSH_ImageRectShape", GSH_SHAPE_IMAGE_RECT))
-    {
-        auto* shape = arena_.make<GSH_ImageRectShape>();
-        shape->irs_Shape = common;
-        shape->irs_ImageWidth = read_uint(element, "irs_ImageWidth");
-        shape->irs_ImageHeight = read_uint(element, "irs_ImageHeight");
-        return &shape->irs_Shape;
-    }
-    if (is("GSH_MultiRectShape", GSH_SHAPE_MULTI_RECT))
-        return multi_rect(element, common);
-    if (is("GSH_ScanlineShape", GSH_SHAPE_SCANLINE))
-        return scanline(element, common);
-    if (is("GSH_StrokedGlyphShape", GSH_SHAPE_STROKE_GLYPHS))
-    {
-        auto* shape = arena_.make<GSH_StrokedGlyphShape>(dashes * sizeof(float));
-        shape->sgs_Shape = common;
-        shape->sgs_StrokingTransform = read_matrix(element, "sgs_StrokingTransform");
-        if (params != nullptr)
-            read_stroke(*params, &shape->sgs_StrokingParams, dashes);
-        return &shape->sgs_Shape;
-    }
-    return nullptr;
+    const auto* kind = std::ranges::find(kKinds, element.name, &ShapeKind::element);
+    const bool known = kind != std::end(kKinds) && kind->type == common.sh_ShapeType;
+    return known ? kind->make(arena, element, common) : nullptr;
 }
+
+}  // namespace
 
 void RecordReader::read_glyph_shape(const Element& element, GSH_ShapePointer* shape)
 {
@@ -148,7 +153,7 @@ bool RecordReader::read_shape(const Element& element, GSH_ShapePointer* shape)
 {
     const Element* member = element.member("sp_HeaderPtr");
     const Element* inside = member != nullptr ? member->first : nullptr;
-    const GSH_Shape* head = inside != nullptr ? shape_head(*inside) : nullptr;
+    const GSH_Shape* head = inside != nullptr ? shape_head(arena_, *inside) : nullptr;
     if (head == nullptr)
     {
         ++unknown_;

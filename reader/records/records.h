@@ -6,17 +6,14 @@
 
 #pragma once
 
-#include "holv-core/gio/gio-stream.h"
 #include "orvlog/interface/orvlog.h"
+#include "reader/records/colour-spaces.h"
 #include "reader/tree/element.h"
 
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
-#include <span>
 #include <string_view>
-#include <vector>
 
 namespace orvlog::reader
 {
@@ -24,7 +21,7 @@ namespace orvlog::reader
 class RecordReader
 {
 public:
-    explicit RecordReader(Arena& arena) : arena_(arena) {}
+    explicit RecordReader(Arena& arena) : arena_(arena), colour_spaces_(arena) {}
     RecordReader(const RecordReader&) = delete;
     RecordReader& operator=(const RecordReader&) = delete;
 
@@ -70,40 +67,12 @@ public:
     }
 
 private:
-    const GPA_Edge* edge(const Element& element);
-    const GSH_Shape* shape_head(const Element& element);
-    const GSH_Shape* multi_rect(const Element& element, const GSH_Shape& common);
-    const GSH_Shape* scanline(const Element& element, const GSH_Shape& common);
     bool read_shape(const Element& element, GSH_ShapePointer* shape);
     void read_glyph_shape(const Element& element, GSH_ShapePointer* shape);
     const GSH_ShapeList* shape_list(const Element& element, uint32_t levels);
-    static void read_stroke(const Element& element, GPA_PathStrokingParams* params, size_t dashes);
-    static void read_color(const Element& element, GBC_Color* color);
-    static void read_head(const Element& element, GOP_Operand* head);
-    void read_pointer(const Element& element, GOP_OperandPointer* pointer);
-    GOP_OperandPointer* flat(const Element& element);
-    GOP_OperandPointer* gradient_2pt(const Element& element);
-    GOP_OperandPointer* gradient_3pt(const Element& element);
-    GOP_OperandPointer* gradient_multistop(const Element& element);
-    GOP_OperandPointer* gradient_radial(const Element& element);
-    void read_stops(const Element* member, const GOP_GradStop** stops, size_t count);
-    void read_csd(const Element& element, GCM_CsdPointer* csd, uint32_t levels);
-    const GCM_Csd* csd_head(const Element& element, bool callback);
-    const GCM_CieLutsPointer* cie_luts(const Element& element);
-    const GCM_PostRenderLut* post_render_lut(const Element& element, uint8_t base_channels);
-    GIO_Stream* profile_stream(const Element& element);
-    GIO_Stream* make_stream(std::span<uint8_t> bytes);
-    const float* float_table(const Element* holder, size_t count);
-    const uint8_t* padded(std::span<const uint8_t> told, uint64_t size);
-    const char* text(std::string_view value);
-
-    struct CloseStream
-    {
-        void operator()(GIO_Stream* stream) const;
-    };
 
     Arena& arena_;
-    std::vector<std::unique_ptr<GIO_Stream, CloseStream>> streams_;
+    ColourSpaceReader colour_spaces_;
     std::map<uint32_t, const GFI_FontSpecPointer*> font_specs_;
     std::map<uint32_t, const GFI_StringDescPointer*> strings_;
     uint64_t unknown_ = 0;

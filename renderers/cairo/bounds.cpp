@@ -75,6 +75,8 @@ void add_nodes(const Nodes& nodes, const cairo_matrix_t& matrix, Extent& extent)
 
 void add_node(const Paint& paint, const cairo_matrix_t& matrix, Extent& extent)
 {
+    if (paint.left_out)
+        return;
     if (paint.shape.everything)
     {
         const auto* image = std::get_if<ImageBrush>(&paint.brush);

@@ -218,8 +218,11 @@ Brush read_image(GOP_OperandImagePointer* record, BrushUse use, const BrushConte
 {
     auto image = std::make_shared<Image>();
     image->pixels_to_content = identity();
-    if (context.kept == nullptr || !context.kept->keep(record, use, context.object_type, image))
-        pull_image(record, use, context.object_type, context.spaces, context.complaints, *image);
+    if (context.kept != nullptr && context.kept->keep(record, use, context.object_type, image))
+        return ImageBrush{image};
+    pull_image(record, use, context.object_type, context.spaces, context.complaints, context.window, *image);
+    if (context.store != nullptr)
+        context.store->put_away(*image);
     return ImageBrush{image};
 }
 
@@ -284,14 +287,26 @@ cairo_operator_t cairo_operator_of(const GOP_Operator& op, Complaints& complaint
     }
 }
 
-void name_what_is_lost(const GOP_Operator& op, Complaints& complaints)
+void name_what_is_lost(const GOP_Operator& op, cairo_operator_t cairo_operator, Complaints& complaints)
 {
     if (op.op_TransparencyType != GOP_TRANS_NONE)
         complaints.say_once("transparency types of operators are not looked at");
-    if ((op.op_TransparencyFlags & GOP_TRANS_FLAG_ALPHA_IS_SHAPE) != 0)
+    if ((op.op_TransparencyFlags & GOP_TRANS_FLAG_ALPHA_IS_SHAPE) != 0 && cairo_operator != CAIRO_OPERATOR_OVER)
         complaints.say_once("alpha that is shape is painted as opacity");
     if (op.op_BitmapTransferFn != nullptr || op.op_ColorTransferFn != nullptr)
         complaints.say_once("transfer functions of operators are not called");
+}
+
+// A mask of single bits says where there is something, not how much of it.
+bool is_stencil(const GOP_OperandPointer& operand)
+{
+    const GOP_Operand* head = operand.op_Operand;
+    if (head == nullptr || head->go_OpType != GOP_OPERAND_IMAGE || head->go_Count != GNC_BMP_DEPTH_1 ||
+        head->go_ColorSpaceFamily != GCM_CSF_GRAY)
+        return false;
+    const void* record = head;
+    const uint32_t more = GOP_OP_FLAGS_HAS_ALPHA | GOP_OP_FLAGS_HAS_CONSTANT_ALPHA | GOP_OP_FLAGS_IS_INDEXED_COLOR;
+    return (static_cast<const GOP_OperandImage*>(record)->im_Flags & more) == 0;
 }
 
 }  // namespace
@@ -305,12 +320,13 @@ bool KeptImages::keep(GOP_OperandImagePointer* record, BrushUse use, uint32_t ob
     return true;
 }
 
-void KeptImages::pull_all(ColourSpaces& spaces, Complaints& complaints)
+void KeptImages::pull_all(ColourSpaces& spaces, Complaints& complaints, ImageStore& store)
 {
     for (const Kept& kept : kept_)
     {
-        pull_image(kept.record, kept.use, kept.object_type, spaces, complaints, *kept.image);
+        pull_image(kept.record, kept.use, kept.object_type, spaces, complaints, nullptr, *kept.image);
         release_image(kept.record);
+        store.put_away(*kept.image);
     }
     kept_.clear();
 }
@@ -353,14 +369,17 @@ bool read_operator(const GOP_Operator* op, GOP_OperandPointer* operand2, const B
     compose = Compose{};
     if (op == nullptr)
         return true;
-    name_what_is_lost(*op, context.complaints);
     compose.op = cairo_operator_of(*op, context.complaints);
+    name_what_is_lost(*op, compose.op, context.complaints);
+    const bool alpha_is_shape = (op->op_TransparencyFlags & GOP_TRANS_FLAG_ALPHA_IS_SHAPE) != 0;
+    compose.alpha_is_shape = alpha_is_shape && compose.op == CAIRO_OPERATOR_OVER;
     if (op->op_MaskMode == GOP_ATTRIBUTE_MASK || op->op_MaskMode > GOP_ATTRIBUTE_MASK)
         context.complaints.say_once("attribute masks are not applied");
     else if (op->op_MaskMode != GOP_MASK_NONE && operand2 != nullptr)
     {
         compose.mask = read_brush(operand2, BrushUse::mask, context);
         compose.mask_mode = op->op_MaskMode == GOP_MASK_IN ? MaskMode::in : MaskMode::out;
+        compose.mask_is_shape = alpha_is_shape || is_stencil(*operand2);
     }
     return compose.op != CAIRO_OPERATOR_DEST;
 }

@@ -7,6 +7,7 @@
 #include "renderers/cairo/colour.h"
 #include "renderers/cairo/complaints.h"
 #include "renderers/cairo/image-reader.h"
+#include "renderers/cairo/image-store.h"
 #include "renderers/cairo/scene.h"
 
 #include <memory>
@@ -22,7 +23,7 @@ public:
     // Takes the image if it can be kept.
     bool keep(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, const std::shared_ptr<Image>& image);
     // Pulls every image, in the order in which they were kept, and releases it.
-    void pull_all(ColourSpaces& spaces, Complaints& complaints);
+    void pull_all(ColourSpaces& spaces, Complaints& complaints, ImageStore& store);
     void release_all();
 
 private:
@@ -42,6 +43,8 @@ struct BrushContext
     Complaints& complaints;
     KeptImages* kept;  // null: pull all images at once
     uint32_t object_type;
+    const Window* window = nullptr;  // of what is painted at once; null: all of an image is wanted
+    ImageStore* store = nullptr;     // where images wait; null: they are painted at once
 };
 
 // Nothing for a null operand.

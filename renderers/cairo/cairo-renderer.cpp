@@ -55,6 +55,7 @@ public:
     Options options_;
     Complaints complaints_;
     ColourSpaces spaces_;
+    ImageStore images_;
     Resources resources_;
     ORV_Interface table_{};
     std::list<Document> documents_;
@@ -71,6 +72,8 @@ private:
     void close(Open& open);
     bool finish_page(Open& open);
     bool in_bands(const Page& page) const;
+    bool is_unwatched(const Page& page, uint32_t first_row, const PngFile* png) const;
+    void tell_page(const Page& page) const;
     bool give_page(Open& open, PngFile* png);
     bool draw_bands(Open& open, PngFile* png);
 };
@@ -321,7 +324,8 @@ cairo_t* begin_page(cairo_surface_t* surface)
 }  // namespace
 
 Renderer::Implementation::Implementation(Options options)
-    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_), table_(table_for(this))
+    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_),
+      images_(options_.kept_image_bytes, complaints_), table_(table_for(this))
 {
 }
 
@@ -335,7 +339,13 @@ Renderer::Implementation::~Implementation()
 
 Shared Renderer::Implementation::shared()
 {
-    return {complaints_, spaces_, resources_, options_.glyph_form, options_.keep_images};
+    return {complaints_,
+            spaces_,
+            resources_,
+            images_,
+            options_.glyph_form,
+            options_.keep_images,
+            options_.watch ? &*options_.watch : nullptr};
 }
 
 void* Renderer::Implementation::start_document(const GFI_FontEngineTable* engine)
@@ -408,6 +418,8 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     opened.surface = surface;
     opened.cr = begin_page(surface.get());
     cairo_t* cr = in_bands(page) ? nullptr : opened.cr;
+    if (cr != nullptr)
+        tell_page(page);
     opened.drawing = std::make_unique<Drawing>(shared(), cr, matrix_of(properties->fp_FaceInchToPixels),
                                                engine_for(engine, document));
     return true;
@@ -439,6 +451,29 @@ bool Renderer::Implementation::in_bands(const Page& page) const
     return !options_.surface_factory && uint64_t{page.width} * page.height > options_.pixels_at_once;
 }
 
+// Whether nobody looks at the band that begins with `first_row`.
+bool Renderer::Implementation::is_unwatched(const Page& page, uint32_t first_row, const PngFile* png) const
+{
+    if (!options_.watch || options_.page_sink || png != nullptr)
+        return false;
+    const PixelBox& box = options_.watch->box;
+    return box.y1 <= static_cast<int64_t>(first_row) || box.y0 >= static_cast<int64_t>(first_row) + page.rows;
+}
+
+void Renderer::Implementation::tell_page(const Page& page) const
+{
+    if (!options_.watch)
+        return;
+    WatchStep step;
+    step.kind = WatchStep::Kind::page_begins;
+    step.call = options_.watch->call();
+    const bool image = cairo_surface_get_type(page.surface) == CAIRO_SURFACE_TYPE_IMAGE;
+    step.target = image ? page.surface : nullptr;
+    step.area = {0, static_cast<int>(page.first_row), static_cast<int>(page.width),
+                 static_cast<int>(page.first_row + page.rows)};
+    options_.watch->step(step);
+}
+
 // Hands the page, or the band that the surface holds, to those who want it.
 bool Renderer::Implementation::give_page(Open& open, PngFile* png)
 {
@@ -462,6 +497,8 @@ bool Renderer::Implementation::draw_bands(Open& open, PngFile* png)
     const uint32_t rows = page.rows;
     for (uint32_t row = 0; row < page.height; row += rows)
     {
+        if (is_unwatched(page, row, png))
+            continue;
         cairo_destroy(open.cr);
         page.first_row = row;
         if (page.rows > page.height - row)
@@ -473,6 +510,7 @@ bool Renderer::Implementation::draw_bands(Open& open, PngFile* png)
         }
         cairo_surface_set_device_offset(page.surface, 0.0, -static_cast<double>(row));
         open.cr = begin_page(page.surface);
+        tell_page(page);
         open.drawing->paint_on(open.cr);
         good = give_page(open, png) && good;
     }
@@ -495,6 +533,7 @@ bool Renderer::Implementation::finish_page(Open& open)
         complaints_.say_once("the page image " + name + " could not be written");
         good = false;
     }
+    good = good && !images_.has_lost();
     all_written_ = all_written_ && good;
     return good;
 }

@@ -10,12 +10,14 @@
 #pragma once
 
 #include "orvlog/interface/orv-interface.h"
+#include "renderers/cairo/watch.h"
 
 #include <cairo.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,6 +62,8 @@ enum class GlyphForm
 // Pixels of a surface that takes 64 MB.
 constexpr uint64_t usual_pixels_at_once = uint64_t{1} << 24;
 
+constexpr uint64_t usual_kept_image_bytes = uint64_t{1} << 26;
+
 struct Options
 {
     PageSink page_sink;      // may be empty
@@ -70,8 +74,13 @@ struct Options
     // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
     // the page ends, then painted once for each band. Pages from a surface factory never are.
     uint64_t pixels_at_once = usual_pixels_at_once;
+    // Of images in kept calls so many bytes of pixels are in memory, and the rest in a file in the temporary folder.
+    uint64_t kept_image_bytes = usual_kept_image_bytes;
     bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;
+    // Is told of each step of the drawing; of a page in bands only the bands that meet its box are then drawn, if there
+    // is neither a sink nor a file for the page. What is drawn is the same with and without.
+    std::optional<Watch> watch;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
 };
 
@@ -93,8 +102,8 @@ public:
     // for could be painted.
     const std::vector<std::string>& complaints() const;
 
-    // False when a PNG file could not be written or a surface ran into an error. The page's
-    // ORV_drawing_finish has then given 0.
+    // False when a PNG file could not be written, a surface ran into an error, or the temporary folder was too full for
+    // the images of kept calls. The page's ORV_drawing_finish has then given 0.
     bool all_pages_written() const;
 
     class Implementation;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace cairo_renderer
 {
@@ -42,8 +43,10 @@ bool is_opaque(const Paint& paint)
 Drawing::Drawing(Shared shared, cairo_t* cr, const cairo_matrix_t& to_pixels, const GFI_FontEngineTable* engine)
     : shared_(shared), cr_(cr), base_(to_pixels), engine_(engine)
 {
-    if (cr != nullptr && !shared.keep_images)
-        painter_ = std::make_unique<ScenePainter>(cr, to_pixels, shared.complaints);
+    if (cr == nullptr || shared.keep_images)
+        return;
+    painter_ = std::make_unique<ScenePainter>(cr, to_pixels, shared.complaints);
+    painter_->watch_by(shared.watch);
 }
 
 Drawing::~Drawing() = default;
@@ -63,6 +66,11 @@ bool Drawing::left_out() const
     return !groups_.empty() && groups_.back()->left_out;
 }
 
+uint64_t Drawing::present_call() const
+{
+    return shared_.watch != nullptr ? shared_.watch->call() : 0;
+}
+
 bool Drawing::painting() const
 {
     return painter_ != nullptr && (groups_.empty() || groups_.back()->immediate);
@@ -73,15 +81,20 @@ ShapeContext Drawing::shape_context() const
     return {engine(), to_pixels(), shared_.glyph_form, shared_.complaints};
 }
 
-BrushContext Drawing::brush_context(uint32_t object_type)
+BrushContext Drawing::brush_context(uint32_t object_type, const Window* window)
 {
     const uint32_t known = GCM_OBJ_TEXT | GCM_OBJ_LINE | GCM_OBJ_GRAPHICS | GCM_OBJ_IMAGE;
-    return {shared_.spaces, shared_.complaints, shared_.keep_images ? &kept_ : nullptr, object_type & known};
+    return {shared_.spaces,
+            shared_.complaints,
+            shared_.keep_images ? &kept_ : nullptr,
+            object_type & known,
+            window,
+            painting() ? nullptr : &shared_.images};
 }
 
 void Drawing::emit(Paint paint)
 {
-    cost_ += 1.0;
+    cost_ += paint.left_out ? 0.0 : 1.0;
     if (left_out())
         return;
     if (painting())
@@ -103,17 +116,32 @@ void Drawing::emit(Group group)
 // False when nothing is to be painted.
 bool Drawing::make_paint(const PaintCall& call, Shape shape, Paint& paint)
 {
-    const BrushContext context = brush_context(call.object_type);
     if (left_out() || (!shape.everything && shape.pieces.empty()))
         return false;
-    if (!read_operator(call.op, call.operand2, context, paint.compose))
+    // Clips that ask for nothing can be read before the images that they may show little of.
+    const bool is_seen_through_clips =
+        painting() && !has_text(call.clip) && (is_large_image(call.operand1) || is_large_image(call.operand2));
+    std::optional<Window> window;
+    if (is_seen_through_clips)
+    {
+        paint.clips = read_clips(call.clip, shape_context());
+        window = painter_->window(paint.clips);
+    }
+    const BrushContext context = brush_context(call.object_type, window ? &*window : nullptr);
+    const bool painted = read_operator(call.op, call.operand2, context, paint.compose);
+    if (!painted && shared_.watch == nullptr)
         return false;
+    paint.call = present_call();
+    paint.left_out = !painted;
     paint.shape = std::move(shape);
     paint.brush = read_brush(call.operand1, BrushUse::colour, context);
     if (paint.compose.op == CAIRO_OPERATOR_CLEAR)
         paint.brush = FlatBrush{};
-    paint.clips = read_clips(call.clip, shape_context());
-    return true;
+    if (!is_seen_through_clips)
+        paint.clips = read_clips(call.clip, shape_context());
+    if (!painted)
+        emit(std::move(paint));
+    return painted;
 }
 
 void Drawing::paint(const PaintCall& call)
@@ -133,6 +161,7 @@ void Drawing::emit_with_knockout(Paint first, Paint second)
     group.retransform = identity();
     group.isolated = false;
     group.knockout = true;
+    group.call = group.end_call = present_call();
     emit(std::move(group));
 }
 
@@ -171,6 +200,7 @@ Group Drawing::make_group(const GroupCall& call)
     group.retransform = call.retransform == nullptr ? identity() : matrix_of(*call.retransform);
     group.isolated = call.group_type != ORV_GROUP_NON_ISOLATED;
     group.knockout = call.knockout;
+    group.call = group.end_call = present_call();
     group.repetition = read_repetition(call);
     if (call.group_type == ORV_GROUP_COMBINE_SEPARATION || call.group_type == ORV_GROUP_MAKE_SEPARATION)
         shared_.complaints.say_once("separation groups are painted as simple groups");
@@ -205,6 +235,7 @@ bool Drawing::finish_group()
         return false;
     std::unique_ptr<OpenGroup> open = std::move(groups_.back());
     groups_.pop_back();
+    open->group.end_call = present_call();
     if (open->immediate)
         painter_->end_group(open->group);
     else if (!open->left_out)
@@ -242,7 +273,7 @@ void Drawing::finish()
     while (finish_group())
     {
     }
-    kept_.pull_all(shared_.spaces, shared_.complaints);
+    kept_.pull_all(shared_.spaces, shared_.complaints, shared_.images);
     if (cr_ == nullptr || painter_ != nullptr)
         return;
     paint_on(cr_);
@@ -251,6 +282,7 @@ void Drawing::finish()
 void Drawing::paint_on(cairo_t* cr) const
 {
     ScenePainter painter(cr, base_, shared_.complaints);
+    painter.watch_by(shared_.watch);
     painter.paint_nodes(*root_);
 }
 

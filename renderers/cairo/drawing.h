@@ -37,8 +37,10 @@ struct Shared
     Complaints& complaints;
     ColourSpaces& spaces;
     Resources& resources;
+    ImageStore& images;
     GlyphForm glyph_form;
     bool keep_images;
+    const Watch* watch;  // null: nobody watches
 };
 
 class Drawing
@@ -113,8 +115,9 @@ private:
     const GFI_FontEngineTable* engine() const;
     const cairo_matrix_t& to_pixels() const;
     bool left_out() const;
+    uint64_t present_call() const;
     ShapeContext shape_context() const;
-    BrushContext brush_context(uint32_t object_type);
+    BrushContext brush_context(uint32_t object_type, const Window* window = nullptr);
     bool make_paint(const PaintCall& call, Shape shape, Paint& paint);
     Group make_group(const GroupCall& call);
     bool painting() const;

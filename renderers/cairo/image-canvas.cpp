@@ -9,9 +9,6 @@ namespace cairo_renderer
 namespace
 {
 
-constexpr uint64_t max_surface_pixels = uint64_t{1} << 26;
-constexpr uint32_t max_surface_side = 30000;
-
 uint32_t to_byte(double value)
 {
     const double scaled = std::clamp(value, 0.0, 1.0) * 255.0;
@@ -53,12 +50,9 @@ constexpr std::array<Pairs, 256> ones_in_pairs = for_bytes<Pairs>(
 
 }  // namespace
 
-Canvas::Canvas(const Layout& layout, BrushUse use) : layout_(layout), use_(use)
+Canvas::Canvas(const Layout& layout, uint32_t coarse, BrushUse use) : layout_(layout), use_(use), coarse_(coarse)
 {
     const auto side = [&](uint32_t length) { return (length + coarse_ - 1) / coarse_; };
-    while (side(layout.width) > max_surface_side || side(layout.height) > max_surface_side ||
-           static_cast<uint64_t>(side(layout.width)) * side(layout.height) > max_surface_pixels)
-        ++coarse_;
     surface_ = own_surface(cairo_image_surface_create(use == BrushUse::mask ? CAIRO_FORMAT_A8 : CAIRO_FORMAT_ARGB32,
                                                       static_cast<int>(side(layout.width)),
                                                       static_cast<int>(side(layout.height))));

@@ -15,11 +15,11 @@
 namespace cairo_renderer
 {
 
-// Takes pixels row by row; `coarse` by `coarse` of them become one where the image is larger than a surface may be.
+// Takes pixels row by row; `coarse` by `coarse` of them become one.
 class Canvas
 {
 public:
-    Canvas(const Layout& layout, BrushUse use);
+    Canvas(const Layout& layout, uint32_t coarse, BrushUse use);
 
     cairo_surface_t* surface() const
     {
@@ -54,7 +54,7 @@ private:
 
     const Layout& layout_;
     BrushUse use_;
-    uint32_t coarse_ = 1;
+    uint32_t coarse_;
     uint32_t rows_in_sum_ = 0;
     uint32_t rows_counted_ = 0;  // of these
     uint32_t row_ = 0;

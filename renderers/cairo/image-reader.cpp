@@ -87,17 +87,19 @@ bool RowSource::fill()
     return true;
 }
 
-// The pixels of a row that came in part; those that didn't come stay clear.
-void add_rest(const RowSource& source, const Layout& layout, Decoder& decoder, Canvas& canvas)
+// The pixels of a row that came in part; those that didn't come stay clear. `layout` is that of the part that is held,
+// which begins `offset` bytes from the beginning of the row.
+void add_rest(const RowSource& source, const Layout& layout, uint64_t offset, Decoder& decoder, Canvas& canvas)
 {
     uint64_t bytes = 0;
     const uint8_t* rest = source.rest(bytes);
     const uint64_t bits = uint64_t{layout.indexed ? 1 : layout.channels} * layout.bits;
+    bytes = std::min(bytes - std::min(bytes, offset), layout.row_bytes);
     const uint64_t whole = bytes * 8 / bits;
-    if (layout.planar || whole == 0 || bytes >= layout.row_bytes)
+    if (layout.planar || whole == 0)
         return;
     std::vector<uint8_t> row(layout.row_bytes);
-    std::memcpy(row.data(), rest, bytes);
+    std::memcpy(row.data(), rest + offset, bytes);
     std::vector<Pixel> pixels(layout.width);
     decoder.decode(row.data(), pixels);
     std::fill(pixels.begin() + static_cast<std::ptrdiff_t>(std::min<uint64_t>(whole, layout.width)), pixels.end(),
@@ -105,10 +107,24 @@ void add_rest(const RowSource& source, const Layout& layout, Decoder& decoder, C
     canvas.add_row(pixels);
 }
 
-// Adds all rows; false if some did not come.
-bool add_rows(RowSource& source, const Layout& layout, Decoder& decoder, Palette* palette, Canvas& canvas)
+// What is made of an image: `part` of it, which `layout` is the layout of.
+struct Held
 {
-    std::vector<Pixel> pixels(palette == nullptr ? layout.width : 0);
+    const Part& part;
+    const Layout& layout;
+    uint64_t offset;  // bytes from the beginning of a row
+
+    bool has_row(uint32_t row) const
+    {
+        return row - part.top < part.height;
+    }
+};
+
+// Reads all rows and adds those that are held; false if some did not come.
+bool add_rows(RowSource& source, const Layout& layout, const Held& held, Decoder& decoder, Palette* palette,
+              Canvas& canvas)
+{
+    std::vector<Pixel> pixels(palette == nullptr ? held.part.width : 0);
     std::vector<uint8_t> planes;
     for (uint32_t row = 0; row < layout.height; ++row)
     {
@@ -119,12 +135,16 @@ bool add_rows(RowSource& source, const Layout& layout, Decoder& decoder, Palette
             line = source.next();
             if (line == nullptr)
             {
-                add_rest(source, layout, decoder, canvas);
+                if (held.has_row(row))
+                    add_rest(source, held.layout, held.offset, decoder, canvas);
                 return false;
             }
             if (layout.planar && palette == nullptr)
                 planes.insert(planes.end(), line, line + layout.row_bytes);
         }
+        if (!held.has_row(row))
+            continue;
+        line += held.offset;
         if (palette != nullptr)
         {
             palette->learn(line);
@@ -138,15 +158,15 @@ bool add_rows(RowSource& source, const Layout& layout, Decoder& decoder, Palette
 }
 
 // Reads the whole image; false if some rows did not come.
-bool read_rows(GOP_OperandImagePointer* record, const Layout& layout, const ColourSpace& space, BrushUse use,
-               Canvas& canvas)
+bool read_rows(GOP_OperandImagePointer* record, const Layout& layout, const Held& held, const ColourSpace& space,
+               BrushUse use, Canvas& canvas)
 {
     RowSource source(record, layout);
-    Decoder decoder(*record, layout, space, use);
+    Decoder decoder(*record, held.layout, space, use);
     std::optional<Palette> palette;
     if (Palette::suits(layout))
-        palette.emplace(decoder, layout);
-    const bool all = add_rows(source, layout, decoder, palette ? &*palette : nullptr, canvas);
+        palette.emplace(decoder, held.layout);
+    const bool all = add_rows(source, layout, held, decoder, palette ? &*palette : nullptr, canvas);
     canvas.finish();
     return all;
 }
@@ -185,7 +205,7 @@ void place_image(const GOP_OperandImagePointer& record, Image& image)
 
 // The image after its prepare call.
 void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& spaces, Complaints& complaints,
-                   Image& image)
+                   const Window* window, Image& image)
 {
     std::shared_ptr<const ColourSpace> space;
     Layout layout;
@@ -196,19 +216,26 @@ void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& 
         return complaints.say_once("images of unknown form are left out");
     if (record->imp_DirectImage == nullptr && record->imp_ImageReadFn == nullptr)
         return complaints.say_once("images without data are left out");
-    Canvas canvas(layout, use);
+    place_image(*record, image);
+    const uint32_t coarse = coarseness(layout);
+    const Part part = part_seen(layout, image, coarse, window);
+    uint64_t offset = 0;
+    const Layout part_layout = layout_of(part, layout, offset);
+    Canvas canvas(part_layout, coarse, use);
     if (cairo_surface_status(canvas.surface()) != CAIRO_STATUS_SUCCESS)
         return complaints.say_once("images too large for the memory are left out");
-    if (!read_rows(record, layout, *space, use, canvas))
+    if (!read_rows(record, layout, {part, part_layout, offset}, *space, use, canvas))
         complaints.say_once("images that end early are painted as far as they came");
-    place_image(*record, image);
+    image.left = part.left;
+    image.top = part.top;
+    image.coarse = coarse;
     image.surface = canvas.take();
 }
 
 }  // namespace
 
 void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_type, ColourSpaces& spaces,
-                Complaints& complaints, Image& image)
+                Complaints& complaints, const Window* window, Image& image)
 {
     const bool direct = record->imp_DirectImage != nullptr;
     GOP_OperandImagePointer* prepared = record;
@@ -221,7 +248,7 @@ void pull_image(GOP_OperandImagePointer* record, BrushUse use, uint32_t object_t
     }
     if (prepared == nullptr || prepared->imp_Image == nullptr)
         return complaints.say_once("images without a record are left out");
-    read_prepared(prepared, use, spaces, complaints, image);
+    read_prepared(prepared, use, spaces, complaints, window, image);
     if (!direct && prepared->imp_ImageFinishFn != nullptr)
         prepared->imp_ImageFinishFn(prepared, prepared->imp_Context);
 }

@@ -50,9 +50,11 @@ Shape whole_plane()
 // Blend modes mix colours only: alpha is that of the source over what is there.
 Compose ScenePainter::on_plane(const Compose& compose) const
 {
-    if (plane_ == Plane::shape)
-        return Compose{};
     Compose result = compose;
+    if (plane_ == Plane::shape)
+        result.op = CAIRO_OPERATOR_OVER;
+    if (plane_ == Plane::shape && !compose.mask_is_shape)
+        result.mask_mode = MaskMode::none;
     if (plane_ == Plane::alpha && is_blend(compose.op))
         result.op = CAIRO_OPERATOR_OVER;
     return result;
@@ -97,6 +99,7 @@ void ScenePainter::begin_group(const Group& group)
             level.masks.clear();
             level.hidden = !clip(group.clips, level.masks) || level.hidden;
         });
+    level.group = &group;
     level.to_pixels = multiply(group.retransform, to_pixels());
     level.hidden = level.hidden || !is_finite(level.to_pixels);
     level.through = !group.isolated && !group.knockout && !around.knockout && group.compose.op == CAIRO_OPERATOR_OVER &&
@@ -111,20 +114,24 @@ void ScenePainter::begin_group(const Group& group)
     levels_.push_back(std::move(level));
     if (group.has_box && !levels_.back().hidden)
         on_each_plane([&] { cut(group.box); });
+    if (watch_ != nullptr)
+        tell_group_begins(group);
 }
 
 void ScenePainter::end_group(const Group& group)
 {
     const Level level = std::move(levels_.back());
     levels_.pop_back();
-    if (!level.hidden && !level.through)
-        merge_layer(group, level);
+    const bool has_layer = !level.hidden && !level.through;
+    const PatternPtr layer = has_layer ? merge_layer(group, level) : nullptr;
+    if (watch_ != nullptr)
+        tell_group_ends(group, has_layer, layer);
     on_each_plane([&] { cairo_restore(cr_); });
 }
 
 // A group on a backdrop whose alpha nobody asks for replaces the backdrop as far as masks and clips let it; any
-// other is freed of its backdrop first.
-void ScenePainter::merge_layer(const Group& group, const Level& level)
+// other is freed of its backdrop first. Gives the layer.
+PatternPtr ScenePainter::merge_layer(const Group& group, const Level& level)
 {
     if (level.alpha != nullptr)
     {
@@ -138,8 +145,10 @@ void ScenePainter::merge_layer(const Group& group, const Level& level)
     if (around.knockout && shape != nullptr)
     {
         const PatternPtr element = masked(layer.get(), CAIRO_CONTENT_COLOR_ALPHA, group.compose, level.masks);
-        const PatternPtr cover = masked(shape.get(), CAIRO_CONTENT_ALPHA, Compose{}, level.masks);
-        return on_each_plane([&] { knock_out(element.get(), cover.get(), group.compose.op); });
+        const PatternPtr cover = masked(shape.get(), CAIRO_CONTENT_ALPHA,
+                                        group.compose.mask_is_shape ? group.compose : Compose{}, level.masks);
+        on_each_plane([&] { knock_out(element.get(), cover.get(), group.compose.op); });
+        return layer;
     }
     const bool knockout = around.knockout;
     if (knockout)
@@ -155,6 +164,7 @@ void ScenePainter::merge_layer(const Group& group, const Level& level)
             composite(plane_ == Plane::shape ? shape.get() : layer.get(), whole_plane(), compose, level.masks);
         });
     around.knockout = knockout;
+    return layer;
 }
 
 // What of `source` the clips and the mask let through, as a pattern.
@@ -217,7 +227,7 @@ void ScenePainter::knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, c
 
 void ScenePainter::group(const Group& group)
 {
-    if (levels_.back().hidden || group.content == nullptr)
+    if ((levels_.back().hidden && watch_ == nullptr) || group.content == nullptr)
         return;
     if (group.repetition.x_step != 0.0 || group.repetition.y_step != 0.0)
         return repeat(group);

@@ -1,6 +1,7 @@
 // What a scene painter repeats: groups in cells, and images as tiles.
 
 #include "renderers/cairo/bounds.h"
+#include "renderers/cairo/image-store.h"
 #include "renderers/cairo/scene-painter.h"
 
 #include <algorithm>
@@ -57,13 +58,10 @@ cairo_filter_t filter_for(const cairo_matrix_t& to_pixels, bool smooth)
     return blocks && !smooth ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD;
 }
 
-// From the pixels of the surface, which may be coarser than the image's, to those of the image.
+// From the pixels of the surface to those of the image.
 cairo_matrix_t refine(const Image& image)
 {
-    const double wide = cairo_image_surface_get_width(image.surface.get());
-    const double high = cairo_image_surface_get_height(image.surface.get());
-    const double coarse = std::max(std::ceil(image.width / wide), std::ceil(image.height / high));
-    return {coarse, 0.0, 0.0, coarse, 0.0, 0.0};
+    return {image.coarse, 0.0, 0.0, image.coarse, image.left, image.top};
 }
 
 PatternPtr surface_pattern(cairo_surface_t* surface, const cairo_matrix_t& surface_to_pixels, bool smooth,
@@ -80,7 +78,7 @@ PatternPtr surface_pattern(cairo_surface_t* surface, const cairo_matrix_t& surfa
 }
 
 // The image in each place of one cell of a pattern, some of which lie outside and reach in.
-void paint_tiles(cairo_t* cr, const Image& image, const cairo_matrix_t& to_cell)
+void paint_tiles(cairo_t* cr, const Image& image, cairo_surface_t* pixels, const cairo_matrix_t& to_cell)
 {
     const Tiles& tiles = image.tiles;
     const int columns = tiles.x_flip ? 2 : 1;
@@ -99,7 +97,7 @@ void paint_tiles(cairo_t* cr, const Image& image, const cairo_matrix_t& to_cell)
                                        column * tiles.x_step + (mirror_x ? image.width : 0.0),
                                        row * tiles.y_step + (mirror_y ? image.height : 0.0)};
             const cairo_matrix_t matrix = multiply(multiply(refine(image), place), to_cell);
-            PatternPtr pattern = surface_pattern(image.surface.get(), matrix, image.smooth, CAIRO_EXTEND_PAD);
+            PatternPtr pattern = surface_pattern(pixels, matrix, image.smooth, CAIRO_EXTEND_PAD);
             if (pattern == nullptr)
                 continue;
             const Box box = transformed({0.0, 0.0, image.width, image.height}, multiply(place, to_cell));
@@ -128,26 +126,31 @@ PatternPtr ScenePainter::image_source(const Image& image)
 {
     if (image.tiled)
         return tile_source(image);
-    return surface_pattern(image.surface.get(), multiply(multiply(refine(image), image.pixels_to_content), to_pixels()),
+    const SurfacePtr pixels = pixels_of(image);
+    if (pixels == nullptr)
+        return nullptr;
+    return surface_pattern(pixels.get(), multiply(multiply(refine(image), image.pixels_to_content), to_pixels()),
                            image.smooth, CAIRO_EXTEND_PAD);
 }
 
 PatternPtr ScenePainter::tile_source(const Image& image)
 {
     const Tiles& tiles = image.tiles;
+    const SurfacePtr pixels = pixels_of(image);
+    if (pixels == nullptr)
+        return nullptr;
     const cairo_matrix_t to_device = multiply(image.pixels_to_content, to_pixels());
-    const bool fits = cairo_image_surface_get_width(image.surface.get()) == static_cast<int>(image.width);
+    const bool fits = cairo_image_surface_get_width(pixels.get()) == static_cast<int>(image.width);
     if (fits && tiles.x_step == image.width && tiles.y_step == image.height && !tiles.x_flip && !tiles.y_flip)
-        return surface_pattern(image.surface.get(), to_device, image.smooth, CAIRO_EXTEND_REPEAT);
+        return surface_pattern(pixels.get(), to_device, image.smooth, CAIRO_EXTEND_REPEAT);
     const double cell_width = tiles.x_step * (tiles.x_flip ? 2.0 : 1.0);
     const double cell_height = tiles.y_step * (tiles.y_flip ? 2.0 : 1.0);
     const int wide = cell_side(cell_width);
     const int high = cell_side(cell_height);
     const cairo_matrix_t to_cell{wide / cell_width, 0.0, 0.0, high / cell_height, 0.0, 0.0};
-    SurfacePtr cell =
-        own_surface(cairo_image_surface_create(cairo_image_surface_get_format(image.surface.get()), wide, high));
+    SurfacePtr cell = own_surface(cairo_image_surface_create(cairo_image_surface_get_format(pixels.get()), wide, high));
     cairo_t* cr = cairo_create(cell.get());
-    paint_tiles(cr, image, to_cell);
+    paint_tiles(cr, image, pixels.get(), to_cell);
     cairo_destroy(cr);
     cairo_matrix_t from_cell;
     if (!invert(to_cell, from_cell))
@@ -181,6 +184,7 @@ void ScenePainter::paint_cell(const Group& group, const cairo_matrix_t& to_pixel
 {
     const cairo_matrix_t kept = levels_.back().to_pixels;
     levels_.back().to_pixels = to_pixels;
+    levels_.back().cell_box = group.has_box ? &group.box : nullptr;
     on_each_plane(
         [&]
         {
@@ -190,6 +194,7 @@ void ScenePainter::paint_cell(const Group& group, const cairo_matrix_t& to_pixel
         });
     paint_nodes(*group.content);
     on_each_plane([&] { cairo_restore(cr_); });
+    levels_.back().cell_box = nullptr;
     levels_.back().to_pixels = kept;
 }
 
@@ -224,6 +229,9 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
     SurfacePtr shape_surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, wide, high));
     cairo_t* cr = cairo_create(surface.get());
     ContextPtr shape;
+    Watch watch_of_cell;
+    if (watch_ != nullptr)
+        watch_of_cell = tell_cell_begins(group, surface.get(), inverse);
     if (levels_.back().shape != nullptr)
         shape = ContextPtr(cairo_create(shape_surface.get()), cairo_destroy);
     for (double row = 1.0 - rows; row <= 0.0; row += 1.0)
@@ -232,9 +240,11 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
             cairo_matrix_t shift{1.0, 0.0, 0.0, 1.0, column * x_length, row * y_length};
             ScenePainter painter(cr, multiply(shift, to_cell), complaints_);
             painter.levels_.back().shape = shape;
+            painter.watch_by(watch_ != nullptr ? &watch_of_cell : nullptr);
             painter.paint_cell(group, painter.to_pixels());
         }
     cairo_destroy(cr);
+    PatternPtr colours;
     on_each_plane(
         [&]
         {
@@ -245,7 +255,11 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
             cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
             cairo_set_source(cr_, pattern.get());
             cairo_paint(cr_);
+            if (plane_ == Plane::colour)
+                colours = pattern;
         });
+    if (watch_ != nullptr)
+        tell_cell_ends(group, colours);
     return true;
 }
 

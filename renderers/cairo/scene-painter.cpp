@@ -59,6 +59,17 @@ cairo_line_join_t cairo_join(Join join)
     return join == Join::miter ? CAIRO_LINE_JOIN_MITER : CAIRO_LINE_JOIN_BEVEL;
 }
 
+bool waits_in_file(const Brush& brush)
+{
+    const auto* image = std::get_if<ImageBrush>(&brush);
+    return image != nullptr && image->image->load;
+}
+
+bool waits_in_file(const Paint& paint)
+{
+    return waits_in_file(paint.brush) || waits_in_file(paint.compose.mask);
+}
+
 }  // namespace
 
 ScenePainter::ScenePainter(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints)
@@ -171,6 +182,24 @@ bool ScenePainter::clip(const ClipList& clips, std::vector<const Clip*>& masks)
     return true;
 }
 
+Window ScenePainter::window(const ClipList& clips) const
+{
+    Window window{to_pixels(), {}};
+    Box& box = window.box;
+    cairo_clip_extents(cr_, &box.x0, &box.y0, &box.x1, &box.y1);
+    for (const Clip& entry : clips)
+    {
+        Box inside;
+        if (!entry.inside || !bounds_of(entry.shape, to_pixels(), inside))
+            continue;
+        box.x0 = std::max(box.x0, inside.x0);
+        box.y0 = std::max(box.y0, inside.y0);
+        box.x1 = std::max(std::min(box.x1, inside.x1), box.x0);
+        box.y1 = std::max(std::min(box.y1, inside.y1), box.y0);
+    }
+    return window;
+}
+
 void ScenePainter::cut(const Box& box)
 {
     cairo_new_path(cr_);
@@ -266,7 +295,7 @@ PatternPtr ScenePainter::source_of(const Brush& brush)
     if (const FlatBrush* flat = flat_of(brush))
         return own_pattern(cairo_pattern_create_rgba(flat->red, flat->green, flat->blue, flat->alpha));
     if (const auto* image = std::get_if<ImageBrush>(&brush))
-        return image->image->surface == nullptr ? nullptr : image_source(*image->image);
+        return image_source(*image->image);
     const auto* pattern = std::get_if<PatternBrush>(&brush);
     cairo_matrix_t inverse;
     if (pattern == nullptr || !invert(multiply(pattern->to_content, to_pixels()), inverse))
@@ -290,9 +319,21 @@ Shape ScenePainter::shape_of(const Paint& paint) const
 
 void ScenePainter::paint(const Paint& paint)
 {
-    if (levels_.back().hidden)
-        return;
-    on_each_plane([&] { paint_plane(paint); });
+    const bool missed = waits_in_file(paint) && !touches_window(paint);
+    if (!levels_.back().hidden && !paint.left_out && !missed)
+        on_each_plane([&] { paint_plane(paint); });
+    if (watch_ != nullptr)
+        tell_painted(paint);
+}
+
+// Images aren't fetched for where nobody sees them.
+bool ScenePainter::touches_window(const Paint& paint) const
+{
+    Box box;
+    if (!bounds_of(shape_of(paint), to_pixels(), box))
+        return true;
+    const Box seen = window(paint.clips).box;
+    return box.x0 < seen.x1 && box.x1 > seen.x0 && box.y0 < seen.y1 && box.y1 > seen.y0;
 }
 
 void ScenePainter::paint_plane(const Paint& paint)
@@ -303,7 +344,7 @@ void ScenePainter::paint_plane(const Paint& paint)
     {
         PatternPtr source = source_of(paint.brush);
         if (source != nullptr && plane_ == Plane::shape)
-            source = own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
+            source = paint.compose.alpha_is_shape ? source : own_pattern(cairo_pattern_create_rgba(0.0, 0.0, 0.0, 1.0));
         if (source != nullptr)
             composite(source.get(), shape_of(paint), on_plane(paint.compose), masks);
     }
@@ -313,7 +354,9 @@ void ScenePainter::paint_plane(const Paint& paint)
 void ScenePainter::composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
                              const std::vector<const Clip*>& masks)
 {
-    if ((levels_.back().knockout && plane_ != Plane::shape) || reaches_beyond(compose.op))
+    // What is no more there than it covers lies on earlier elements as far as it doesn't.
+    const bool replaces = levels_.back().knockout && plane_ != Plane::shape && !compose.alpha_is_shape;
+    if (replaces || reaches_beyond(compose.op))
         return composite_replacing(source, shape, compose, masks);
     const FlatBrush* flat = flat_of(compose.mask);
     double alpha = 1.0;
@@ -365,6 +408,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
                                        const std::vector<const Clip*>& masks)
 {
     const Level& level = levels_.back();
+    const bool cuts = level.knockout && compose.mask_is_shape;
     PatternPtr below = plane_ == Plane::colour ? level.backdrop : nullptr;
     if (!level.knockout)
         below = own_pattern(cairo_pattern_create_for_surface(cairo_get_group_target(cr_)));
@@ -379,7 +423,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
     Shape all;
     all.everything = true;
     cairo_set_operator(cr_, compose.op);
-    if (compose.mask_mode == MaskMode::none)
+    if (compose.mask_mode == MaskMode::none || cuts)
     {
         cairo_set_source(cr_, source);
         cairo_paint(cr_);
@@ -392,7 +436,7 @@ void ScenePainter::composite_replacing(cairo_pattern_t* source, const Shape& sha
         cairo_mask(cr_, mask.get());
     }
     PatternPtr layer = own_pattern(cairo_pop_group(cr_));
-    PatternPtr covered = coverage(shape, masks, nullptr);
+    PatternPtr covered = coverage(shape, masks, cuts ? &compose : nullptr);
     cairo_set_operator(cr_, CAIRO_OPERATOR_SOURCE);
     cairo_set_source(cr_, layer.get());
     cairo_mask(cr_, covered.get());

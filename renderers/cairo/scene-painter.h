@@ -3,7 +3,9 @@
 #pragma once
 
 #include "renderers/cairo/complaints.h"
+#include "renderers/cairo/image-part.h"
 #include "renderers/cairo/scene.h"
+#include "renderers/cairo/watch.h"
 
 #include <cairo.h>
 
@@ -20,6 +22,9 @@ public:
     // `to_pixels` maps the content space to the units of `cr`.
     ScenePainter(cairo_t* cr, const cairo_matrix_t& to_pixels, Complaints& complaints);
 
+    // Tells `watch` (borrowed; null: nobody) of each step from now on.
+    void watch_by(const Watch* watch);
+
     void paint(const Paint& paint);
 
     // A group with its content.
@@ -31,6 +36,9 @@ public:
     // It must not be repeated.
     void begin_group(const Group& group);
     void end_group(const Group& group);
+
+    // What can be painted on within these clips.
+    Window window(const ClipList& clips) const;
 
     // From the content space of the innermost open group to pixels.
     const cairo_matrix_t& to_pixels() const;
@@ -51,9 +59,11 @@ private:
     struct Level
     {
         cairo_matrix_t to_pixels{};
-        bool hidden = false;       // nothing of it can be seen
-        bool through = false;      // painted straight onto what lies below
-        bool on_backdrop = false;  // begins with a copy of what lies below
+        const Group* group = nullptr;   // null for the drawing itself
+        const Box* cell_box = nullptr;  // of repeated content, while a cell of it is painted
+        bool hidden = false;            // nothing of it can be seen
+        bool through = false;           // painted straight onto what lies below
+        bool on_backdrop = false;       // begins with a copy of what lies below
         bool knockout = false;
         PatternPtr backdrop;             // of a group that isn't isolated
         ContextPtr alpha;                // null: the layer's own alpha is the group's
@@ -76,6 +86,7 @@ private:
     Shape shape_of(const Paint& paint) const;
 
     template <typename Draw> void on_each_plane(Draw&& draw);
+    bool touches_window(const Paint& paint) const;
     void paint_plane(const Paint& paint);
     Compose on_plane(const Compose& compose) const;
     void composite(cairo_pattern_t* source, const Shape& shape, const Compose& compose,
@@ -88,7 +99,7 @@ private:
     void apply_mask(const Compose& compose);
 
     void begin_layer(const Group& group, Level& level);
-    void merge_layer(const Group& group, const Level& level);
+    PatternPtr merge_layer(const Group& group, const Level& level);
     PatternPtr masked(cairo_pattern_t* source, cairo_content_t content, const Compose& compose,
                       const std::vector<const Clip*>& masks);
     void knock_out(cairo_pattern_t* element, cairo_pattern_t* shape, cairo_operator_t op);
@@ -99,10 +110,27 @@ private:
     cairo_matrix_t cell_matrix(const Group& group, double column, double row) const;
     void paint_cell(const Group& group, const cairo_matrix_t& to_pixels);
 
+    SurfacePtr let_through(const ClipList& clips, const cairo_matrix_t& clips_to_pixels, const Box* box,
+                           const cairo_matrix_t& box_to_pixels, const PixelBox& pixels) const;
+    SurfacePtr let_through_group(size_t depth, const PixelBox& pixels) const;
+    SurfacePtr let_through_all(const ClipList& clips, const PixelBox& pixels) const;
+    bool is_shut_out(const ClipList& clips, const PixelBox& pixel, WhyUnchanged& why) const;
+    bool covers(const Shape& shape, const PixelBox& pixel) const;
+    Unchanged why_without_effect(cairo_pattern_t* source, const Compose& compose, cairo_surface_t* target,
+                                 const PixelBox& pixel) const;
+    WhyUnchanged why_unchanged(const Paint& paint, int x, int y);
+    WhyUnchanged why_unchanged(const Group& group, cairo_pattern_t* layer, int x, int y);
+    void tell_painted(const Paint& paint);
+    void tell_group_begins(const Group& group);
+    void tell_group_ends(const Group& group, bool has_layer, const PatternPtr& layer);
+    Watch tell_cell_begins(const Group& group, cairo_surface_t* cell, const cairo_matrix_t& to_cell);
+    void tell_cell_ends(const Group& group, const PatternPtr& cell);
+
     cairo_t* cr_;  // of the plane that is painted on
     Plane plane_ = Plane::colour;
     Complaints& complaints_;
     std::vector<Level> levels_;
+    const Watch* watch_ = nullptr;
 };
 
 // Calls `draw` with each plane of the innermost group as what is painted on, the colours first.

@@ -6,6 +6,7 @@
 #include <cairo.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <variant>
@@ -154,8 +155,13 @@ struct Image
 {
     SurfacePtr surface;  // ARGB32, of a mask A8; null: not pulled yet, or not to be had
     cairo_matrix_t pixels_to_content{};
-    double width = 0.0;  // of the image's space; the surface may be coarser
+    double width = 0.0;  // of the image's space
     double height = 0.0;
+    double left = 0.0;  // where the surface begins, which may hold a part only
+    double top = 0.0;
+    double coarse = 1.0;               // pixels of the image, each way, that are one of the surface
+    std::function<SurfacePtr()> load;  // in place of a surface that isn't in memory; else empty
+    std::shared_ptr<void> kept;        // the room that its pixels take while they wait
     bool smooth = false;
     bool tiled = false;
     Tiles tiles;
@@ -181,6 +187,9 @@ struct Compose
     cairo_operator_t op = CAIRO_OPERATOR_OVER;
     MaskMode mask_mode = MaskMode::none;
     Brush mask;  // only alpha counts
+    // What a knockout group's element covers: the mask cuts it, as stencils do, or alpha of all kinds does.
+    bool mask_is_shape = false;
+    bool alpha_is_shape = false;
 };
 
 struct Paint
@@ -189,6 +198,8 @@ struct Paint
     Brush brush;
     Compose compose;
     ClipList clips;
+    uint64_t call = 0;      // for a watch: the call that it comes from
+    bool left_out = false;  // only a watch is told of it
 };
 
 struct Box
@@ -222,6 +233,8 @@ struct Group
     Repetition repetition;
     bool has_box = false;  // `box` cuts the content
     Box box;
+    uint64_t call = 0;      // for a watch: the call that begins it
+    uint64_t end_call = 0;  // and the one that ends it
 };
 
 struct Node

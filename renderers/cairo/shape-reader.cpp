@@ -207,6 +207,19 @@ Shape read_outline(const GSH_ShapePointer& shape, const Shape& filled, const GPA
     return result;
 }
 
+bool has_text(const GSH_ShapeList* list)
+{
+    uint32_t count = 0;
+    for (const GSH_ShapeList* at = list; at != nullptr; at = at->sl_Next)
+        for (const GSH_ShapeList* partner = at; partner != nullptr; partner = partner->sl_Collection)
+        {
+            const GSH_Shape* head = partner->sl_Shape.sp_HeaderPtr;
+            if ((head != nullptr && is_text(*head)) || ++count > max_clips)
+                return true;
+        }
+    return false;
+}
+
 ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context)
 {
     ClipList clips;

@@ -27,6 +27,9 @@ Shape read_shape(const GSH_ShapePointer* shape, const ShapeContext& context, Poi
 Shape read_outline(const GSH_ShapePointer& shape, const Shape& filled, const GPA_PathStrokingParams& params,
                    const GGO_Matrix* transform, const ShapeContext& context);
 
+// True if reading the clips asks for glyphs.
+bool has_text(const GSH_ShapeList* list);
+
 ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context);
 
 }  // namespace cairo_renderer

@@ -22,6 +22,11 @@ FORMS = {
     "text": r"[ !#-%'-;=?-~]*",
     "edge flag": r"\[(?:0|0x[0-9a-f]+)\] (?:GPA_SUPPRESS_STROKING_FLAG )?(?:GPA_SUBPATH_\w+|UNKNOWN_VALUE\(\d+\)) ",
 }
+NAMES = "orvlog/names/"
+# A bit beside a number, sizes, an encoding that the log has as a number, and the modes, which the root has in words.
+NO_NAMES_OF_THE_LOG = {"GPA_SUPPRESS_STROKING_FLAG", "GFI_GLYPH_DESC_FBE_PAYLOAD", "GFI_GLYPH_DESC_BITMAP_PAYLOAD",
+                       "GFI_GLYPH_DESC_TRUETYPE_PAYLOAD", "GFI_GLYPH_DESC_RLE_PAYLOAD", "GOP_ENCODING_CHUNKY",
+                       "GOP_ENCODING_PLANAR", "ORVLOG_MODE_TRANSPARENT", "ORVLOG_MODE_BASE"}
 # What the library's sources hold besides names and messages of the log.
 NOT_OF_THE_LOG = {"dir", "img", "attr", "0123456789abcdef", "csd_Defn.CallbackBufferSize"}
 
@@ -144,7 +149,7 @@ def expected_texts():
 
 def literals(text):
     text = re.sub(r"//.*|#include.*", "", text)
-    return set(re.findall(r'"((?:[^"\\\n]|\\.)*)"', text)) | set(re.findall(r"ORVLOG_FLAG\((\w+)\)", text))
+    return set(re.findall(r'"((?:[^"\\\n]|\\.)*)"', text))
 
 
 def interface_numbers():
@@ -157,6 +162,11 @@ def interface_numbers():
                 value = int(told, 0) if told else value + 1
                 numbers[name] = value
     return numbers
+
+
+def unlisted(known):
+    """The enumerators of the interface that the log has no name for, but for those that no list could hold."""
+    return sorted(interface_numbers().keys() - {name for names in known for name in names} - NO_NAMES_OF_THE_LOG)
 
 
 def number_faults(page):
@@ -175,9 +185,10 @@ def name_faults(page, path):
             yield f"{literal} is not told"
 
 
-def flag_tables(path):
-    for table in re.findall(r"\[\] = \{((?:\s*ORVLOG_FLAG\(\w+\),?)+)\s*\}", check.text(path)):
-        yield re.findall(r"ORVLOG_FLAG\((\w+)\)", table)
+def lists(begin, path):
+    """The names of each list of a file of names, by that of the list."""
+    for name, body in re.findall(rf"^{begin}\((\w+)\)\n(.*?)^ORVLOG_END", check.text(path), re.M | re.S):
+        yield name, re.findall(r"^ORVLOG_\w+\((\w+)\)$", body, re.M)
 
 
 def told_flags(page):
@@ -207,7 +218,10 @@ def message_faults(page, path):
 report = check.Report()
 page = Page()
 seen = set()
-tables, sources = [], ""
+tables = [names for _, names in lists("ORVLOG_FLAGS", NAMES + "flags.inc")]
+enumerations = [names for path in ("colour-enumerations.inc", "enumerations.inc")
+                for _, names in lists("ORVLOG_ENUMERATION", NAMES + path)]
+sources = ""
 for path, text in expected_texts():
     for match in TAG.finditer(text):
         name, found, closed = match[1], re.findall(r' ([\w.]+)="([^"]*)"', match[2]), match[3] == "/"
@@ -221,11 +235,16 @@ for path in check.files(".cpp", ".h", under=("orvlog/",)):
     if not path.startswith(("orvlog/interface/", "orvlog/colour/gxc/", "orvlog/log/orvlog-merge")):
         report.hold(path, name_faults(page, path))
         report.hold(path, message_faults(page, path))
-        tables += flag_tables(path)
         sources += re.sub(r'"\s*\n\s*"', "", check.text(path))
 told = list(told_flags(page))
 report.hold("tables of flags", (f"not in the order told: {', '.join(names)}" for names in tables if names not in told))
 report.hold(PAGE, (f"no table of flags has {', '.join(names)}" for names in told if names not in tables))
+told_enums = list(page.enums.values())
+report.hold("enumerations", (f"not told: {', '.join(names)}" for names in enumerations
+                             if names not in told_enums and ", ".join(f"`{name}`" for name in names) not in page.text))
+report.hold(PAGE, (f"no enumeration has {', '.join(names)}" for names in told_enums if names not in enumerations))
+report.hold("lists of names", [] if len(tables) > 10 and len(enumerations) > 20 else ["are not read"])
+report.hold("the interface", (f"{name} is in no list of names" for name in unlisted(tables + enumerations)))
 messages = list(told_messages(page))
 report.hold(PAGE, [] if len(messages) > 20 else ["has no table of messages"])
 report.hold(PAGE, (f'no source says "{message}"' for message in messages if f'"{message}"' not in sources))

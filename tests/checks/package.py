@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The installed library is whole: put into an empty folder, it declares what it exports and no more, clients find it
-by find_package and by pkg-config, as C11 and as C++20, and they run; also after the folder has been moved. The
-snippet in README.md is what they do.
+"""The installed libraries are whole: put into an empty folder, they declare what they have and no more, clients find
+them by find_package and by pkg-config, as C11 and as C++20, and they run; also after the folder has been moved. The
+snippets in README.md and docs/for-drivers.md are what they do.
 
 usage: package.py CMAKE BUILD-FOLDER C-COMPILER C++-COMPILER
 """
@@ -17,6 +17,7 @@ import tempfile
 import check
 
 CLIENT = "tests/package/client.c"
+STATIC_CLIENT = "tests/package/static-client.c"
 EXPORTS = {"ORVLOG_DLL_initialise", "ORVLOG_DLL_set_parameters", "ORVLOG_DLL_shutdown"}
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
 
@@ -43,8 +44,17 @@ fp_WidthInPixels="850" fp_HeightInPixels="0" fp_TrimBox="0 0 0 0 " fp_ClipBox="0
 """
 
 
+# What the log of the static client begins with, by its kind, and whether it ends as text.
+STATIC_LOGS = {
+    "base": (r'<ORV MIRDA.* LoggingMode="base" ', True),
+    "content": (r'<ORV MIRDA.* LoggingMode="transparent" ', True),
+    "coded": (r'<ORV compression="Adaptive Huffman"(?!.*MIRDA)', False),
+    "merged": (r'<ORV compression="Adaptive Huffman"(?!.*MIRDA)', False),
+}
+
+
 def functions_of_archives(prefix):
-    """What the static libraries beside the shared one define: the log streams."""
+    """What the static libraries define: the creator with named options, the log streams."""
     archives = glob.glob(os.path.join(prefix, "**", "*.a"), recursive=True)
     names = set()
     for archive in archives:
@@ -99,6 +109,22 @@ def faults_of_run(program, library, folder):
             yield f"the log is {text!r}"
 
 
+def faults_of_static_run(program, library, folder):
+    """What is wrong with the logs of the static client; where it would have to look for a library it has none."""
+    del library
+    for kind, (beginning, whole) in STATIC_LOGS.items():
+        log = os.path.join(folder, "static.xml")
+        status, output = run(program, log, kind, cwd=folder)
+        with open(log, "rb") as file:
+            text = file.read().decode("latin-1")
+        if (status, output) != (0, ""):
+            yield f"{kind}: status {status}, says {output!r}"
+        if not re.match(beginning, text, re.S) or (whole and text.partition("\n")[2] != LOG):
+            yield f"{kind}: the log is {text!r}"
+    if glob.glob(os.path.join(folder, "*.tmp")):
+        yield "a temporary log is left"
+
+
 def build_with_cmake(cmake, c, cxx, prefix, folder):
     """Builds the clients' project; gives its programs."""
     status, output = run(cmake, "-S", os.path.join(check.ROOT, os.path.dirname(CLIENT)), "-B", folder,
@@ -106,47 +132,62 @@ def build_with_cmake(cmake, c, cxx, prefix, folder):
                          "-DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF")
     if status == 0:
         status, output = run(cmake, "--build", folder)
-    return [output] if status != 0 else [], [os.path.join(folder, name) for name in ("client-c", "client-cxx")]
+    return [output] if status != 0 else [], folder
 
 
-def build_with_pkg_config(compiler, language, standard, prefix, folder):
-    """Builds the client by what pkg-config says; gives its program and the library's folder."""
-    places = glob.glob(os.path.join(prefix, "**", "orvlog.pc"), recursive=True)
+def build_with_pkg_config(source, name, more, compiler, language, standard, prefix, folder):
+    """Builds a client by what pkg-config says; gives its program and the library's folder."""
+    places = glob.glob(os.path.join(prefix, "**", f"{name}.pc"), recursive=True)
     if len(places) != 1:
-        return [f"{len(places)} files orvlog.pc"], None, None
+        return [f"{len(places)} files {name}.pc"], None, None
     environment = dict(os.environ, PKG_CONFIG_LIBDIR=os.path.dirname(places[0]))
     environment.pop("PKG_CONFIG_PATH", None)
 
     def ask(what):
-        status, output = run("pkg-config", what, "orvlog", env=environment)
+        status, output = run("pkg-config", what, name, env=environment)
         return output.split() if status == 0 else [f"--pkg-config-failed={output}"]
 
-    program = os.path.join(folder, "client-" + standard)
+    program = os.path.join(folder, f"{name}-{standard}")
     status, output = run(compiler, f"-std={standard}", *WARNINGS, *ask("--cflags"), "-x", language,
-                         os.path.join(check.ROOT, CLIENT), "-x", "none", "-o", program, *ask("--libs"))
+                         os.path.join(check.ROOT, source), "-x", "none", "-o", program, *more, *ask("--libs"))
     return [output] if status != 0 else [], program, "".join(ask("--variable=libdir"))
+
+
+# Each client: source, package of pkg-config, what is linked besides, and what is held of its runs.
+CLIENTS = (
+    (CLIENT, "orvlog", [], faults_of_run),
+    (STATIC_CLIENT, "orvlog-static", ["-lorvlog-stream"], faults_of_static_run),
+)
 
 
 def hold_package(report, cmake, c, cxx, prefix, where):
     with tempfile.TemporaryDirectory() as folder:
-        faults, programs = build_with_cmake(cmake, c, cxx, prefix, folder)
-        report.hold(f"{where}, find_package", faults)
-        for program in programs if not faults else []:
-            report.hold(f"{where}, {os.path.basename(program)} of find_package", faults_of_run(program, "", folder))
-        for compiler, language, standard in ((c, "c", "c11"), (cxx, "c++", "c++20")):
-            faults, program, library = build_with_pkg_config(compiler, language, standard, prefix, folder)
-            report.hold(f"{where}, {standard} by pkg-config", faults or faults_of_run(program, library, folder))
+        missing, programs = build_with_cmake(cmake, c, cxx, prefix, folder)
+        report.hold(f"{where}, find_package", missing)
+        for source, name, more, faults_of in CLIENTS:
+            stem = os.path.splitext(os.path.basename(source))[0]
+            for program in [f"{stem}-c", f"{stem}-cxx"] if not missing else []:
+                report.hold(f"{where}, {program} of find_package",
+                            faults_of(os.path.join(programs, program), "", folder))
+            for compiler, language, standard in ((c, "c", "c11"), (cxx, "c++", "c++20")):
+                libraries = ["-L" + place for place in {os.path.dirname(found) for found in glob.glob(
+                    os.path.join(prefix, "**", "liborvlog-stream.a"), recursive=True)}] if more else []
+                faults, program, library = build_with_pkg_config(source, name, libraries + more, compiler, language,
+                                                                 standard, prefix, folder)
+                report.hold(f"{where}, {name} in {standard} by pkg-config",
+                            faults or faults_of(program, library, folder))
 
 
-def snippet_faults():
-    """The README's snippet must stand in the client as it is."""
-    snippets = re.findall(r"```c\n(.*?)```", check.text("README.md"), re.S)
-    client = " ".join(check.text(CLIENT).split())
+def snippet_faults(page, clients, word=""):
+    """The page's snippets in C that have the word must stand in one of the clients as they are."""
+    snippets = [found for found in re.findall(r"```c\n(.*?)```", check.text(page), re.S) if word in found]
+    sources = [" ".join(check.text(client).split()) for client in clients]
     if not snippets:
-        yield "README.md has no snippet"
+        yield f"{page} has no snippet"
     for snippet in snippets:
-        if " ".join(re.sub(r"//.*", "", snippet).split()) not in client:
-            yield f"this isn't in {CLIENT}:\n{snippet}"
+        wanted = " ".join(re.sub(r"//.*", "", snippet).split())
+        if not any(wanted in source for source in sources):
+            yield f"this isn't in {', '.join(clients)}:\n{snippet}"
 
 
 def main(cmake, build, c, cxx):
@@ -165,7 +206,8 @@ def main(cmake, build, c, cxx):
         os.makedirs(os.path.dirname(second))
         shutil.move(first, second)
         hold_package(report, cmake, c, cxx, second, "moved")
-    report.hold("README.md", snippet_faults())
+    report.hold("README.md", snippet_faults("README.md", [CLIENT]))
+    report.hold("docs/for-drivers.md", snippet_faults("docs/for-drivers.md", [CLIENT, STATIC_CLIENT], "wrapped"))
     report.end()
 
 

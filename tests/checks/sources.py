@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Each source is named by a CMakeLists.txt of its folder or of one above it, so that none is left out."""
+"""Each source is named by a CMakeLists.txt of its folder or of one above it, so that none is left out. Lists of sources
+are in the order of the alphabet, with those of other rooms behind."""
 
 import os
 import re
@@ -34,7 +35,24 @@ def is_listed(source):
         folder = os.path.dirname(folder)
 
 
+def disorders(text):
+    """Each source that stands alone on its line, behind one that it should be ahead of."""
+    before = None
+    for line in text.splitlines():
+        name = line.strip()
+        if not re.fullmatch(r"\S+\.(?:c|cpp)", name):
+            before = None
+            continue
+        place = (name.startswith(("$", "..")), name)
+        if before and place < before:
+            yield f"{name} should stand ahead of {before[1]}"
+        before = place
+
+
 report = check.Report()
+for lists in LISTS:
+    report.hold(lists, disorders(check.text(lists)))
+report.hold("a planted disorder", [] if list(disorders("    b.cpp\n    a.cpp\n")) else ["is let pass"])
 for source in check.files(".cpp", ".c"):
     report.hold(source, [] if is_listed(source) else ["is in no CMakeLists.txt"])
 report.end()

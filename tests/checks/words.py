@@ -5,7 +5,7 @@ import re
 
 import check
 
-TEXTS = (".h", ".cpp", ".c", ".py", ".md", ".txt", ".cmake", ".json", ".in", ".def", ".map", ".sh", ".bash", ".zsh")
+TEXTS = (".h", ".cpp", ".c", ".inc", ".py", ".md", ".txt", ".cmake", ".json", ".in", ".def", ".map", ".sh", ".bash", ".zsh")
 FORBIDDEN = {
     "a place of one machine": re.compile(r"/(?:work|home|root|Users)/\w"),
     "the host of a registry": re.compile(r"\b(?:deb\.debian|snapshot\.debian|registry\.npmjs|pypi\.python|pypi\."

@@ -2,13 +2,14 @@
 
 #include "clients/replay/replay.h"
 #include "clients/command-line/number-range.h"
+#include "clients/replay/replay-tickets.h"
+#include "clients/session/logged-session.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/look.h"
-#include "tools/shared/replay-session.h"
 #include "tools/shared/source.h"
 #include "tools/shared/vector-pages.h"
 
@@ -176,12 +177,30 @@ private:
         const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
         if (!target.empty() && fs::equivalent(target, options_.log, none))
             return fail(options_.new_log + ": is the log to be replayed");
-        session_ = std::make_unique<ReplaySession>(ReplaySessionOptions{options_.new_log, options_.image_prefix,
-                                                                        options_.compressed, options_.via_temporary_log,
-                                                                        renderer_ != nullptr && kind_.kept_images},
-                                                   kind_);
+        session_ = std::make_unique<client_session::LoggedSession>(session_options());
         std::string why;
-        return session_->open(renderer_ != nullptr ? renderer_->interface() : nullptr, &why) ? EXIT_DONE : fail(why);
+        const bool begun =
+            session_->open_log(&why) && session_->begin(renderer_ != nullptr ? renderer_->interface() : nullptr, &why);
+        return begun ? EXIT_DONE : fail(why);
+    }
+
+    // Those of the log that is replayed.
+    client_session::LoggedSessionOptions session_options() const
+    {
+        client_session::LoggedSessionOptions session;
+        session.log = options_.new_log;
+        session.image_prefix = options_.image_prefix;
+        session.compressed = options_.compressed;
+        session.via_temporary_log = options_.via_temporary_log;
+        session.keeps_images = renderer_ != nullptr && kind_.kept_images;
+        session.base_mode = kind_.base_mode;
+        session.base_content = kind_.base_content;
+        session.fixed_glyph_forms = kind_.fixed_formats;
+        session.glyph_form = kind_.glyph_get_type;
+        session.image_attributes = kind_.image_attributes;
+        session.ticket_functions = orvlog::replay::ReplayTickets::functions();
+        session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
+        return session;
     }
 
     // Says all that is wrong, a line each.
@@ -231,7 +250,7 @@ private:
     LogKind kind_;
     uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
-    std::unique_ptr<ReplaySession> session_;
+    std::unique_ptr<client_session::LoggedSession> session_;
 };
 
 // Empty if the options go together.

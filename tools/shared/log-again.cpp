@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
 
 namespace tool
 {
@@ -47,6 +48,15 @@ std::unique_ptr<std::istream> LogAgain::pass()
     if (log == nullptr)
         why_ = std::strerror(errno != 0 ? errno : EIO);
     return log;
+}
+
+std::istream& LogAgain::from_start()
+{
+    stream_.reset();
+    stream_ = pass();
+    if (stream_ == nullptr)
+        throw std::system_error(errno, std::generic_category(), name_);
+    return *stream_;
 }
 
 }  // namespace tool

@@ -31,6 +31,8 @@ public:
     }
     // The log from its beginning; null with the reason in why(). What it reads from lives as long as this.
     std::unique_ptr<std::istream> pass();
+    // The same, kept here: good until the next call. Throws std::system_error if it can't be opened again.
+    std::istream& from_start();
 
 private:
     bool hold();
@@ -40,6 +42,7 @@ private:
     std::string why_;
     uint64_t size_ = 0;
     std::unique_ptr<TemporaryFolder> folder_;
+    std::unique_ptr<std::istream> stream_;
 };
 
 }  // namespace tool

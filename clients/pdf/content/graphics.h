@@ -7,7 +7,7 @@
 
 #pragma once
 
-#include "holv-core/ggo/ggo-geometry.h"
+#include "clients/pdf/content/geometry.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,22 +19,6 @@
 
 namespace pdf_client
 {
-
-// Geometry of GGO records: row vectors, the first matrix of a product acts first.
-GGO_Matrix identity();
-GGO_Matrix multiply(const GGO_Matrix& first, const GGO_Matrix& then);
-GGO_Matrix scaling(double x, double y);
-GGO_Matrix translation(double x, double y);
-// The identity for a matrix that has no inverse.
-GGO_Matrix inverse(const GGO_Matrix& matrix);
-double determinant(const GGO_Matrix& matrix);
-GGO_Point transform(const GGO_Matrix& matrix, GGO_Point point);
-GGO_Vector transform(const GGO_Matrix& matrix, GGO_Vector vector);
-bool finite(const GGO_Matrix& matrix);
-// True if circles stay circles.
-bool keeps_circles(const GGO_Matrix& matrix);
-// The square root of the area of a unit square's image.
-double mean_scale(const GGO_Matrix& matrix);
 
 struct Segment
 {

@@ -7,51 +7,21 @@
 
 #include "clients/pdf/call-digest.h"
 #include "clients/pdf/content/graphics.h"
+#include "clients/pdf/painter/call-counts.h"
+#include "clients/pdf/painter/layer.h"
 #include "clients/pdf/painter/soft-mask.h"
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/clip.h"
 #include "clients/pdf/text/font-engine.h"
 #include "orvlog/interface/orv-interface.h"
 
-#include <array>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace pdf_client
 {
-
-enum class Call
-{
-    document_start,
-    document_finish,
-    face_start,
-    resource_start,
-    resource_destroy,
-    object_paint,
-    object_paint_and_stroke,
-    group_start,
-    group_finish,
-    resource_paint,
-    drawing_finish,
-    drawing_discard,
-    count
-};
-
-// The name of the call in the interface, "ORV_face_start" for example.
-const char* name_of(Call call);
-
-struct CallCounts
-{
-    std::array<uint64_t, static_cast<size_t>(Call::count)> made{};
-    uint64_t refused = 0;
-    // The ends of text runs, as the calls gave them back, against the client's own: how many, and the greatest
-    // distance in inches.
-    uint64_t end_points = 0;
-    double worst_end_point = 0;
-};
 
 // A page as the painter opens it.
 struct PageGeometry
@@ -65,20 +35,14 @@ struct PageGeometry
     void* colour_ticket = nullptr;
 };
 
-// A pattern cell or a form that is drawn once and painted many times.
-struct ResourceGeometry
-{
-    GGO_BoxFloat box{};
-    double scale = 0;  // pixels for each unit of its space when it is painted
-    bool tiled = false;
-};
-
 struct Tiling
 {
     bool tiled = false;
     double x_step = 0;
     double y_step = 0;
 };
+
+class ImageOperand;
 
 class Painter
 {
@@ -139,37 +103,6 @@ public:
     const CallCounts& counts() const;
 
 private:
-    // Someone who draws: the renderer behind the painter, or one of the mask studios.
-    struct Server
-    {
-        const ORV_Interface* table = nullptr;
-        void* document = nullptr;
-        bool counted = false;
-        std::map<std::string, uint32_t> resources;
-    };
-
-    struct Drawing
-    {
-        Server* server = nullptr;
-        ORV_DrawingInterface calls{};
-        uint32_t resource_id = 0;
-    };
-
-    // What is painted into: a page, the two pictures of a mask, a resource.
-    struct Layer
-    {
-        std::vector<Drawing> drawings;
-        GGO_Matrix content_to_pixels{};
-        uint32_t width = 0;
-        uint32_t height = 0;
-        size_t open_groups = 0;
-        bool is_mask = false;
-        std::string resource_key;
-        Clip last_clip;
-    };
-
-    struct MaskOperand;
-
     template <typename... Parts> void digest(Call call, const Parts&... parts);
     template <typename Make> void for_each_drawing(Call call, Make make);
     void count(const Server& server, Call call, uint32_t result);
@@ -177,14 +110,14 @@ private:
                GOP_OperandPointer* operand1, GOP_OperandPointer* operand2);
     void paint_operand(uint8_t object_type, const GSH_ShapePointer* shape, GOP_OperandPointer* operand,
                        const PaintState& state);
+    // Null, with a complaint, for an image that is too large.
+    std::shared_ptr<ImageOperand> image_operand(const Image& image, const GGO_Matrix& pixels_to_content, double alpha);
     void note_end_point(const Drawing& drawing, GGO_Point end, GGO_Point expected, double inches_per_unit);
     uint32_t clip_hint(const Clip& clip);
     uint32_t next_id();
     void close_layer();
     void finish_drawings();
     void discard_drawings(Layer& layer);
-    ORV_FaceProperties face_of(const Layer& layer) const;
-    Layer mask_layer(const GGO_BoxFloat& seen) const;
 
     Server main_;
     FontEngine font_engine_;
@@ -196,5 +129,26 @@ private:
     CallCounts counts_;
     CallDigest* digest_ = nullptr;
 };
+
+template <typename Make> void Painter::for_each_drawing(Call call, Make make)
+{
+    if (layers_.empty())
+    {
+        return;
+    }
+    for (Drawing& drawing : layers_.back().drawings)
+    {
+        count(*drawing.server, call, make(drawing));
+    }
+}
+
+template <typename... Parts> void Painter::digest(Call call, const Parts&... parts)
+{
+    if (digest_ != nullptr)
+    {
+        digest_->add(static_cast<uint64_t>(call));
+        (digest_->add(parts), ...);
+    }
+}
 
 }  // namespace pdf_client

@@ -2,7 +2,8 @@
 
 #include "clients/pdf/painter/soft-mask.h"
 
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/painter/pixel-box.h"
+#include "clients/pdf/records/operand-record.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,17 +45,9 @@ double mask_value(uint32_t white, uint32_t black, const MaskRule& rule)
     return rule.transfer ? rule.transfer(std::clamp(value, 0.0, 1.0)) : value;
 }
 
-struct Extent
+PixelBox extent_of(const std::vector<uint8_t>& samples, uint32_t width, uint32_t height)
 {
-    uint32_t left = UINT32_MAX;
-    uint32_t top = UINT32_MAX;
-    uint32_t right = 0;
-    uint32_t bottom = 0;
-};
-
-Extent extent_of(const std::vector<uint8_t>& samples, uint32_t width, uint32_t height)
-{
-    Extent extent;
+    PixelBox extent{width, height, 0, 0};
     for (uint32_t y = 0; y < height; y++)
     {
         for (uint32_t x = 0; x < width; x++)
@@ -68,10 +61,10 @@ Extent extent_of(const std::vector<uint8_t>& samples, uint32_t width, uint32_t h
             }
         }
     }
-    return extent.right > 0 ? extent : Extent{0, 0, 1, 1};
+    return extent.right > 0 ? extent : PixelBox{0, 0, 1, 1};
 }
 
-std::shared_ptr<const MaskImage> part_of(const std::vector<uint8_t>& samples, uint32_t width, const Extent& extent,
+std::shared_ptr<const MaskImage> part_of(const std::vector<uint8_t>& samples, uint32_t width, const PixelBox& extent,
                                          const GGO_Matrix& pixels_to_content)
 {
     auto mask = std::make_shared<MaskImage>();
@@ -124,29 +117,21 @@ std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const M
 
 std::shared_ptr<const MaskImage> cut_to(std::shared_ptr<const MaskImage> mask, const GGO_BoxFloat& box)
 {
-    constexpr double margin = 2;
     constexpr double worth_it = 0.75;
     const GGO_Matrix& to_content = mask->pixels_to_content;
     if (!finite(to_content) || determinant(to_content) == 0 || !(box.gbf_MinX <= box.gbf_MaxX) ||
-        !(box.gbf_MinY <= box.gbf_MaxY) || std::isinf(box.gbf_MaxX - box.gbf_MinX) ||
-        std::isinf(box.gbf_MaxY - box.gbf_MinY))
+        !(box.gbf_MinY <= box.gbf_MaxY))
     {
         return mask;
     }
-    const GGO_BoxFloat shown = rectangle(box).transformed(inverse(to_content)).bounds();
-    const auto place = [](double at, uint32_t size)
-    { return static_cast<uint32_t>(std::clamp(at, 0.0, static_cast<double>(size))); };
-    const Extent extent{place(std::floor(shown.gbf_MinX) - margin, mask->width),
-                        place(std::floor(shown.gbf_MinY) - margin, mask->height),
-                        place(std::ceil(shown.gbf_MaxX) + margin, mask->width),
-                        place(std::ceil(shown.gbf_MaxY) + margin, mask->height)};
+    const std::optional<PixelBox> shown = pixels_showing(box, inverse(to_content), mask->width, mask->height);
     const double whole = static_cast<double>(mask->width) * mask->height;
-    if (extent.left >= extent.right || extent.top >= extent.bottom ||
-        static_cast<double>(extent.right - extent.left) * (extent.bottom - extent.top) > worth_it * whole)
+    if (!shown || shown->empty() ||
+        static_cast<double>(shown->right - shown->left) * (shown->bottom - shown->top) > worth_it * whole)
     {
         return mask;
     }
-    return part_of(mask->samples, mask->width, extent, to_content);
+    return part_of(mask->samples, mask->width, *shown, to_content);
 }
 
 MaskStudio::MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,

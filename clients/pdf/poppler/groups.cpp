@@ -4,7 +4,7 @@
 
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/clip.h"
 
 #include <algorithm>
 #include <utility>

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <new>
+#include <utility>
 
 #include <Object.h>
 #include <Stream.h>
@@ -53,7 +55,12 @@ bool is_spent_by_closing(Stream* stream)
 class Source
 {
 public:
-    explicit Source(Stream* stream) : hold_(stream), stays_open_(is_spent_by_closing(stream)) {}
+    // `size` bytes are wanted in all.
+    Source(Stream* stream, uint64_t size, const StoredImage& stored)
+        : hold_(stream), size_(static_cast<size_t>(size)), stored_(stored), stays_open_(is_spent_by_closing(stream)),
+          gathers_(stored.key && stored.images->is_painted_again(*stored.key, size_))
+    {
+    }
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
 
@@ -64,19 +71,67 @@ public:
 
     void restart()
     {
-        close();
-        hold_.stream()->reset();
-        open_ = true;
+        at_ = 0;
+        gathered_ = {};
+        decoded_ = stored_.key ? stored_.images->find(*stored_.key, size_) : nullptr;
+        if (decoded_ == nullptr)
+        {
+            close();
+            hold_.stream()->reset();
+            open_ = true;
+        }
     }
 
     // Gives how many bytes came.
     size_t read(uint8_t* bytes, size_t size)
     {
+        if (decoded_ != nullptr)
+        {
+            return read_decoded(bytes, size);
+        }
         const int got = open_ ? hold_.stream()->doGetChars(static_cast<int>(size), bytes) : 0;
-        return static_cast<size_t>(std::max(got, 0));
+        const auto came = static_cast<size_t>(std::max(got, 0));
+        at_ += came;
+        if (gathers_ && open_)
+        {
+            gather(bytes, came, came < size || at_ >= size_);
+        }
+        return came;
     }
 
 private:
+    size_t read_decoded(uint8_t* bytes, size_t size)
+    {
+        const size_t came = std::min(size, decoded_->size() - at_);
+        std::copy_n(decoded_->data() + at_, came, bytes);
+        at_ += came;
+        if (at_ == decoded_->size())
+        {
+            decoded_ = nullptr;
+        }
+        return came;
+    }
+
+    // What there is no memory for is decoded again.
+    void gather(const uint8_t* bytes, size_t count, bool is_all)
+    {
+        try
+        {
+            gathered_.reserve(std::min(size_, DecodedImages::most_bytes));
+            gathered_.insert(gathered_.end(), bytes, bytes + count);
+            if (is_all)
+            {
+                stored_.images->keep(*stored_.key, size_, std::exchange(gathered_, {}));
+                gathers_ = false;
+            }
+        }
+        catch (const std::bad_alloc&)
+        {
+            gathered_ = {};
+            gathers_ = false;
+        }
+    }
+
     void close()
     {
         if (open_ && !stays_open_)
@@ -87,15 +142,24 @@ private:
     }
 
     StreamHold hold_;
+    size_t size_;
+    StoredImage stored_;
     bool stays_open_;
+    bool gathers_;
     bool open_ = false;
+    size_t at_ = 0;
+    DecodedImages::Bytes gathered_;                        // of a reading that is under way
+    std::shared_ptr<const DecodedImages::Bytes> decoded_;  // while it is read
 };
 
 // The samples as the document has them, row by row; inverted for masks whose zeros paint.
 class RawRows : public ImageRows
 {
 public:
-    RawRows(Stream* stream, bool inverted) : source_(stream), inverted_(inverted) {}
+    RawRows(Stream* stream, uint64_t size, bool inverted, const StoredImage& stored)
+        : source_(stream, size, stored), inverted_(inverted)
+    {
+    }
 
     bool restart() override
     {
@@ -123,8 +187,10 @@ private:
 class MappedRows : public ImageRows
 {
 public:
-    MappedRows(Stream* stream, uint32_t width, GfxImageColorMap* map, uint16_t channels, const int* mask_colours)
-        : source_(stream), map_(map->copy()), width_(width), channels_(channels),
+    MappedRows(Stream* stream, const Image& image, GfxImageColorMap* map, const int* mask_colours,
+               const StoredImage& stored)
+        : source_(stream, packed_bytes(image.width, map) * image.height, stored), map_(map->copy()),
+          width_(image.width), channels_(image.space.channels),
           components_(static_cast<size_t>(map->getNumPixelComps())), bits_(static_cast<size_t>(map->getBits()))
     {
         if (mask_colours != nullptr)
@@ -136,7 +202,7 @@ public:
     bool restart() override
     {
         samples_.resize(width_ * components_);
-        packed_.resize((samples_.size() * bits_ + 7) / 8);
+        packed_.resize(packed_bytes(width_, map_.get()));
         converted_.resize(static_cast<size_t>(width_) * channels_);
         source_.restart();
         return true;
@@ -166,6 +232,12 @@ public:
     }
 
 private:
+    static size_t packed_bytes(uint32_t width, GfxImageColorMap* map)
+    {
+        const size_t bits = static_cast<size_t>(map->getNumPixelComps()) * static_cast<size_t>(map->getBits());
+        return (width * bits + 7) / 8;
+    }
+
     // A byte for each sample; of those of 16 bits the high one, which is what the colour map takes.
     void unpack()
     {
@@ -256,10 +328,17 @@ std::vector<uint8_t> index_table_of(GfxIndexedColorSpace& indexed, int bits)
     return table;
 }
 
+// The image is complete but for its rows.
+std::shared_ptr<ImageRows> raw_rows(Stream* stream, const Image& image, bool inverted, const StoredImage& stored)
+{
+    const uint64_t size = uint64_t{image.row_bytes()} * image.height;
+    return std::make_shared<RawRows>(stream, size, inverted, stored);
+}
+
 }  // namespace
 
 Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, const int* mask_colours,
-               SpaceStore& spaces)
+               SpaceStore& spaces, const StoredImage& stored)
 {
     Image image;
     image.width = static_cast<uint32_t>(std::max(width, 0));
@@ -273,7 +352,7 @@ Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, con
         {
             image.bits = static_cast<uint8_t>(bits);
             image.space = spaces.space_of(*space);
-            image.rows = std::make_shared<RawRows>(stream, false);
+            image.rows = raw_rows(stream, image, false, stored);
             return image;
         }
         if (indexed && bits <= 8 && is_plain_space(static_cast<GfxIndexedColorSpace*>(space)->getBase()) &&
@@ -283,24 +362,24 @@ Image image_of(Stream* stream, int width, int height, GfxImageColorMap* map, con
             image.bits = static_cast<uint8_t>(bits);
             image.space = spaces.space_of(*table->getBase());
             image.index_table = index_table_of(*table, bits);
-            image.rows = std::make_shared<RawRows>(stream, false);
+            image.rows = raw_rows(stream, image, false, stored);
             return image;
         }
     }
     // The lines of a colour map are in device colours.
     image.space.channels = static_cast<uint16_t>(is_plain_space(space) ? space->getNComps() : 3);
     image.alpha_first = mask_colours != nullptr;
-    image.rows = std::make_shared<MappedRows>(stream, image.width, map, image.space.channels, mask_colours);
+    image.rows = std::make_shared<MappedRows>(stream, image, map, mask_colours, stored);
     return image;
 }
 
-Image stencil_of(Stream* stream, int width, int height, bool inverted)
+Image stencil_of(Stream* stream, int width, int height, bool inverted, const StoredImage& stored)
 {
     Image image;
     image.width = static_cast<uint32_t>(std::max(width, 0));
     image.height = static_cast<uint32_t>(std::max(height, 0));
     image.bits = 1;
-    image.rows = std::make_shared<RawRows>(stream, !inverted);
+    image.rows = raw_rows(stream, image, !inverted, stored);
     return image;
 }
 

@@ -3,7 +3,6 @@
 #include "clients/pdf/poppler/painting-device.h"
 
 #include "clients/pdf/poppler/glyph-runs.h"
-#include "clients/pdf/poppler/images.h"
 #include "clients/pdf/poppler/matte.h"
 #include "clients/pdf/poppler/meshes.h"
 #include "clients/pdf/poppler/path-painting.h"
@@ -319,10 +318,20 @@ void PaintingDevice::type3D1(GfxState* state, double, double, double, double, do
 
 //---- Images
 
+// Only objects of the document are met again.
+StoredImage PaintingDevice::stored(const Object* reference, bool is_mask) const
+{
+    if (reference == nullptr || !reference->isRef())
+    {
+        return {decoded_, std::nullopt};
+    }
+    return {decoded_, ImageKey{reference->getRefNum(), reference->getRefGen(), is_mask}};
+}
+
 void PaintingDevice::drawImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
                                    bool invert, bool interpolate, bool inline_image)
 {
-    Image stencil = stencil_of(stream, width, height, invert);
+    Image stencil = stencil_of(stream, width, height, invert, stored(reference));
     stencil.interpolate = interpolate;
     stencil.restartable = !inline_image;
     watch(stencil, name_of_image(reference), complain_);
@@ -345,7 +354,7 @@ void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object* reference
                                               bool invert, bool inline_image, double*)
 {
     flush_capture();
-    Image stencil = stencil_of(stream, width, height, invert);
+    Image stencil = stencil_of(stream, width, height, invert, stored(reference));
     stencil.restartable = !inline_image;
     watch(stencil, name_of_image(reference), complain_);
     set_stencil_mask(masks_, canvas_, state, stencil);
@@ -360,7 +369,7 @@ void PaintingDevice::drawImage(GfxState* state, Object* reference, Stream* strea
                                GfxImageColorMap* map, bool interpolate, const int* mask_colours, bool inline_image)
 {
     flush_capture();
-    Image image = image_of(stream, width, height, map, mask_colours, canvas_.spaces);
+    Image image = image_of(stream, width, height, map, mask_colours, canvas_.spaces, stored(reference));
     image.interpolate = interpolate;
     image.restartable = !inline_image;
     watch(image, name_of_image(reference), complain_);
@@ -376,9 +385,9 @@ void PaintingDevice::drawMaskedImage(GfxState* state, Object* reference, Stream*
                                      int mask_height, bool mask_invert, bool mask_interpolate)
 {
     flush_capture();
-    Image image = image_of(stream, width, height, map, nullptr, canvas_.spaces);
+    Image image = image_of(stream, width, height, map, nullptr, canvas_.spaces, stored(reference));
     image.interpolate = interpolate;
-    Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert);
+    Image mask = stencil_of(mask_stream, mask_width, mask_height, mask_invert, stored(reference, true));
     mask.interpolate = mask_interpolate;
     paint_masked(state, reference, image, mask);
 }
@@ -388,12 +397,13 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Str
                                          int mask_height, GfxImageColorMap* mask_map, bool mask_interpolate)
 {
     flush_capture();
-    Image image = image_of(stream, width, height, map, nullptr, canvas_.spaces);
+    Image image = image_of(stream, width, height, map, nullptr, canvas_.spaces, stored(reference));
     image.interpolate = interpolate;
-    Image mask = image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, canvas_.spaces);
+    Image mask =
+        image_of(mask_stream, mask_width, mask_height, mask_map, nullptr, canvas_.spaces, stored(reference, true));
     mask.interpolate = mask_interpolate;
-    const GfxColor* matte = mask_map->getMatteColor();
-    if (matte != nullptr ? !take_out_matte(image, mask, *matte, *map->getColorSpace()) : asks_for_matte(*mask_stream))
+    const Matte matte = matte_of(*mask_stream, *map->getColorSpace());
+    if (matte.is_asked_for && (!matte.colour || !take_out_matte(image, mask, *matte.colour, *map->getColorSpace())))
     {
         complain_("the matte colour of a soft mask is left out");
     }

@@ -7,10 +7,12 @@
 #include "clients/pdf/poppler/canvas.h"
 #include "clients/pdf/poppler/fonts.h"
 #include "clients/pdf/poppler/groups.h"
+#include "clients/pdf/poppler/images.h"
 #include "clients/pdf/poppler/patterns.h"
 #include "clients/pdf/poppler/type3-glyphs.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -121,6 +123,7 @@ private:
     void flush_capture();
     void paint_masked(GfxState* state, const Object* reference, Image image, Image mask);
     bool refresh_font(GfxState* state);
+    StoredImage stored(const Object* reference, bool is_mask = false) const;
 
     PDFDoc* document_;
     std::function<void(const std::string&)> complain_;
@@ -129,6 +132,7 @@ private:
     Patterns patterns_;
     Type3Glyphs type3_;
     Fonts fonts_;
+    std::shared_ptr<DecodedImages> decoded_ = std::make_shared<DecodedImages>();
     std::optional<Path> text_clip_;  // none: no text has clipped
 };
 

@@ -8,7 +8,7 @@
 #pragma once
 
 #include "clients/pdf/content/graphics.h"
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/space-record.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/space-record.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "clients/pdf/content/graphics.h"
-#include "clients/pdf/records/orv-records.h"
+#include "clients/pdf/records/path-record.h"
 #include "orvlog/interface/orv-interface.h"
 
 #include <map>

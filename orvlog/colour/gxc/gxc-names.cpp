@@ -5,39 +5,37 @@
 namespace
 {
 
+// The five families that colour space definitions have, too, by the one list of their names: for each the places of the
+// names, and the rows. The kinds 1, 7 and 8 of definitions have no row, and readers of the log rely on the "(null)"
+// that they print.
+// clang-format off
+#define ORVLOG_ENUMERATION(list) namespace list { enum Place : uint32_t {
+#define ORVLOG_NAME(name) name,
+#define ORVLOG_NAME_NOT_IN_TICKETS(name) name,
+#define ORVLOG_END_ENUMERATION }; }
+#include "orvlog/names/colour-enumerations.inc"
+#undef ORVLOG_ENUMERATION
+#undef ORVLOG_NAME
+#undef ORVLOG_NAME_NOT_IN_TICKETS
+#undef ORVLOG_END_ENUMERATION
+
+#define ORVLOG_ENUMERATION(list) namespace list { constexpr GXC_EnumRow rows[] = {
+#define ORVLOG_NAME(name) {#name, name},
+#define ORVLOG_NAME_NOT_IN_TICKETS(name)
+#define ORVLOG_END_ENUMERATION }; }
+#include "orvlog/names/colour-enumerations.inc"
+#undef ORVLOG_ENUMERATION
+#undef ORVLOG_NAME
+#undef ORVLOG_NAME_NOT_IN_TICKETS
+#undef ORVLOG_END_ENUMERATION
+// clang-format on
+
 constexpr GXC_EnumRow quality_hint[] = {
     {"GCM_QUAL_LOWEST", 0}, {"GCM_QUAL_LOW", 1}, {"GCM_QUAL_MEDIUM", 2}, {"GCM_QUAL_HIGH", 3}, {"GCM_QUAL_HIGHEST", 4},
 };
 
 constexpr GXC_EnumRow performance_hint[] = {
     {"GCM_PERF_LOWEST", 0}, {"GCM_PERF_LOW", 1}, {"GCM_PERF_MEDIUM", 2}, {"GCM_PERF_HIGH", 3}, {"GCM_PERF_HIGHEST", 4},
-};
-
-// The kinds 1, 7 and 8 have no row, and readers of the log rely on the "(null)" that they print.
-constexpr GXC_EnumRow csd_type[] = {
-    {"GCM_CSDTYPE_FILE", 0},        {"GCM_CSDTYPE_PROFILE_BUFFER", 2},
-    {"GCM_CSDTYPE_ANALYTICAL", 3},  {"GCM_CSDTYPE_NONCOLORIMETRIC", 4},
-    {"GCM_CSDTYPE_CIELUT_DATA", 5}, {"GCM_CSDTYPE_NO_BASE_CHANS", 6},
-};
-
-constexpr GXC_EnumRow render_intent[] = {
-    {"GCM_RI_PERCEPTUAL", 0},       {"GCM_RI_SATURATION", 1},     {"GCM_RI_COLORIMETRIC_ABS", 2},
-    {"GCM_RI_COLORIMETRIC_REL", 3}, {"GCM_RI_USER_DEFINED_1", 4},
-};
-
-constexpr GXC_EnumRow analytical_space[] = {
-    {"GCM_ACS_XYZ", 0},  {"GCM_ACS_LAB", 1},   {"GCM_ACS_ADOBE_RGB", 2}, {"GCM_ACS_LINEAR_SRGB", 3},
-    {"GCM_ACS_SRGB", 4}, {"GCM_ACS_SCRGB", 5}, {"GCM_ACS_SCRGB16", 6},   {"GCM_ACS_HVN_RGB", 7},
-};
-
-constexpr GXC_EnumRow pixel_format[] = {
-    {"GNC_FORMAT_RGB", 0},  {"GNC_FORMAT_BGR", 1}, {"GNC_FORMAT_GRAY", 2}, {"GNC_FORMAT_CMYK", 3},
-    {"GNC_FORMAT_YMCK", 4}, {"GNC_FORMAT_K", 5},   {"GNC_FORMAT_NONE", 6},
-};
-
-constexpr GXC_EnumRow cie_family[] = {
-    {"GCM_CIE_FAMILY_ABC", 0},  {"GCM_CIE_FAMILY_A", 1},      {"GCM_CIE_FAMILY_DEF", 2},
-    {"GCM_CIE_FAMILY_DEFG", 3}, {"GCM_CIE_FAMILY_CALRGB", 4}, {"GCM_CIE_FAMILY_CALGRAY", 5},
 };
 
 constexpr GXC_EnumRow lamp_group[] = {
@@ -109,11 +107,11 @@ template <uint32_t Count> constexpr GXC_EnumFamily family(const char* name, cons
 const GXC_EnumFamily gxc_enum_families[GXC_FAMILY_COUNT] = {
     family("GCM_QualityHint", quality_hint),
     family("GCM_PerformanceHint", performance_hint),
-    family("GCM_CsdType", csd_type),
-    family("GCM_RenderIntent", render_intent),
-    family("GCM_AnalyticalColorSpaceType", analytical_space),
-    family("GNC_Format", pixel_format),
-    family("GCM_CieFamily", cie_family),
+    family("GCM_CsdType", CSD_TYPE::rows),
+    family("GCM_RenderIntent", RENDER_INTENT::rows),
+    family("GCM_AnalyticalColorSpaceType", ANALYTICAL_SPACE::rows),
+    family("GNC_Format", PIXEL_FORMAT::rows),
+    family("GCM_CieFamily", CIE_FAMILY::rows),
     family("GCM_IlluminantLampGroup", lamp_group),
     family("GCM_SerMarker", ser_marker),
     family("GCM_ColorSpaceFamily", color_space_family),

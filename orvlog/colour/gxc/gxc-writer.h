@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define GXC_PRINTF(format_at, args_at) __attribute__((format(gnu_printf, format_at, args_at)))
 #else
 #define GXC_PRINTF(format_at, args_at) __attribute__((format(printf, format_at, args_at)))

@@ -218,10 +218,41 @@ TEST(Matte, IsTakenOut)
     EXPECT_EQ(pixel(bits, 20, 50), 0x0000FFU);
     EXPECT_EQ(pixel(bits, 80, 50), 0x00FF00U);
     EXPECT_EQ(messages, Lines());
-    // A matte goes with a mask of the image's size only.
-    const auto other = draw_with("/Width 1 /Height 1 /BitsPerComponent 8 /Matte [1 1 1]", "FF>", &messages);
+    // A matte has as many channels as the image.
+    const auto other = draw_with("/Width 2 /Height 1 /BitsPerComponent 8 /Matte [1 1]", "FFFF>", &messages);
     EXPECT_EQ(pixel(other, 20, 50), 0x800000U);
     EXPECT_EQ(messages, Lines{"the matte colour of a soft mask is left out"});
+}
+
+// Masks of other sizes than that of the image, which is two pixels: red by half, and green, on black.
+TEST(Matte, IsTakenOutThroughAMaskOfAnotherSize)
+{
+    const auto draw_with = [](const std::string& mask_entries, const std::string& mask)
+    {
+        Lines messages;
+        const std::string document = page(
+            "0 0 1 rg 0 0 100 100 re f q 100 0 0 100 0 0 cm /I Do Q", "/XObject << /I 5 0 R >>",
+            {image("/Width 2 /Height 1 /ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /ASCIIHexDecode "
+                   "/SMask 6 0 R",
+                   "40000000FF00>"),
+             image("/ColorSpace /DeviceGray /BitsPerComponent 8 /Matte [0 0 0] /Filter /ASCIIHexDecode " + mask_entries,
+                   mask)});
+        const auto drawn = draw(document, &messages);
+        EXPECT_EQ(messages, Lines());
+        return drawn;
+    };
+    // Red comes back to 0x80 by a half, and is then painted by a half.
+    const auto smaller = draw_with("/Width 1 /Height 1", "80>");
+    EXPECT_EQ(pixel(smaller, 20, 50), 0x40007FU);
+    // Of four and two rows the mean of (40, 80, 80, C0) is 0x80, so that red is 0x80 here too; green is opaque.
+    const auto larger = draw_with("/Width 4 /Height 2", "4080FFFF80C0FFFF>");
+    EXPECT_EQ(pixel(larger, 5, 10), 0x2000BFU);
+    EXPECT_EQ(pixel(larger, 40, 90), 0x60003FU);
+    EXPECT_EQ(pixel(larger, 80, 50), 0x00FF00U);
+    // The middle one of three lies on both pixels.
+    const auto odd = draw_with("/Width 3 /Height 1", "00FFFF>");
+    EXPECT_EQ(pixel(odd, 5, 50), 0x0000FFU);
+    EXPECT_EQ(pixel(odd, 45, 50), 0x800000U);
 }
 
 // Painted in black through a mask whose group is of this colour: how dark that is.

@@ -7,7 +7,7 @@
 #include "clients/stream/file-stream.h"
 #include "clients/stream/malloc-allocator.h"
 #include "clients/stream/random-identity.h"
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "reader/tree/values.h"
 #include "tests/clients/replay/jobs.h"
 

@@ -52,36 +52,6 @@ protected:
     GER_Log* log = nullptr;
 };
 
-TEST_F(ErrorLog, RecordsHaveTheirLayout)
-{
-    EXPECT_EQ(offsetof(GER_Error, ge_Log), 8U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Channel), 16U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Level), 20U);
-    EXPECT_EQ(offsetof(GER_Error, ge_TextCapacity), 24U);
-    EXPECT_EQ(offsetof(GER_Error, ge_PrefixLength), 32U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Severity), 36U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Module), 40U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Code), 44U);
-    EXPECT_EQ(offsetof(GER_Error, ge_Text), 48U);
-    EXPECT_EQ(offsetof(GER_Log, gl_Allocator), 0U);
-    EXPECT_EQ(offsetof(GER_Log, gl_OsServices), 8U);
-    EXPECT_EQ(offsetof(GER_Log, gl_Lock), 16U);
-    EXPECT_EQ(offsetof(GER_Log, gl_OutputHook), 24U);
-    EXPECT_EQ(offsetof(GER_Log, gl_HookContext), 32U);
-    EXPECT_EQ(offsetof(GER_Log, gl_LockTimeout), 40U);
-    EXPECT_EQ(offsetof(GER_Log, gl_DefaultLevel), 44U);
-    EXPECT_EQ(offsetof(GER_Log, gl_ChannelLevels), 48U);
-    EXPECT_EQ(offsetof(GER_Log, gl_DefaultChannel), 56U);
-    EXPECT_EQ(offsetof(GER_Log, gl_ChannelCount), 60U);
-    EXPECT_EQ(offsetof(GER_Log, gl_ChannelCapacity), 64U);
-    EXPECT_EQ(offsetof(GER_Log, gl_Outputs), 72U);
-    EXPECT_EQ(sizeof(GER_Log), 80U);
-    EXPECT_EQ(offsetof(GER_OsServices, create), 48U);
-    EXPECT_EQ(offsetof(GER_OsServices, destroy), 56U);
-    EXPECT_EQ(offsetof(GER_OsServices, release), 72U);
-    EXPECT_EQ(offsetof(GER_OsServices, take), 80U);
-}
-
 TEST_F(ErrorLog, CreationFillsTheRecord)
 {
     EXPECT_EQ(log->gl_Allocator, allocator.get());

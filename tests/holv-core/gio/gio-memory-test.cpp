@@ -66,19 +66,6 @@ protected:
     void* c = nullptr;
 };
 
-TEST_F(Memory, InstanceHasItsLayout)
-{
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, kind), 0U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, allocator), 8U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, self), 16U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, data), 24U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, size), 32U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, position), 40U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, last_error), 48U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, at_end), 52U);
-    EXPECT_EQ(offsetof(GIO_MemoryInstance, error_flag), 56U);
-}
-
 TEST_F(Memory, OpeningFillsTheInstance)
 {
     EXPECT_EQ(stream->kind, 4U);

@@ -257,30 +257,6 @@ TEST(ChunkRecord, DeletionWithoutChunksGivesBackTheRecordOnly)
     EXPECT_EQ(parent.bad_frees(), 0U);
 }
 
-// The record's fields, in their order, behind the 22 words of every allocator.
-TEST(ChunkRecord, FieldsInTheirOrder)
-{
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_value), 176U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_word_a), 184U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, info_word_b), 188U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, parent), 192U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, channel), 200U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, used_bytes), 208U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, total_bytes), 216U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, chunk_size), 224U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, cursor), 232U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, remaining), 240U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, head), 248U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, tail), 264U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, minimise_callback), 280U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, minimise_context), 288U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, alloc_fail_callback), 296U);
-    EXPECT_EQ(offsetof(GMM_ChunkAllocator, alloc_fail_context), 304U);
-    EXPECT_EQ(sizeof(GMM_ChunkAllocator), 312U);
-    EXPECT_EQ(offsetof(GMM_Chunk, size), 16U);
-    EXPECT_EQ(sizeof(GMM_Chunk), 24U);
-}
-
 TEST(ChunkRecord, NothingToMakeItFromGivesNull)
 {
     EXPECT_EQ(gmm_chunk_allocator_create(nullptr), nullptr);

@@ -1,7 +1,7 @@
 #include "orvlog/colour/orvlog-colour-ticket.h"
 
-#include "orvlog/core/orvlog-entry.h"
 #include "orvlog/log/ahc-coder.h"
+#include "orvlog/session/orvlog-creators.h"
 #include "tests/support/failure-sweep.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/fake-tickets.h"

@@ -1,6 +1,6 @@
 // What a call has written by the time it is passed on, and what calls make of arguments that cannot be.
 
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "tests/support/fake-font-engine.h"
 #include "tests/support/test-session.h"
 

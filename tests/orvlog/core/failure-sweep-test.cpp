@@ -1,7 +1,7 @@
 // The Nth allocation refused, the Nth stream operation failed, the Nth call of the renderer failed, for every N
 // until a run meets no failure: nothing crashes, nothing leaks, the renderer is called, its results come back.
 
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-creators.h"
 #include "orvlog/session/orvlog-frames.h"
 #include "orvlog/session/orvlog-session.h"
 #include "tests/support/every-call.h"

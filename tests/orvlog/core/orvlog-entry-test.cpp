@@ -1,4 +1,4 @@
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-creators.h"
 
 #include "holv-core/gio/gio-file.h"
 #include "orvlog/session/orvlog-session.h"
@@ -518,9 +518,13 @@ std::string log_of_a_job(uint32_t via_temporary_log, uint32_t compress, uint32_t
     FakeIdentity identity;
     ORV_Interface orv;
     stream.set_room(room);
-    const ORVLOG_SessionOptions options = {
-        &orv,    nullptr, allocator.get(), identity.get(), stream.get(), nullptr, nullptr,
-        nullptr, nullptr, nullptr,         nullptr,        compress,     0,       via_temporary_log};
+    ORVLOG_SessionOptions options = {};
+    options.interface_out = &orv;
+    options.allocator = allocator.get();
+    options.identity = identity.get();
+    options.log_stream = stream.get();
+    options.compress = compress;
+    options.via_temporary_log = via_temporary_log;
     EXPECT_NE(orvlog_create_session_with(&options), 0U);
     void* document = nullptr;
     orv.document_start.fn(nullptr, &orv, &document, 1, nullptr, nullptr);
@@ -576,9 +580,12 @@ TEST(TemporaryLog, ThatCannotBeOpenedRefusesTheSession)
     FakeIdentity identity;
     ORV_Interface orv = {};
     allocator.refuse(2);
-    const ORVLOG_SessionOptions options = {&orv,    nullptr, allocator.get(), identity.get(), stream.get(), nullptr,
-                                           nullptr, nullptr, nullptr,         nullptr,        nullptr,      0,
-                                           0,       1};
+    ORVLOG_SessionOptions options = {};
+    options.interface_out = &orv;
+    options.allocator = allocator.get();
+    options.identity = identity.get();
+    options.log_stream = stream.get();
+    options.via_temporary_log = 1;
     EXPECT_EQ(orvlog_create_session_with(&options), 0U);
     EXPECT_EQ(stream.text(), "");
     EXPECT_EQ(allocator.outstanding(), 0U);

@@ -1,4 +1,4 @@
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/session/orvlog-creators.h"
 #include "tests/support/decode-text.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/fake-image.h"

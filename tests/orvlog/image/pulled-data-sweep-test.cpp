@@ -1,7 +1,7 @@
 // A job in base mode whose images and glyphs are pulled by the logger and by the renderer, with side files and a kept
 // image, swept through failures of memory, of the log's stream and of the client's callbacks.
 
-#include "orvlog/core/orvlog-entry.h"
+#include "orvlog/interface/orvlog-session-options.h"
 #include "tests/support/failure-sweep.h"
 #include "tests/support/fake-image.h"
 #include "tests/support/scripted-font-engine.h"

@@ -1,6 +1,6 @@
 #include "orvlog/log/orvlog-attributes.h"
 
-#include "orvlog/log/orvlog-names.h"
+#include "orvlog/names/orvlog-names.h"
 #include "tests/support/memory-stream.h"
 #include "tests/support/test-allocator.h"
 

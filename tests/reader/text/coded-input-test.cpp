@@ -1,7 +1,7 @@
 #include "reader/text/coded-input.h"
 
-#include "orvlog/core/orvlog-entry.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
+#include "orvlog/session/orvlog-creators.h"
 #include "tests/reader/tickets/dump-ticket.h"
 #include "tests/support/ahc-oracle.h"
 #include "tests/support/fake-identity.h"

@@ -223,8 +223,22 @@ TEST_F(MaskTest, WhatOperatorsLoseIsSaid)
     paint(Shape::box(1, 1, 3, 3), Operand::rgb(1, 0, 0), extra);
     EXPECT_EQ(at(20, 20), 0xFF0000U);
     const std::vector<std::string> expected{"cairo renderer: transparency types of operators are not looked at",
-                                            "cairo renderer: alpha that is shape is painted as opacity",
                                             "cairo renderer: transfer functions of operators are not called"};
+    EXPECT_EQ(said_, expected);
+}
+
+TEST_F(MaskTest, AlphaThatIsShapeIsSaidUnderBlendModesOnly)
+{
+    GOP_Operator op = operation(GOP_ROP_PORTER_DUFF, 3);
+    op.op_TransparencyFlags = GOP_TRANS_FLAG_ALPHA_IS_SHAPE;
+    Extra extra;
+    extra.op = &op;
+    paint(Shape::box(1, 1, 3, 3), Operand::rgb(1, 0, 0), extra);
+    EXPECT_TRUE(said_.empty());
+    op = operation(GOP_ROP_PDF_SEPARABLE, 1);
+    op.op_TransparencyFlags = GOP_TRANS_FLAG_ALPHA_IS_SHAPE;
+    paint(Shape::box(1, 1, 3, 3), Operand::rgb(1, 0, 0), extra);
+    const std::vector<std::string> expected{"cairo renderer: alpha that is shape is painted as opacity"};
     EXPECT_EQ(said_, expected);
 }
 

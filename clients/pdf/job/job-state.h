@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+//
+// What the rooms of a job share: what is asked for, what has come of it, and how to open the document and the renderer.
+
+#pragma once
+
+#include "clients/pdf/job.h"
+#include "clients/pdf/page-check.h"
+#include "clients/pdf/poppler/pdf-document.h"
+#include "renderers/cairo/cairo-renderer.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace pdf_client
+{
+
+// Everything said during a job, each thing once.
+class Messages
+{
+public:
+    void add(const std::string& line);
+
+    const std::vector<std::string>& lines() const
+    {
+        return lines_;
+    }
+
+private:
+    std::vector<std::string> lines_;
+};
+
+struct JobState
+{
+    explicit JobState(const JobOptions& wanted) : options(wanted), unlocking{wanted.password, wanted.ask_password} {}
+    JobState(const JobState&) = delete;
+    JobState& operator=(const JobState&) = delete;
+
+    // Takes what is to be said once. The state must outlive it.
+    std::function<void(const std::string&)> sink();
+    // Null, with an error in the result, if it can't be read.
+    std::unique_ptr<PdfDocument> open_document();
+    // With a check its pages go to `page_sink`. `pictures`: page images are written, if they are asked for.
+    std::unique_ptr<cairo_renderer::Renderer> make_renderer(cairo_renderer::PageSink page_sink, bool pictures);
+
+    const JobOptions& options;
+    Unlocking unlocking;
+    JobResult result;
+    Messages messages;
+    PageCheck check;
+};
+
+}  // namespace pdf_client

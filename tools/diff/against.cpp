@@ -1,0 +1,237 @@
+#include "tools/diff/against.h"
+
+#include "clients/replay/replay.h"
+#include "inspect/pixels/pictures.h"
+#include "reader/text/log-files.h"
+#include "renderers/cairo/cairo-renderer.h"
+#include "tools/diff/pixel-report.h"
+#include "tools/shared/command.h"
+#include "tools/shared/look.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <system_error>
+
+namespace tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using nlohmann::ordered_json;
+using orvlog::inspect::PixelArea;
+using orvlog::inspect::PixelCopy;
+
+// "STEM-NUMBER.png"; false for other names.
+bool take_apart(const fs::path& file, std::string* stem, uint32_t* number)
+{
+    const std::string name = file.stem().string();
+    const size_t dash = name.rfind('-');
+    const bool digits = dash != std::string::npos && name.size() - dash >= 4 && name.size() - dash <= 10 &&
+                        std::all_of(name.begin() + static_cast<std::ptrdiff_t>(dash) + 1, name.end(),
+                                    [](char c) { return c >= '0' && c <= '9'; });
+    if (file.extension() != ".png" || !digits)
+        return false;
+    *stem = name.substr(0, dash);
+    *number = static_cast<uint32_t>(std::stoul(name.substr(dash + 1)));
+    return true;
+}
+
+PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
+{
+    PixelArea area;
+    for (int y = 0; y < std::max(a.height, b.height); ++y)
+    {
+        for (int x = 0; x < std::max(a.width, b.width); ++x)
+        {
+            if (!orvlog::inspect::differ(a.at(x, y), b.at(x, y), tolerance))
+                continue;
+            if (area.pixels++ == 0)
+                area.box = {x, y, x + 1, y + 1};
+            area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),
+                        std::max(area.box.y1, y + 1)};
+        }
+    }
+    return area;
+}
+
+class Against
+{
+public:
+    Against(const DiffInput& log, const AgainstOptions& options)
+        : log_(log), options_(options), stem_(page_stem(log.name()))
+    {
+    }
+
+    int run()
+    {
+        if (const std::string why = find_pictures(); !why.empty())
+            return fail(why);
+        const orvlog::reader::LogFiles files(log_.name(), options_.folders);
+        if (!files.why().empty())
+            return fail(files.why());
+        const auto first = log_.opener()();
+        if (first == nullptr)
+            return fail(log_.name() + ": can't be read");
+        kind_ = orvlog::replay::examine(*first);
+        if (!kind_.is_log)
+            return fail(log_.name() + ": not a log");
+        return finish(draw(files));
+    }
+
+private:
+    // Pictures that bear the log's name, else those of the only name that there is.
+    std::string find_pictures()
+    {
+        std::map<std::string, std::map<uint32_t, std::string>> found;
+        std::error_code failed;
+        for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
+             file.increment(failed))
+        {
+            std::string stem;
+            uint32_t number = 0;
+            if (take_apart(file->path(), &stem, &number))
+                found[stem][number] = file->path().string();
+        }
+        if (failed)
+            return options_.pictures + ": " + failed.message();
+        const auto own = found.find(stem_);
+        if (own == found.end() && found.size() != 1)
+            return options_.pictures + ": has no pictures " + stem_ + "-001.png and onwards";
+        pictures_ = own != found.end() ? own->second : found.begin()->second;
+        return {};
+    }
+
+    orvlog::replay::Outcome draw(const orvlog::reader::LogFiles& files)
+    {
+        std::vector<cairo_renderer::PagePixels> pages;
+        cairo_renderer::Options drawing;
+        drawing.complaint_sink = [](const std::string&) {};
+        if (kind_.rendered_fixed)
+            drawing.glyph_form = cairo_renderer::GlyphForm::in_turn;
+        else if ((kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0)
+            drawing.glyph_form = cairo_renderer::GlyphForm::bitmap;
+        drawing.page_sink = [&](const cairo_renderer::Page& page)
+        {
+            cairo_renderer::collect_pixels(page, pages);
+            if (page.first_row + page.rows < page.height)
+                return;
+            compare(pages.back());
+            pages.clear();
+        };
+        cairo_renderer::Renderer renderer(std::move(drawing));
+        orvlog::replay::Options play;
+        play.files = files;
+        play.dpi = options_.dpi;
+        play.page_begins = [this](uint32_t page, uint32_t number) { number_ = kind_.numbered ? number : page; };
+        Progress progress(log_.size());
+        play.progress = [&progress](uint64_t done) { progress.show(done); };
+        orvlog::replay::ReplayTickets tickets;
+        const auto log = log_.opener()();
+        return orvlog::replay::play(*log, renderer.interface(), tickets, play);
+    }
+
+    void compare(const cairo_renderer::PagePixels& page)
+    {
+        ++compared_;
+        const auto file = pictures_.find(number_);
+        if (file == pictures_.end())
+            return tell(number_, "has no picture", nullptr);
+        const cairo_renderer::PagePixels given = cairo_renderer::read_png(file->second);
+        met_.insert({number_, true});
+        if (given.pixels.empty())
+            return tell(number_, file->second + " can't be read", nullptr);
+        const PixelCopy a = orvlog::inspect::picture_of(page);
+        const PixelCopy b = orvlog::inspect::picture_of(given);
+        const PixelArea area = area_between(a, b, options_.tolerance);
+        std::string what = area_text(area) + " differ from " + file->second;
+        if (a.width != b.width || a.height != b.height)
+            what += ", which has another size";
+        if (area.pixels > 0)
+            tell(number_, what, &area);
+        if (area.pixels > 0 && !options_.marked.empty())
+            write(a, b);
+    }
+
+    void write(const PixelCopy& a, const PixelCopy& b)
+    {
+        std::error_code failed;
+        fs::create_directories(options_.marked, failed);
+        char number[16];
+        std::snprintf(number, sizeof number, "-%03u", number_);
+        const std::string name = (fs::path(options_.marked) / (stem_ + number)).string();
+        const bool good = orvlog::inspect::write_picture(a, name + "-a.png") &&
+                          orvlog::inspect::write_picture(b, name + "-b.png") &&
+                          orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, options_.tolerance),
+                                                         name + "-marked.png");
+        if (!good)
+            lacks_.push_back(name + "-a.png and the like can't be written");
+    }
+
+    void tell(uint32_t page, const std::string& what, const PixelArea* area)
+    {
+        ++different_;
+        if (!options_.json)
+        {
+            put("page " + std::to_string(page) + ": " + printable(what) + "\n");
+            return;
+        }
+        ordered_json object;
+        object["page"] = page;
+        object["what"] = what;
+        if (area != nullptr)
+            object["area"] = area_json(*area);
+        put((different_ == 1 ? "{\"pages\": [\n" : ",\n") + json_text(object));
+    }
+
+    int finish(const orvlog::replay::Outcome& outcome)
+    {
+        for (const auto& [number, file] : pictures_)
+            if (met_.count(number) == 0)
+                tell(number, "is not in the log, but " + file + " is there", nullptr);
+        if (options_.json)
+        {
+            put(different_ == 0 ? "{\"pages\": [],\n" : "\n],\n");
+            put("\"compared\":" + std::to_string(compared_) + ",\"different\":" + std::to_string(different_) +
+                ",\"equal\":" + (different_ == 0 ? "true" : "false") + "}\n");
+        }
+        else
+            put(std::to_string(compared_) + " pages compared, " + std::to_string(different_) + " differ\n");
+        if (outcome.pages_refused > 0)
+            lacks_.push_back(log_.name() + ": " + std::to_string(outcome.pages_refused) + " pages could not be drawn");
+        if (outcome.missing > 0)
+            lacks_.push_back(log_.name() + ": lacks data in " + std::to_string(outcome.missing) + " places");
+        if (outcome.cut)
+            lacks_.push_back(log_.name() + ": is cut short; what it has is drawn");
+        else if (outcome.damage > 0)
+            lacks_.push_back(log_.name() + ": is damaged in " + std::to_string(outcome.damage) +
+                             " places; what could be read is drawn");
+        const int status = finish_output(different_ > 0 ? EXIT_FAILED : EXIT_DONE);
+        for (const std::string& line : lacks_)
+            say(line);
+        return lacks_.empty() ? status : EXIT_FAILED;
+    }
+
+    const DiffInput& log_;
+    const AgainstOptions& options_;
+    std::string stem_;
+    orvlog::replay::LogKind kind_;
+    std::map<uint32_t, std::string> pictures_;
+    std::map<uint32_t, bool> met_;
+    std::vector<std::string> lacks_;
+    uint32_t number_ = 0;
+    uint64_t compared_ = 0;
+    uint64_t different_ = 0;
+};
+
+}  // namespace
+
+int compare_against(const DiffInput& log, const AgainstOptions& options)
+{
+    return Against(log, options).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,17 @@
+// What holds at a call, as lines and as an object.
+
+#pragma once
+
+#include "inspect/history/call-state.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace tool
+{
+
+std::string state_text(const orvlog::inspect::CallState& state);
+nlohmann::ordered_json state_json(const orvlog::inspect::CallState& state);
+
+}  // namespace tool
