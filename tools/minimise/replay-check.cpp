@@ -4,11 +4,7 @@
 #include "clients/stream/file-stream.h"
 #include "clients/stream/malloc-allocator.h"
 #include "clients/stream/random-identity.h"
-<<<<<<< HEAD
-#include "orvlog/core/orvlog-entry.h"
-=======
 #include "orvlog/interface/orvlog-session-options.h"
->>>>>>> int
 
 #include <sstream>
 
