@@ -43,7 +43,7 @@ class ImageStoreTest : public testing::Test
 {
 protected:
     std::vector<std::string> said;
-    cairo_renderer::Complaints complaints{[this](const std::string& line) { said.push_back(line); }};
+    cairo_renderer::Complaints complaints{[this](const std::string& line) { said.push_back(line); }, {}};
 };
 
 TEST_F(ImageStoreTest, KeepsInMemoryWhatHasRoom)
