@@ -89,7 +89,7 @@ BrushContext Drawing::brush_context(uint32_t object_type, const Window* window)
             shared_.keep_images ? &kept_ : nullptr,
             object_type & known,
             window,
-            playing() ? nullptr : &shared_.images};
+            painting() ? nullptr : &shared_.images};
 }
 
 void Drawing::emit(Paint paint)
