@@ -16,9 +16,9 @@ int main(int argc, char** argv)
     double sum = 0;
     for (int i = 1; i + 1 < argc; i += 2)
     {
-        const cairo_renderer::PagePixels one = cairo_renderer::read_png(argv[i]);
-        const cairo_renderer::PagePixels other = cairo_renderer::read_png(argv[i + 1]);
-        const cairo_renderer::PixelDifference difference = cairo_renderer::compare_pixels(one, other);
+        const orvlog::cairo_renderer::PagePixels one = orvlog::cairo_renderer::read_png(argv[i]);
+        const orvlog::cairo_renderer::PagePixels other = orvlog::cairo_renderer::read_png(argv[i + 1]);
+        const orvlog::cairo_renderer::PixelDifference difference = orvlog::cairo_renderer::compare_pixels(one, other);
         std::printf("%8.4f  largest %3u  %s (%ux%u, %ux%u)\n", difference.mean, difference.largest, argv[i], one.width,
                     one.height, other.width, other.height);
         sum += difference.mean;

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 Complaints::Complaints(std::function<void(const std::string&)> sink, std::function<void(const std::string&)> losses)
@@ -37,4 +37,4 @@ const std::vector<std::string>& Complaints::said() const
     return said_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -7,14 +7,16 @@
 #include <string>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class Complaints
 {
 public:
-    // `sink` takes what is painted otherwise than asked for, `losses` what isn't painted; both may be empty.
-    Complaints(std::function<void(const std::string&)> sink, std::function<void(const std::string&)> losses);
+    // `sink` takes what is painted otherwise than asked for, `losses` what isn't
+    // painted. An empty sink means standard error, empty losses the sink.
+    explicit Complaints(std::function<void(const std::string&)> sink,
+                        std::function<void(const std::string&)> losses = {});
 
     // Says "cairo renderer: TEXT" unless the same text was said before. The text names the thing and what
     // is done instead.
@@ -33,4 +35,4 @@ private:
     std::vector<std::string> said_;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

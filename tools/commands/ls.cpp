@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -170,4 +170,4 @@ Run declare_ls(CLI::App& app)
     return [options] { return list(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

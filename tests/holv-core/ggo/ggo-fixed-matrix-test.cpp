@@ -537,9 +537,7 @@ TEST(FixedMatrix, RandomPointsAgainstWideIntegers)
             ASSERT_TRUE(!outside || (flags & 1) != 0);
             ASSERT_TRUE(exact == 0 || kept != 0 || (flags & 2) != 0);
             if ((flags & 1) == 0)
-            {
                 ASSERT_EQ(static_cast<Wide>(axis == 0 ? x_of(mapped) : y_of(mapped)), kept);
-            }
         }
     }
 }

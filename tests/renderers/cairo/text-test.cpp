@@ -109,7 +109,7 @@ TEST_F(TextTest, BitmapsWhoseZerosPaint)
 
 TEST_F(TextTest, BitmapsFirst)
 {
-    options_.glyph_form = cairo_renderer::GlyphForm::bitmap;
+    options_.glyph_form = orvlog::cairo_renderer::GlyphForm::bitmap;
     font_.has_bitmaps = true;
     paint(text(), Operand::gray(0));
     EXPECT_DOUBLE_EQ(ink(), 8.0);
@@ -118,7 +118,7 @@ TEST_F(TextTest, BitmapsFirst)
 
 TEST_F(TextTest, FormsInTurn)
 {
-    options_.glyph_form = cairo_renderer::GlyphForm::in_turn;
+    options_.glyph_form = orvlog::cairo_renderer::GlyphForm::in_turn;
     font_.glyphs = 5;
     paint(text({{0.5, 0, 0, 0.5, 1, 1}}), Operand::gray(0));
     EXPECT_DOUBLE_EQ(ink(), 5 * 16.0);
