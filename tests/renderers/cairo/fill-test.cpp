@@ -5,7 +5,7 @@
 #include <limits>
 #include <numbers>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

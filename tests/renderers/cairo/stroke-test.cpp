@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
