@@ -36,12 +36,12 @@ ORV_DrawingInterface& PageTest::target()
     return in_resource_ ? resource_ : page();
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand)
 {
     paint(shape, operand, {});
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra)
 {
     paint_record(shape.record(), operand.record(), extra);
 }

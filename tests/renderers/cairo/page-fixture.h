@@ -31,8 +31,8 @@ protected:
         const GSH_ShapeList* clip = nullptr;
         GOP_OperandPointer* operand2 = nullptr;
     };
-    void paint(const records::Shape& shape, const records::Operand& operand);
-    void paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra);
     void paint_record(const GSH_ShapePointer* shape, GOP_OperandPointer* operand, const Extra& extra);
 
     struct GroupExtra
