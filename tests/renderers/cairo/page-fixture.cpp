@@ -102,11 +102,15 @@ void PageTest::finish()
 {
     ORV_DrawingInterface& table = page();
     if (!page_finished_)
+    {
         EXPECT_EQ(table.drawing_finish.fn(&table), 1U);
+    }
     page_finished_ = true;
     const ORV_Interface* interface = renderer().interface();
     if (document_ != nullptr)
+    {
         EXPECT_EQ(interface->document_finish.fn(interface, document_), 1U);
+    }
     document_ = nullptr;
 }
 
