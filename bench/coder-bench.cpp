@@ -3,9 +3,9 @@
 //   coder-bench LOG.xml
 
 #include "bench/bench-clock.h"
+#include "clients/stream/malloc-allocator.h"
 #include "orvlog/log/ahc-coder.h"
 #include "tests/support/ahc-oracle.h"
-#include "tests/support/test-allocator.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -32,8 +32,8 @@ Bytes read_file(const char* name)
 
 Bytes code(const Bytes& text)
 {
-    orvlog::test::TestAllocator allocator;
-    AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(allocator.get());
+    client_stream::MallocAllocator allocator;
+    AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(allocator.allocator());
     Bytes coded;
     uint8_t output[100];
     for (size_t at = 0; at < text.size(); at += kPiece)
@@ -60,8 +60,8 @@ size_t scan(const Bytes& text)
 
 size_t decode(const Bytes& coded, size_t length)
 {
-    orvlog::test::TestAllocator allocator;
-    AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.get());
+    client_stream::MallocAllocator allocator;
+    AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.allocator());
     Bytes padded = coded;
     padded.push_back(0);
     AHC_SetInput(coder, padded.data(), static_cast<uint32_t>(padded.size()));

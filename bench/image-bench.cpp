@@ -3,11 +3,11 @@
 
 #include "bench/bench-clock.h"
 #include "bench/null-stream.h"
+#include "clients/stream/malloc-allocator.h"
 #include "holv-core/gio/gio-file.h"
 #include "orvlog/image/gop-operand-pointer.h"
 #include "orvlog/image/orvlog-image-wrapper.h"
 #include "orvlog/log/orvlog-scope.h"
-#include "tests/support/test-allocator.h"
 
 #include <cstdio>
 #include <cstring>
@@ -169,10 +169,10 @@ int main()
     GOP_OperandImagePointer record = make_record(&image, &rows);
 
     NullStream null;
-    orvlog::test::TestAllocator allocator;
+    client_stream::MallocAllocator allocator;
     ORVLOG_Session session = {};
-    session.allocator = allocator.get();
-    session.side_allocator = allocator.get();
+    session.allocator = allocator.allocator();
+    session.side_allocator = allocator.allocator();
     session.image.image_logging_mode = ORVLOG_MODE_BASE;
     orvlog_writer_init(&session.writer, nullptr, null.get(), 0, 0);
 

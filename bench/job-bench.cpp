@@ -3,10 +3,10 @@
 
 #include "bench/bench-clock.h"
 #include "bench/null-stream.h"
+#include "clients/stream/malloc-allocator.h"
 #include "orvlog/interface/orvlog.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/scripted-font-engine.h"
-#include "tests/support/test-allocator.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -65,13 +65,13 @@ double paint(ORV_DrawingInterface* drawing, const GSH_ShapePointer* shape, uint3
 int main()
 {
     orvlog::bench::NullStream stream;
-    orvlog::test::TestAllocator allocator;
+    client_stream::MallocAllocator allocator;
     orvlog::test::FakeIdentity identity;
     orvlog::test::ScriptedFontEngine engine;
     engine.advances.assign(kGlyphs, {0.1, 0});
     ORV_Interface orv = {};
-    if (ORVLOG_DLL_initialise(&orv, nullptr, allocator.get(), identity.get(), 0, stream.get(), nullptr, 0, nullptr,
-                              nullptr, 0, nullptr, nullptr) == 0)
+    if (ORVLOG_DLL_initialise(&orv, nullptr, allocator.allocator(), identity.get(), 0, stream.get(), nullptr, 0,
+                              nullptr, nullptr, 0, nullptr, nullptr) == 0)
         return EXIT_FAILURE;
     void* session = orv.document_start.context;
     const ORVLOG_Params params = {};
@@ -85,10 +85,10 @@ int main()
     const Shapes shapes;
     paint(&drawing, &shapes.filled, 100);
     paint(&drawing, &shapes.text, 100);
-    const uint64_t before = allocator.bytes();
+    const uint64_t before = allocator.bytes_in_use();
     const double paths = paint(&drawing, &shapes.filled, kPaints / 2);
     const double texts = paint(&drawing, &shapes.text, kPaints / 2);
-    const uint64_t after = allocator.bytes();
+    const uint64_t after = allocator.bytes_in_use();
     engine.take_calls();
 
     std::printf("job of %u paints, %.1f MB of text\n", kPaints, static_cast<double>(stream.bytes()) / 1e6);

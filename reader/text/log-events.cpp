@@ -428,7 +428,7 @@ bool LogEvents::read_open_in_parts(Event& event, std::string_view line, size_t i
     const bool cut = !whole && !seen.ends_with('\n');
     if (!whole && !cut)
         damage("no end of the tag " + quoted(held_.substr(0, name_length(held_))), place_);
-    const size_t count = seen.ends_with('\n') ? at + 1 : std::min(at, seen.size());
+    const size_t count = std::min(seen.ends_with('\n') ? at + 1 : at, seen.size());
     const auto lines =
         static_cast<size_t>(std::count(seen.begin(), seen.begin() + static_cast<ptrdiff_t>(count), '\n'));
     step(count, lines);

@@ -78,7 +78,7 @@ SYSTEM = re.compile(r"(?:fcntl|poll|spawn|stdint|termios|unistd|windows)\.h|sys/
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),
     (re.compile(r"nlohmann/.*"), ("clients/pdf/", "inspect/", "tools/")),
-    (re.compile(r"cairo(?:-\w+)?\.h"), ("renderers/cairo/", "inspect/", "tools/shared/")),
+    (re.compile(r"cairo(?:-\w+)?\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"png\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"lcms2\.h"), ("clients/colour/", "renderers/cairo/")),
     (re.compile(r"zstd\.h"), ("clients/stream/", "reader/text/")),
