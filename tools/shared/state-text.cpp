@@ -37,7 +37,10 @@ std::string numbers(std::span<const double> values)
 {
     std::string text;
     for (const double value : values)
-        text += (text.empty() ? "" : " ") + number_text(value);
+    {
+        text += text.empty() ? "" : " ";
+        text += number_text(value);
+    }
     return text;
 }
 
