@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -78,6 +79,13 @@ struct Step
     bool shows = false;
 };
 
+// Where a call stands in the log depends on the outlines of the fonts that the machine has.
+std::string without_places(const std::string& text)
+{
+    static const std::regex place(" *line:[0-9]+|line [0-9]+, byte [0-9]+");
+    return std::regex_replace(text, place, " PLACE");
+}
+
 // The blocks of commands of a page, each with the plain block behind it.
 std::vector<Step> steps(const fs::path& page)
 {
@@ -144,7 +152,7 @@ TEST(Examples, OfTheTutorialWriteWhatItShows)
         EXPECT_EQ(result.status, step.commands.starts_with("orvlog diff ") ? 1 : 0) << step.commands << result.err;
         if (!step.shows)
             continue;
-        EXPECT_EQ(result.out + result.err, step.shown) << step.commands;
+        EXPECT_EQ(without_places(result.out + result.err), without_places(step.shown)) << step.commands;
         ++shown;
     }
     EXPECT_GE(shown, 12U);
@@ -182,6 +190,8 @@ TEST(Examples, AreOfOneProgram)
 const char* const kBefore = "cp docs/sample.pdf letter.pdf\n"
                             "orvlog record letter.pdf --save-tickets .\n"
                             "mv ticket-1.bin job-1.ticket\n"
+                            "cp letter.orvlog.xml good.orvlog.xml\n"
+                            "cp letter.orvlog.xml bad.orvlog.xml\n"
                             "cp letter.orvlog.xml orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp\n";
 
 TEST(Examples, OfHelpWorkOneAfterAnother)
