@@ -95,8 +95,8 @@ bool Redaction::run()
     }
     take(0, kHeader);
     // The maker, the model, the program that made it, and a number of its content that no longer fits.
-    constexpr std::array<Tag, 4> hidden = {{{4, 4}, {48, 8}, {80, 4}, {84, 16}}};
-    for (const Tag& part : hidden)
+    constexpr std::array<Tag, 4> kHidden = {{{4, 4}, {48, 8}, {80, 4}, {84, 16}}};
+    for (const Tag& part : kHidden)
         std::fill_n(after_.begin() + static_cast<std::ptrdiff_t>(part.begin), part.size, uint8_t{0});
     take(kHeader, 4 + tags * kTagEntry);
     for (const Tag& one : found)
@@ -106,12 +106,12 @@ bool Redaction::run()
 
 void Redaction::tag(const Tag& tag)
 {
-    static constexpr std::array<std::string_view, 18> numbers = {"curv", "para", "XYZ ", "mft1", "mft2", "mAB ",
-                                                                 "mBA ", "sf32", "uf32", "ui08", "ui16", "ui32",
-                                                                 "ui64", "chrm", "view", "meas", "sig ", "dtim"};
+    static constexpr std::array<std::string_view, 18> kNumbers = {"curv", "para", "XYZ ", "mft1", "mft2", "mAB ",
+                                                                  "mBA ", "sf32", "uf32", "ui08", "ui16", "ui32",
+                                                                  "ui64", "chrm", "view", "meas", "sig ", "dtim"};
     const std::string_view type = signature(before_, tag.begin);
     take(tag.begin, 8);
-    if (std::find(numbers.begin(), numbers.end(), type) != numbers.end())
+    if (std::find(kNumbers.begin(), kNumbers.end(), type) != kNumbers.end())
         take(tag.begin, tag.size);
     else if (type == "text")
         mask(tag.begin + 8, tag.size - 8);

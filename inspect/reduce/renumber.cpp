@@ -15,7 +15,7 @@ namespace
 
 using reader::Event;
 
-constexpr size_t kMostOthers = 1 << 16;  // only logs that are none have so many
+constexpr size_t kMostOthers = 1 << 16;  // only logs that are kNone have so many
 
 uint32_t number(const Event& event, std::string_view name)
 {

@@ -16,12 +16,12 @@ constexpr size_t kRow = 50;
 
 void append_row(const char* bytes, size_t count, std::string& out)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     for (size_t i = 0; i < count; ++i)
     {
         const auto byte = static_cast<uint8_t>(bytes[i]);
-        out += digits[byte >> 4];
-        out += digits[byte & 15];
+        out += kDigits[byte >> 4];
+        out += kDigits[byte & 15];
         out += ' ';
     }
     out += '\n';

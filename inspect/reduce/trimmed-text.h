@@ -85,7 +85,7 @@ private:
     struct Ticket
     {
         uint32_t id = 0;
-        size_t depth = 0;  // 0: there is none
+        size_t depth = 0;  // 0: there is kNone
         bool keep = true;
         bool first = false;  // of those that stay
         bool has_text = false;

@@ -148,10 +148,8 @@ private:
         const bool outer = in_callback_;
         in_callback_ = in_callback_ || element.name.ends_with("Fn");
         if (depth < kDeepest)
-        {
             for (const Element& child : Children(element))
                 walk(child, depth + 1);
-        }
         in_callback_ = outer;
     }
 

@@ -10,7 +10,7 @@
 #include <exception>
 #include <list>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -395,7 +395,7 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     Page page{
         pages_started_ + 1,           number, properties->fp_WidthInPixels, properties->fp_HeightInPixels, nullptr, 0,
         properties->fp_HeightInPixels};
-    if (page.width == 0 || page.height == 0 || page.width > greatest_page_side || page.height > greatest_page_side)
+    if (page.width == 0 || page.height == 0 || page.width > kGreatestPageSide || page.height > kGreatestPageSide)
     {
         complaints_.say_once("pages without pixels, or with more than 32000 at a side, cannot be opened");
         return false;
@@ -585,4 +585,4 @@ bool Renderer::all_pages_written() const
     return implementation_->all_written_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 Complaints::Complaints(std::function<void(const std::string&)> sink) : sink_(std::move(sink)) {}
@@ -24,4 +24,4 @@ const std::vector<std::string>& Complaints::said() const
     return said_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

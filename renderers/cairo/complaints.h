@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class Complaints
@@ -27,4 +27,4 @@ private:
     std::vector<std::string> said_;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -12,12 +12,12 @@
 #include <optional>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint64_t buffer_bytes = uint64_t{1} << 16;
+constexpr uint64_t kBufferBytes = uint64_t{1} << 16;
 
 // Delivers stored rows, from memory or from the callbacks.
 class RowSource
@@ -25,7 +25,7 @@ class RowSource
 public:
     RowSource(GOP_OperandImagePointer* record, const Layout& layout) : record_(record), layout_(layout)
     {
-        const uint64_t rows = std::clamp<uint64_t>(buffer_bytes / layout.row_bytes, 1, layout.rows);
+        const uint64_t rows = std::clamp<uint64_t>(kBufferBytes / layout.row_bytes, 1, layout.rows);
         if (record->imp_DirectImage == nullptr)
             buffer_.resize(rows * layout.row_bytes);
     }
@@ -268,4 +268,4 @@ void release_image(GOP_OperandImagePointer* record)
         record->imp_ImageReleaseFn(record);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // A file without a name that is gone when it is closed. What was given back is used again.
@@ -161,4 +161,4 @@ SurfacePtr pixels_of(const Image& image)
     return image.surface == nullptr && image.load ? image.load() : image.surface;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -27,10 +27,8 @@ std::vector<fs::path> pages()
 {
     std::vector<fs::path> found = {kRoot / "README.md"};
     for (const fs::directory_entry& entry : fs::directory_iterator(kRoot / "docs"))
-    {
         if (entry.path().extension() == ".md")
             found.push_back(entry.path());
-    }
     std::sort(found.begin(), found.end());
     return found;
 }

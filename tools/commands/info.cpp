@@ -15,7 +15,7 @@
 #include <system_error>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -89,10 +89,8 @@ std::string page_text(const PageRun& run)
 std::string value_of(const LogInfo& info, std::string_view name)
 {
     for (const auto& [key, value] : info.versions)
-    {
         if (key == name)
             return value;
-    }
     return "not told";
 }
 
@@ -290,4 +288,4 @@ Run declare_info(CLI::App& app)
     return [options] { return print_info(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

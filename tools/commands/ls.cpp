@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -302,4 +302,4 @@ Run declare_ls(CLI::App& app)
     return [options] { return list(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -54,8 +54,8 @@ class Complaints
 public:
     void say(const std::string& line)
     {
-        constexpr size_t most = 100;
-        if (said_.size() < most && said_.insert(line).second)
+        constexpr size_t kMost = 100;
+        if (said_.size() < kMost && said_.insert(line).second)
             tool::say(printable(line));
     }
 
@@ -315,4 +315,4 @@ Run declare_replay(CLI::App& app)
     return [options] { return replay(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -78,20 +78,14 @@ public:
     std::string lacking(const TrimCommand& command) const
     {
         for (size_t i = 0; i < pages_.size(); ++i)
-        {
             if (!pages_[i].met)
                 return "no page " + command.pages[i];
-        }
         for (size_t i = 0; i < ids_.size(); ++i)
-        {
             if (!ids_[i].met)
                 return "no paint " + command.ids[i];
-        }
         for (const Call& one : calls_)
-        {
             if (!one.met)
                 return "no " + describe(one.address);
-        }
         return {};
     }
 
@@ -218,8 +212,8 @@ private:
 
     void complain(const std::string& line)
     {
-        constexpr size_t most = 100;
-        if (complaints_++ < most)
+        constexpr size_t kMost = 100;
+        if (complaints_++ < kMost)
             say(printable(command_.log + ": " + line));
     }
 
@@ -260,10 +254,10 @@ Run declare_trim(CLI::App& app)
         "documents, drawings and groups, the resources that they paint, their tickets. A call that starts a document, "
         "a drawing or a group stands for all up to its end. Numbers count again from the beginning, so that the new "
         "log is one as the logger makes it.\n\n"
-        "Files with image data are copied to beside NEWLOG under names that begin like it; none is overwritten. On "
+        "Files with image data are copied to beside NEWLOG under names that begin like it; kNone is overwritten. On "
         "standard output the bytes stand in the log itself, as do the logs of kept images in any case.\n\n"
         "A log that is cut short or damaged gives what it has, and the exit status is then 1.");
     return [command] { return trim(*command); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

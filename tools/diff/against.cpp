@@ -14,7 +14,7 @@
 #include <map>
 #include <system_error>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -234,4 +234,4 @@ int compare_against(const DiffInput& log, const AgainstOptions& options)
     return Against(log, options).run();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -107,10 +107,8 @@ bool TrialRunner::read_state(const std::string& header)
         return false;
     }
     while (std::getline(file, line))
-    {
         if (line.size() == 34 && !file.eof())
             known_[line.substr(0, 32)] = line.back() == '1';
-    }
     return true;
 }
 
@@ -314,4 +312,4 @@ int TrialRunner::run_first(const std::string& log)
     return trials[0].status;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <stdexcept>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -91,4 +91,4 @@ std::string write_new_log(std::istream& text, const std::string& name, const std
     return good ? "" : (name == "-" ? "standard output" : name) + ": " + std::strerror(errno);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

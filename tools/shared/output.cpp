@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -33,10 +33,8 @@ void set_unfinished(const std::string& part)
         return;
     std::strcpy(unfinished, part.c_str());
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-    {
         if (!part.empty() && std::signal(signal, end_by_signal) == SIG_IGN)
             std::signal(signal, SIG_IGN);
-    }
 }
 
 // Where a link leads; a name that is none stays as it is.
@@ -139,4 +137,4 @@ bool Output::finish()
     return false;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Writes beside its name first and takes the name at the end, so that nothing half-written stays behind, not even when
@@ -53,4 +53,4 @@ private:
     GIO_Stream handle_{};
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -7,15 +7,13 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void Messages::add(const std::string& line)
 {
     if (std::find(lines_.begin(), lines_.end(), line) == lines_.end())
-    {
         lines_.push_back(line);
-    }
 }
 
 std::function<void(const std::string&)> JobState::sink()
@@ -27,9 +25,7 @@ std::unique_ptr<cairo_renderer::Renderer> JobState::make_renderer(cairo_renderer
 {
     cairo_renderer::Options made;
     if (options.check)
-    {
         made.page_sink = std::move(page_sink);
-    }
     if (pictures && !options.png_folder.empty())
     {
         const std::filesystem::path folder(options.png_folder);
@@ -63,4 +59,4 @@ std::unique_ptr<PdfDocument> JobState::open_document()
     return document;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

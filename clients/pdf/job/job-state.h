@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Everything said during a job, each thing once.
@@ -52,4 +52,4 @@ struct JobState
     PageCheck check;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A page as the painter opens it.
@@ -133,13 +133,9 @@ private:
 template <typename Make> void Painter::for_each_drawing(Call call, Make make)
 {
     if (layers_.empty())
-    {
         return;
-    }
     for (Drawing& drawing : layers_.back().drawings)
-    {
         count(*drawing.server, call, make(drawing));
-    }
 }
 
 template <typename... Parts> void Painter::digest(Call call, const Parts&... parts)
@@ -151,4 +147,4 @@ template <typename... Parts> void Painter::digest(Call call, const Parts&... par
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

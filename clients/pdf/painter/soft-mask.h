@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The content of a mask's group, drawn on both papers.
@@ -65,4 +65,4 @@ private:
     uint32_t faces_ = 0;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -9,17 +9,17 @@
 #include <PDFDoc.h>
 #include <Stream.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_profile = 16U << 20;
+constexpr size_t kGreatestProfile = 16U << 20;
 
 // A flat colour carries its definition with each paint; a profile above this size stands in the page's colour
 // ticket alone.
-constexpr size_t greatest_flat_profile = 64U << 10;
+constexpr size_t kGreatestFlatProfile = 64U << 10;
 
 float channel(GfxColorComp value)
 {
@@ -98,10 +98,8 @@ GfxColor entry_of(GfxIndexedColorSpace& indexed, const GfxColor& value)
     double low[gfxColorMaxComps];
     double range[gfxColorMaxComps];
     indexed.getBase()->getDefaultRanges(low, range, indexed.getIndexHigh());
-    for (int i = 0; i < channels; i++)
-    {
+    for (int i = 0; i < channels; ++i)
         entry.c[i] = dblToCol(low[i] + indexed.getLookup()[index * channels + i] / 255.0 * range[i]);
-    }
     return entry;
 }
 
@@ -130,20 +128,16 @@ std::vector<uint8_t> read_profile(const Object& object, int channels)
 {
     std::vector<uint8_t> bytes;
     if (!object.isStream())
-    {
         return bytes;
-    }
     Stream* stream = object.getStream();
     stream->reset();
     unsigned char piece[4096];
     int got = 0;
-    while (bytes.size() < greatest_profile && (got = stream->doGetChars(sizeof piece, piece)) > 0)
-    {
+    while (bytes.size() < kGreatestProfile && (got = stream->doGetChars(sizeof piece, piece)) > 0)
         bytes.insert(bytes.end(), piece, piece + got);
-    }
     stream->close();
     const char* signature = channels == 1 ? "GRAY" : channels == 3 ? "RGB " : "CMYK";
-    const bool sound = bytes.size() > 128 && bytes.size() < greatest_profile &&
+    const bool sound = bytes.size() > 128 && bytes.size() < kGreatestProfile &&
                        std::memcmp(&bytes[36], "acsp", 4) == 0 && std::memcmp(&bytes[16], signature, 4) == 0;
     return sound ? bytes : std::vector<uint8_t>();
 }
@@ -181,14 +175,10 @@ std::shared_ptr<const SpaceDefinition> SpaceStore::profile_of(GfxICCBasedColorSp
 {
     const Ref reference = space.getRef();
     if (reference == Ref::INVALID())
-    {
         return nullptr;
-    }
     const auto known = profiles_.find(reference.num);
     if (known != profiles_.end())
-    {
         return known->second;
-    }
     std::shared_ptr<SpaceDefinition> definition;
     std::vector<uint8_t> bytes = read_profile(document_->getXRef()->fetch(reference), space.getNComps());
     if (!bytes.empty())
@@ -203,12 +193,8 @@ std::shared_ptr<const SpaceDefinition> SpaceStore::profile_of(GfxICCBasedColorSp
 std::shared_ptr<const SpaceDefinition> SpaceStore::kept(const SpaceDefinition& definition)
 {
     for (const std::shared_ptr<const SpaceDefinition>& known : calibrated_)
-    {
         if (*known == definition)
-        {
             return known;
-        }
-    }
     calibrated_.push_back(std::make_shared<const SpaceDefinition>(definition));
     return calibrated_.back();
 }
@@ -220,18 +206,12 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     {
         Colour colour;
         colour.space = spaces.space_of(*space);
-        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > greatest_flat_profile)
-        {
+        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > kGreatestFlatProfile)
             colour.space.definition = nullptr;
-        }
         if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
-        {
             return rgb_of(*space, value);
-        }
-        for (int i = 0; i < colour.space.channels; i++)
-        {
+        for (int i = 0; i < colour.space.channels; ++i)
             colour.value[i] = channel(value.c[i]);
-        }
         return colour;
     }
     switch (mode)
@@ -252,4 +232,4 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

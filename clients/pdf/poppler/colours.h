@@ -15,7 +15,7 @@
 
 class PDFDoc;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The definitions of colour spaces, each made once.
@@ -48,4 +48,4 @@ bool passes_as_channels(GfxColorSpaceMode mode);
 // The bytes of a profile of so many channels; empty if that isn't what the stream holds.
 std::vector<uint8_t> read_profile(const Object& object, int channels);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,7 +11,7 @@
 
 #include <Function.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -26,9 +26,7 @@ GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
 double black_of(const GfxColorSpace& space)
 {
     if (space.getNComps() != 4 || !passes_as_channels(space.getMode()))
-    {
         return 0;
-    }
     GfxColor ink;
     clearGfxColor(&ink);
     ink.c[3] = gfxColorComp1;
@@ -64,10 +62,10 @@ void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
 
 void paint_as_one(Canvas& canvas, GfxState* state, size_t pieces, const std::function<void(const PaintState&)>& paint)
 {
-    constexpr size_t few = 64;
+    constexpr size_t kFew = 64;
     const PaintState outside = fill_state(canvas, state);
     const bool covers = outside.alpha == 1 && outside.mask == nullptr && outside.blend == Blend::normal;
-    if (covers && (outside.clip == nullptr || pieces <= few))
+    if (covers && (outside.clip == nullptr || pieces <= kFew))
     {
         paint(outside);
         return;
@@ -82,9 +80,7 @@ void end_group(SoftMasks& masks, Canvas& canvas)
     flush_text(canvas);
     std::vector<OpenGroup>& groups = canvas.content.groups;
     if (groups.empty())
-    {
         return;
-    }
     OpenGroup open = std::move(groups.back());
     groups.pop_back();
     if (!open.is_mask)
@@ -106,9 +102,7 @@ void set_soft_mask(SoftMasks& masks, Canvas& canvas, bool alpha, Function* trans
         std::copy_n(colour.value, 3, rule.backdrop);
     }
     if (masks.pictures_space != nullptr)
-    {
         rule.black = black_of(*masks.pictures_space);
-    }
     if (transfer != nullptr)
     {
         rule.transfer = [transfer](double value)
@@ -139,4 +133,4 @@ void restore_mask(SoftMasks& masks, Canvas& canvas)
     canvas.content.mask = std::exchange(masks.set_aside, nullptr);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

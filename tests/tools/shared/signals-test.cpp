@@ -163,10 +163,8 @@ TEST_F(BrokenOff, MergesATemporaryLogFirst)
         [&]
         {
             for (const fs::directory_entry& entry : fs::directory_iterator(folder.path("")))
-            {
                 if (entry.path().extension() == ".tmp" && entry.file_size() > 100000)
                     return true;
-            }
             return false;
         });
     EXPECT_EQ(status_after(SIGTERM), 128 + SIGTERM);
