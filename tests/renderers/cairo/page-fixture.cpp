@@ -100,12 +100,10 @@ uint32_t PageTest::paint_resource(uint32_t id, const GroupExtra& extra)
 void PageTest::finish()
 {
     ORV_DrawingInterface& table = page();
-    if (!page_finished_)
-        EXPECT_EQ(table.drawing_finish.fn(&table), 1U);
+    EXPECT_TRUE(page_finished_ || table.drawing_finish.fn(&table) == 1U);
     page_finished_ = true;
     const ORV_Interface* interface = renderer().interface();
-    if (document_ != nullptr)
-        EXPECT_EQ(interface->document_finish.fn(interface, document_), 1U);
+    EXPECT_TRUE(document_ == nullptr || interface->document_finish.fn(interface, document_) == 1U);
     document_ = nullptr;
 }
 
