@@ -8,6 +8,7 @@ orvlog::cairo_renderer::Renderer& PageTest::renderer()
     {
         options_.page_sink = collector_.sink();
         options_.complaint_sink = [this](const std::string& line) { said_.push_back(line); };
+        options_.loss_sink = [this](const std::string& line) { lost_.push_back(line); };
         renderer_ = std::make_unique<orvlog::cairo_renderer::Renderer>(options_);
         const ORV_Interface* table = renderer_->interface();
         EXPECT_EQ(table->document_start.fn(nullptr, table, &document_, 1, engine_, nullptr), 1U);
