@@ -16,6 +16,7 @@ protected:
     // Options may be changed before the first call.
     orvlog::cairo_renderer::Options options_;
     std::vector<std::string> said_;
+    std::vector<std::string> lost_;  // what the page lacks
     const GFI_FontEngineTable* engine_ = nullptr;
     uint32_t width_ = 40;
     uint32_t height_ = 40;
