@@ -95,6 +95,19 @@ TEST(ToolRedact, LeavesNothingReadableAndReplays)
     EXPECT_EQ(replay.status, 0) << replay.err;
 }
 
+TEST(ToolRedact, WritesNoListOverTheLog)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const std::string out = folder.path("out.xml");
+    const ToolResult result = run_tool({"redact", log, "-o", out, "--list", folder.path("./out.xml")});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err,
+              "orvlog redact: the list and the log can't go to the same place (see orvlog redact --help)\n");
+    EXPECT_FALSE(std::filesystem::exists(out));
+    EXPECT_EQ(run_tool({"redact", log, "-o", "-", "--list", "-"}).status, 2);
+}
+
 TEST(ToolMinimise, FindsTheCallAndGoesOnWhereItWas)
 {
     const ScratchFolder folder;
