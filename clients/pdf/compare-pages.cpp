@@ -13,6 +13,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: compare-pages A.png B.png [C.png D.png ...]\n");
         return 2;
     }
+    const int pairs = (argc - 1) / 2;
     double sum = 0;
     for (int i = 1; i + 1 < argc; i += 2)
     {
@@ -23,6 +24,6 @@ int main(int argc, char** argv)
                     one.height, other.width, other.height);
         sum += difference.mean;
     }
-    std::printf("%8.4f  mean of all pages\n", sum / ((argc - 1) / 2));
+    std::printf("%8.4f  mean of all pages\n", sum / pairs);
     return 0;
 }

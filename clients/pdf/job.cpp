@@ -34,6 +34,8 @@ public:
         if (options_.check && state_.result.interrupted == 0)
             compare();
         state_.result.summary.messages = state_.messages.lines();
+        state_.result.errors.insert(state_.result.errors.end(), state_.losses.lines().begin(),
+                                    state_.losses.lines().end());
         return state_.result;
     }
 
@@ -147,7 +149,7 @@ private:
     {
         Run run;
         run.colours = &colour_manager_;
-        Painter painter(table, state_.sink());
+        Painter painter(table, state_.sink(), state_.loss_sink());
         CallDigest calls;
         painter.tell(plain != nullptr ? &calls : nullptr);
         if (!painter.begin_document(1))

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <fstream>
 
-namespace client_session
+namespace orvlog::client_session
 {
 
 namespace
@@ -156,4 +156,4 @@ void LoggedSession::look_for_files(const fs::path& log, std::vector<std::string>
         lacks->push_back("and as much of " + std::to_string(lacking.count - lacking.lines.size()) + " further files");
 }
 
-}  // namespace client_session
+}  // namespace orvlog::client_session

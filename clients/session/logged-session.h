@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace client_session
+namespace orvlog::client_session
 {
 
 struct LoggedSessionOptions
@@ -97,4 +97,4 @@ private:
     int64_t log_bytes_ = -1;
 };
 
-}  // namespace client_session
+}  // namespace orvlog::client_session

@@ -169,23 +169,6 @@ void meet(std::optional<GGO_BoxFloat>& box, const std::optional<GGO_BoxFloat>& o
                        std::min(box->gbf_MaxX, other->gbf_MaxX), std::min(box->gbf_MaxY, other->gbf_MaxY)};
 }
 
-// What the clips of a call let through, as a box.
-std::optional<GGO_BoxFloat> clip_box(const Element& clip, const GGO_Matrix& to_pixels)
-{
-    std::optional<GGO_BoxFloat> box;
-    for (const Element& list : Children(clip))
-    {
-        const Element* holder = list.member("sl_Shape");
-        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
-        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
-        if (shape != nullptr && plain)
-            meet(box, shape_box(*shape, to_pixels));
-        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
-            break;
-    }
-    return box;
-}
-
 template <typename Map> void remember(Map& map, uint32_t key, typename Map::mapped_type value)
 {
     map.insert_or_assign(key, std::move(value));
@@ -271,6 +254,27 @@ std::string operand_text(const Element* operand)
         if (name == kKinds[i])
             return kNames[i] + (head != nullptr ? space_text(*operand, *head) : std::string("other"));
     return std::string(name);
+}
+
+std::optional<GGO_BoxFloat> clip_box(const Element& call, const GGO_Matrix& to_pixels)
+{
+    const Element* clip = call.member("clip");
+    if (clip == nullptr)
+        clip = call.member("group_clip");
+    std::optional<GGO_BoxFloat> box;
+    if (clip == nullptr)
+        return box;
+    for (const Element& list : Children(*clip))
+    {
+        const Element* holder = list.member("sl_Shape");
+        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
+        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
+        if (shape != nullptr && plain)
+            meet(box, shape_box(*shape, to_pixels));
+        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
+            break;
+    }
+    return box;
 }
 
 CallSummaries::Drawing* CallSummaries::drawing_of(const Element& call)
@@ -395,8 +399,7 @@ std::optional<GGO_BoxFloat> CallSummaries::paint_box(const Element& call, const 
     }
     // What has no shape paints all that the clip lets through.
     std::optional<GGO_BoxFloat> box = drawing.face;
-    if (const Element* clip = call.member("clip"); clip != nullptr)
-        meet(box, clip_box(*clip, space));
+    meet(box, clip_box(call, space));
     return box->gbf_MinX <= box->gbf_MaxX && box->gbf_MinY <= box->gbf_MaxY ? box : std::nullopt;
 }
 

@@ -97,7 +97,7 @@ template <typename Call> uint32_t guarded(Implementation* owner, Call&& call)
     {
         try
         {
-            owner->complaints_.say_once(std::string("a call was given up: ") + failure.what());
+            owner->complaints_.lose_once(std::string("a call was given up: ") + failure.what());
         }
         catch (const std::exception&)
         {
@@ -324,7 +324,7 @@ cairo_t* begin_page(cairo_surface_t* surface)
 }  // namespace
 
 Renderer::Implementation::Implementation(Options options)
-    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_),
+    : options_(std::move(options)), complaints_(options_.complaint_sink, options_.loss_sink), spaces_(complaints_),
       images_(options_.kept_image_bytes, complaints_), table_(table_for(this))
 {
 }
@@ -407,7 +407,7 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     SurfacePtr surface = own_surface(options_.surface_factory ? options_.surface_factory(page) : make_image_page(page));
     if (surface == nullptr || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
     {
-        complaints_.say_once("pages whose surface cannot be made are left out");
+        complaints_.lose_once("pages whose surface cannot be made are left out");
         return false;
     }
     ++pages_started_;
@@ -479,7 +479,7 @@ bool Renderer::Implementation::give_page(Open& open, PngFile* png)
 {
     const cairo_status_t status = cairo_status(open.cr);
     if (status != CAIRO_STATUS_SUCCESS)
-        complaints_.say_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(status));
+        complaints_.lose_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(status));
     cairo_show_page(open.cr);
     cairo_surface_flush(open.surface.get());
     if (options_.page_sink)
@@ -530,7 +530,7 @@ bool Renderer::Implementation::finish_page(Open& open)
     bool good = in_bands(open.page) ? draw_bands(open, png.get()) : give_page(open, png.get());
     if (wanted && (png == nullptr || !png->close()))
     {
-        complaints_.say_once("the page image " + name + " could not be written");
+        complaints_.lose_once("the page image " + name + " could not be written");
         good = false;
     }
     good = good && !images_.has_lost();

@@ -82,6 +82,10 @@ struct Options
     // is neither a sink nor a file for the page. What is drawn is the same with and without.
     std::optional<Watch> watch;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
+    // Takes the lines that tell of what isn't on the pages, for want of memory, beyond a limit, or because Cairo has no
+    // way to paint it, though the call was sound; the complaints are then what is painted otherwise than asked for, and
+    // what calls that make no sense asked for. Empty: these lines are complaints like all others.
+    std::function<void(const std::string& line)> loss_sink;
 };
 
 class Renderer

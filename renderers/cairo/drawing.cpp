@@ -217,7 +217,7 @@ void Drawing::start_group(const GroupCall& call)
     auto open = std::make_unique<OpenGroup>();
     open->left_out = left_out() || groups_.size() >= kMaxDepth;
     if (open->left_out && !left_out())
-        shared_.complaints.say_once("groups nested more than 200 deep are left out");
+        shared_.complaints.lose_once("groups nested more than 200 deep are left out");
     open->group = make_group(call);
     open->engine = call.engine != nullptr ? call.engine : engine();
     open->to_pixels = multiply(open->group.retransform, to_pixels());
@@ -256,7 +256,7 @@ bool Drawing::paint_resource(uint32_t id, const GroupCall& call)
     cost_ += resource.cost;
     if (depth_ > kMaxDepth || cost_ > kMaxCost)
     {
-        shared_.complaints.say_once("resources nested too deep, or painted too often, are left out");
+        shared_.complaints.lose_once("resources nested too deep, or painted too often, are left out");
         return true;
     }
     Group group = make_group(call);

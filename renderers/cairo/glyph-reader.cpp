@@ -96,7 +96,7 @@ void Puller::run(const GFI_FontSpecPointer* font, const GFI_StringDescPointer* s
     for (uint32_t i = 0; next(advance); ++i)
     {
         if (i == kMaxGlyphs)
-            return complaints_.say_once("texts of more than a million glyphs are cut short");
+            return complaints_.lose_once("texts of more than a million glyphs are cut short");
         glyph();
         const Point step = transform(advance_matrix, {advance.gvf_X, advance.gvf_Y});
         result_.pen = {result_.pen.x + step.x, result_.pen.y + step.y};

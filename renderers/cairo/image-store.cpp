@@ -137,7 +137,7 @@ void ImageStore::put_away(Image& image)
     const auto lose = [lost = lost_, complaints = &complaints_]
     {
         *lost = true;
-        complaints->say_once("images for which neither memory nor the temporary folder has room are left out");
+        complaints->lose_once("images for which neither memory nor the temporary folder has room are left out");
     };
     if (!written)
         return lose();

@@ -290,7 +290,7 @@ void ScenePainter::repeat(const Group& group)
             if (count <= kMaxCells)
                 repeat_one_by_one(group, cells);
             else
-                complaints_.say_once("content repeated more than 20000 times in ways of its own is left out");
+                complaints_.lose_once("content repeated more than 20000 times in ways of its own is left out");
         }
     }
     end_group(frame);

@@ -91,7 +91,7 @@ void add_glyph_strokes(Shape& shape, const Shape& filled, const StrokeStyle& sty
         const auto* fill = std::get_if<FillPiece>(&piece);
         if (fill == nullptr)
         {
-            complaints.say_once("glyphs that come as bitmaps are not stroked");
+            complaints.lose_once("glyphs that come as bitmaps are not stroked");
             continue;
         }
         Path path = fill->path;
@@ -128,7 +128,7 @@ Shape read_united(const GSH_ShapeList& list, const ShapeContext& context)
     {
         if (++count > kMaxPartners)
         {
-            context.complaints.say_once("clip collections of more than 100000 lists are cut short");
+            context.complaints.lose_once("clip collections of more than 100000 lists are cut short");
             break;
         }
         if (at->sl_Shape.sp_HeaderPtr == nullptr)
@@ -227,7 +227,7 @@ ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context)
     {
         if (clips.size() == kMaxClips)
         {
-            context.complaints.say_once("clips of more than 100000 lists are cut short");
+            context.complaints.lose_once("clips of more than 100000 lists are cut short");
             break;
         }
         Clip clip;

@@ -157,6 +157,7 @@ private:
         options.keep_images = kind_.kept_images;
         options.glyph_form = orvlog::inspect::glyph_form(kind_);
         options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
+        options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     }
 
@@ -198,9 +199,10 @@ private:
     // Says all that is wrong, a line each.
     int finish(const orvlog::replay::Outcome& outcome)
     {
-        std::vector<std::string> wrong;
+        std::vector<std::string> wrong = losses_;
         if (session_ != nullptr)
-            wrong = session_->close();
+            for (const std::string& line : session_->close())
+                wrong.push_back(line);
         const bool drawn = renderer_ == nullptr || renderer_->all_pages_written();
         if (!vectors_.close() || !drawn)
             wrong.emplace_back("a page could not be written");
@@ -238,6 +240,7 @@ private:
 
     const ReplayOptions& options_;
     Complaints complaints_;
+    std::vector<std::string> losses_;  // what is missing on the pages, each kind once
     VectorPages vectors_;
     LogKind kind_;
     uint32_t page_ = 0;  // the number of the page that is begun

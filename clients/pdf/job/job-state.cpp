@@ -21,6 +21,11 @@ std::function<void(const std::string&)> JobState::sink()
     return [this](const std::string& line) { messages.add(line); };
 }
 
+std::function<void(const std::string&)> JobState::loss_sink()
+{
+    return [this](const std::string& line) { losses.add(line); };
+}
+
 std::unique_ptr<cairo_renderer::Renderer> JobState::make_renderer(cairo_renderer::PageSink page_sink, bool pictures)
 {
     cairo_renderer::Options made;
@@ -40,6 +45,7 @@ std::unique_ptr<cairo_renderer::Renderer> JobState::make_renderer(cairo_renderer
                                                                     : cairo_renderer::GlyphForm::bitmap;
     }
     made.complaint_sink = sink();
+    made.loss_sink = loss_sink();
     return std::make_unique<cairo_renderer::Renderer>(std::move(made));
 }
 

@@ -60,7 +60,7 @@ bool Painter::begin_mask(const GGO_BoxFloat& seen)
     {
         if (studios_[i] == nullptr)
         {
-            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_.table(), complain_);
+            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_.table(), complain_, lose_);
             studio_servers_[i].table = studios_[i]->interface();
             studio_servers_[i].document = studios_[i]->document();
         }

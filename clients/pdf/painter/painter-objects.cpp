@@ -103,7 +103,7 @@ std::shared_ptr<ImageOperand> Painter::image_operand(const Image& image, const G
 {
     std::shared_ptr<ImageOperand> operand = ImageOperand::make(image, pixels_to_content, alpha, next_id());
     if (operand == nullptr)
-        complain_("an image is too large to be passed on");
+        lose_("an image is too large to be passed on");
     return operand;
 }
 

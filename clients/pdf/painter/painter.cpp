@@ -9,8 +9,9 @@
 namespace orvlog::pdf_client
 {
 
-Painter::Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain)
-    : complain_(std::move(complain))
+Painter::Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain,
+                 std::function<void(const std::string&)> lose)
+    : complain_(std::move(complain)), lose_(lose ? std::move(lose) : complain_)
 {
     main_.table = table;
     main_.counted = true;

@@ -131,13 +131,15 @@ std::shared_ptr<const MaskImage> cut_to(std::shared_ptr<const MaskImage> mask, c
 }
 
 MaskStudio::MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,
-                       std::function<void(const std::string&)> complaint_sink)
+                       std::function<void(const std::string&)> complaint_sink,
+                       std::function<void(const std::string&)> loss_sink)
     : black_paper_(black_paper)
 {
     cairo_renderer::Options options;
     options.page_sink = [this](const cairo_renderer::Page& page) { last_ = cairo_renderer::read_pixels(page); };
     options.pixels_at_once = UINT64_MAX;
     options.complaint_sink = std::move(complaint_sink);
+    options.loss_sink = std::move(loss_sink);
     renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     const ORV_Interface* table = renderer_->interface();
     if (table->document_start.fn(nullptr, table, &document_, 0, font_engine, nullptr) == 0)

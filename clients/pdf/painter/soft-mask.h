@@ -45,7 +45,8 @@ class MaskStudio
 {
 public:
     MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,
-               std::function<void(const std::string&)> complaint_sink);
+               std::function<void(const std::string&)> complaint_sink,
+               std::function<void(const std::string&)> loss_sink);
     ~MaskStudio();
     MaskStudio(const MaskStudio&) = delete;
     MaskStudio& operator=(const MaskStudio&) = delete;

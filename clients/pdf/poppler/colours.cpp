@@ -2,6 +2,8 @@
 
 #include "clients/pdf/poppler/colours.h"
 
+#include "clients/pdf/poppler/page-resources.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -16,6 +18,7 @@ namespace
 {
 
 constexpr size_t kGreatestProfile = 16U << 20;
+constexpr size_t kProfileHeader = 128;
 
 // A flat colour carries its definition with each paint; a profile above this size stands in the page's colour
 // ticket alone.
@@ -165,10 +168,57 @@ ColourSpace SpaceStore::space_of(GfxColorSpace& space)
     case csCalRGB:
         result.definition = kept(calibrated(static_cast<GfxCalRGBColorSpace&>(space)));
         break;
+    case csDeviceCMYK:
+        result.definition = masks_.empty() ? nullptr : masks_.back();
+        break;
     default:
         break;
     }
     return result;
+}
+
+void SpaceStore::begin_mask(GfxColorSpace* blending_space)
+{
+    masks_.push_back(cmyk_profile(blending_space));
+}
+
+void SpaceStore::end_mask()
+{
+    if (!masks_.empty())
+        masks_.pop_back();
+}
+
+void SpaceStore::forget_masks()
+{
+    masks_.clear();
+}
+
+std::shared_ptr<const SpaceDefinition> SpaceStore::cmyk_profile(GfxColorSpace* blending_space)
+{
+    if (blending_space == nullptr || blending_space->getNComps() != 4)
+        return nullptr;
+    if (blending_space->getMode() == csICCBased)
+        return profile_of(static_cast<GfxICCBasedColorSpace&>(*blending_space));
+    if (blending_space->getMode() != csDeviceCMYK)
+        return nullptr;
+    if (!output_intent_)
+    {
+        std::shared_ptr<SpaceDefinition> definition;
+        std::vector<uint8_t> bytes = output_intent_of(*document_);
+        if (bytes.size() > kProfileHeader && std::memcmp(&bytes[16], "CMYK", 4) == 0)
+        {
+            definition = std::make_shared<SpaceDefinition>();
+            definition->profile = std::move(bytes);
+        }
+        output_intent_ = std::move(definition);
+    }
+    return *output_intent_;
+}
+
+size_t SpaceStore::greatest_flat_profile() const
+{
+    // What is painted for a mask isn't logged.
+    return masks_.empty() ? kGreatestFlatProfile : kGreatestProfile;
 }
 
 std::shared_ptr<const SpaceDefinition> SpaceStore::profile_of(GfxICCBasedColorSpace& space)
@@ -206,7 +256,7 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     {
         Colour colour;
         colour.space = spaces.space_of(*space);
-        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > kGreatestFlatProfile)
+        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > spaces.greatest_flat_profile())
             colour.space.definition = nullptr;
         if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
             return rgb_of(*space, value);

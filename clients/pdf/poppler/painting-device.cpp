@@ -46,6 +46,7 @@ void PaintingDevice::set_painter(Painter* painter)
 {
     canvas_.painter = painter;
     canvas_.content = {};
+    canvas_.spaces.forget_masks();
     canvas_.text = {};
     type3_.open.clear();
     text_clip_.reset();

@@ -13,8 +13,8 @@
 namespace
 {
 
-using client_session::LoggedSession;
-using client_session::LoggedSessionOptions;
+using orvlog::client_session::LoggedSession;
+using orvlog::client_session::LoggedSessionOptions;
 using orvlog::test::FakeRenderer;
 using orvlog::test::TempFolder;
 

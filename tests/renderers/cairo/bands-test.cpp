@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

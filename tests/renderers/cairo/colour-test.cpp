@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

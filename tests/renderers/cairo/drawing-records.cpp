@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace records
+namespace orvlog::records
 {
 namespace
 {
@@ -452,4 +452,4 @@ GOP_Operator operation(uint32_t type, uint16_t number, uint32_t mask_mode)
     return op;
 }
 
-}  // namespace records
+}  // namespace orvlog::records

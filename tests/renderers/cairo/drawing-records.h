@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace records
+namespace orvlog::records
 {
 
 struct Pair
@@ -160,4 +160,4 @@ private:
 // An operator; without a mask mode operand 2 doesn't count.
 GOP_Operator operation(uint32_t type, uint16_t number, uint32_t mask_mode = GOP_MASK_NONE);
 
-}  // namespace records
+}  // namespace orvlog::records

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-namespace records
+namespace orvlog::records
 {
 namespace
 {
@@ -113,4 +113,4 @@ uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, 
     return 1;
 }
 
-}  // namespace records
+}  // namespace orvlog::records

@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

@@ -11,7 +11,7 @@
 
 #include <sys/resource.h>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <vector>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -64,7 +64,8 @@ public:
         source.depth(form.depth).flags(form.flags | GOP_OP_FLAGS_ASYNCH_ACCESS);
         source.image.im_Transform = {{0.0066, 0.0021, -0.0019, 0.0071, -3.3, -4.7}};
         Clips clips;
-        clips.inside(records::Shape::box(1.13, 0.9, 2.31, 2.77)).outside(records::Shape::box(1.5, 1.5, 1.8, 1.8));
+        clips.inside(orvlog::records::Shape::box(1.13, 0.9, 2.31, 2.77))
+            .outside(orvlog::records::Shape::box(1.5, 1.5, 1.8, 1.8));
         Extra extra;
         extra.clip = clips.record();
         paint_record(nullptr, source.record(), extra);

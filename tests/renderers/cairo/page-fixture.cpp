@@ -8,6 +8,7 @@ orvlog::cairo_renderer::Renderer& PageTest::renderer()
     {
         options_.page_sink = collector_.sink();
         options_.complaint_sink = [this](const std::string& line) { said_.push_back(line); };
+        options_.loss_sink = [this](const std::string& line) { lost_.push_back(line); };
         renderer_ = std::make_unique<orvlog::cairo_renderer::Renderer>(options_);
         const ORV_Interface* table = renderer_->interface();
         EXPECT_EQ(table->document_start.fn(nullptr, table, &document_, 1, engine_, nullptr), 1U);
@@ -35,12 +36,12 @@ ORV_DrawingInterface& PageTest::target()
     return in_resource_ ? resource_ : page();
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand)
 {
     paint(shape, operand, {});
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra)
 {
     paint_record(shape.record(), operand.record(), extra);
 }
@@ -100,12 +101,10 @@ uint32_t PageTest::paint_resource(uint32_t id, const GroupExtra& extra)
 void PageTest::finish()
 {
     ORV_DrawingInterface& table = page();
-    if (!page_finished_)
-        EXPECT_EQ(table.drawing_finish.fn(&table), 1U);
+    EXPECT_TRUE(page_finished_ || table.drawing_finish.fn(&table) == 1U);
     page_finished_ = true;
     const ORV_Interface* interface = renderer().interface();
-    if (document_ != nullptr)
-        EXPECT_EQ(interface->document_finish.fn(interface, document_), 1U);
+    EXPECT_TRUE(document_ == nullptr || interface->document_finish.fn(interface, document_) == 1U);
     document_ = nullptr;
 }
 

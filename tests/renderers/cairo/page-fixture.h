@@ -16,6 +16,7 @@ protected:
     // Options may be changed before the first call.
     orvlog::cairo_renderer::Options options_;
     std::vector<std::string> said_;
+    std::vector<std::string> lost_;  // what the page lacks
     const GFI_FontEngineTable* engine_ = nullptr;
     uint32_t width_ = 40;
     uint32_t height_ = 40;
@@ -30,8 +31,8 @@ protected:
         const GSH_ShapeList* clip = nullptr;
         GOP_OperandPointer* operand2 = nullptr;
     };
-    void paint(const records::Shape& shape, const records::Operand& operand);
-    void paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra);
     void paint_record(const GSH_ShapePointer* shape, GOP_OperandPointer* operand, const Extra& extra);
 
     struct GroupExtra

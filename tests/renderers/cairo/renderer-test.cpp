@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

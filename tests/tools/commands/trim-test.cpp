@@ -130,4 +130,13 @@ TEST(ToolMinimise, SaysWhenTheCommandFailsOnTheLogItself)
     EXPECT_FALSE(std::filesystem::exists(folder.path("out.xml.minimise")));
 }
 
+TEST(ToolMinimise, PutsThePathWhereItMayStandInQuotes)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const ToolResult result = run_tool(
+        {"minimise", log, "--while", "grep -q ORV_face_start \"{}\"", "--limit", "1", "-o", folder.path("out.xml")});
+    EXPECT_EQ(result.status, 0) << result.err;
+}
+
 }  // namespace

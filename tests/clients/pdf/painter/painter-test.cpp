@@ -117,7 +117,7 @@ TEST_F(PainterTest, RecordsAResourceOnce)
 }
 
 constexpr double kFar = std::numeric_limits<double>::max();
-constexpr GGO_BoxFloat kEverywhere{-far, -far, kFar, kFar};
+constexpr GGO_BoxFloat kEverywhere{-kFar, -kFar, kFar, kFar};
 
 TEST_F(PainterTest, DrawsNoMoreOfAMaskThanIsSeen)
 {

@@ -46,7 +46,7 @@ TEST(PixelBox, IsEmptyBesideThePicture)
 TEST(PixelBox, CannotBeToldWithoutFinitePlaces)
 {
     const double nan = std::nan("");
-    EXPECT_FALSE(pixels_showing({-far, -far, kFar, kFar}, scaling(1, 1), 9, 9).has_value());
+    EXPECT_FALSE(pixels_showing({-kFar, -kFar, kFar, kFar}, scaling(1, 1), 9, 9).has_value());
     EXPECT_FALSE(pixels_showing({0, 0, nan, 1}, scaling(1, 1), 9, 9).has_value());
     // Large, but of a size that is a number: what it comes to among the pixels is none.
     EXPECT_FALSE(pixels_showing({kFar / 2, kFar / 2, kFar / 2, kFar / 2}, {{8, 8, -8, -8, 0, 0}}, 9, 9).has_value());
@@ -84,7 +84,7 @@ TEST(MaskLayer, BesideThePageIsOnePixel)
 
 TEST(MaskLayer, OfAllIsThePage)
 {
-    const Layer mask = mask_layer(page_of(100, 80), {-far, -far, kFar, kFar});
+    const Layer mask = mask_layer(page_of(100, 80), {-kFar, -kFar, kFar, kFar});
     EXPECT_EQ(mask.width, 100U);
     EXPECT_EQ(mask.height, 80U);
     EXPECT_EQ(mask.content_to_pixels.m[0], 10);

@@ -84,7 +84,7 @@ TEST(SoftMask, StaysWholeWhereCuttingGainsLittleOrTheBoxSaysNothing)
     constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     const auto mask = numbered_mask();
     EXPECT_EQ(cut_to(mask, {1, 2, 2, 2.7}), mask);
-    EXPECT_EQ(cut_to(mask, {-far, -far, kFar, kFar}), mask);
+    EXPECT_EQ(cut_to(mask, {-kFar, -kFar, kFar, kFar}), mask);
     EXPECT_EQ(cut_to(mask, {1, 1, -1, -1}), mask);
     EXPECT_EQ(cut_to(mask, {kNan, 2, 1.5, 2.5}), mask);
     EXPECT_EQ(cut_to(mask, {5, 5, 6, 6}), mask);
