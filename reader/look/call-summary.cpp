@@ -214,7 +214,7 @@ std::string image_text(const Element& image)
     const Element* head = record != nullptr ? record->child("GOP_Operand") : nullptr;
     if (head == nullptr)
         return "unknown";
-    constexpr std::array kBits = {"1 bit", "2 kBits", "4 kBits", "8 kBits", "16 kBits", "32 kBits"};
+    constexpr std::array kDepths = {"1 bit", "2 bits", "4 bits", "8 bits", "16 bits", "32 bits"};
     const uint32_t flags = read_flags(*record, "im_Flags");
     const uint32_t encoding = read_uint(*record, "im_ImageEncoding");
     std::string text = std::string(record->value("im_ImageWidthPixels"))
@@ -223,7 +223,7 @@ std::string image_text(const Element& image)
                            .append(" ")
                            .append(space_text(image, *head))
                            .append(" ")
-                           .append(name_of(kBits, read_uint(*head, "go_Count"), "depth"));
+                           .append(name_of(kDepths, read_uint(*head, "go_Count"), "depth"));
     text += (flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 ? " indexed" : "";
     text += (flags & GOP_OP_FLAGS_HAS_ALPHA) != 0 ? " alpha" : "";
     text += encoding == GOP_ENCODING_PLANAR ? " planar" : "";
