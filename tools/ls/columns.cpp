@@ -150,28 +150,28 @@ Character next_character(std::string_view text)
             return {};
         code = code << 6 | (byte(i) & 0x3F);
     }
-    constexpr std::array<uint32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
-    const bool good = code >= least[count] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+    constexpr std::array<uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
+    const bool good = code >= kLeast[count] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
     return good ? Character{code, count} : Character{};
 }
 
 // What can't be seen, or turns what stands around it.
 bool is_hidden(uint32_t code)
 {
-    constexpr std::array<std::array<uint32_t, 2>, 13> ranges = {{{0x00, 0x1F},
-                                                                 {0x7F, 0x9F},
-                                                                 {0xAD, 0xAD},
-                                                                 {0x61C, 0x61C},
-                                                                 {0x180B, 0x180F},
-                                                                 {0x200B, 0x200F},
-                                                                 {0x2028, 0x202E},
-                                                                 {0x2060, 0x206F},
-                                                                 {0xE000, 0xF8FF},
-                                                                 {0xFE00, 0xFE0F},
-                                                                 {0xFEFF, 0xFEFF},
-                                                                 {0xFFF0, 0xFFFF},
-                                                                 {0xE0000, 0x10FFFF}}};
-    return std::ranges::any_of(ranges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
+    constexpr std::array<std::array<uint32_t, 2>, 13> kRanges = {{{0x00, 0x1F},
+                                                                  {0x7F, 0x9F},
+                                                                  {0xAD, 0xAD},
+                                                                  {0x61C, 0x61C},
+                                                                  {0x180B, 0x180F},
+                                                                  {0x200B, 0x200F},
+                                                                  {0x2028, 0x202E},
+                                                                  {0x2060, 0x206F},
+                                                                  {0xE000, 0xF8FF},
+                                                                  {0xFE00, 0xFE0F},
+                                                                  {0xFEFF, 0xFEFF},
+                                                                  {0xFFF0, 0xFFFF},
+                                                                  {0xE0000, 0x10FFFF}}};
+    return std::kRanges::any_of(kRanges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
 }
 
 }  // namespace
@@ -223,7 +223,7 @@ std::string row_line(const CallRow& row, const LineForm& form)
 
 std::string quoted(std::string_view text)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     std::string shown = "\"";
     while (!text.empty())
     {
@@ -238,8 +238,8 @@ std::string quoted(std::string_view text)
         for (const char c : bytes)
         {
             shown += "\\x";
-            shown += digits[static_cast<unsigned char>(c) >> 4];
-            shown += digits[static_cast<unsigned char>(c) & 15];
+            shown += kDigits[static_cast<unsigned char>(c) >> 4];
+            shown += kDigits[static_cast<unsigned char>(c) & 15];
         }
     }
     return shown + "\"";

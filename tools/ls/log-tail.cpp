@@ -40,11 +40,11 @@ std::string_view without_blanks(std::string_view line)
 // The id in an opening tag that may not be whole; empty if there is none.
 std::string_view id_of(std::string_view tag)
 {
-    constexpr std::string_view name = " id=\"";
-    const size_t at = tag.find(name);
+    constexpr std::string_view kName = " id=\"";
+    const size_t at = tag.find(kName);
     if (at == std::string_view::npos)
         return {};
-    tag.remove_prefix(at + name.size());
+    tag.remove_prefix(at + kName.size());
     const size_t end = tag.find('"');
     const bool number = end != 0 && end != std::string_view::npos && end <= 10 &&
                         tag.substr(0, end).find_first_not_of("0123456789") == std::string_view::npos;
