@@ -26,8 +26,8 @@ struct Job
     ORV_Interface orv = {};
     ORV_DrawingInterface face = {};
     void* document = nullptr;
-    client_stream::MallocAllocator allocator;
-    client_stream::RandomIdentity identity;
+    orvlog::client_stream::MallocAllocator allocator;
+    orvlog::client_stream::RandomIdentity identity;
 
     bool begin(GIO_Stream* stream)
     {
@@ -103,7 +103,7 @@ void measure_numbers()
 
 int write_file(const char* name)
 {
-    const auto stream = client_stream::FileStream::open(name, "wb");
+    const auto stream = orvlog::client_stream::FileStream::open(name, "wb");
     Job job;
     if (stream == nullptr || !job.begin(stream->stream()))
         return 1;

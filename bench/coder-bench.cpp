@@ -32,7 +32,7 @@ Bytes read_file(const char* name)
 
 Bytes code(const Bytes& text)
 {
-    client_stream::MallocAllocator allocator;
+    orvlog::client_stream::MallocAllocator allocator;
     AdaptiveHuffmanCoder* coder = AHC_EncoderCreate(allocator.allocator());
     Bytes coded;
     uint8_t output[100];
@@ -60,7 +60,7 @@ size_t scan(const Bytes& text)
 
 size_t decode(const Bytes& coded, size_t length)
 {
-    client_stream::MallocAllocator allocator;
+    orvlog::client_stream::MallocAllocator allocator;
     AdaptiveHuffmanCoder* coder = AHC_DecoderCreate(allocator.allocator());
     Bytes padded = coded;
     padded.push_back(0);

@@ -169,7 +169,7 @@ int main()
     GOP_OperandImagePointer record = make_record(&image, &rows);
 
     NullStream null;
-    client_stream::MallocAllocator allocator;
+    orvlog::client_stream::MallocAllocator allocator;
     ORVLOG_Session session = {};
     session.allocator = allocator.allocator();
     session.side_allocator = allocator.allocator();

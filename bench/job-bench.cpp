@@ -65,7 +65,7 @@ double paint(ORV_DrawingInterface* drawing, const GSH_ShapePointer* shape, uint3
 int main()
 {
     orvlog::bench::NullStream stream;
-    client_stream::MallocAllocator allocator;
+    orvlog::client_stream::MallocAllocator allocator;
     orvlog::test::FakeIdentity identity;
     orvlog::test::ScriptedFontEngine engine;
     engine.advances.assign(kGlyphs, {0.1, 0});

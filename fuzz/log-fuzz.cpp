@@ -41,9 +41,9 @@ void read_events(const std::string& text, LogForm form)
 
 void play(const std::string& text)
 {
-    client_stream::MallocAllocator memory;
-    client_stream::RandomIdentity identity;
-    const auto log = client_stream::FileStream::open("/dev/null", "wb");
+    orvlog::client_stream::MallocAllocator memory;
+    orvlog::client_stream::RandomIdentity identity;
+    const auto log = orvlog::client_stream::FileStream::open("/dev/null", "wb");
     ORV_Interface table{};
     ORVLOG_SessionOptions options{};
     options.interface_out = &table;

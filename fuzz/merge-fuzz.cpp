@@ -20,8 +20,8 @@ using orvlog::fuzz::expect;
 namespace
 {
 
-constexpr const char* temp_log = "temp.tmp";
-constexpr const char* side_log = "side.tmp";
+constexpr const char* kTempLog = "temp.tmp";
+constexpr const char* kSideLog = "side.tmp";
 const std::string side_text(20000, 's');
 
 class Folder
@@ -78,7 +78,7 @@ std::string expand(const uint8_t* data, size_t size)
                 "<GOP_ImageKeepFn Id=\"1\" async_img_log_file_name=\"side.tmp\" return=\"TRUE\">\n</GOP_ImageKeepFn>";
             break;
         case 5:
-            log += side_log;
+            log += kSideLog;
             break;
         case '/':
         case '\\':
@@ -107,17 +107,17 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const uint32_t has_async_images = choices.byte() % 4 != 0;
     const uint8_t room = choices.byte();
     const std::string log = expand(choices.rest(), choices.rest_size());
-    put_file(temp_log, log);
-    put_file(side_log, side_text);
+    put_file(kTempLog, log);
+    put_file(kSideLog, side_text);
 
     Target target = {{}, room < 200 ? SIZE_MAX : size_t{room} * 37};
     GIO_StreamOps ops = {};
     ops.gio_Write = take;
     GIO_Stream stream = {&target, 0, &ops};
-    const uint32_t result = ORVLOG_MergeLogs(orvlog::fuzz::heap(), temp_log, &stream, compress, has_async_images);
+    const uint32_t result = ORVLOG_MergeLogs(orvlog::fuzz::heap(), kTempLog, &stream, compress, has_async_images);
     // A bent log can name itself; else it goes when all went well and stays when not.
-    if (log.find(temp_log) == std::string::npos)
-        expect(fs::exists(temp_log) == (result == 0), "the temporary log stays where the merge failed");
+    if (log.find(kTempLog) == std::string::npos)
+        expect(fs::exists(kTempLog) == (result == 0), "the temporary log stays where the merge failed");
     if (result == 1 && compress == 0 && log.find("</GOP_ImageKeepFn>") == std::string::npos)
         expect(target.text == log, "a log without kept images is copied");
     return 0;

@@ -10,13 +10,13 @@
 #include <filesystem>
 #include <new>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr std::array COMMANDS = {
+constexpr std::array kCommands = {
     Command{"record", "log a PDF document's drawing calls, with its page images", "orvlog record letter.pdf",
             declare_record},
     Command{"pack", "code a file as a log is coded on the fly", "orvlog pack letter.orvlog.xml -o letter.orvlog",
@@ -40,7 +40,7 @@ constexpr std::array COMMANDS = {
     Command{"trim", "make a smaller log of some calls, which still replays",
             "orvlog trim letter.orvlog.xml --pages 2 -o page-2.orvlog.xml", declare_trim},
     Command{"minimise", "make the smallest log for which a command still succeeds",
-            "orvlog minimise letter.orvlog.xml --while 'orvlog check --strict {} | grep -q empty' -o small.orvlog.xml",
+            "orvlog minimise letter.orvlog.xml --while 'orvlog ls {} | grep -q screen' -o small.orvlog.xml",
             declare_minimise},
     Command{"redact", "make a log that may be handed on", "orvlog redact letter.orvlog.xml -o redacted.orvlog.xml",
             declare_redact},
@@ -59,11 +59,9 @@ int print_version()
 
 const Command* find_command(const char* name)
 {
-    for (const Command& command : COMMANDS)
-    {
+    for (const Command& command : kCommands)
         if (std::strcmp(command.name, name) == 0)
             return &command;
-    }
     return nullptr;
 }
 
@@ -119,7 +117,7 @@ int finish_output(int status)
 
 std::span<const Command> commands()
 {
-    return COMMANDS;
+    return kCommands;
 }
 
 void say(const std::string& message)
@@ -134,7 +132,7 @@ int fail(const std::string& message)
     return EXIT_FAILED;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool
 
 int main(int argc, char** argv)
 {
@@ -142,18 +140,18 @@ int main(int argc, char** argv)
     std::signal(SIGXFSZ, SIG_IGN);
     try
     {
-        return tool::finish_output(tool::main_of_tool(argc, argv));
+        return orvlog::tool::finish_output(orvlog::tool::main_of_tool(argc, argv));
     }
     catch (const std::filesystem::filesystem_error& error)
     {
-        return tool::fail(error.path1().string() + ": " + error.code().message());
+        return orvlog::tool::fail(error.path1().string() + ": " + error.code().message());
     }
     catch (const std::bad_alloc&)
     {
-        return tool::fail("out of memory");
+        return orvlog::tool::fail("out of memory");
     }
     catch (const std::exception& error)
     {
-        return tool::fail(error.what());
+        return orvlog::tool::fail(error.what());
     }
 }

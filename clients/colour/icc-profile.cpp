@@ -69,6 +69,26 @@ std::string description_of(cmsHPROFILE profile)
 
 }  // namespace
 
+std::optional<double> lightness_of_black(const Bytes& icc)
+{
+    const std::unique_ptr<_cmsContext_struct, DeleteContext> context(cmsCreateContext(nullptr, nullptr));
+    const std::unique_ptr<void, CloseProfile> profile(
+        cmsOpenProfileFromMemTHR(context.get(), icc.data(), static_cast<cmsUInt32Number>(icc.size())));
+    if (profile == nullptr || cmsGetColorSpace(profile.get()) != cmsSigCmykData)
+        return std::nullopt;
+    const std::unique_ptr<void, CloseProfile> screen(cmsCreate_sRGBProfileTHR(context.get()));
+    cmsHTRANSFORM transform =
+        cmsCreateTransformTHR(context.get(), profile.get(), TYPE_CMYK_16, screen.get(), TYPE_RGB_16,
+                              INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_BLACKPOINTCOMPENSATION);
+    if (transform == nullptr)
+        return std::nullopt;
+    const uint16_t ink[4] = {0, 0, 0, UINT16_MAX};
+    uint16_t shown[3] = {};
+    cmsDoTransform(transform, ink, shown, 1);
+    cmsDeleteTransform(transform);
+    return (0.3 * shown[0] + 0.59 * shown[1] + 0.11 * shown[2]) / UINT16_MAX;
+}
+
 std::optional<ProfileFacts> read_profile(const Bytes& icc, std::string* why)
 {
     // A context of its own keeps errors to itself: nothing goes to a global handler.

@@ -214,7 +214,7 @@ void ByteWriter::f32(float value)
 
 void ByteWriter::text(const std::string& value)
 {
-    const std::string known = value.c_str();
+    const std::string known = value.substr(0, value.find('\0'));
     bytes_.insert(bytes_.end(), known.begin(), known.end());
     bytes_.push_back(0);
 }

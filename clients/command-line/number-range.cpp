@@ -3,7 +3,7 @@
 #include <charconv>
 #include <string_view>
 
-namespace command_line
+namespace orvlog::command_line
 {
 
 namespace
@@ -56,4 +56,4 @@ std::string check_ids(const std::string& text)
     return read_ids(text, &ids);
 }
 
-}  // namespace command_line
+}  // namespace orvlog::command_line

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace command_line
+namespace orvlog::command_line
 {
 
 // Both ends belong to it.
@@ -29,4 +29,4 @@ std::string read_ids(const std::string& text, NumberRange* ids);
 std::string check_pages(const std::string& text);
 std::string check_ids(const std::string& text);
 
-}  // namespace command_line
+}  // namespace orvlog::command_line

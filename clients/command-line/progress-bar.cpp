@@ -8,15 +8,15 @@
 #include <cstdio>
 #include <string>
 
-namespace command_line
+namespace orvlog::command_line
 {
 
 namespace
 {
 
-constexpr int64_t QUIET_MS = 1000;
-constexpr int64_t STEP_MS = 100;
-constexpr int BAR = 40;
+constexpr int64_t kQuietMs = 1000;
+constexpr int64_t kStepMs = 100;
+constexpr int kBar = 40;
 
 ProgressBar* current = nullptr;
 
@@ -49,13 +49,13 @@ ProgressBar::~ProgressBar()
 void ProgressBar::show(uint64_t done)
 {
     const int64_t now = wanted_ ? now_ms() : 0;
-    if (!wanted_ || now - started_ < QUIET_MS || now - last_ < STEP_MS)
+    if (!wanted_ || now - started_ < kQuietMs || now - last_ < kStepMs)
         return;
     last_ = now;
     shown_ = true;
     const double part = static_cast<double>(std::min(done, whole_)) / static_cast<double>(whole_);
-    const std::string bar(static_cast<size_t>(part * BAR), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d%%", BAR, bar.c_str(), static_cast<int>(part * 100));
+    const std::string bar(static_cast<size_t>(part * kBar), '#');
+    std::fprintf(stderr, "\r[%-*s] %3d%%", kBar, bar.c_str(), static_cast<int>(part * 100));
     std::fflush(stderr);
 }
 
@@ -64,7 +64,7 @@ void ProgressBar::clear()
     if (current == nullptr || !current->shown_)
         return;
     current->shown_ = false;
-    std::fprintf(stderr, "\r%*s\r", BAR + 8, "");
+    std::fprintf(stderr, "\r%*s\r", kBar + 8, "");
 }
 
 void ProgressBar::make_way_for_output()
@@ -75,4 +75,4 @@ void ProgressBar::make_way_for_output()
     current->wanted_ = false;
 }
 
-}  // namespace command_line
+}  // namespace orvlog::command_line

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace command_line
+namespace orvlog::command_line
 {
 
 // Whether a bar may be shown: standard error is a terminal, and what the program writes doesn't go through a pipe,
@@ -36,4 +36,4 @@ private:
     int64_t last_ = 0;
 };
 
-}  // namespace command_line
+}  // namespace orvlog::command_line

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <bit>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t most_images = 16384;
+constexpr size_t kMostImages = 16384;
 
 uint64_t mixed(uint64_t sum, uint64_t word)
 {
@@ -51,9 +51,7 @@ void CallDigest::add(const GGO_Point& point)
 void CallDigest::add(const GGO_Matrix& matrix)
 {
     for (const double value : matrix.m)
-    {
         add(value);
-    }
 }
 
 void CallDigest::add(const GGO_BoxFloat& box)
@@ -87,9 +85,7 @@ void CallDigest::add(const Colour& colour)
 {
     add(uint64_t{colour.space.channels});
     for (const float value : colour.value)
-    {
         add(double{value});
-    }
     if (colour.space.definition != nullptr)
     {
         add(uint64_t{colour.space.definition->profile.size()});
@@ -105,9 +101,7 @@ void CallDigest::add(const StrokeStyle& style)
     add(style.miter_limit);
     add(style.dash_start);
     for (const double dash : style.dashes)
-    {
         add(dash);
-    }
 }
 
 void CallDigest::add(const std::vector<GradientStop>& stops)
@@ -139,9 +133,7 @@ void CallDigest::add(const GlyphRun& run)
         add(uint64_t{placed.glyph->code});
         add(placed.glyph->outline);
         for (const uint8_t byte : placed.glyph->bitmap)
-        {
             add(uint64_t{byte});
-        }
         add(GGO_Point{placed.advance.gvf_X, placed.advance.gvf_Y});
     }
 }
@@ -151,14 +143,10 @@ void CallDigest::add(const Image& image)
     add(uint64_t{image.width} << 32 | image.height);
     add(uint64_t{image.bits} << 32 | image.space.channels);
     for (const uint8_t entry : image.index_table)
-    {
         add(uint64_t{entry});
-    }
     std::shared_ptr<const ReadingMarks> marks = image.rows != nullptr ? image.rows->marks() : nullptr;
-    if (marks != nullptr && images_.size() < most_images)
-    {
+    if (marks != nullptr && images_.size() < kMostImages)
         images_.push_back(std::move(marks));
-    }
 }
 
 void CallDigest::add_answer(bool answer)
@@ -174,12 +162,10 @@ void CallDigest::break_off()
 bool CallDigest::differs_by_itself(const CallDigest& other) const
 {
     if (broken_off_ || other.broken_off_ || answers_ != other.answers_)
-    {
         return false;
-    }
     return value_ != other.value_ ||
            !std::equal(images_.begin(), images_.end(), other.images_.begin(), other.images_.end(),
                        [](const auto& one, const auto& two) { return agree(*one, *two); });
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 class CallDigest
@@ -52,4 +52,4 @@ private:
     std::vector<std::shared_ptr<const ReadingMarks>> images_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,16 +13,17 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: compare-pages A.png B.png [C.png D.png ...]\n");
         return 2;
     }
+    const int pairs = (argc - 1) / 2;
     double sum = 0;
     for (int i = 1; i + 1 < argc; i += 2)
     {
-        const cairo_renderer::PagePixels one = cairo_renderer::read_png(argv[i]);
-        const cairo_renderer::PagePixels other = cairo_renderer::read_png(argv[i + 1]);
-        const cairo_renderer::PixelDifference difference = cairo_renderer::compare_pixels(one, other);
+        const orvlog::cairo_renderer::PagePixels one = orvlog::cairo_renderer::read_png(argv[i]);
+        const orvlog::cairo_renderer::PagePixels other = orvlog::cairo_renderer::read_png(argv[i + 1]);
+        const orvlog::cairo_renderer::PixelDifference difference = orvlog::cairo_renderer::compare_pixels(one, other);
         std::printf("%8.4f  largest %3u  %s (%ux%u, %ux%u)\n", difference.mean, difference.largest, argv[i], one.width,
                     one.height, other.width, other.height);
         sum += difference.mean;
     }
-    std::printf("%8.4f  mean of all pages\n", sum / ((argc - 1) / 2));
+    std::printf("%8.4f  mean of all pages\n", sum / pairs);
     return 0;
 }

@@ -6,14 +6,14 @@
 #include <ctime>
 #include <unistd.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr unsigned seconds_to_stop = 3;
-constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr unsigned kSecondsToStop = 3;
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t received = 0;
 volatile time_t received_at = 0;
@@ -37,14 +37,12 @@ void on_signal(int signal)
     if (received != 0)
     {
         if (now() - received_at > 1)
-        {
             end_by(signal);
-        }
         return;
     }
     received = signal;
     received_at = now();
-    alarm(seconds_to_stop);
+    alarm(kSecondsToStop);
 }
 
 void on_alarm(int)
@@ -56,13 +54,9 @@ void on_alarm(int)
 
 void watch_for_interruption()
 {
-    for (const int signal : signals)
-    {
+    for (const int signal : kSignals)
         if (std::signal(signal, on_signal) == SIG_IGN)
-        {
             std::signal(signal, SIG_IGN);
-        }
-    }
     std::signal(SIGALRM, on_alarm);
 }
 
@@ -76,4 +70,4 @@ void painting_has_ended()
     alarm(0);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

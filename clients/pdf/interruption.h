@@ -5,7 +5,7 @@
 
 #pragma once
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // From here on the signals are taken as a wish. Those that are ignored stay so.
@@ -18,4 +18,4 @@ int interrupting_signal();
 // signal ends the process at once.
 void painting_has_ended();
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -6,36 +6,26 @@
 
 #include <fstream>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 bool write_summary(const JobSummary& summary, const std::string& file_name)
 {
     nlohmann::ordered_json object;
     nlohmann::ordered_json calls = nlohmann::ordered_json::object();
-    for (size_t i = 0; i < summary.calls.made.size(); i++)
-    {
+    for (size_t i = 0; i < summary.calls.made.size(); ++i)
         if (summary.calls.made[i] > 0)
-        {
             calls[name_of(static_cast<Call>(i))] = summary.calls.made[i];
-        }
-    }
     object["calls"] = calls;
     object["calls_refused"] = summary.calls.refused;
     object["text_end_points"] = {{"count", summary.calls.end_points}, {"worst_inches", summary.calls.worst_end_point}};
     object["pages"] = summary.pages;
     if (summary.page_images > 0)
-    {
         object["page_images"] = summary.page_images;
-    }
     if (!summary.log.empty())
-    {
         object["log"] = summary.log;
-    }
     if (summary.log_bytes >= 0)
-    {
         object["log_bytes"] = summary.log_bytes;
-    }
     if (summary.time)
     {
         object["seconds"] = summary.time->seconds;
@@ -60,4 +50,4 @@ bool write_summary(const JobSummary& summary, const std::string& file_name)
     return output.good();
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -27,19 +27,15 @@ public:
     JobResult run()
     {
         if (!first_run())
-        {
             return state_.result;
-        }
         finish_tickets();
         if (options_.compare && !options_.check && state_.result.interrupted == 0)
-        {
             run_without_logger();
-        }
         if (options_.check && state_.result.interrupted == 0)
-        {
             compare();
-        }
         state_.result.summary.messages = state_.messages.lines();
+        state_.result.errors.insert(state_.result.errors.end(), state_.losses.lines().begin(),
+                                    state_.losses.lines().end());
         return state_.result;
     }
 
@@ -72,9 +68,7 @@ private:
     {
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
-        {
             renderer = state_.make_renderer({}, true);
-        }
         const TimeSpent start = TimeSpent::now();
         const Run run = walk(document, renderer != nullptr ? renderer->interface() : null_renderer(), nullptr, nullptr);
         painting_has_ended();
@@ -86,9 +80,7 @@ private:
     {
         const std::unique_ptr<client_session::LoggedSession> logger = open_log(state_);
         if (logger == nullptr)
-        {
             return false;
-        }
         state_.result.started = true;
         state_.result.summary.log = options_.log;
         log_pages(document, *logger);
@@ -100,9 +92,7 @@ private:
     {
         std::unique_ptr<cairo_renderer::Renderer> renderer;
         if (options_.renderer)
-        {
             renderer = state_.make_renderer(state_.check.first(), true);
-        }
         const std::unique_ptr<PlainRun> plain = options_.check ? std::make_unique<PlainRun>(state_) : nullptr;
         const TimeSpent before = plain != nullptr ? plain->time() : TimeSpent();
         std::string why;
@@ -126,13 +116,9 @@ private:
     void take_over(const Run& run, const cairo_renderer::Renderer* renderer)
     {
         if (renderer != nullptr && !renderer->all_pages_written())
-        {
             state_.result.errors.push_back("not all page images could be written");
-        }
         else if (renderer != nullptr && !options_.png_folder.empty())
-        {
             state_.result.summary.page_images = renderer->pages_finished();
-        }
         state_.result.errors.insert(state_.result.errors.end(), run.errors.begin(), run.errors.end());
         state_.result.summary.calls = run.counts;
         state_.result.summary.pages = run.pages;
@@ -144,15 +130,13 @@ private:
         state_.result.summary.tickets_retained = counts.retained;
         state_.result.summary.tickets_released = counts.released;
         if (!options_.ticket_folder.empty() && !save_tickets(colour_manager_, options_.ticket_folder))
-        {
             state_.result.errors.push_back(options_.ticket_folder + ": the tickets can't be written");
-        }
     }
 
     void run_without_logger()
     {
         PlainRun plain(state_);
-        for (int page = options_.first_page; page <= plain.pages() && state_.result.interrupted == 0; page++)
+        for (int page = options_.first_page; page <= plain.pages() && state_.result.interrupted == 0; ++page)
         {
             plain.page(page);
             note_interruption(page, nullptr);
@@ -165,7 +149,7 @@ private:
     {
         Run run;
         run.colours = &colour_manager_;
-        Painter painter(table, state_.sink());
+        Painter painter(table, state_.sink(), state_.loss_sink());
         CallDigest calls;
         painter.tell(plain != nullptr ? &calls : nullptr);
         if (!painter.begin_document(1))
@@ -174,22 +158,18 @@ private:
             return run;
         }
         const int last = std::min(options_.last_page, document.page_count());
-        for (int page = options_.first_page; page <= last && state_.result.interrupted == 0; page++)
+        for (int page = options_.first_page; page <= last && state_.result.interrupted == 0; ++page)
         {
             calls.clear();
             const bool whole = paint_page(state_, document, page, painter, run);
             if (plain != nullptr)
             {
                 if (!plain->page(page) || !whole)
-                {
                     calls.break_off();
-                }
                 state_.check.end_page(page, calls, plain->calls());
             }
             if (options_.progress)
-            {
                 options_.progress(page - options_.first_page + 1, last - options_.first_page + 1);
-            }
             note_interruption(page, logger);
         }
         painter.end_document();
@@ -201,14 +181,10 @@ private:
     {
         state_.result.interrupted = interrupting_signal();
         if (state_.result.interrupted == 0)
-        {
             return;
-        }
         const std::string what = "interrupted on page " + std::to_string(page);
         if (logger != nullptr)
-        {
             logger->comment("The job was " + what + ".\n");
-        }
         state_.result.errors.push_back(logger != nullptr ? what + "; the log has what was drawn until then"
                                        : options_.no_log ? what
                                                          : "interrupted when the log was written");
@@ -222,9 +198,7 @@ private:
         const std::vector<std::string>& by_document = state_.check.differing_by_document();
         check.same = check.pixels_different == 0 && state_.check.not_compared().empty();
         if (state_.check.differ())
-        {
             state_.result.errors.push_back("the pages differ from those drawn without the logger");
-        }
         state_.result.errors.insert(state_.result.errors.end(), by_document.begin(), by_document.end());
         std::for_each(state_.check.other_calls().begin(), state_.check.other_calls().end(), state_.sink());
         state_.result.errors.insert(state_.result.errors.end(), state_.check.not_compared().begin(),
@@ -244,4 +218,4 @@ JobResult run_job(const JobOptions& options)
     return Job(options).run();
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct JobOptions
@@ -92,4 +92,4 @@ JobResult run_job(const JobOptions& options);
 // Writes the summary as JSON. False if the file can't be written.
 bool write_summary(const JobSummary& summary, const std::string& file_name);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

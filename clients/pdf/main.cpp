@@ -23,8 +23,8 @@ namespace
 
 struct CommandLine
 {
-    pdf_client::JobOptions job;
-    command_line::NumberRange pages = {1, UINT32_MAX};
+    orvlog::pdf_client::JobOptions job;
+    orvlog::command_line::NumberRange pages = {1, UINT32_MAX};
     std::string mode = "transparent";
     std::string glyphs = "outlines";
     std::string stream;
@@ -36,7 +36,7 @@ struct CommandLine
 
 void declare(CLI::App& app, CommandLine& line)
 {
-    pdf_client::JobOptions& job = line.job;
+    orvlog::pdf_client::JobOptions& job = line.job;
     app.add_option("FILE", job.document, "the PDF file")->required();
     auto* log = app.add_option("-o,--output", job.log, "the log to write")->type_name("LOG");
     auto* no_log = app.add_flag("--no-log", job.no_log, "draw without the logger")->excludes(log);
@@ -44,15 +44,13 @@ void declare(CLI::App& app, CommandLine& line)
         [&job]
         {
             if (job.log.empty() && !job.no_log)
-            {
                 throw CLI::RequiredError("--output");
-            }
         });
     app.add_option_function<std::string>(
-           "--pages", [&line](const std::string& text) { command_line::read_pages(text, &line.pages); },
+           "--pages", [&line](const std::string& text) { orvlog::command_line::read_pages(text, &line.pages); },
            "only these pages, from 1")
         ->type_name("A-B")
-        ->check(command_line::check_pages);
+        ->check(orvlog::command_line::check_pages);
     app.add_option("--mode", line.mode, "what is logged of images and glyphs")
         ->check(CLI::IsMember({"transparent", "base"}));
     app.add_option("--glyphs", line.glyphs, "the forms in which glyphs are asked for")
@@ -104,18 +102,12 @@ std::string trouble_with(const std::string& file)
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(file, error);
     if (!std::filesystem::exists(status))
-    {
         return file + ": " + std::strerror(error ? error.value() : ENOENT);
-    }
     if (std::filesystem::is_directory(status))
-    {
         return file + " is a directory";
-    }
     std::FILE* stream = std::fopen(file.c_str(), "rb");
     if (stream == nullptr)
-    {
         return file + ": " + std::strerror(errno);
-    }
     const bool empty = std::fgetc(stream) == EOF;
     std::fclose(stream);
     return empty ? file + " is empty" : std::string();
@@ -123,80 +115,59 @@ std::string trouble_with(const std::string& file)
 
 int record(CommandLine& line)
 {
-    pdf_client::JobOptions& job = line.job;
-    constexpr uint32_t most = INT_MAX;
-    job.first_page = static_cast<int>(std::min(line.pages.first, most));
-    job.last_page = static_cast<int>(std::min(line.pages.last, most));
+    orvlog::pdf_client::JobOptions& job = line.job;
+    constexpr uint32_t kMost = INT_MAX;
+    job.first_page = static_cast<int>(std::min(line.pages.first, kMost));
+    job.last_page = static_cast<int>(std::min(line.pages.last, kMost));
     if (const std::string trouble = trouble_with(job.document); !trouble.empty())
-    {
         return fail(trouble);
-    }
     if (std::string error; !line.password_file.empty())
     {
-        job.password = pdf_client::read_password(line.password_file, error);
+        job.password = orvlog::pdf_client::read_password(line.password_file, error);
         if (!job.password)
-        {
             return fail(error);
-        }
     }
-    job.ask_password = [&job] { return pdf_client::ask_password(job.document); };
+    job.ask_password = [&job] { return orvlog::pdf_client::ask_password(job.document); };
     job.base_mode = line.mode == "base";
-    using Glyphs = pdf_client::JobOptions::Glyphs;
+    using Glyphs = orvlog::pdf_client::JobOptions::Glyphs;
     job.glyphs = line.glyphs == "all" ? Glyphs::all : line.glyphs == "bitmaps" ? Glyphs::bitmaps : Glyphs::outlines;
-    using client_stream::StreamKind;
+    using orvlog::client_stream::StreamKind;
     if (line.stream.empty())
-    {
         line.stream = job.log.ends_with(".zst") ? "zstd" : "mapped";
-    }
     job.stream = line.stream == "zstd"   ? StreamKind::zstd
                  : line.stream == "file" ? StreamKind::file
                                          : StreamKind::mapped;
     job.renderer = !line.no_renderer;
-    constexpr int whole = 1000;
-    std::optional<command_line::ProgressBar> bar;
+    constexpr int kWhole = 1000;
+    std::optional<orvlog::command_line::ProgressBar> bar;
     if (line.progress)
     {
-        bar.emplace(uint64_t{whole});
-        job.progress = [&bar](int done, int total) { bar->show(static_cast<uint64_t>(int64_t{done} * whole / total)); };
+        bar.emplace(uint64_t{kWhole});
+        job.progress = [&bar](int done, int total)
+        { bar->show(static_cast<uint64_t>(int64_t{done} * kWhole / total)); };
     }
     for (const std::string& folder : {job.png_folder, job.ticket_folder})
     {
         std::error_code error;
         if (!folder.empty() && !std::filesystem::create_directories(folder, error) && error)
-        {
             return fail(folder + ": " + error.message());
-        }
     }
-    pdf_client::watch_for_interruption();
-    const pdf_client::JobResult result = pdf_client::run_job(job);
+    orvlog::pdf_client::watch_for_interruption();
+    const orvlog::pdf_client::JobResult result = orvlog::pdf_client::run_job(job);
     bar.reset();
     for (const std::string& message : result.summary.messages)
-    {
         std::fprintf(stderr, "orvlog-record: note: %s\n", message.c_str());
-    }
     for (const std::string& error : result.errors)
-    {
         fail(error);
-    }
-    if (result.started && !line.summary.empty() && !pdf_client::write_summary(result.summary, line.summary))
-    {
+    if (result.started && !line.summary.empty() && !orvlog::pdf_client::write_summary(result.summary, line.summary))
         return fail(line.summary + " can't be written");
-    }
     if (result.interrupted != 0)
-    {
         return 128 + result.interrupted;
-    }
     return result.errors.empty() ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
-#ifdef SIGXFSZ
-    // A file that gets too long is a failed write.
-    std::signal(SIGXFSZ, SIG_IGN);
-#endif
     CLI::App app("Draws the pages of a PDF file through the logger.", "orvlog-record");
     CommandLine line;
     declare(app, line);
@@ -213,9 +184,20 @@ int main(int argc, char** argv)
         fail(std::string(error.what()) + " (see orvlog-record --help)");
         return 2;
     }
+    return record(line);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+#ifdef SIGXFSZ
+    // A file that gets too long is a failed write.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     try
     {
-        return record(line);
+        return run(argc, argv);
     }
     catch (const std::exception& error)
     {

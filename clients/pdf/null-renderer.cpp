@@ -4,7 +4,7 @@
 
 #include <type_traits>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -76,4 +76,4 @@ const ORV_Interface* null_renderer()
     return &table;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -4,11 +4,11 @@
 
 #include "orvlog/interface/orv-interface.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A table that takes every call and draws nothing: what stands behind a job that is run without a renderer and
 // without the logger. Has no state.
 const ORV_Interface* null_renderer();
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

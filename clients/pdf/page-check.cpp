@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <new>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 using cairo_renderer::Page;
@@ -33,16 +33,12 @@ void PageCheck::hold(const Page& page)
             return;
         }
         if (page.first_row == 0)
-        {
             file_.reset(std::tmpfile());
-        }
         const size_t count = pixels.pixels.size();
         const bool written =
             file_ != nullptr && std::fwrite(pixels.pixels.data(), sizeof(uint32_t), count, file_.get()) == count;
         if (written && page.first_row + page.rows == page.height)
-        {
             std::rewind(file_.get());
-        }
         lost_ = lost_ || !written;
     }
     catch (const std::bad_alloc&)
@@ -70,9 +66,7 @@ void PageCheck::compare(const Page& page)
 {
     alone_ = alone_ || rows_held_ != page.height;
     if (lost_ || alone_)
-    {
         return;
-    }
     try
     {
         PagePixels held;
@@ -105,17 +99,11 @@ void PageCheck::end_page(int number, const CallDigest& logged, const CallDigest&
     }
     different_before_ = different_;
     if (lost_)
-    {
         not_compared_.push_back(name + " can't be compared: there is no room to hold it");
-    }
     else if (alone_ || rows_held_ != rows_compared_)
-    {
         not_compared_.push_back(name + " can't be compared: only one of its two drawings could be made");
-    }
     else if (rows_held_ > 0)
-    {
-        pages_++;
-    }
+        ++pages_;
     held_ = {};
     file_.reset();
     rows_held_ = 0;
@@ -154,4 +142,4 @@ const std::vector<std::string>& PageCheck::not_compared() const
     return not_compared_;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 class PageCheck
@@ -58,4 +58,4 @@ private:
     std::vector<std::string> not_compared_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -12,13 +12,13 @@
 #include <csignal>
 #include <cstring>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t longest = 4096;
+constexpr size_t kLongest = 4096;
 
 volatile std::sig_atomic_t caught = 0;
 
@@ -39,10 +39,10 @@ public:
         action.sa_handler = note_signal;
         sigset_t all;
         sigemptyset(&all);
-        for (size_t i = 0; i < numbers.size(); i++)
+        for (size_t i = 0; i < kNumbers.size(); ++i)
         {
-            sigaction(numbers[i], &action, &before_[i]);
-            sigaddset(&all, numbers[i]);
+            sigaction(kNumbers[i], &action, &before_[i]);
+            sigaddset(&all, kNumbers[i]);
         }
         sigprocmask(SIG_BLOCK, &all, &mask_before_);
     }
@@ -51,14 +51,10 @@ public:
 
     ~SignalsNoted()
     {
-        for (size_t i = 0; i < numbers.size(); i++)
-        {
-            sigaction(numbers[i], &before_[i], nullptr);
-        }
+        for (size_t i = 0; i < kNumbers.size(); ++i)
+            sigaction(kNumbers[i], &before_[i], nullptr);
         if (caught != 0)
-        {
             std::raise(caught);
-        }
         sigprocmask(SIG_SETMASK, &mask_before_, nullptr);
     }
 
@@ -70,8 +66,8 @@ public:
     }
 
 private:
-    static constexpr std::array numbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
-    std::array<struct sigaction, numbers.size()> before_{};
+    static constexpr std::array kNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+    std::array<struct sigaction, kNumbers.size()> before_{};
     sigset_t mask_before_{};
 };
 
@@ -79,28 +75,20 @@ private:
 std::optional<std::string> read_line(int descriptor, const SignalsNoted* noted = nullptr)
 {
     std::string line;
-    while (line.size() <= longest)
+    while (line.size() <= kLongest)
     {
         if (noted != nullptr && !noted->wait_for(descriptor))
-        {
             return std::nullopt;
-        }
         char byte = 0;
         const ssize_t got = read(descriptor, &byte, 1);
         if (got < 0 && errno == EINTR)
-        {
             continue;
-        }
         if (got < 0 || (got == 0 && line.empty()))
-        {
             return std::nullopt;
-        }
         if (got == 0 || byte == '\n')
         {
             if (!line.empty() && line.back() == '\r')
-            {
                 line.pop_back();
-            }
             return line;
         }
         line.push_back(byte);
@@ -115,9 +103,7 @@ void write_all(int descriptor, const std::string& text)
     {
         const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
         if (count <= 0)
-        {
             return;
-        }
         done += static_cast<size_t>(count);
     }
 }
@@ -127,9 +113,7 @@ std::optional<std::string> ask_on(int input, int output, const std::string& docu
     const SignalsNoted noted;
     termios before = {};
     if (tcgetattr(input, &before) != 0)
-    {
         return std::nullopt;
-    }
     termios silent = before;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     silent.c_lflag |= ICANON | ISIG;
@@ -150,9 +134,7 @@ std::optional<std::string> read_password(const std::string& file, std::string& e
     errno = input < 0 ? errno : 0;
     std::optional<std::string> line;
     if (input >= 0)
-    {
         line = read_line(input);
-    }
     if (!line)
     {
         const std::string name = standard ? "standard input" : file;
@@ -161,26 +143,20 @@ std::optional<std::string> read_password(const std::string& file, std::string& e
                                     : name + ": " + std::strerror(errno);
     }
     if (input >= 0 && !standard)
-    {
         close(input);
-    }
     return line;
 }
 
 std::optional<std::string> ask_password(const std::string& document)
 {
     if (isatty(STDIN_FILENO) == 0 && isatty(STDERR_FILENO) == 0)
-    {
         return std::nullopt;
-    }
     const int terminal = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (terminal < 0)
-    {
         return isatty(STDIN_FILENO) != 0 ? ask_on(STDIN_FILENO, STDERR_FILENO, document) : std::nullopt;
-    }
-    const std::optional<std::string> line = ask_on(terminal, terminal, document);
+    std::optional<std::string> line = ask_on(terminal, terminal, document);
     close(terminal);
     return line;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

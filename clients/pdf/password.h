@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The first line of a file, without its end; of standard input for "-". Nothing if it can't be read or is longer than
@@ -19,4 +19,4 @@ std::optional<std::string> read_password(const std::string& file, std::string& e
 // it waits ends it with the terminal as it was.
 std::optional<std::string> ask_password(const std::string& document);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

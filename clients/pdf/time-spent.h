@@ -7,7 +7,7 @@
 #include <chrono>
 #include <ctime>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct TimeSpent
@@ -21,9 +21,9 @@ struct TimeSpent
         timespec processor{};
         clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &processor);
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now().time_since_epoch();
-        constexpr double seconds_of_nanosecond = 1e-9;
+        constexpr double kSecondsOfNanosecond = 1e-9;
         return {elapsed.count(),
-                static_cast<double>(processor.tv_sec) + static_cast<double>(processor.tv_nsec) * seconds_of_nanosecond};
+                static_cast<double>(processor.tv_sec) + static_cast<double>(processor.tv_nsec) * kSecondsOfNanosecond};
     }
 
     TimeSpent operator-(const TimeSpent& other) const
@@ -39,4 +39,4 @@ struct TimeSpent
     }
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr uint32_t most_marks = 256;
+constexpr uint32_t kMostMarks = 256;
 
 uint64_t mixed(uint64_t sum, uint64_t word)
 {
@@ -29,10 +29,8 @@ uint64_t mixed(uint64_t sum, const uint8_t* bytes, size_t count)
         sum = mixed(sum, word);
     }
     uint64_t rest = count;
-    for (; count > 0; count--)
-    {
+    for (; count > 0; --count)
         rest = rest << 8 | *bytes++;
-    }
     return mixed(sum, rest);
 }
 
@@ -42,7 +40,7 @@ public:
     WatchedRows(const Image& image, std::string name, std::function<void(const std::string&)> complain)
         : rows_(image.rows), name_(std::move(name)), complain_(std::move(complain)), height_(image.height),
           size_(static_cast<uint64_t>(image.row_bytes()) * image.height),
-          rows_for_a_mark_(image.height / most_marks + 1)
+          rows_for_a_mark_(image.height / kMostMarks + 1)
     {
     }
 
@@ -60,17 +58,13 @@ public:
         const size_t came = rows_->read_row(row, size);
         const bool ended = came < size;
         if (ended && has_ended_)
-        {
             return came;
-        }
         has_ended_ = ended;
         came_ += came;
         sum_ = mixed(sum_, row, came);
         const uint32_t mark = row_++ / rows_for_a_mark_;
         if (ended || row_ % rows_for_a_mark_ == 0 || row_ == height_)
-        {
             compare(mark);
-        }
         if (ended && !told_end_)
         {
             told_end_ = true;
@@ -119,9 +113,7 @@ private:
 void watch(Image& image, const std::string& name, std::function<void(const std::string&)> complain)
 {
     if (image.rows != nullptr)
-    {
         image.rows = std::make_shared<WatchedRows>(image, name, std::move(complain));
-    }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

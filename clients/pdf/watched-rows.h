@@ -11,11 +11,11 @@
 #include <memory>
 #include <string>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Puts the image's rows under watch; the image is complete but for that. `name` begins what is said, "image 5 0 R" for
 // example; `complain` outlives the image. Takes 2 KB at most, however large the image is.
 void watch(Image& image, const std::string& name, std::function<void(const std::string&)> complain);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -175,10 +175,8 @@ void Player::follow_kept(const Element& callback)
     reader::ElementReader own(*file.stream, reader::LogForm::fragment);
     own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
     while (const Element* element = own.next())
-    {
         if (is_image_callback(*element) && !element->has("async_img_log_file_name"))
             collect_image(*element);
-    }
 }
 
 // The callbacks of a call, in their order, to those who answer them.
@@ -186,14 +184,12 @@ void Player::collect(const Element& element)
 {
     collecting_ = true;
     for (const Element& child : Children(element))
-    {
         if (is_image_callback(child))
             collect_image(child);
         else if (is_font_callback(child))
             fonts_.add_callback(child);
         else if (!is_closed_record(child))
             collect(child);
-    }
     collecting_ = false;
 }
 

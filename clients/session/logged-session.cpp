@@ -8,7 +8,7 @@
 #include <cstring>
 #include <fstream>
 
-namespace client_session
+namespace orvlog::client_session
 {
 
 namespace
@@ -35,12 +35,12 @@ bool LoggedSession::open_log(std::string* why)
 {
     const std::string file = file_of(options_.log);
     from_ = fs::current_path();
-    beside_ = client_stream::files_beside(options_.folder_beside.empty() ? file : options_.folder_beside + "/log",
-                                          options_.image_prefix);
+    beside_ = orvlog::client_stream::files_beside(
+        options_.folder_beside.empty() ? file : options_.folder_beside + "/log", options_.image_prefix);
     *why = beside_.trouble;
     if (!why->empty())
         return false;
-    log_ = client_stream::LogFile::open(file, options_.stream);
+    log_ = orvlog::client_stream::LogFile::open(file, options_.stream);
     if (log_ != nullptr)
         return true;
     // Only a journal must not be there before.
@@ -54,7 +54,7 @@ bool LoggedSession::open_detour(std::string* why)
     // Images that are kept while a log is coded on the fly would take bits out of its stream.
     if (!options_.via_temporary_log && !(options_.compressed && options_.keeps_images))
         return true;
-    detour_ = client_stream::TemporaryLog::open(identity_.source());
+    detour_ = orvlog::client_stream::TemporaryLog::open(identity_.source());
     if (detour_ == nullptr)
         *why = std::string("the temporary log can't be opened: ") + std::strerror(errno);
     return detour_ != nullptr;
@@ -156,4 +156,4 @@ void LoggedSession::look_for_files(const fs::path& log, std::vector<std::string>
         lacks->push_back("and as much of " + std::to_string(lacking.count - lacking.lines.size()) + " further files");
 }
 
-}  // namespace client_session
+}  // namespace orvlog::client_session

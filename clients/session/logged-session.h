@@ -17,13 +17,13 @@
 #include <string>
 #include <vector>
 
-namespace client_session
+namespace orvlog::client_session
 {
 
 struct LoggedSessionOptions
 {
     std::string log;  // a path, or "-" for the standard output; without one nothing is kept
-    client_stream::StreamKind stream = client_stream::StreamKind::file;
+    orvlog::client_stream::StreamKind stream = orvlog::client_stream::StreamKind::file;
     std::string image_prefix;   // not empty: image data goes to files of that prefix
     std::string folder_beside;  // not empty: what lies beside the log goes there, and not to the log's folder
     bool compressed = false;
@@ -83,13 +83,13 @@ private:
     void look_for_files(const std::filesystem::path& log, std::vector<std::string>* lacks) const;
 
     const LoggedSessionOptions options_;
-    client_stream::MallocAllocator memory_;
-    client_stream::RandomIdentity identity_;
+    orvlog::client_stream::MallocAllocator memory_;
+    orvlog::client_stream::RandomIdentity identity_;
     std::filesystem::path from_;  // the user's folder
-    client_stream::FilesBeside beside_;
-    std::unique_ptr<client_stream::LogFile> log_;
-    std::optional<client_stream::PresentFolder> there_;
-    std::unique_ptr<client_stream::TemporaryLog> detour_;
+    orvlog::client_stream::FilesBeside beside_;
+    std::unique_ptr<orvlog::client_stream::LogFile> log_;
+    std::optional<orvlog::client_stream::PresentFolder> there_;
+    std::unique_ptr<orvlog::client_stream::TemporaryLog> detour_;
     ORV_Interface table_{};
     void* session_ = nullptr;
     orvlog_comment_fn_type comment_ = nullptr;
@@ -97,4 +97,4 @@ private:
     int64_t log_bytes_ = -1;
 };
 
-}  // namespace client_session
+}  // namespace orvlog::client_session

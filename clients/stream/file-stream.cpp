@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 using stream_operations::code_of;
@@ -26,9 +26,7 @@ struct FileStream::Operations
     template <typename Result> static Result checked(void* c, Result result, bool good)
     {
         if (!good)
-        {
             self(c)->note_failure();
-        }
         return result;
     }
 
@@ -40,9 +38,7 @@ struct FileStream::Operations
     static uint64_t write(const void* buffer, uint64_t item_size, uint64_t item_count, void* c)
     {
         if (self(c)->first_error_ != 0)
-        {
             return 0;
-        }
         const uint64_t written = std::fwrite(buffer, item_size, item_count, file(c));
         return checked(c, written, written == item_count || item_size == 0);
     }
@@ -61,9 +57,7 @@ struct FileStream::Operations
     static int32_t flush(void* c)
     {
         if (self(c)->first_error_ != 0)
-        {
             return -1;
-        }
         const int result = std::fflush(file(c));
         return checked(c, result == 0 ? 0 : -1, result == 0);
     }
@@ -76,9 +70,7 @@ struct FileStream::Operations
     static int32_t puts(const char* text, void* c)
     {
         if (self(c)->first_error_ != 0)
-        {
             return -1;
-        }
         const int result = std::fputs(text, file(c));
         return checked(c, result >= 0 ? result : -1, result >= 0);
     }
@@ -91,9 +83,7 @@ struct FileStream::Operations
     static int32_t putc(int32_t byte, void* c)
     {
         if (self(c)->first_error_ != 0)
-        {
             return -1;
-        }
         const int result = std::fputc(byte, file(c));
         return checked(c, result, result != EOF);
     }
@@ -106,9 +96,7 @@ struct FileStream::Operations
     static int32_t print(void* c, const char* format, va_list args)
     {
         if (self(c)->first_error_ != 0)
-        {
             return -1;
-        }
         const int result = std::vfprintf(file(c), format, args);
         return checked(c, result, result >= 0);
     }
@@ -148,9 +136,7 @@ std::unique_ptr<FileStream> FileStream::open(const std::string& file_name, const
 {
     std::FILE* file = std::fopen(file_name.c_str(), mode);
     if (file == nullptr)
-    {
         return nullptr;
-    }
     return std::unique_ptr<FileStream>(new FileStream(file, file_name));
 }
 
@@ -158,7 +144,7 @@ FileStream::FileStream(std::FILE* file, std::string file_name) : file_(file), fi
 {
     stream_.instance = this;
     stream_.kind = GIO_KIND_FILE;
-    stream_.ops = &stream_operations::table<Operations>;
+    stream_.ops = &stream_operations::kTable<Operations>;
 }
 
 FileStream::~FileStream()
@@ -174,9 +160,7 @@ GIO_Stream* FileStream::stream()
 void FileStream::note_failure()
 {
     if (first_error_ == 0)
-    {
         first_error_ = errno != 0 ? errno : EIO;
-    }
 }
 
 bool FileStream::close()
@@ -184,14 +168,10 @@ bool FileStream::close()
     if (file_ != nullptr)
     {
         if (std::fflush(file_) != 0)
-        {
             note_failure();
-        }
         final_size_ = size();
         if (std::fclose(file_) != 0)
-        {
             note_failure();
-        }
         file_ = nullptr;
     }
     return first_error_ == 0;
@@ -205,16 +185,12 @@ int FileStream::first_error() const
 int64_t FileStream::size() const
 {
     if (file_ == nullptr)
-    {
         return final_size_;
-    }
     const off_t position = ftello(file_);
     if (position < 0 || fseeko(file_, 0, SEEK_END) != 0)
-    {
         return -1;
-    }
     const off_t end = ftello(file_);
     return fseeko(file_, position, SEEK_SET) == 0 ? end : -1;
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 // A stream over a file of the C library. The first failure, a full disk for example, is remembered, and nothing is
@@ -44,4 +44,4 @@ private:
     int64_t final_size_ = -1;
 };
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 namespace
@@ -12,7 +12,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr size_t longest_prefix = 999;  // the session keeps no more
+constexpr size_t kLongestPrefix = 999;  // the session keeps no more
 
 fs::path folder_of(const std::string& log)
 {
@@ -27,10 +27,8 @@ std::string trouble_with(const FilesBeside& files)
 {
     const fs::path folder = (files.folder / files.prefix).parent_path();
     if (access(folder.c_str(), W_OK | X_OK) != 0)
-    {
         return folder.string() + ": " + std::strerror(errno);
-    }
-    return files.prefix.size() > longest_prefix ? "the prefix of image files is longer than 999 bytes" : "";
+    return files.prefix.size() > kLongestPrefix ? "the prefix of image files is longer than 999 bytes" : "";
 }
 
 }  // namespace
@@ -47,10 +45,8 @@ FilesBeside files_beside(const std::string& log, const std::string& prefix)
         files.prefix = error ? (present / given).string() : (seen / given.filename()).lexically_normal().string();
     }
     if (!prefix.empty())
-    {
         files.trouble = trouble_with(files);
-    }
     return files;
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 // The logger makes such files by relative names, so a program goes to their folder for the time of the job.
@@ -23,4 +23,4 @@ struct FilesBeside
 // `prefix` is empty if image data goes into the log. Nothing is made.
 FilesBeside files_beside(const std::string& log, const std::string& prefix);
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -1,6 +1,6 @@
 #include "clients/stream/log-file.h"
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 std::unique_ptr<LogFile> LogFile::open(const std::string& file_name, StreamKind kind)
@@ -56,4 +56,4 @@ bool LogFile::has_journal() const
     return report_.journal != 0;
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

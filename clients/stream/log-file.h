@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 enum class StreamKind
@@ -45,4 +45,4 @@ private:
     ORVLOG_StreamReport report_{};
 };
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

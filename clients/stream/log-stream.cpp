@@ -10,18 +10,18 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr uint32_t stream_tag = 0x4D52544F;
+constexpr uint32_t kStreamTag = 0x4D52544F;
 
 LogStream* self(void* c)
 {
     auto* stream = static_cast<LogStream*>(c);
-    if (stream != nullptr && stream->tag == stream_tag)
+    if (stream != nullptr && stream->tag == kStreamTag)
         return stream;
     errno = EBADF;
     return nullptr;
@@ -36,12 +36,12 @@ template <size_t Size> void store(char* to, const char* from)
 // From the first byte to the last, so that a process that is killed leaves the beginning of a text and not its end.
 void copy_forward(char* to, const char* from, size_t count)
 {
-    constexpr size_t step = 16;
-    if (count >= step)
+    constexpr size_t kStep = 16;
+    if (count >= kStep)
     {
-        for (size_t at = 0; at + step <= count; at += step)
-            store<step>(to + at, from + at);
-        store<step>(to + count - step, from + count - step);
+        for (size_t at = 0; at + kStep <= count; at += kStep)
+            store<kStep>(to + at, from + at);
+        store<kStep>(to + count - kStep, from + count - kStep);
     }
     else if (count >= 8)
     {
@@ -248,10 +248,10 @@ LogStream* create_stream(size_t size, const Kind* kind, const char* path)
         errno = ENOMEM;
         return nullptr;
     }
-    stream->tag = stream_tag;
+    stream->tag = kStreamTag;
     stream->kind = kind;
     stream->path = std::strcpy(own_path, path);
-    stream->handle = {stream, GIO_KIND_FORWARD_ONLY, &stream_operations::table<Operations>};
+    stream->handle = {stream, GIO_KIND_FORWARD_ONLY, &stream_operations::kTable<Operations>};
     const int error = open_file(&stream->file, path);
     if (error == 0)
         return stream;
@@ -269,19 +269,19 @@ GIO_Stream* destroy_stream(LogStream* stream, int error)
     return nullptr;
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
-using log_stream::LogStream;
+using orvlog::log_stream::LogStream;
 
 int32_t orvlog_stream_close(GIO_Stream* handle, ORVLOG_StreamReport* report)
 {
-    LogStream* stream = handle != nullptr ? log_stream::self(handle->instance) : nullptr;
+    LogStream* stream = handle != nullptr ? orvlog::log_stream::self(handle->instance) : nullptr;
     ORVLOG_StreamReport own = {};
     if (stream != nullptr)
     {
         stream->kind->close(stream, &own);
         own.error = stream->error;
-        log_stream::destroy_stream(stream, 0);
+        orvlog::log_stream::destroy_stream(stream, 0);
     }
     else
     {
@@ -289,11 +289,11 @@ int32_t orvlog_stream_close(GIO_Stream* handle, ORVLOG_StreamReport* report)
     }
     if (report != nullptr)
         *report = own;
-    return stream_operations::code_of(own.error);
+    return orvlog::stream_operations::code_of(own.error);
 }
 
 int32_t orvlog_stream_error(const GIO_Stream* handle)
 {
-    const LogStream* stream = handle != nullptr ? log_stream::self(handle->instance) : nullptr;
+    const LogStream* stream = handle != nullptr ? orvlog::log_stream::self(handle->instance) : nullptr;
     return stream != nullptr ? stream->error : EBADF;
 }

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 struct LogStream;
@@ -57,6 +57,6 @@ inline uint64_t text_size(const LogStream* stream)
 // Makes a stream that was opened as mapped one that writes at each flush.
 GIO_Stream* begin_plain_stream(LogStream* stream);
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 #endif

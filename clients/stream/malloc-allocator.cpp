@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 namespace
@@ -34,14 +34,10 @@ struct MallocAllocator::Operations
     static void* allocate(GMM_Allocator* allocator, uint64_t size, uint32_t)
     {
         if (size > SIZE_MAX - sizeof(Header))
-        {
             return nullptr;
-        }
         Header* header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
         if (header == nullptr)
-        {
             return nullptr;
-        }
         header->size = size;
         MallocAllocator* owner = self(allocator);
         owner->bytes_ += size;
@@ -53,9 +49,7 @@ struct MallocAllocator::Operations
     {
         void* block = allocate(allocator, size, channel);
         if (block != nullptr)
-        {
             std::memset(block, 0, size);
-        }
         return block;
     }
 
@@ -127,4 +121,4 @@ uint64_t MallocAllocator::peak_bytes() const
     return peak_;
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

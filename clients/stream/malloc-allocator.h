@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 // An allocator over malloc and free, for one thread at a time.
@@ -29,4 +29,4 @@ private:
     uint64_t peak_ = 0;
 };
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -16,7 +16,7 @@
 #include <sys/vfs.h>
 #endif
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
@@ -24,7 +24,7 @@ namespace
 
 #ifdef __linux__
 // File systems whose files another machine, or another program, may change under a mapping.
-constexpr uint64_t elsewhere[] = {
+constexpr uint64_t kElsewhere[] = {
     0x6969,      // NFS
     0x517B,      // SMB
     0xFF534D42,  // CIFS
@@ -48,7 +48,7 @@ bool is_local(int descriptor)
     if (fstatfs(descriptor, &system) != 0)
         return false;
     const uint64_t type = static_cast<uint64_t>(system.f_type) & 0xFFFFFFFF;
-    return std::find(std::begin(elsewhere), std::end(elsewhere), type) == std::end(elsewhere);
+    return std::find(std::begin(kElsewhere), std::end(kElsewhere), type) == std::end(kElsewhere);
 }
 #else
 bool is_local(int)
@@ -173,18 +173,18 @@ int reserve_file(HostFile* file, uint64_t from, uint64_t end, bool changes_size)
 
 void warm_file(HostFile* file, uint64_t from, uint64_t end)
 {
-    static constexpr char zeros[4096] = {};
-    constexpr size_t most = 64;
-    iovec pieces[most];
+    static constexpr char kZeros[4096] = {};
+    constexpr size_t kMost = 64;
+    iovec pieces[kMost];
     for (iovec& piece : pieces)
-        piece = {const_cast<char*>(zeros), sizeof zeros};
+        piece = {const_cast<char*>(kZeros), sizeof kZeros};
     while (from < end)
     {
         const uint64_t left = end - from;
-        const auto count = std::min<size_t>(most, static_cast<size_t>(left / sizeof zeros));
+        const auto count = std::min<size_t>(kMost, static_cast<size_t>(left / sizeof kZeros));
         const ssize_t done =
             count > 0 ? pwritev(descriptor_of(file), pieces, static_cast<int>(count), static_cast<off_t>(from))
-                      : pwrite(descriptor_of(file), zeros, static_cast<size_t>(left), static_cast<off_t>(from));
+                      : pwrite(descriptor_of(file), kZeros, static_cast<size_t>(left), static_cast<off_t>(from));
         if (done <= 0)
             return;
         from += static_cast<uint64_t>(done);
@@ -275,4 +275,4 @@ int write_next(HostFile* file, const void* bytes, size_t size, size_t* done)
     return most < size ? EFBIG : 0;
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream

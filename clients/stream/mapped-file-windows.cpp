@@ -6,7 +6,7 @@
 
 #include <windows.h>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
@@ -237,4 +237,4 @@ int write_next(HostFile* file, const void* bytes, size_t size, size_t* done)
     return 0;
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 struct HostFile
@@ -51,6 +51,6 @@ int write_at(HostFile* file, const void* bytes, size_t size, uint64_t offset);
 // Behind what was written so. `done` is what was written, also on failure.
 int write_next(HostFile* file, const void* bytes, size_t size, size_t* done);
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 #endif

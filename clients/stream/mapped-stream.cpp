@@ -5,19 +5,19 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr size_t window_size = size_t{256} << 10;
-constexpr uint64_t first_step = uint64_t{1} << 20;
-constexpr uint64_t longest_step = uint64_t{32} << 20;
-constexpr uint64_t shortest_step = 4096;
+constexpr size_t kWindowSize = size_t{256} << 10;
+constexpr uint64_t kFirstStep = uint64_t{1} << 20;
+constexpr uint64_t kLongestStep = uint64_t{32} << 20;
+constexpr uint64_t kShortestStep = 4096;
 // Zero bytes that always stand behind the text until the close, so that readers know them from the last bytes of a
 // coded log.
-constexpr uint64_t rest_kept = 16;
+constexpr uint64_t kRestKept = 16;
 
 struct MappedStream
 {
@@ -38,7 +38,7 @@ bool reserve_more(LogStream* stream)
 {
     MappedStream* own = mapped(stream);
     const uint64_t text = text_size(stream);
-    uint64_t step = std::clamp(own->reserved / 4, first_step, longest_step);
+    uint64_t step = std::clamp(own->reserved / 4, kFirstStep, kLongestStep);
     const uint64_t longest = longest_file();
     if (own->reserved >= longest)
         return note_failure(stream, EFBIG);
@@ -48,12 +48,12 @@ bool reserve_more(LogStream* stream)
         const int error = reserve_file(&stream->file, own->reserved, own->reserved + step, true);
         if (error == 0)
             break;
-        if (!is_full(error) || step <= shortest_step)
+        if (!is_full(error) || step <= kShortestStep)
             return note_failure(stream, error);
-        step = std::max(step / 2 & ~(shortest_step - 1), shortest_step);
+        step = std::max(step / 2 & ~(kShortestStep - 1), kShortestStep);
     }
     own->reserved += step;
-    return own->reserved > text + rest_kept || reserve_more(stream);
+    return own->reserved > text + kRestKept || reserve_more(stream);
 }
 
 void drop_window(LogStream* stream)
@@ -71,7 +71,7 @@ bool map_window(LogStream* stream)
     const uint64_t text = text_size(stream);
     drop_window(stream);
     const uint64_t start = text - text % map_granularity();
-    const auto length = static_cast<size_t>(std::min<uint64_t>(window_size, own->reserved - start));
+    const auto length = static_cast<size_t>(std::min<uint64_t>(kWindowSize, own->reserved - start));
     if (own->warmed < start + length)
     {
         warm_file(&stream->file, std::max(own->warmed, text), start + length);
@@ -83,13 +83,13 @@ bool map_window(LogStream* stream)
     own->window = window;
     own->window_length = length;
     stream->begin = stream->next = window + (text - start);
-    stream->end = window + std::min<uint64_t>(length, own->reserved - rest_kept - start);
+    stream->end = window + std::min<uint64_t>(length, own->reserved - kRestKept - start);
     return true;
 }
 
 bool make_room(LogStream* stream)
 {
-    if (text_size(stream) + rest_kept >= mapped(stream)->reserved && !reserve_more(stream))
+    if (text_size(stream) + kRestKept >= mapped(stream)->reserved && !reserve_more(stream))
         return false;
     return map_window(stream);
 }
@@ -99,22 +99,20 @@ void close_mapped(LogStream* stream, ORVLOG_StreamReport* report)
     drop_window(stream);
     report->text_bytes = report->file_bytes = text_size(stream);
     for (const int error : {cut_file(&stream->file, report->text_bytes), close_file(&stream->file)})
-    {
         if (error != 0)
             note_failure(stream, error);
-    }
 }
 
-constexpr Kind mapped_kind = {make_room, nullptr, nullptr, close_mapped};
+constexpr Kind kMappedKind = {make_room, nullptr, nullptr, close_mapped};
 
 }  // namespace
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 GIO_Stream* orvlog_open_mapped_stream(const char* path)
 {
-    using namespace log_stream;
-    LogStream* stream = create_stream(sizeof(MappedStream), &mapped_kind, path);
+    using namespace orvlog::log_stream;
+    LogStream* stream = create_stream(sizeof(MappedStream), &kMappedKind, path);
     if (stream == nullptr)
         return nullptr;
     if (stream->file.can_map && cut_file(&stream->file, 0) == 0 && make_room(stream))

@@ -5,13 +5,13 @@
 #include <cerrno>
 #include <cstdlib>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr size_t buffer_size = size_t{1} << 16;
+constexpr size_t kBufferSize = size_t{1} << 16;
 
 // What couldn't be written is not in the text.
 bool write_out(LogStream* stream)
@@ -34,29 +34,29 @@ void close_plain(LogStream* stream, ORVLOG_StreamReport* report)
         note_failure(stream, error);
 }
 
-constexpr Kind plain_kind = {write_out, nullptr, write_out, close_plain};
+constexpr Kind kPlainKind = {write_out, nullptr, write_out, close_plain};
 
 }  // namespace
 
 GIO_Stream* begin_plain_stream(LogStream* stream)
 {
-    stream->kind = &plain_kind;
+    stream->kind = &kPlainKind;
     const int error = stream->file.is_file ? cut_file(&stream->file, 0) : 0;
     if (error != 0)
         return destroy_stream(stream, error);
-    stream->begin = static_cast<char*>(std::malloc(buffer_size));
+    stream->begin = static_cast<char*>(std::malloc(kBufferSize));
     if (stream->begin == nullptr)
         return destroy_stream(stream, ENOMEM);
     stream->next = stream->begin;
-    stream->end = stream->begin + buffer_size;
+    stream->end = stream->begin + kBufferSize;
     return &stream->handle;
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 GIO_Stream* orvlog_open_file_stream(const char* path)
 {
-    using namespace log_stream;
+    using namespace orvlog::log_stream;
     LogStream* stream = create_stream(sizeof(LogStream), nullptr, path);
     return stream != nullptr ? begin_plain_stream(stream) : nullptr;
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <random>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 namespace
@@ -25,9 +25,7 @@ RandomIdentity::RandomIdentity()
     static_assert(offsetof(Object, number) == sizeof(ORVLOG_IdentityObject));
     std::random_device random;
     for (uint8_t& byte : object_.number)
-    {
         byte = static_cast<uint8_t>(random());
-    }
     object_.head.functions = &table;
     source_.object = &object_.head;
 }
@@ -37,4 +35,4 @@ const ORVLOG_IdentitySource* RandomIdentity::source() const
     return &source_;
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 // Gives a session a random number of 16 bytes.
@@ -31,4 +31,4 @@ private:
     ORVLOG_IdentitySource source_{};
 };
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 
-namespace stream_operations
+namespace orvlog::stream_operations
 {
 
 // The result code of GIO_Stream for a value of errno.
@@ -68,7 +68,7 @@ template <typename Operations> struct Common
 
 // The table of a stream whose operations are the static members of `Operations`.
 template <typename Operations>
-constexpr GIO_StreamOps table = {
+constexpr GIO_StreamOps kTable = {
     .gio_Read = Operations::read,
     .gio_Write = Operations::write,
     .gio_Seek = Common<Operations>::seek,
@@ -91,6 +91,6 @@ constexpr GIO_StreamOps table = {
     .gio_Close = Operations::close,
 };
 
-}  // namespace stream_operations
+}  // namespace orvlog::stream_operations
 
 #endif

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <vector>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 namespace
@@ -37,12 +37,8 @@ std::vector<fs::path> image_logs(const fs::path& folder, const std::string& temp
     std::vector<fs::path> found;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
-    {
         if (entry.path().filename().string().starts_with(head))
-        {
             found.push_back(entry.path());
-        }
-    }
     return found;
 }
 
@@ -52,14 +48,10 @@ std::string quoted(const std::string& text)
     const auto plain = [](char c)
     { return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("-_./+:,@%", c) != nullptr; };
     if (!text.empty() && std::all_of(text.begin(), text.end(), plain))
-    {
         return text;
-    }
     std::string word = "'";
     for (const char c : text)
-    {
         word += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
     return word + "'";
 }
 
@@ -72,13 +64,9 @@ public:
         std::error_code error;
         std::string form = (fs::temp_directory_path(error) / "orvlog-merge-XXXXXX").string();
         if (mkdtemp(form.data()) != nullptr)
-        {
             folder_ = form;
-        }
         else
-        {
             why_ = form + ": " + std::strerror(errno);
-        }
     }
     Links(const Links&) = delete;
     Links& operator=(const Links&) = delete;
@@ -86,22 +74,16 @@ public:
     {
         std::error_code ignored;
         if (!folder_.empty())
-        {
             fs::remove_all(folder_, ignored);
-        }
     }
 
     void add(const fs::path& file)
     {
         std::error_code error;
         if (!folder_.empty())
-        {
             fs::create_symlink(file, folder_ / file.filename(), error);
-        }
         if (error && why_.empty())
-        {
             why_ = (folder_ / file.filename()).string() + ": " + error.message();
-        }
     }
     const fs::path& folder() const
     {
@@ -168,22 +150,16 @@ bool TemporaryLog::merge_into(GIO_Stream* target, bool compressed, std::string* 
     parts.push_back(folder_ / name_);
     Links links;
     for (const fs::path& part : parts)
-    {
         links.add(part);
-    }
     *why = links.why();
     if (!why->empty())
-    {
         return false;
-    }
     MallocAllocator memory;
     const PresentFolder there(links.folder());
     const bool merged =
         !there.error() && ORVLOG_MergeLogs(memory.allocator(), name_.c_str(), target, compressed ? 1 : 0, 1) != 0;
     if (!took_all(target))
-    {
         return false;
-    }
     if (!merged)
     {
         *why = name_ + ": can't be merged";
@@ -191,9 +167,7 @@ bool TemporaryLog::merge_into(GIO_Stream* target, bool compressed, std::string* 
     }
     std::error_code ignored;
     for (const fs::path& part : parts)
-    {
         fs::remove(part, ignored);
-    }
     return true;
 }
 
@@ -201,18 +175,14 @@ PresentFolder::PresentFolder(const fs::path& folder)
 {
     back_ = fs::current_path(error_);
     if (!error_ && !folder.empty())
-    {
         fs::current_path(folder, error_);
-    }
 }
 
 PresentFolder::~PresentFolder()
 {
     std::error_code ignored;
     if (!back_.empty())
-    {
         fs::current_path(back_, ignored);
-    }
 }
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

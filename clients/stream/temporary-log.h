@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-namespace client_stream
+namespace orvlog::client_stream
 {
 
 class TemporaryLog
@@ -64,4 +64,4 @@ private:
     std::error_code error_;
 };
 
-}  // namespace client_stream
+}  // namespace orvlog::client_stream

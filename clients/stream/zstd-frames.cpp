@@ -4,18 +4,18 @@
 #include <cerrno>
 #include <cstddef>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr uint32_t table_magic = 0x184D2A5E;
-constexpr uint32_t footer_magic = 0x8F92EAB1;
-constexpr uint64_t head_size = 8;
-constexpr uint64_t entry_size = 8;
-constexpr uint64_t footer_size = 9;
-constexpr size_t longest_frame_head = 18;
+constexpr uint32_t kTableMagic = 0x184D2A5E;
+constexpr uint32_t kFooterMagic = 0x8F92EAB1;
+constexpr uint64_t kHeadSize = 8;
+constexpr uint64_t kEntrySize = 8;
+constexpr uint64_t kFooterSize = 9;
+constexpr size_t kLongestFrameHead = 18;
 
 void put_32(uint8_t* to, uint64_t value)
 {
@@ -50,17 +50,17 @@ const uint8_t* look_at(Look* look, uint64_t place, size_t size)
 // Behind the frame at `place`; 0 if there is no whole one.
 uint64_t frame_end(Look* look, uint64_t place)
 {
-    const uint64_t seen = std::min<uint64_t>(longest_frame_head, look->end - place);
+    const uint64_t seen = std::min<uint64_t>(kLongestFrameHead, look->end - place);
     const uint8_t* head = look_at(look, place, static_cast<size_t>(seen));
     if (head == nullptr || seen < 5)
         return 0;
     const uint8_t form = head[4];
     const bool single_segment = (form & 0x20) != 0;
     const bool has_checksum = (form & 4) != 0;
-    static constexpr uint64_t id_sizes[4] = {0, 1, 2, 4};
-    static constexpr uint64_t content_sizes[4] = {0, 2, 4, 8};
-    const uint64_t content_size = form >> 6 == 0 && single_segment ? 1 : content_sizes[form >> 6];
-    place += 5 + (single_segment ? 0 : 1) + id_sizes[form & 3] + content_size;
+    static constexpr uint64_t kIdSizes[4] = {0, 1, 2, 4};
+    static constexpr uint64_t kContentSizes[4] = {0, 2, 4, 8};
+    const uint64_t content_size = form >> 6 == 0 && single_segment ? 1 : kContentSizes[form >> 6];
+    place += 5 + (single_segment ? 0 : 1) + kIdSizes[form & 3] + content_size;
     for (bool is_last = false; !is_last;)
     {
         const uint8_t* block = look_at(look, place, 3);
@@ -127,25 +127,25 @@ int write_seek_table(HostFile* file, uint64_t frames_end, uint64_t text_size, ui
     int error = 0;
     Look look = {file, frames_end, 0, 0, {}};
     const uint64_t frames = walk_frames(&look, text_size, text_in_all, nullptr, &error);
-    const uint64_t size = frames * entry_size + footer_size;
+    const uint64_t size = frames * kEntrySize + kFooterSize;
     if (error != 0 || size > UINT32_MAX)
         return error;
     Table table = {file, frames_end, 0, {}};
-    error = put_word(&table, table_magic);
+    error = put_word(&table, kTableMagic);
     if (error == 0)
         error = put_word(&table, size);
     if (error == 0)
         walk_frames(&look, text_size, text_in_all, &table, &error);
     if (error == 0 && table.count > 0)
         error = flush_table(&table);
-    uint8_t footer[footer_size] = {};
+    uint8_t footer[kFooterSize] = {};
     put_32(footer, frames);
-    put_32(footer + 5, footer_magic);
+    put_32(footer + 5, kFooterMagic);
     if (error == 0)
         error = write_at(file, footer, sizeof footer, table.place);
     if (error == 0)
-        *file_end = frames_end + head_size + size;
+        *file_end = frames_end + kHeadSize + size;
     return error;
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 // Reads the frames that end at `frames_end` from the file, all of which hold `text_size` bytes of text but the last,
@@ -15,6 +15,6 @@ namespace log_stream
 // 0 or a value of errno.
 int write_seek_table(HostFile* file, uint64_t frames_end, uint64_t text_size, uint64_t text_in_all, uint64_t* file_end);
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 #endif

@@ -6,16 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr char magic[8] = {'O', 'R', 'V', 'L', 'O', 'G', 'Z', 'J'};
-constexpr char ending[] = ".journal";
-constexpr size_t smallest = size_t{1} << 12;
-constexpr size_t checked_bytes = 8;
+constexpr char kMagic[8] = {'O', 'R', 'V', 'L', 'O', 'G', 'Z', 'J'};
+constexpr char kEnding[] = ".journal";
+constexpr size_t kSmallest = size_t{1} << 12;
+constexpr size_t kCheckedBytes = 8;
 
 // How the log and the journal stand to each other. There are two of it, and `turn` tells which one holds, so that
 // one store leads from one state to the next.
@@ -71,7 +71,7 @@ int reserve(Journal* journal, size_t capacity)
         journal->size = sizeof(Head) + capacity;
         journal->capacity = capacity;
         const int error = reserve_file(&journal->file, 0, journal->size, true);
-        if (error == 0 || !is_full(error) || capacity <= smallest)
+        if (error == 0 || !is_full(error) || capacity <= kSmallest)
             return error;
         capacity /= 2;
     }
@@ -79,12 +79,12 @@ int reserve(Journal* journal, size_t capacity)
 
 bool is_free_or_journal(HostFile* file)
 {
-    char start[sizeof magic];
+    char start[sizeof kMagic];
     const size_t count = read_at(file, start, sizeof start, 0);
     // One that was just being made has zero bytes there.
-    constexpr char unmade[sizeof magic] = {};
-    return std::memcmp(start, unmade, count) == 0 ||
-           (count == sizeof start && std::memcmp(start, magic, sizeof start) == 0);
+    constexpr char kUnmade[sizeof kMagic] = {};
+    return std::memcmp(start, kUnmade, count) == 0 ||
+           (count == sizeof start && std::memcmp(start, kMagic, sizeof start) == 0);
 }
 
 }  // namespace
@@ -92,11 +92,11 @@ bool is_free_or_journal(HostFile* file)
 int open_journal(Journal* journal, const char* log_path)
 {
     *journal = {};
-    journal->path = static_cast<char*>(std::malloc(std::strlen(log_path) + sizeof ending));
+    journal->path = static_cast<char*>(std::malloc(std::strlen(log_path) + sizeof kEnding));
     if (journal->path == nullptr)
         return ENOMEM;
     std::strcpy(journal->path, log_path);
-    std::strcat(journal->path, ending);
+    std::strcat(journal->path, kEnding);
     int error = open_ordinary_file(&journal->file, journal->path);
     if (error == 0 && !is_free_or_journal(&journal->file))
         error = EEXIST;
@@ -123,7 +123,7 @@ int begin_journal(Journal* journal, size_t capacity)
     head->capacity = journal->capacity;
     head->states[0].check = check_of(nullptr, 0);
     std::atomic_signal_fence(std::memory_order_seq_cst);
-    std::memcpy(head->magic, magic, sizeof magic);
+    std::memcpy(head->magic, kMagic, sizeof kMagic);
     return write_head(journal);
 }
 
@@ -151,7 +151,7 @@ int empty_journal(Journal* journal, uint64_t frames_end, uint64_t text_before, c
 {
     Head* head = head_of(journal);
     State* next = &head->states[(head->turn + 1) & 1];
-    const size_t checked = std::min(count, checked_bytes);
+    const size_t checked = std::min(count, kCheckedBytes);
     next->frames_end = frames_end;
     next->length = 0;
     next->text_before = text_before;
@@ -174,4 +174,4 @@ void close_journal(Journal* journal, bool keep)
     *journal = {};
 }
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 struct Journal
@@ -34,6 +34,6 @@ int empty_journal(Journal* journal, uint64_t frames_end, uint64_t text_before, c
 // Removes it, or leaves it for the readers of the log.
 void close_journal(Journal* journal, bool keep);
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 #endif

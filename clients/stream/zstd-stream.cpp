@@ -9,14 +9,14 @@
 #include <cerrno>
 #include <cstdlib>
 
-namespace log_stream
+namespace orvlog::log_stream
 {
 
 namespace
 {
 
-constexpr size_t frame_text = size_t{1} << 20;
-constexpr int level = 1;
+constexpr size_t kFrameText = size_t{1} << 20;
+constexpr int kLevel = 1;
 
 struct ZstdStream
 {
@@ -125,16 +125,16 @@ void close_zstd(LogStream* stream, ORVLOG_StreamReport* report)
         note_failure(stream, error);
 }
 
-constexpr Kind zstd_kind = {make_room, printed, nullptr, close_zstd};
+constexpr Kind kZstdKind = {make_room, printed, nullptr, close_zstd};
 
 int make_coder(ZstdStream* own)
 {
-    own->frame_room = ZSTD_compressBound(frame_text);
+    own->frame_room = ZSTD_compressBound(kFrameText);
     own->frame = static_cast<char*>(std::malloc(own->frame_room));
     own->coder = ZSTD_createCCtx();
     if (own->frame == nullptr || own->coder == nullptr)
         return ENOMEM;
-    ZSTD_CCtx_setParameter(own->coder, ZSTD_c_compressionLevel, level);
+    ZSTD_CCtx_setParameter(own->coder, ZSTD_c_compressionLevel, kLevel);
     ZSTD_CCtx_setParameter(own->coder, ZSTD_c_checksumFlag, 1);
     return 0;
 }
@@ -143,10 +143,10 @@ int make_coder(ZstdStream* own)
 int make_window(LogStream* stream)
 {
     ZstdStream* own = zstd(stream);
-    size_t size = frame_text;
+    size_t size = kFrameText;
     if (stream->file.is_file)
     {
-        const int error = begin_journal(&own->journal, frame_text);
+        const int error = begin_journal(&own->journal, kFrameText);
         if (error != 0)
             return error;
         stream->begin = journal_text(&own->journal);
@@ -193,11 +193,11 @@ GIO_Stream* begin_zstd_stream(LogStream* stream)
 
 }  // namespace
 
-}  // namespace log_stream
+}  // namespace orvlog::log_stream
 
 GIO_Stream* orvlog_open_zstd_stream(const char* path)
 {
-    using namespace log_stream;
-    LogStream* stream = create_stream(sizeof(ZstdStream), &zstd_kind, path);
+    using namespace orvlog::log_stream;
+    LogStream* stream = create_stream(sizeof(ZstdStream), &kZstdKind, path);
     return stream != nullptr ? begin_zstd_stream(stream) : nullptr;
 }

@@ -5,10 +5,10 @@
 
 FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t, uint32_t, GMM_Allocator*, uint32_t* no_memory)
 {
-    static constexpr const char* const modes[] = {"rb",  "r",  "wb",  "w",  "ab",  "a",
-                                                  "r+b", "r+", "w+b", "w+", "a+b", "a+"};
+    static constexpr const char* const kModes[] = {"rb",  "r",  "wb",  "w",  "ab",  "a",
+                                                   "r+b", "r+", "w+b", "w+", "a+b", "a+"};
     *no_memory = 0;
-    return std::fopen(path, modes[mode_index]);
+    return std::fopen(path, kModes[mode_index]);
 }
 
 int32_t gio_host_seek(FILE* file, int64_t offset, int32_t origin)

@@ -37,10 +37,8 @@ const char* last_element(const char* path)
 {
     const char* element = path;
     for (const char* at = path; *at != '\0'; ++at)
-    {
         if (is_separator(*at))
             element = at + 1;
-    }
     return element;
 }
 

@@ -9,13 +9,13 @@
 FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t units, uint32_t is_ascii, GMM_Allocator* allocator,
                     uint32_t* no_memory)
 {
-    static constexpr const char* const modes[] = {"rb",  "r",  "wb",  "w",  "ab",  "a",
-                                                  "r+b", "r+", "w+b", "w+", "a+b", "a+"};
-    static constexpr const wchar_t* const wide_modes[] = {L"rb",  L"r",  L"wb",  L"w",  L"ab",  L"a",
+    static constexpr const char* const kModes[] = {"rb",  "r",  "wb",  "w",  "ab",  "a",
+                                                   "r+b", "r+", "w+b", "w+", "a+b", "a+"};
+    static constexpr const wchar_t* const kWideModes[] = {L"rb",  L"r",  L"wb",  L"w",  L"ab",  L"a",
                                                           L"r+b", L"r+", L"w+b", L"w+", L"a+b", L"a+"};
     *no_memory = 0;
     if (is_ascii != 0)
-        return fopen(path, modes[mode_index]);
+        return fopen(path, kModes[mode_index]);
     auto* wide = gmm_alloc_array<wchar_t>(allocator, units + 1);
     if (wide == nullptr)
     {
@@ -23,7 +23,7 @@ FILE* gio_host_open(const char* path, uint32_t mode_index, uint64_t units, uint3
         return nullptr;
     }
     gio_wide_convert(path, wide);
-    FILE* file = _wfopen(wide, wide_modes[mode_index]);
+    FILE* file = _wfopen(wide, kWideModes[mode_index]);
     allocator->gmm_Free(allocator, wide);
     return file;
 }

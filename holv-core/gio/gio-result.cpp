@@ -28,10 +28,8 @@ constexpr int32_t kCodes[] = {GIO_OK,
 int32_t gio_map_errno(int32_t number)
 {
     for (const int32_t code : kCodes)
-    {
         if (code == number)
             return code;
-    }
     return GIO_ERR_OTHER;
 }
 

@@ -9,12 +9,12 @@ namespace orvlog::inspect
 namespace
 {
 
-constexpr size_t most_cells = size_t{1} << 22;  // of a table
-constexpr int most_edits = 256;                 // that a search by distance follows
-constexpr int deepest = 24;
-constexpr int equal_score = 64;  // more than any number of calls that resemble each other could bring
-constexpr int least_resemblance = 4;
-constexpr uint32_t farthest_ahead = 64;
+constexpr size_t kMostCells = size_t{1} << 22;  // of a table
+constexpr int kMostEdits = 256;                 // that a search by distance follows
+constexpr int kDeepest = 24;
+constexpr int kEqualScore = 64;  // more than any number of calls that resemble each other could bring
+constexpr int kLeastResemblance = 4;
+constexpr uint32_t kFarthestAhead = 64;
 
 struct Range
 {
@@ -66,22 +66,22 @@ private:
     int likeness(uint32_t a, uint32_t b, bool alone) const
     {
         const int common = resemblance(a_[a], b_[b]);
-        return common >= least_resemblance || (alone && common > 0) ? common : 0;
+        return common >= kLeastResemblance || (alone && common > 0) ? common : 0;
     }
 
     void pair(uint32_t a, uint32_t b, bool is_equal)
     {
-        edits_.push_back({EditKind::pair, is_equal, false, a, b, Edit::nowhere});
+        edits_.push_back({EditKind::pair, is_equal, false, a, b, Edit::kNowhere});
     }
     void missing(uint32_t from, uint32_t to)
     {
         for (; from < to; ++from)
-            edits_.push_back({EditKind::missing, false, false, from, Edit::nowhere, Edit::nowhere});
+            edits_.push_back({EditKind::missing, false, false, from, Edit::kNowhere, Edit::kNowhere});
     }
     void added(uint32_t from, uint32_t to)
     {
         for (; from < to; ++from)
-            edits_.push_back({EditKind::added, false, false, Edit::nowhere, from, Edit::nowhere});
+            edits_.push_back({EditKind::added, false, false, Edit::kNowhere, from, Edit::kNowhere});
     }
 
     void align(Range range, int depth)
@@ -107,9 +107,9 @@ private:
             missing(range.a0, range.a1);
             return added(range.b0, range.b1);
         }
-        if (uint64_t{range.a()} * range.b() <= most_cells)
+        if (uint64_t{range.a()} * range.b() <= kMostCells)
             return align_by_table(range);
-        if (depth < deepest)
+        if (depth < kDeepest)
         {
             std::vector<Match> anchors = unique_matches(range);
             if (anchors.empty())
@@ -201,14 +201,14 @@ private:
         const auto width = static_cast<int64_t>(range.a());
         const auto height = static_cast<int64_t>(range.b());
         std::vector<std::vector<int64_t>> traces;
-        std::vector<int64_t> reach(2 * most_edits + 3, 0);  // by diagonal: how far along A
-        for (int edits = 0; edits <= most_edits; ++edits)
+        std::vector<int64_t> reach(2 * kMostEdits + 3, 0);  // by diagonal: how far along A
+        for (int edits = 0; edits <= kMostEdits; ++edits)
         {
             for (int diagonal = -edits; diagonal <= edits; diagonal += 2)
             {
-                int64_t& x = reach[static_cast<size_t>(diagonal + most_edits + 1)];
-                const int64_t down = reach[static_cast<size_t>(diagonal + most_edits + 2)];
-                const int64_t right = reach[static_cast<size_t>(diagonal + most_edits)] + 1;
+                int64_t& x = reach[static_cast<size_t>(diagonal + kMostEdits + 1)];
+                const int64_t down = reach[static_cast<size_t>(diagonal + kMostEdits + 2)];
+                const int64_t right = reach[static_cast<size_t>(diagonal + kMostEdits)] + 1;
                 const bool goes_down = diagonal == -edits || (diagonal != edits && right - 1 < down);
                 x = edits == 0 ? 0 : goes_down ? down : right;
                 while (x < width && x - diagonal < height && x - diagonal >= 0 &&
@@ -231,7 +231,7 @@ private:
         {
             const std::vector<int64_t>& reach = traces[static_cast<size_t>(edits - 1)];
             const int64_t diagonal = x - y;
-            const auto at = [&](int64_t d) { return reach[static_cast<size_t>(d + most_edits + 1)]; };
+            const auto at = [&](int64_t d) { return reach[static_cast<size_t>(d + kMostEdits + 1)]; };
             const bool down = diagonal == -edits || (diagonal != edits && at(diagonal - 1) < at(diagonal + 1));
             const int64_t from = down ? diagonal + 1 : diagonal - 1;
             const int64_t before_x = at(from);
@@ -259,7 +259,7 @@ private:
     {
         const bool is_equal = equal(a, b);
         *step = is_equal ? both_equal : both_alike;
-        return is_equal ? equal_score : likeness(a, b, alone);
+        return is_equal ? kEqualScore : likeness(a, b, alone);
     }
 
     // The best of all ways. Filled from the end, so that it can be followed from the beginning.
@@ -319,12 +319,12 @@ private:
             }
             uint32_t ahead_a = 1;
             uint32_t ahead_b = 1;
-            while (ahead_a < range.a() && ahead_a < farthest_ahead && !equal(range.a0 + ahead_a, range.b0))
+            while (ahead_a < range.a() && ahead_a < kFarthestAhead && !equal(range.a0 + ahead_a, range.b0))
                 ++ahead_a;
-            while (ahead_b < range.b() && ahead_b < farthest_ahead && !equal(range.a0, range.b0 + ahead_b))
+            while (ahead_b < range.b() && ahead_b < kFarthestAhead && !equal(range.a0, range.b0 + ahead_b))
                 ++ahead_b;
-            const bool in_a = ahead_a < range.a() && ahead_a < farthest_ahead;
-            const bool in_b = ahead_b < range.b() && ahead_b < farthest_ahead;
+            const bool in_a = ahead_a < range.a() && ahead_a < kFarthestAhead;
+            const bool in_b = ahead_b < range.b() && ahead_b < kFarthestAhead;
             const uint32_t leave_a = in_a && (!in_b || ahead_a <= ahead_b) ? ahead_a : in_b ? 0 : 1;
             const uint32_t leave_b = leave_a > 0 && in_a ? 0 : in_b ? ahead_b : 1;
             missing(range.a0, range.a0 + leave_a);

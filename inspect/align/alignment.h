@@ -21,14 +21,14 @@ enum class EditKind : uint8_t
 
 struct Edit
 {
-    static constexpr uint32_t nowhere = UINT32_MAX;
+    static constexpr uint32_t kNowhere = UINT32_MAX;
 
     EditKind kind = EditKind::pair;
-    bool equal = false;          // of a pair: as far as digests tell
-    bool twice = false;          // of an added call: its neighbour in B is the same call
-    uint32_t a = nowhere;        // index of the call
-    uint32_t b = nowhere;        // likewise
-    uint32_t partner = nowhere;  // of a missing or an added call that stands elsewhere in the other log: where
+    bool equal = false;           // of a pair: as far as digests tell
+    bool twice = false;           // of an added call: its neighbour in B is the same call
+    uint32_t a = kNowhere;        // index of the call
+    uint32_t b = kNowhere;        // likewise
+    uint32_t partner = kNowhere;  // of a missing or an added call that stands elsewhere in the other log: where
 };
 
 // Every call of both once, in order: a longest common subsequence of what is equal, and between its calls those

@@ -145,26 +145,26 @@ Part part_of(const Element& child)
 CallDigest digest_of(const Element& call, TicketTexts& tickets, bool with_measures)
 {
     Digester digester(tickets, with_measures);
-    std::array<Hash, CallDigest::parts> parts;
+    std::array<Hash, CallDigest::kParts> kParts;
     Hash form;
-    parts[own_attributes].add(call.name);
+    kParts[own_attributes].add(call.name);
     for (const reader::Attribute& attribute : call.attributes)
-        digester.add(call, attribute, parts[own_attributes], form);
+        digester.add(call, attribute, kParts[own_attributes], form);
     for (const Element& child : Children(call))
     {
         const Part part = part_of(child);
-        digester.add(child, parts[part], part == outline ? parts[outline_form] : form);
+        digester.add(child, kParts[part], part == outline ? kParts[outline_form] : form);
     }
-    parts[others].add(call.bytes.data(), call.bytes.size());
-    parts[others].add(call.rows);
+    kParts[others].add(call.bytes.data(), call.bytes.size());
+    kParts[others].add(call.rows);
     CallDigest digest;
     Hash whole;
-    for (size_t i = 0; i < parts.size(); ++i)
+    for (size_t i = 0; i < kParts.size(); ++i)
     {
-        digest.part[i] = static_cast<uint32_t>(parts[i].value());
-        whole.add(parts[i].value());
+        digest.part[i] = static_cast<uint32_t>(kParts[i].value());
+        whole.add(kParts[i].value());
     }
-    form.add(parts[outline_form].value());
+    form.add(kParts[outline_form].value());
     Hash kind;
     kind.add(call.name);
     form.add(kind.value());
@@ -195,7 +195,7 @@ int resemblance(const CallDigest& a, const CallDigest& b)
     if (a.kind != b.kind)
         return 0;
     int same = 1;
-    for (size_t i = 0; i < CallDigest::parts; ++i)
+    for (size_t i = 0; i < CallDigest::kParts; ++i)
         same += a.part[i] == b.part[i] ? 1 : 0;
     return same;
 }

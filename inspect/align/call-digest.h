@@ -15,15 +15,15 @@ namespace orvlog::inspect
 
 struct CallDigest
 {
-    static constexpr size_t parts = 7;
+    static constexpr size_t kParts = 7;
 
-    uint64_t whole = 0;                  // of all but names of things
-    uint64_t form = 0;                   // the same without measures
-    std::array<uint32_t, parts> part{};  // attributes, operators, outline, its form, clip, operands, the rest
-    uint32_t kind = 0;                   // of the call's name
-    double sum = 0;                      // of all measures
-    double weighted = 0;                 // of all measures, each with a weight of its own
-    double size = 0;                     // the most that they may differ by for a tolerance of 1
+    uint64_t whole = 0;                   // of all but names of things
+    uint64_t form = 0;                    // the same without measures
+    std::array<uint32_t, kParts> part{};  // attributes, operators, outline, its form, clip, operands, the rest
+    uint32_t kind = 0;                    // of the call's name
+    double sum = 0;                       // of all measures
+    double weighted = 0;                  // of all measures, each with a weight of its own
+    double size = 0;                      // the most that they may differ by for a tolerance of 1
     uint64_t line = 0;
     uint64_t byte = 0;
     int64_t id = -1;  // of a paint; -1 of other calls

@@ -13,9 +13,9 @@ namespace orvlog::inspect
 namespace
 {
 
-constexpr size_t most_known = 65536;
+constexpr size_t kMostKnown = 65536;
 
-constexpr std::array<std::pair<std::string_view, NameSpace>, 19> named = {{
+constexpr std::array<std::pair<std::string_view, NameSpace>, 19> kNamed = {{
     {"AttrFileName", NameSpace::file},
     {"GfpId", NameSpace::engine},
     {"Id", NameSpace::image},
@@ -37,7 +37,7 @@ constexpr std::array<std::pair<std::string_view, NameSpace>, 19> named = {{
     {"unique_font_id", NameSpace::unique_font},
 }};
 
-constexpr std::array<std::string_view, 80> measures = {
+constexpr std::array<std::string_view, 80> kMeasures = {
     "acs_BlackPointX",
     "acs_BlackPointY",
     "acs_BlackPointZ",
@@ -119,7 +119,7 @@ constexpr std::array<std::string_view, 80> measures = {
     "x_repetition_interval",
     "y_repetition_interval",
 };
-static_assert(std::ranges::is_sorted(measures));
+static_assert(std::ranges::is_sorted(kMeasures));
 
 void add_text(const reader::Element& element, Hash& hash)
 {
@@ -132,8 +132,8 @@ void add_text(const reader::Element& element, Hash& hash)
 
 NameSpace name_space_of(std::string_view element, std::string_view attribute)
 {
-    const auto* found = std::ranges::lower_bound(named, attribute, {}, &std::pair<std::string_view, NameSpace>::first);
-    if (found == named.end() || found->first != attribute)
+    const auto* found = std::ranges::lower_bound(kNamed, attribute, {}, &std::pair<std::string_view, NameSpace>::first);
+    if (found == kNamed.end() || found->first != attribute)
         return NameSpace::none;
     if (found->second == NameSpace::counter && element == "GCM_ColorTicket")
         return NameSpace::ticket;
@@ -142,7 +142,7 @@ NameSpace name_space_of(std::string_view element, std::string_view attribute)
 
 bool is_measure(std::string_view attribute)
 {
-    return std::ranges::binary_search(measures, attribute);
+    return std::ranges::binary_search(kMeasures, attribute);
 }
 
 void NamePairs::forget(Table& table, const std::string& a)
@@ -171,13 +171,13 @@ bool NamePairs::agree(NameSpace space, std::string_view a, std::string_view b)
     if (!new_b)
         forget(table, std::string(known_b->second));
     forget(table, one);
-    if (table.order.size() < most_known)
+    if (table.order.size() < kMostKnown)
         table.order.push_back(one);
     else
     {
         forget(table, table.order[table.next]);
         table.order[table.next] = one;
-        table.next = (table.next + 1) % most_known;
+        table.next = (table.next + 1) % kMostKnown;
     }
     table.to_b[one] = other;
     table.to_a[other] = one;
@@ -203,13 +203,13 @@ uint64_t TicketTexts::text_hash(const reader::Element& ticket)
         return hash.value();
     if (known != hashes_.end())
         return known->second = hash.value();
-    if (order_.size() < most_known)
+    if (order_.size() < kMostKnown)
         order_.push_back(id);
     else
     {
         hashes_.erase(order_[next_]);
         order_[next_] = id;
-        next_ = (next_ + 1) % most_known;
+        next_ = (next_ + 1) % kMostKnown;
     }
     hashes_[id] = hash.value();
     return hash.value();

@@ -36,7 +36,7 @@ enum class NameSpace : uint8_t
     ticket,
     file
 };
-constexpr size_t name_spaces = static_cast<size_t>(NameSpace::file) + 1;
+constexpr size_t kNameSpaces = static_cast<size_t>(NameSpace::file) + 1;
 
 // What the attribute holds of an element of that name.
 NameSpace name_space_of(std::string_view element, std::string_view attribute);
@@ -64,7 +64,7 @@ private:
 
     static void forget(Table& table, const std::string& a);
 
-    std::array<Table, name_spaces> tables_;
+    std::array<Table, kNameSpaces> tables_;
 };
 
 // The texts of a log's tickets by their numbers, as hashes: a log has each text only once. The last 65,536 are known.

@@ -16,8 +16,8 @@ namespace
 using reader::Children;
 using reader::Element;
 
-constexpr size_t longest_piece = 64;   // bytes or characters of data that are shown
-constexpr size_t most_found = 100000;  // differences of one call
+constexpr size_t kLongestPiece = 64;   // bytes or characters of data that are shown
+constexpr size_t kMostFound = 100000;  // differences of one call
 
 std::string_view next_word(std::string_view& text)
 {
@@ -29,14 +29,14 @@ std::string_view next_word(std::string_view& text)
 
 std::string hexadecimal(std::span<const uint8_t> bytes)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (const uint8_t byte : bytes.first(std::min(bytes.size(), longest_piece / 4)))
+    for (const uint8_t byte : bytes.first(std::min(bytes.size(), kLongestPiece / 4)))
     {
         if (!text.empty())
             text += ' ';
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
     }
     return text;
 }
@@ -165,7 +165,7 @@ void CallComparer::compare_rows(const Element& a, const Element& b)
         const auto shown = [](std::string_view text)
         {
             text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-            return std::string(text.substr(0, longest_piece));
+            return std::string(text.substr(0, kLongestPiece));
         };
         found.a = shown(one);
         found.b = shown(other);
@@ -288,7 +288,7 @@ void CallComparer::compare_children(const Element& a, const Element& b)
 
 void CallComparer::compare_elements(const Element& a, const Element& b)
 {
-    if (found_.size() >= most_found)
+    if (found_.size() >= kMostFound)
         return;
     compare_attributes(a, b);
     if (a.name == "GCM_ColorTicket" && !compare_tickets(a, b))

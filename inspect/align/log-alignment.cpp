@@ -191,14 +191,14 @@ private:
         size_t least = 0;
         uint32_t most = 0;
         for (; least < edits.size() && most < options_.window / 2; ++least)
-            most = std::max(edits[least].a == Edit::nowhere ? 0 : edits[least].a + 1,
-                            edits[least].b == Edit::nowhere ? 0 : edits[least].b + 1);
+            most = std::max(edits[least].a == Edit::kNowhere ? 0 : edits[least].a + 1,
+                            edits[least].b == Edit::kNowhere ? 0 : edits[least].b + 1);
         return std::max(last, least);
     }
 
     static std::optional<CallPlace> place(const Window& window, uint32_t index)
     {
-        if (index == Edit::nowhere)
+        if (index == Edit::kNowhere)
             return std::nullopt;
         const CallDigest& digest = window.digests()[index];
         const bool has_id = digest.id >= 0;

@@ -35,10 +35,8 @@ std::string shape_name(const Element* record)
     if (record == nullptr)
         return "nothing";
     for (const auto& [name, text] : kShapes)
-    {
         if (record->name == name)
             return text;
-    }
     return std::string(record->name);
 }
 

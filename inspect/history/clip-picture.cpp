@@ -1,6 +1,6 @@
 #include "inspect/history/clip-picture.h"
 
-#include "inspect/history/pixel-history.h"
+#include "inspect/drawing/glyph-form.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "renderers/cairo/watch.h"
 
@@ -34,7 +34,7 @@ ClipPicture clip_picture(std::istream& log, const replay::LogKind& kind, const C
         picture.repeated = picture.repeated || (cells > 0 && step.call == options.call);
         if (cells > 0 || step.call != options.call || !step.clips || picture.surface != nullptr || picture.too_large)
             return;
-        picture.too_large = static_cast<uint64_t>(all.x1) * static_cast<uint64_t>(all.y1) > most_clip_pixels;
+        picture.too_large = static_cast<uint64_t>(all.x1) * static_cast<uint64_t>(all.y1) > kMostClipPixels;
         if (!picture.too_large)
             picture.surface = std::shared_ptr<cairo_surface_t>(step.clips(all), cairo_surface_destroy);
     };

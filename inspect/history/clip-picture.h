@@ -37,7 +37,7 @@ struct ClipPicture
 };
 
 // Pages of more pixels have no picture.
-constexpr uint64_t most_clip_pixels = uint64_t{1} << 26;
+constexpr uint64_t kMostClipPixels = uint64_t{1} << 26;
 
 ClipPicture clip_picture(std::istream& log, const replay::LogKind& kind, const ClipPictureOptions& options);
 

@@ -37,7 +37,7 @@ void TouchList::add(const Touch& touch, std::span<const Around> groups)
 {
     if (join(touch))
         return;
-    if (touches_.size() == most)
+    if (touches_.size() == kMost)
     {
         ++left_out_;
         return;

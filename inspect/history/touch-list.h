@@ -32,7 +32,7 @@ public:
     // All calls that any of the touches names.
     std::set<uint64_t> calls() const;
 
-    static constexpr size_t most = 100000;
+    static constexpr size_t kMost = 100000;
 
 private:
     bool join(const Touch& touch);

@@ -55,13 +55,13 @@ public:
     uint64_t odd_one_around() const
     {
         for (size_t i = open_.size(); i-- > 0;)
-            if ((open_[i] & 3) != CallNumber::same)
+            if ((open_[i] & 3) != CallNumber::kSame)
                 return open_[i];
         return 0;
     }
 
 private:
-    static constexpr size_t deepest = 10000;
+    static constexpr size_t kDeepest = 10000;
 
     void follow()
     {
@@ -76,7 +76,7 @@ private:
         }
         const bool begins = step_.kind == PageStep::cell_begins || step_.kind == PageStep::group_begins;
         const bool ends = step_.kind == PageStep::cell_ends || step_.kind == PageStep::group_ends;
-        if (begins && open_.size() < deepest)
+        if (begins && open_.size() < kDeepest)
             open_.push_back(step_.call);
         if (ends && !open_.empty())
             open_.pop_back();
@@ -107,14 +107,12 @@ public:
     void run()
     {
         while (a_.more() || b_.more())
-        {
             if (a_.more() && b_.more() && belong_together())
                 take_both();
             else if (!b_.more() || (a_.more() && a_comes_first()))
                 take_one(a_, true);
             else
                 take_one(b_, false);
-        }
     }
 
 private:
@@ -127,8 +125,8 @@ private:
     {
         const uint64_t a = a_.step().call;
         const uint64_t b = b_.step().call;
-        if ((a & 3) == CallNumber::in_a || (b & 3) == CallNumber::in_b)
-            return (a & 3) == CallNumber::in_a;
+        if ((a & 3) == CallNumber::kInA || (b & 3) == CallNumber::kInB)
+            return (a & 3) == CallNumber::kInA;
         return a <= b;
     }
 
@@ -180,7 +178,7 @@ private:
     void tell(FirstDifference found)
     {
         const uint64_t around = a_.odd_one_around() != 0 ? a_.odd_one_around() : b_.odd_one_around();
-        found.cause = (found.call & 3) != CallNumber::same || around == 0 ? found.call : around;
+        found.cause = (found.call & 3) != CallNumber::kSame || around == 0 ? found.call : around;
         on_page_(found);
         a_.leave_out(found.page_a);
         b_.leave_out(found.page_b);

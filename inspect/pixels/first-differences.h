@@ -17,7 +17,7 @@ struct FirstDifference
     uint32_t place_a = 0;  // how many steps of the page A has made then
     uint32_t place_b = 0;
     uint64_t call = 0;   // the number of the call
-    uint64_t cause = 0;  // the same, or of what is open around it and isn't the same in both
+    uint64_t cause = 0;  // the kSame, or of what is open around it and isn't the kSame in both
     bool in_layer = false;
     bool at_end = false;  // seen at the page's end only
 };

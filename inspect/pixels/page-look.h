@@ -16,7 +16,7 @@ struct PageLook
     cairo_renderer::PagePixels end;  // empty if the page was not finished
     std::string address;             // of the call that was looked for; empty if it is not in this log
     std::string kind;                // its name
-    std::string cause;               // the same of the cause
+    std::string cause;               // the kSame of the cause
     std::string cause_kind;
     uint32_t width = 0;
     uint32_t height = 0;

@@ -1,5 +1,7 @@
 #include "inspect/pixels/page-steps.h"
 
+#include "inspect/drawing/glyph-form.h"
+
 #include <limits>
 #include <memory>
 
@@ -12,7 +14,7 @@ namespace
 using cairo_renderer::WatchStep;
 
 // Larger pages are drawn, and looked at, in bands.
-constexpr uint64_t most_pixels = uint64_t{1} << 26;
+constexpr uint64_t kMostPixels = uint64_t{1} << 26;
 
 PageStep::Kind kind_of(WatchStep::Kind kind)
 {
@@ -34,15 +36,6 @@ PageStep::Kind kind_of(WatchStep::Kind kind)
     return PageStep::painted;
 }
 
-// That of the job's renderer, by what it has asked for.
-cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind)
-{
-    if (kind.rendered_fixed)
-        return cairo_renderer::GlyphForm::in_turn;
-    const bool bitmaps = (kind.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-    return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
-}
-
 // Sums of all surfaces that are drawn to at present.
 class Sums
 {
@@ -62,7 +55,7 @@ public:
         const auto known = sums_.find(told.target);
         if (fresh || known == sums_.end())
         {
-            if (sums_.size() > most_targets)
+            if (sums_.size() > kMostTargets)
                 sums_.clear();
             if (fresh && step.kind != PageStep::page_begins)
                 layers_.push_back(told.target);
@@ -84,7 +77,7 @@ public:
     }
 
 private:
-    static constexpr size_t most_targets = 64;
+    static constexpr size_t kMostTargets = 64;
 
     std::map<cairo_surface_t*, TargetSum> sums_;
     std::vector<cairo_surface_t*> layers_;  // of open groups and cells
@@ -128,11 +121,11 @@ void PageDrawing::take(const WatchStep& step)
 replay::Outcome PageDrawing::draw(uint32_t first_page, uint32_t last_page)
 {
     last_page_ = last_page;
-    constexpr int far = 1 << 22;
+    constexpr int kFar = 1 << 22;
     cairo_renderer::Options drawing;
     drawing.watch = cairo_renderer::Watch{
-        {0, 0, far, far}, [this] { return call_; }, [this](const WatchStep& step) { take(step); }};
-    drawing.pixels_at_once = most_pixels;
+        {0, 0, kFar, kFar}, [this] { return call_; }, [this](const WatchStep& step) { take(step); }};
+    drawing.pixels_at_once = kMostPixels;
     drawing.keep_images = false;
     drawing.glyph_form = glyph_form(side_.kind);
     drawing.complaint_sink = [](const std::string&) {};

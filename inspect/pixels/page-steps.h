@@ -22,10 +22,10 @@ namespace orvlog::inspect
 // The number of a call of a log, by the byte at which it stands. Calls of two logs that belong together have the same.
 struct CallNumber
 {
-    static constexpr uint64_t same = 0;
-    static constexpr uint64_t in_a = 1;
-    static constexpr uint64_t in_b = 2;
-    static constexpr uint64_t changed = 3;
+    static constexpr uint64_t kSame = 0;
+    static constexpr uint64_t kInA = 1;
+    static constexpr uint64_t kInB = 2;
+    static constexpr uint64_t kChanged = 3;
 
     uint64_t byte = 0;
     uint64_t number = 0;  // four times its place among the calls of both, plus one of the above

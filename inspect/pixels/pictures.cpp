@@ -12,15 +12,15 @@ namespace orvlog::inspect
 namespace
 {
 
-constexpr uint32_t white = 0xFFFFFFFFU;
-constexpr uint32_t red = 0xFFE00000U;
-constexpr uint32_t frame_colour = 0xFF0060FFU;
-constexpr int frame_gap = 3;
+constexpr uint32_t kWhite = 0xFFFFFFFFU;
+constexpr uint32_t kRed = 0xFFE00000U;
+constexpr uint32_t kFrameColour = 0xFF0060FFU;
+constexpr int kFrameGap = 3;
 
 uint32_t on_paper(uint32_t pixel)
 {
     const uint32_t paper = 255U - (pixel >> 24);
-    return white - 0xFFFFFFU + (std::min(255U, ((pixel >> 16) & 255U) + paper) << 16) +
+    return kWhite - 0xFFFFFFU + (std::min(255U, ((pixel >> 16) & 255U) + paper) << 16) +
            (std::min(255U, ((pixel >> 8) & 255U) + paper) << 8) + std::min(255U, (pixel & 255U) + paper);
 }
 
@@ -38,17 +38,17 @@ void draw_frame(PixelCopy& picture, const cairo_renderer::PixelBox& box)
     {
         if (x >= 0 && y >= 0 && x < picture.width && y < picture.height)
             picture.pixels[static_cast<size_t>(y) * static_cast<size_t>(picture.width) + static_cast<size_t>(x)] =
-                frame_colour;
+                kFrameColour;
     };
-    for (int x = box.x0 - frame_gap - 1; x <= box.x1 + frame_gap; ++x)
+    for (int x = box.x0 - kFrameGap - 1; x <= box.x1 + kFrameGap; ++x)
     {
-        put(x - picture.x, box.y0 - frame_gap - 1 - picture.y);
-        put(x - picture.x, box.y1 + frame_gap - picture.y);
+        put(x - picture.x, box.y0 - kFrameGap - 1 - picture.y);
+        put(x - picture.x, box.y1 + kFrameGap - picture.y);
     }
-    for (int y = box.y0 - frame_gap - 1; y <= box.y1 + frame_gap; ++y)
+    for (int y = box.y0 - kFrameGap - 1; y <= box.y1 + kFrameGap; ++y)
     {
-        put(box.x0 - frame_gap - 1 - picture.x, y - picture.y);
-        put(box.x1 + frame_gap - picture.x, y - picture.y);
+        put(box.x0 - kFrameGap - 1 - picture.x, y - picture.y);
+        put(box.x1 + kFrameGap - picture.x, y - picture.y);
     }
 }
 
@@ -82,7 +82,7 @@ PixelCopy marked_picture(const PixelCopy& a, const PixelCopy& b, uint32_t tolera
         for (int x = picture.x; x < picture.x + picture.width; ++x)
         {
             const bool marked = differ(a.at(x, y), b.at(x, y), tolerance);
-            picture.pixels.push_back(marked ? red : pale(a.at(x, y)));
+            picture.pixels.push_back(marked ? kRed : pale(a.at(x, y)));
             if (!marked)
                 continue;
             any = true;

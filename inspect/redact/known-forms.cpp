@@ -80,9 +80,9 @@ bool is_flag_name(std::string_view word)
 
 bool is_unknown_value(std::string_view word)
 {
-    constexpr std::string_view head = "UNKNOWN_VALUE(";
-    return word.starts_with(head) && word.ends_with(')') &&
-           is_number(word.substr(head.size(), word.size() - head.size() - 1));
+    constexpr std::string_view kHead = "UNKNOWN_VALUE(";
+    return word.starts_with(kHead) && word.ends_with(')') &&
+           is_number(word.substr(kHead.size(), word.size() - kHead.size() - 1));
 }
 
 bool is_flags(std::string_view word)
@@ -116,8 +116,8 @@ bool is_known_element(std::string_view name)
 
 bool is_attribute_name(std::string_view name)
 {
-    constexpr std::string_view characters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.";
-    return !name.empty() && name.find_first_not_of(characters) == std::string_view::npos;
+    constexpr std::string_view kCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.";
+    return !name.empty() && name.find_first_not_of(kCharacters) == std::string_view::npos;
 }
 
 bool is_known_warning(std::string_view text)

@@ -28,12 +28,12 @@ std::string box_text(const GGO_BoxFloat& box)
 
 bool is_own_word(const Attribute& attribute)
 {
-    static constexpr std::array<std::string_view, 6> names = {"compression",      "Endian", "LoggingMode",
-                                                              "GlyphLoggingMode", "name",   "GCM_CieFamily"};
-    static constexpr std::array<std::string_view, 7> words = {
+    static constexpr std::array<std::string_view, 6> kNames = {"compression",      "Endian", "LoggingMode",
+                                                               "GlyphLoggingMode", "name",   "GCM_CieFamily"};
+    static constexpr std::array<std::string_view, 7> kWords = {
         "little", "big", "transparent", "base", "none", "cp_AlternateDefn", "cp_TintTransformAltDefn"};
-    return std::find(names.begin(), names.end(), attribute.name) != names.end() &&
-           std::find(words.begin(), words.end(), attribute.value) != words.end();
+    return std::find(kNames.begin(), kNames.end(), attribute.name) != kNames.end() &&
+           std::find(kWords.begin(), kWords.end(), attribute.value) != kWords.end();
 }
 
 }  // namespace

@@ -34,9 +34,9 @@ int digit(char c)
 
 void append_byte(uint8_t byte, std::string& out)
 {
-    constexpr char digits[] = "0123456789abcdef";
-    out += digits[byte >> 4];
-    out += digits[byte & 15];
+    constexpr char kDigits[] = "0123456789abcdef";
+    out += kDigits[byte >> 4];
+    out += kDigits[byte & 15];
     out += ' ';
 }
 
@@ -45,8 +45,8 @@ void append_byte(uint8_t byte, std::string& out)
 RedactedText::int_type RedactedText::underflow()
 {
     out_.clear();
-    constexpr size_t enough = size_t{1} << 15;
-    while (!ended_ && out_.size() < enough)
+    constexpr size_t kEnough = size_t{1} << 15;
+    while (!ended_ && out_.size() < kEnough)
     {
         Event next;
         ended_ = !scan_.next(next);
@@ -109,10 +109,8 @@ void RedactedText::open(const Event& event)
     std::string tag(indent_of(text), ' ');
     tag.append("<").append(event.name);
     for (const reader::Attribute& attribute : event.attributes)
-    {
         if (is_attribute_name(attribute.name))
             tag.append(" ").append(attribute.name).append("=\"").append(value(event, attribute)).append("\"");
-    }
     tag.append(event.self_closed ? "/>" : ">").append(line_end(text));
     put(tag);
 }

@@ -29,8 +29,8 @@ std::string masked_path(std::string_view name)
 
 std::string masked_file(std::string_view name)
 {
-    static constexpr std::array<std::string_view, 3> kinds = {"-dir-", "-img-", "-attr-"};
-    for (const std::string_view kind : kinds)
+    static constexpr std::array<std::string_view, 3> kKinds = {"-dir-", "-img-", "-attr-"};
+    for (const std::string_view kind : kKinds)
     {
         const size_t found = name.rfind(kind);
         const std::string_view rest = found != std::string_view::npos ? name.substr(found + kind.size()) : "";
@@ -47,9 +47,9 @@ std::string masked_value(std::string_view value)
 
 std::string masked_colourant(std::string_view value)
 {
-    static constexpr std::array<std::string_view, 10> processes = {"Cyan",  "Magenta", "Yellow", "Black", "Red",
-                                                                   "Green", "Blue",    "Gray",   "All",   "None"};
-    const bool process = std::find(processes.begin(), processes.end(), value) != processes.end();
+    static constexpr std::array<std::string_view, 10> kProcesses = {"Cyan",  "Magenta", "Yellow", "Black", "Red",
+                                                                    "Green", "Blue",    "Gray",   "All",   "None"};
+    const bool process = std::find(kProcesses.begin(), kProcesses.end(), value) != kProcesses.end();
     return process ? std::string(value) : masked_value(value);
 }
 
@@ -78,14 +78,14 @@ void OutlineStandIn::start(const GGO_BoxFloat& box, uint32_t edges)
 // `part` runs from 0 to 1 once around the box, a little within it.
 GGO_Point OutlineStandIn::at(double part) const
 {
-    constexpr double margin = 0.0631;  // of no font's grid, so that no point is one of the outline
+    constexpr double kMargin = 0.0631;  // of no font's grid, so that no point is one of the outline
     const double side = std::clamp(part, 0.0, 1.0) * 4;
     const double x = side < 1 ? side : side < 2 ? 1 : side < 3 ? 3 - side : 0;
     const double y = side < 1 ? 0 : side < 2 ? side - 1 : side < 3 ? 1 : 4 - side;
     const double width = box_.gbf_MaxX - box_.gbf_MinX;
     const double height = box_.gbf_MaxY - box_.gbf_MinY;
-    return {box_.gbf_MinX + width * (margin + (1 - 2 * margin) * x),
-            box_.gbf_MinY + height * (margin + (1 - 2 * margin) * y)};
+    return {box_.gbf_MinX + width * (kMargin + (1 - 2 * kMargin) * x),
+            box_.gbf_MinY + height * (kMargin + (1 - 2 * kMargin) * y)};
 }
 
 GGO_Point OutlineStandIn::next_start()
@@ -111,20 +111,20 @@ GGO_Vector OutlineStandIn::next_segment()
 
 GGO_BoxFloat OutlineStandIn::rounded(const GGO_BoxFloat& box)
 {
-    constexpr double parts = 16;
-    return {std::floor(box.gbf_MinX * parts) / parts, std::floor(box.gbf_MinY * parts) / parts,
-            std::ceil(box.gbf_MaxX * parts) / parts, std::ceil(box.gbf_MaxY * parts) / parts};
+    constexpr double kParts = 16;
+    return {std::floor(box.gbf_MinX * kParts) / kParts, std::floor(box.gbf_MinY * kParts) / kParts,
+            std::ceil(box.gbf_MaxX * kParts) / kParts, std::ceil(box.gbf_MaxY * kParts) / kParts};
 }
 
 // Those of 16 bits stay such, of which there are as many as numbers.
 uint32_t GlyphNumbers::of(uint32_t index)
 {
-    constexpr size_t most = 1 << 20;
+    constexpr size_t kMost = 1 << 20;
     const auto known = numbers_.find(index);
     if (known != numbers_.end())
         return known->second;
     const uint32_t number = index <= 0xFFFF ? next_++ & 0xFFFF : next_large_++;
-    if (numbers_.size() < most)
+    if (numbers_.size() < kMost)
         numbers_.emplace(index, number);
     return number;
 }

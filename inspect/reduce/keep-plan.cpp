@@ -31,7 +31,7 @@ std::optional<uint32_t> number_if_there(const Event& event, std::string_view nam
 
 CallKind call_kind(std::string_view name)
 {
-    static constexpr std::array<std::pair<std::string_view, CallKind>, 13> kinds = {{
+    static constexpr std::array<std::pair<std::string_view, CallKind>, 13> kKinds = {{
         {"ORV_document_start", CallKind::document_start},
         {"ORV_document_finish", CallKind::document_finish},
         {"ORV_resource_destroy", CallKind::resource_destroy},
@@ -46,11 +46,9 @@ CallKind call_kind(std::string_view name)
         {"ORV_object_paint", CallKind::paint},
         {"ORV_object_paint_and_stroke", CallKind::paint},
     }};
-    for (const auto& [known, kind] : kinds)
-    {
+    for (const auto& [known, kind] : kKinds)
         if (known == name)
             return kind;
-    }
     return CallKind::other;
 }
 
@@ -160,10 +158,8 @@ void KeepPlan::open_call(const Event& event, std::string_view text)
         start_drawing(event, kind, ordinal);
     levels_.push_back({ordinal, depth_, context});
     if (wanted)
-    {
         for (const Level& level : levels_)
             want(level);
-    }
     const auto drawing = context ? open_drawings_.find(*context) : open_drawings_.end();
     if (drawing != open_drawings_.end() && whole_)
         add_content(drawing->second.drawing, ordinal);
@@ -308,10 +304,8 @@ void KeepPlan::fill_drawings()
     std::sort(painted_in_.begin(), painted_in_.end());
     std::vector<uint32_t> due;
     for (uint32_t i = 0; i < drawings_.size(); ++i)
-    {
         if (drawings_[i].filled)
             due.push_back(i);
-    }
     while (!due.empty())
     {
         const uint32_t drawing = due.back();
@@ -327,10 +321,8 @@ void KeepPlan::fill_drawings()
         }
     }
     for (const Run& run : content_)
-    {
         for (uint64_t i = run.first; drawings_[run.drawing].filled && i <= run.last; ++i)
             keep(i);
-    }
 }
 
 void KeepPlan::keep_starts_and_ends()
@@ -343,9 +335,9 @@ void KeepPlan::keep_starts_and_ends()
             continue;
         for (const uint64_t ordinal : {drawing.start, drawing.end, drawing.destroy})
             keep(ordinal);
-        if (drawing.parent != none)
+        if (drawing.parent != kNone)
             drawings_[drawing.parent].kept = true;
-        if (drawing.document != none)
+        if (drawing.document != kNone)
             documents_[drawing.document].kept = true;
     }
     for (const Document& document : documents_)

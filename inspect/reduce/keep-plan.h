@@ -87,7 +87,7 @@ public:
     }
 
 private:
-    static constexpr uint32_t none = UINT32_MAX;
+    static constexpr uint32_t kNone = UINT32_MAX;
 
     struct Group
     {
@@ -112,8 +112,8 @@ private:
         uint64_t start = 0;
         uint64_t end = UINT64_MAX;
         uint64_t destroy = UINT64_MAX;
-        uint32_t document = none;
-        uint32_t parent = none;
+        uint32_t document = kNone;
+        uint32_t parent = kNone;
         bool kept = false;
         bool filled = false;  // all that is drawn into it stays
     };

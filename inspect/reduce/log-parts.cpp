@@ -149,7 +149,7 @@ std::vector<Part> find_segments(const std::string& log)
 // Rows of bytes that may be zero, some of them together.
 std::vector<Part> find_image_areas(const std::string& log)
 {
-    constexpr size_t most = 256;
+    constexpr size_t kMost = 256;
     std::vector<Cut> rows;
     walk(
         log, [](const std::vector<Open>&, size_t) {},
@@ -163,7 +163,7 @@ std::vector<Part> find_image_areas(const std::string& log)
             if (cut.stands != row)
                 rows.push_back(std::move(cut));
         });
-    const size_t together = (rows.size() + most - 1) / most;
+    const size_t together = (rows.size() + kMost - 1) / kMost;
     std::vector<Part> parts;
     for (size_t i = 0; i < rows.size(); ++i)
     {

@@ -69,10 +69,8 @@ uint64_t LogScan::damage() const
 const std::string_view* find_attribute(const reader::Event& event, std::string_view name)
 {
     for (const reader::Attribute& one : event.attributes)
-    {
         if (one.name == name)
             return &one.value;
-    }
     return nullptr;
 }
 

@@ -116,10 +116,8 @@ Minimiser::Ending Minimiser::reduce_groups()
                   {
                       std::vector<uint64_t> dropped;
                       for (size_t i = 0; i < groups.size(); ++i)
-                      {
                           if (out[i])
                               dropped.insert(dropped.end(), groups[i].group.begin(), groups[i].group.end());
-                      }
                       return with_calls(log, all, dropped);
                   });
 }

@@ -16,12 +16,12 @@ constexpr size_t kRow = 50;
 
 void append_row(const char* bytes, size_t count, std::string& out)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     for (size_t i = 0; i < count; ++i)
     {
         const auto byte = static_cast<uint8_t>(bytes[i]);
-        out += digits[byte >> 4];
-        out += digits[byte & 15];
+        out += kDigits[byte >> 4];
+        out += kDigits[byte & 15];
         out += ' ';
     }
     out += '\n';
@@ -64,12 +64,14 @@ bool TrimmedText::FragmentInsert::step(TrimmedText& owner)
             owner.miss("the log of a kept image is damaged or cut short: " + file_.path.string());
         return false;
     }
+    owner.in_fragment_ = true;
     if (event.kind == EventKind::open)
         owner.open(event, scan_.before(), scan_.text());
     else if (event.kind == EventKind::close)
         owner.close(event, scan_.before(), scan_.text());
     else
         owner.out_ += scan_.text();
+    owner.in_fragment_ = false;
     return true;
 }
 

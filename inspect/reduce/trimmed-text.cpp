@@ -38,8 +38,8 @@ TrimmedText::~TrimmedText()
 TrimmedText::int_type TrimmedText::underflow()
 {
     out_.clear();
-    constexpr size_t enough = size_t{1} << 15;
-    while (!ended_ && out_.size() < enough)
+    constexpr size_t kEnough = size_t{1} << 15;
+    while (!ended_ && out_.size() < kEnough)
     {
         if (inserts_.empty())
         {

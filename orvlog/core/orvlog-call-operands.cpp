@@ -47,10 +47,8 @@ uint32_t orvlog_dump_operands(ORVLOG_Session* session, const char* element, cons
 {
     uint32_t read_well = 1;
     for (uint32_t i = 0; i < count; ++i)
-    {
         if (operands[i].counts != 0)
             read_well &= ORVLOG_DumpNamedOperand(session, element, members[i], operands[i].operand);
-    }
     return read_well;
 }
 

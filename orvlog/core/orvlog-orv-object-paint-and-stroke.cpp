@@ -65,8 +65,8 @@ void dump_attributes(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndS
 
 uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndStrokeCall* call)
 {
-    static constexpr const char* const members[] = {"fill_operand1",   "fill_operand2",   "fill_operand3",
-                                                    "stroke_operand1", "stroke_operand2", "stroke_operand3"};
+    static constexpr const char* const kMembers[] = {"fill_operand1",   "fill_operand2",   "fill_operand3",
+                                                     "stroke_operand1", "stroke_operand2", "stroke_operand3"};
     ORVLOG_Session* session = drawing->session;
     ORVLOG_Writer* writer = &session->writer;
     dump_attributes(drawing, call);
@@ -81,7 +81,7 @@ uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndStrokeCa
     if (strokes && call->stroking_params != nullptr)
         dump_stroking_params(writer, call->stroking_params);
     dump_shape_list_member(session, kElement, "clip", call->clip);
-    return orvlog_dump_operands(session, kElement, members, call->operands, 6);
+    return orvlog_dump_operands(session, kElement, kMembers, call->operands, 6);
 }
 
 uint32_t forward(const ORVLOG_DrawingContext* drawing, const ObjectPaintAndStrokeCall* call)

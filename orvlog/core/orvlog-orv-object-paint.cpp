@@ -26,7 +26,7 @@ struct ObjectPaintCall
 
 uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintCall* call)
 {
-    static constexpr const char* const members[] = {"operand1", "operand2", "operand3"};
+    static constexpr const char* const kMembers[] = {"operand1", "operand2", "operand3"};
     ORVLOG_Session* session = drawing->session;
     ORVLOG_Writer* writer = &session->writer;
     orvlog_writer_begin_element(writer, kElement);
@@ -39,7 +39,7 @@ uint32_t dump(const ORVLOG_DrawingContext* drawing, const ObjectPaintCall* call)
     ORVLOG_DumpNamedOperator(writer, kElement, "op", call->op);
     dump_shape_member(session, kElement, "paint_path", call->paint_path);
     dump_shape_list_member(session, kElement, "clip", call->clip);
-    return orvlog_dump_operands(session, kElement, members, call->operands, 3);
+    return orvlog_dump_operands(session, kElement, kMembers, call->operands, 3);
 }
 
 uint32_t forward(const ORVLOG_DrawingContext* drawing, const ObjectPaintCall* call)

@@ -55,8 +55,8 @@ uint32_t dump(const ORVLOG_DrawingContext* drawing, const ResourcePaintCall* cal
     ORVLOG_Writer* writer = &session->writer;
     dump_attributes(drawing, call);
     ORVLOG_DumpNamedOperator(writer, kElement, "op", call->op);
-    static constexpr const char* const member = "operand2";
-    const uint32_t read_well = orvlog_dump_operands(session, kElement, &member, &call->operand2, 1);
+    static constexpr const char* const kMember = "operand2";
+    const uint32_t read_well = orvlog_dump_operands(session, kElement, &kMember, &call->operand2, 1);
     dump_shape_list_member(session, kElement, "group_clip", call->group_clip);
     ORVLOG_DumpNamedColor(writer, kElement, "separation_mask", call->separation_mask);
     ORVLOG_DumpNamedColor(writer, kElement, "separation_color", call->separation_color);

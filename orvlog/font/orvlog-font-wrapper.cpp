@@ -16,10 +16,10 @@ FontEngineWrapper* wrapper_of(void* fe_context)
     return static_cast<FontEngineWrapper*>(fe_context);
 }
 
-void begin(const FontEngineWrapper* wrapper, const char* element, uint32_t result)
+void begin(const FontEngineWrapper* wrapper, const char* kElement, uint32_t result)
 {
     ORVLOG_Writer* writer = &wrapper->session->writer;
-    orvlog_writer_begin_element(writer, element);
+    orvlog_writer_begin_element(writer, kElement);
     orvlog_attr_uint(writer, "GfpId", wrapper->GfpId);
     orvlog_attr_bool(writer, "result", result);
 }
@@ -47,7 +47,7 @@ void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font
 }
 
 // A glyph as the engine gave it. `changed` says whether a new transform came with it.
-void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
+void dump_glyph(ORVLOG_Writer* writer, const char* kElement, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
                 const uint32_t* flags, GFI_GlyphDescPointer* const* glyph)
 {
     orvlog_attr_bool(writer, "glyphdesc_transform_changed", value_of(changed));
@@ -56,7 +56,7 @@ void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* chan
         ggo_attr_matrix(writer, "glyphdesc_to_face_pixel", to_face_pixel);
         ggo_attr_transform_flags(writer, "glyphdesc_transform_flags", value_of(flags));
     }
-    const ORVLOG_Content content(writer, element);
+    const ORVLOG_Content content(writer, kElement);
     dump_GFI_GlyphDescPointer(writer, glyph != nullptr ? *glyph : nullptr);
 }
 
@@ -124,7 +124,7 @@ uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, u
                                 uint32_t* glyphdesc_transform_changed, GGO_Matrix* glyphdesc_to_face_pixel,
                                 uint32_t* glyphdesc_transform_flags, GFI_GlyphDescPointer** glyph)
 {
-    static constexpr const char* const element = "GFI_GlyphGetFixedFormatFn";
+    static constexpr const char* const kElement = "GFI_GlyphGetFixedFormatFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
     if (wrapper == nullptr)
         return 0;
@@ -135,12 +135,12 @@ uint32_t glyph_get_fixed_format(void* fe_context, uint32_t required_desc_type, u
                                                   glyphdesc_transform_changed, glyphdesc_to_face_pixel,
                                                   glyphdesc_transform_flags, glyph);
     ORVLOG_Writer* writer = &wrapper->session->writer;
-    begin(wrapper, element, result);
+    begin(wrapper, kElement, result);
     gfi_attr_glyph_desc_type(writer, "required_desc_type", required_desc_type);
     if (result != 0)
         orvlog_attr_bool(writer, "glyph_returned", value_of(glyph_returned));
     if (result != 0 && value_of(glyph_returned) != 0)
-        dump_glyph(writer, element, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
+        dump_glyph(writer, kElement, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
                    glyph);
     else
         orvlog_writer_self_close(writer);
@@ -151,7 +151,7 @@ uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* gly
                    GGO_Matrix* glyphdesc_to_face_pixel, uint32_t* glyphdesc_transform_flags,
                    GFI_GlyphDescPointer** glyph)
 {
-    static constexpr const char* const element = "GFI_GlyphGetFn";
+    static constexpr const char* const kElement = "GFI_GlyphGetFn";
     const FontEngineWrapper* wrapper = wrapper_of(fe_context);
     if (wrapper == nullptr)
         return 0;
@@ -161,10 +161,10 @@ uint32_t glyph_get(void* fe_context, uint32_t requested_desc_type, uint32_t* gly
         result = inner->GFI_GlyphGetFn(inner->fe_Context, requested_desc_type, glyphdesc_transform_changed,
                                        glyphdesc_to_face_pixel, glyphdesc_transform_flags, glyph);
     ORVLOG_Writer* writer = &wrapper->session->writer;
-    begin(wrapper, element, result);
+    begin(wrapper, kElement, result);
     gfi_attr_glyph_desc_type(writer, "requested_desc_type", requested_desc_type);
     if (result != 0)
-        dump_glyph(writer, element, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
+        dump_glyph(writer, kElement, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
                    glyph);
     else
         orvlog_writer_self_close(writer);

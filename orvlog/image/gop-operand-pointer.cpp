@@ -16,9 +16,9 @@ bool has_other_color_space(const GOP_Operand* operand)
     return GOP_COLOR_INFO_SPACE(operand->go_ColorInfo) == GOP_OCS_OTHER;
 }
 
-void begin(ORVLOG_Writer* writer, const char* element, const GOP_OperandPointer* pointer)
+void begin(ORVLOG_Writer* writer, const char* kElement, const GOP_OperandPointer* pointer)
 {
-    orvlog_writer_begin_element(writer, element);
+    orvlog_writer_begin_element(writer, kElement);
     orvlog_attr_uint(writer, "op_UniqueId", pointer->op_UniqueId);
 }
 
@@ -28,10 +28,10 @@ void dump_csd_if(ORVLOG_Writer* writer, bool used, const GOP_OperandPointer* poi
         ORVLOG_DumpCsdPointer(writer, &pointer->op_Csd);
 }
 
-void dump_stops(ORVLOG_Writer* writer, const char* element, const char* member, const GOP_GradStop* const* stops,
+void dump_stops(ORVLOG_Writer* writer, const char* kElement, const char* member, const GOP_GradStop* const* stops,
                 uint32_t count)
 {
-    const ORVLOG_Member inside(writer, element, member);
+    const ORVLOG_Member inside(writer, kElement, member);
     for (uint32_t i = 0; i < count; ++i)
         dump_GOP_GradStop(writer, stops[i]);
 }
@@ -49,50 +49,50 @@ void dump_flat(ORVLOG_Writer* writer, const GOP_OperandPointer* pointer)
 
 void dump_grad_2pt(ORVLOG_Writer* writer, const GOP_OperandGrad2PtPointer* pointer)
 {
-    static constexpr const char* const element = "GOP_OperandGrad2PtPointer";
+    static constexpr const char* const kElement = "GOP_OperandGrad2PtPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGrad2Pt*>(pointer->g2p_Pointer.op_Operand);
-    begin(writer, element, &pointer->g2p_Pointer);
-    const ORVLOG_Content content(writer, element);
+    begin(writer, kElement, &pointer->g2p_Pointer);
+    const ORVLOG_Content content(writer, kElement);
     dump_GOP_OperandGrad2Pt(writer, operand);
     dump_csd_if(writer, operand->g2_UseInterpColorSpace != 0, &pointer->g2p_Pointer);
-    ORVLOG_DumpNamedColor(writer, element, "g2p_Color1", pointer->g2p_Color1);
-    ORVLOG_DumpNamedColor(writer, element, "g2p_Color2", pointer->g2p_Color2);
+    ORVLOG_DumpNamedColor(writer, kElement, "g2p_Color1", pointer->g2p_Color1);
+    ORVLOG_DumpNamedColor(writer, kElement, "g2p_Color2", pointer->g2p_Color2);
 }
 
 void dump_grad_multistop(ORVLOG_Writer* writer, const GOP_OperandGradMultistopPointer* pointer)
 {
-    static constexpr const char* const element = "GOP_OperandGradMultistopPointer";
+    static constexpr const char* const kElement = "GOP_OperandGradMultistopPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGradMultistop*>(pointer->gmp_Pointer.op_Operand);
-    begin(writer, element, &pointer->gmp_Pointer);
-    const ORVLOG_Content content(writer, element);
+    begin(writer, kElement, &pointer->gmp_Pointer);
+    const ORVLOG_Content content(writer, kElement);
     dump_GOP_OperandGradMultistop(writer, operand);
     dump_csd_if(writer, operand->gm_UseInterpColorSpace != 0, &pointer->gmp_Pointer);
-    dump_stops(writer, element, "gmp_GradStop", pointer->gmp_GradStop, operand->gm_Operand.go_Count);
+    dump_stops(writer, kElement, "gmp_GradStop", pointer->gmp_GradStop, operand->gm_Operand.go_Count);
 }
 
 // This kind has no word of its own for the interpolation space: its count says whether there is one.
 void dump_grad_3pt(ORVLOG_Writer* writer, const GOP_OperandGrad3PtPointer* pointer)
 {
-    static constexpr const char* const element = "GOP_OperandGrad3PtPointer";
+    static constexpr const char* const kElement = "GOP_OperandGrad3PtPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGrad3Pt*>(pointer->g3p_Pointer.op_Operand);
-    begin(writer, element, &pointer->g3p_Pointer);
-    const ORVLOG_Content content(writer, element);
+    begin(writer, kElement, &pointer->g3p_Pointer);
+    const ORVLOG_Content content(writer, kElement);
     dump_GOP_OperandGrad3Pt(writer, operand);
     dump_csd_if(writer, operand->g3_Operand.go_Count == 1, &pointer->g3p_Pointer);
-    const ORVLOG_Member member(writer, element, "g3p_Color");
+    const ORVLOG_Member member(writer, kElement, "g3p_Color");
     for (const GBC_Color* color : pointer->g3p_Color)
         ORVLOG_DumpColor(writer, color);
 }
 
 void dump_grad_radial(ORVLOG_Writer* writer, const GOP_OperandGradRadialPointer* pointer)
 {
-    static constexpr const char* const element = "GOP_OperandGradRadialPointer";
+    static constexpr const char* const kElement = "GOP_OperandGradRadialPointer";
     const auto* operand = reinterpret_cast<const GOP_OperandGradRadial*>(pointer->grp_Pointer.op_Operand);
-    begin(writer, element, &pointer->grp_Pointer);
-    const ORVLOG_Content content(writer, element);
+    begin(writer, kElement, &pointer->grp_Pointer);
+    const ORVLOG_Content content(writer, kElement);
     dump_GOP_OperandGradRadial(writer, operand);
     dump_csd_if(writer, operand->gr_UseInterpColorSpace != 0, &pointer->grp_Pointer);
-    dump_stops(writer, element, "grp_GradStop", pointer->grp_GradStop, operand->gr_Operand.go_Count);
+    dump_stops(writer, kElement, "grp_GradStop", pointer->grp_GradStop, operand->gr_Operand.go_Count);
 }
 
 uint32_t dump_image(ORVLOG_Session* session, GOP_OperandImagePointer* record)

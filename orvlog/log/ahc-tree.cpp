@@ -7,7 +7,7 @@ namespace
 {
 
 // The deepest node whose code still holds its sentinel.
-constexpr uint32_t longest_whole_code = 63;
+constexpr uint32_t kLongestWholeCode = 63;
 
 // What no node weighs.
 constexpr uint64_t kNoWeight = UINT64_MAX;
@@ -90,7 +90,7 @@ bool may_exchange(const AHC_Node* node, const AHC_Node* partner)
 {
     if (partner == node || partner == node->parent)
         return false;
-    if (node->code_length < longest_whole_code && partner->code_length <= longest_whole_code)
+    if (node->code_length < kLongestWholeCode && partner->code_length <= kLongestWholeCode)
         return true;
     return !is_above(node, partner) && !is_above(partner, node);
 }

@@ -150,10 +150,8 @@ bool merge_image(Merge* merge, char* closing_tag)
 bool merge_block(Merge* merge)
 {
     while (char* closing_tag = find(merge->next, merge->end, kKeepEnd))
-    {
         if (!merge_image(merge, closing_tag))
             return false;
-    }
     if (merge->at_end)
         return write_up_to(merge, merge->end);
     const auto left = static_cast<uint64_t>(merge->end - merge->next);
@@ -231,10 +229,8 @@ uint32_t ORVLOG_MergeLogs(GMM_Allocator* allocator, const char* path, GIO_Stream
     const bool merged =
         merge.scan != nullptr && merge.copy != nullptr && merge_to(&merge, path, target, compress, has_async_images);
     for (char* block : {merge.copy, merge.scan})
-    {
         if (block != nullptr)
             allocator->gmm_Free(allocator, block);
-    }
     if (merged)
         GIO_FileDelete(path);
     return merged ? 1 : 0;

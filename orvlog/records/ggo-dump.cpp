@@ -21,10 +21,8 @@ constexpr RotationTable table_for(uint32_t field)
     for (const ORVLOG_FlagEntry& entry : ORVLOG_TRANSFORM_FLAGS_ENTRIES)
         table.entries[table.count++] = entry;
     for (const ORVLOG_FlagEntry& entry : ORVLOG_TRANSFORM_ROTATIONS_ENTRIES)
-    {
         if (entry.value == field)
             table.entries[table.count++] = entry;
-    }
     return table;
 }
 

@@ -48,7 +48,7 @@ public:
 
     void note(const std::string& line)
     {
-        if (found_.count++ < FilesLacking::most_lines)
+        if (found_.count++ < FilesLacking::kMostLines)
             found_.lines.push_back(line);
     }
 

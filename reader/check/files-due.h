@@ -17,7 +17,7 @@ struct FilesLacking
     std::vector<std::string> lines;  // of the first lacks, for the user
     uint64_t count = 0;              // of all
 
-    static constexpr size_t most_lines = 10;
+    static constexpr size_t kMostLines = 10;
 };
 
 // Reads a log from its beginning, whole, coded or cut short. A file lacks something if it isn't there, if it is shorter

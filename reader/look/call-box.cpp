@@ -41,10 +41,8 @@ size_t turns(double a, double b, double c, double d, double found[2])
     }
     size_t count = 0;
     for (const double t : roots)
-    {
         if (t > 0 && t < 1)
             found[count++] = t;
-    }
     return count;
 }
 
@@ -59,10 +57,8 @@ public:
         around_.add(matrix_, at_.gpf_X, at_.gpf_Y);
         const bool up = read_bool(edge, "sc_YPositive") != 0;
         for (const Element& member : Children(edge))
-        {
             for (const Element& segment : Children(member))
                 this->segment(segment, up);
-        }
     }
 
 private:
@@ -114,7 +110,7 @@ private:
     // At most half an ellipse. On the circle that the ellipse is an image of, the way goes around the centre.
     void arc(double x_radius, double y_radius, double angle, GGO_Vector end)
     {
-        constexpr int steps = 32;
+        constexpr int kSteps = 32;
         const double a = std::abs(x_radius);
         const double b = std::abs(y_radius);
         const double c = std::cos(angle);
@@ -131,9 +127,9 @@ private:
         const double my = dy / 2 + turn * dx * off;
         const double from = std::atan2(-my, -mx);
         const double sweep = turn * 2 * std::asin(std::min(half / grown, 1.0));
-        for (int i = 1; i < steps; ++i)
+        for (int i = 1; i < kSteps; ++i)
         {
-            const double t = from + sweep * i / steps;
+            const double t = from + sweep * i / kSteps;
             const double x = (mx + grown * std::cos(t)) * a;
             const double y = (my + grown * std::sin(t)) * b;
             around_.add(matrix_, at_.gpf_X + x * c - y * s, at_.gpf_Y + x * s + y * c);
@@ -198,7 +194,6 @@ private:
     void walk(const Element& element)
     {
         for (const Element& child : Children(element))
-        {
             if (child.name == "GFI_StringStartFn")
                 start(child);
             else if (child.name == "GFI_GlyphIndexGetFn")
@@ -207,7 +202,6 @@ private:
                 glyph(child);
             else if (child.name.find('.') != std::string_view::npos || child.name == "GSH_ShapeList")
                 walk(child);
-        }
     }
 
     // The box that the engine told for a glyph, where the glyph itself isn't there.

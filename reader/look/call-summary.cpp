@@ -59,12 +59,10 @@ std::string lower(std::string_view name, std::string_view prefix)
         name.remove_prefix(prefix.size());
     std::string text(name);
     for (char& c : text)
-    {
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
         else if (c == '_')
             c = '-';
-    }
     return text;
 }
 
@@ -171,23 +169,6 @@ void meet(std::optional<GGO_BoxFloat>& box, const std::optional<GGO_BoxFloat>& o
                        std::min(box->gbf_MaxX, other->gbf_MaxX), std::min(box->gbf_MaxY, other->gbf_MaxY)};
 }
 
-// What the clips of a call let through, as a box.
-std::optional<GGO_BoxFloat> clip_box(const Element& clip, const GGO_Matrix& to_pixels)
-{
-    std::optional<GGO_BoxFloat> box;
-    for (const Element& list : Children(clip))
-    {
-        const Element* holder = list.member("sl_Shape");
-        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
-        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
-        if (shape != nullptr && plain)
-            meet(box, shape_box(*shape, to_pixels));
-        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
-            break;
-    }
-    return box;
-}
-
 template <typename Map> void remember(Map& map, uint32_t key, typename Map::mapped_type value)
 {
     map.insert_or_assign(key, std::move(value));
@@ -199,11 +180,11 @@ template <typename Map> void remember(Map& map, uint32_t key, typename Map::mapp
 
 std::span<const std::string_view> call_kinds()
 {
-    static constexpr std::array<std::string_view, 13> kinds = {
+    static constexpr std::array<std::string_view, 13> kKinds = {
         "document_start",       "document_finish",         "face_start",      "resource_start", "resource_destroy",
         "memory_context_start", "drawing_finish",          "drawing_discard", "group_start",    "group_finish",
         "object_paint",         "object_paint_and_stroke", "resource_paint"};
-    return kinds;
+    return kKinds;
 }
 
 std::string operator_text(const Element* op)
@@ -233,7 +214,7 @@ std::string image_text(const Element& image)
     const Element* head = record != nullptr ? record->child("GOP_Operand") : nullptr;
     if (head == nullptr)
         return "unknown";
-    constexpr std::array bits = {"1 bit", "2 bits", "4 bits", "8 bits", "16 bits", "32 bits"};
+    constexpr std::array kBits = {"1 bit", "2 kBits", "4 kBits", "8 kBits", "16 kBits", "32 kBits"};
     const uint32_t flags = read_flags(*record, "im_Flags");
     const uint32_t encoding = read_uint(*record, "im_ImageEncoding");
     std::string text = std::string(record->value("im_ImageWidthPixels"))
@@ -242,7 +223,7 @@ std::string image_text(const Element& image)
                            .append(" ")
                            .append(space_text(image, *head))
                            .append(" ")
-                           .append(name_of(bits, read_uint(*head, "go_Count"), "depth"));
+                           .append(name_of(kBits, read_uint(*head, "go_Count"), "depth"));
     text += (flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 ? " indexed" : "";
     text += (flags & GOP_OP_FLAGS_HAS_ALPHA) != 0 ? " alpha" : "";
     text += encoding == GOP_ENCODING_PLANAR ? " planar" : "";
@@ -265,16 +246,35 @@ std::string operand_text(const Element* operand)
     const std::string_view name = operand->name;
     const Element* record = operand->child(name.substr(0, name.size() - std::min<size_t>(name.size(), 7)));
     const Element* head = record != nullptr ? record->child("GOP_Operand") : nullptr;
-    constexpr std::array kinds = {"GOP_OperandGrad2PtPointer", "GOP_OperandGradMultistopPointer",
-                                  "GOP_OperandGrad3PtPointer", "GOP_OperandGradRadialPointer"};
-    constexpr std::array names = {"two-point gradient ", "multistop gradient ", "three-point gradient ",
-                                  "radial gradient "};
-    for (size_t i = 0; i < kinds.size(); ++i)
-    {
-        if (name == kinds[i])
-            return names[i] + (head != nullptr ? space_text(*operand, *head) : std::string("other"));
-    }
+    constexpr std::array kKinds = {"GOP_OperandGrad2PtPointer", "GOP_OperandGradMultistopPointer",
+                                   "GOP_OperandGrad3PtPointer", "GOP_OperandGradRadialPointer"};
+    constexpr std::array kNames = {"two-point gradient ", "multistop gradient ", "three-point gradient ",
+                                   "radial gradient "};
+    for (size_t i = 0; i < kKinds.size(); ++i)
+        if (name == kKinds[i])
+            return kNames[i] + (head != nullptr ? space_text(*operand, *head) : std::string("other"));
     return std::string(name);
+}
+
+std::optional<GGO_BoxFloat> clip_box(const Element& call, const GGO_Matrix& to_pixels)
+{
+    const Element* clip = call.member("clip");
+    if (clip == nullptr)
+        clip = call.member("group_clip");
+    std::optional<GGO_BoxFloat> box;
+    if (clip == nullptr)
+        return box;
+    for (const Element& list : Children(*clip))
+    {
+        const Element* holder = list.member("sl_Shape");
+        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
+        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
+        if (shape != nullptr && plain)
+            meet(box, shape_box(*shape, to_pixels));
+        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
+            break;
+    }
+    return box;
 }
 
 CallSummaries::Drawing* CallSummaries::drawing_of(const Element& call)
@@ -399,8 +399,7 @@ std::optional<GGO_BoxFloat> CallSummaries::paint_box(const Element& call, const 
     }
     // What has no shape paints all that the clip lets through.
     std::optional<GGO_BoxFloat> box = drawing.face;
-    if (const Element* clip = call.member("clip"); clip != nullptr)
-        meet(box, clip_box(*clip, space));
+    meet(box, clip_box(call, space));
     return box->gbf_MinX <= box->gbf_MaxX && box->gbf_MinY <= box->gbf_MaxY ? box : std::nullopt;
 }
 

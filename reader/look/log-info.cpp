@@ -59,7 +59,6 @@ private:
     void inside(const Element& element, uint32_t depth)
     {
         for (const Element& child : Children(element))
-        {
             if (child.name.ends_with("Fn"))
                 callback(child);
             else if (child.name == "GCM_ColorTicket")
@@ -70,7 +69,6 @@ private:
                 info_.strings += child.member("sp_U.glyph") != nullptr ? 1 : 0;
             else if (depth < kMostDepth && !child.name.starts_with("GOP_"))
                 inside(child, depth + 1);
-        }
     }
 
     void callback(const Element& element)
@@ -106,8 +104,8 @@ private:
         if (text == nullptr)
             return;
         const std::string_view rows = text->rows;
-        constexpr std::string_view end = "RenderColorSpace>";
-        const size_t at = rows.find(end);
+        constexpr std::string_view kEnd = "RenderColorSpace>";
+        const size_t at = rows.find(kEnd);
         const size_t begin = at != std::string_view::npos ? rows.rfind('<', at) : at;
         info_.tickets.add(begin != std::string_view::npos ? rows.substr(begin + 1, at - begin - 1) : "no family");
     }

@@ -59,17 +59,13 @@ void read_color(const Element& element, GBC_Color* color)
     if (color->bit_depth == 32)
     {
         for (const float value : to_floats(values))
-        {
             if (to < color->num_chans)
                 (&color->channels.as_float[0])[to++] = value;
-        }
         return;
     }
     for (const uint32_t value : to_uints(values))
-    {
         if (to < color->num_chans)
             (&color->channels.as_uint16[0])[to++] = static_cast<uint16_t>(value);
-    }
 }
 
 size_t dash_count(const Element* params)

@@ -13,16 +13,16 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view ticket_start = "<GXC_ColorTickets>\n";
-constexpr std::string_view ticket_end = "</GXC_ColorTickets>\n";
-constexpr std::string_view ticket_element = "<GCM_ColorTicket ";
-constexpr size_t deepest_indent = 50;
-constexpr size_t line_kept = deepest_indent + ticket_element.size();
+constexpr std::string_view kTicketStart = "<GXC_ColorTickets>\n";
+constexpr std::string_view kTicketEnd = "</GXC_ColorTickets>\n";
+constexpr std::string_view kTicketElement = "<GCM_ColorTicket ";
+constexpr size_t kDeepestIndent = 50;
+constexpr size_t kLineKept = kDeepestIndent + kTicketElement.size();
 // What must be in view to know that no ticket text begins at the first byte of it.
-constexpr size_t ticket_view = deepest_indent + ticket_start.size();
+constexpr size_t kTicketView = kDeepestIndent + kTicketStart.size();
 
 // How much text of tickets is read more than once in a log.
-constexpr uint64_t most_looked_again = uint64_t{64} << 20;
+constexpr uint64_t kMostLookedAgain = uint64_t{64} << 20;
 
 // The coder takes its blocks at its creation and asks for nothing else.
 GMM_Allocator* coder_memory()
@@ -60,7 +60,7 @@ bool CodedBytes::read(std::string& out)
 {
     if (ended_)
         return false;
-    const std::string_view raw = source_.look(2 * ticket_view);
+    const std::string_view raw = source_.look(2 * kTicketView);
     // The stream of no text is a byte 0 alone, which could be the beginning of another.
     of_nothing_ = !begun_ && raw == std::string_view("\0", 1);
     if (raw.empty() || of_nothing_)
@@ -129,33 +129,33 @@ void CodedBytes::put(std::string_view text, std::string& out)
         out += ticket_;
         ticket_.clear();
     }
-    if (line_.size() < line_kept)
-        line_ += text.substr(0, line_kept - line_.size());
+    if (line_.size() < kLineKept)
+        line_ += text.substr(0, kLineKept - line_.size());
 }
 
 // How much lies before the place where the next ticket text could begin.
 size_t CodedBytes::coded_before_ticket(std::string_view raw) const
 {
-    const size_t at = raw.find(ticket_start);
+    const size_t at = raw.find(kTicketStart);
     if (at == std::string_view::npos)
-        return raw.size() - std::min(raw.size(), ticket_view);
-    return at - std::min(at, deepest_indent);
+        return raw.size() - std::min(raw.size(), kTicketView);
+    return at - std::min(at, kDeepestIndent);
 }
 
 bool CodedBytes::starts_ticket(std::string_view raw) const
 {
     const size_t indent = indent_of(line_);
-    if (!std::string_view(line_).substr(indent).starts_with(ticket_element))
+    if (!std::string_view(line_).substr(indent).starts_with(kTicketElement))
         return false;
-    const size_t prefix = std::min(indent + 2, deepest_indent);
-    return indent_of(raw) == prefix && raw.substr(prefix).starts_with(ticket_start);
+    const size_t prefix = std::min(indent + 2, kDeepestIndent);
+    return indent_of(raw) == prefix && raw.substr(prefix).starts_with(kTicketStart);
 }
 
 // A line that looks like the ticket's last one may stand in a string of it. Who reads tickets tells: then the text goes
 // on. A text that nobody could have written ends at the first such line, and so does one behind too many of them.
 bool CodedBytes::is_end_of_ticket()
 {
-    if (looked_again_ > most_looked_again)
+    if (looked_again_ > kMostLookedAgain)
         return true;
     looked_again_ += looked_at_ticket_ ? ticket_.size() : 0;
     looked_at_ticket_ = true;
@@ -165,7 +165,7 @@ bool CodedBytes::is_end_of_ticket()
 // Takes whole lines until the one that closes the ticket.
 void CodedBytes::take_ticket()
 {
-    const std::string last_line(indent_of(source_.look(ticket_view)), ' ');
+    const std::string last_line(indent_of(source_.look(kTicketView)), ' ');
     size_t line_at = 0;
     looked_at_ticket_ = false;
     for (bool at_end = false; !at_end;)
@@ -180,7 +180,7 @@ void CodedBytes::take_ticket()
         if (newline == std::string_view::npos)
             continue;
         const std::string_view rest = std::string_view(ticket_).substr(line_at);
-        at_end = rest.starts_with(last_line) && rest.substr(last_line.size()) == ticket_end && is_end_of_ticket();
+        at_end = rest.starts_with(last_line) && rest.substr(last_line.size()) == kTicketEnd && is_end_of_ticket();
         line_at = ticket_.size();
     }
 }

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::string_view coded_prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
 // How a log's text begins behind the prefix when there was no memory for a coder.
-constexpr std::string_view plain_start = "<ORV MIRDA_TOLMA_VERSION=\"";
+constexpr std::string_view kPlainStart = "<ORV MIRDA_TOLMA_VERSION=\"";
 
 }  // namespace
 
@@ -23,7 +23,7 @@ CodedInput::CodedInput(std::istream& source) : bytes_(source), text_bytes_(&byte
     if (head.starts_with(coded_prefix))
     {
         raw_.skip(coded_prefix.size());
-        if (!raw_.look(plain_start.size()).starts_with(plain_start))
+        if (!raw_.look(kPlainStart.size()).starts_with(kPlainStart))
             coded_.emplace(raw_);
     }
     else if (head.size() > 5 && coded_prefix.starts_with(head))

@@ -16,11 +16,11 @@ namespace
 {
 
 constexpr std::string_view coded_prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
-constexpr std::string_view root_tag = "<ORV";
-constexpr size_t head_size = 64;
-constexpr size_t block_size = 65536;
+constexpr std::string_view kRootTag = "<ORV";
+constexpr size_t kHeadSize = 64;
+constexpr size_t kBlockSize = 65536;
 // A whole coded log ends in no more zero bytes than fewer of these, since its last symbols differ.
-constexpr uint64_t fewest_coded_zeros = 16;
+constexpr uint64_t kFewestCodedZeros = 16;
 
 // The first whole bytes of the coded form of a log's text.
 std::string coded_root_tag()
@@ -32,7 +32,7 @@ std::string coded_root_tag()
     if (coder == nullptr)
         return {};
     uint8_t bytes[16];
-    AHC_SetInput(coder, reinterpret_cast<const uint8_t*>(root_tag.data()), static_cast<uint32_t>(root_tag.size()));
+    AHC_SetInput(coder, reinterpret_cast<const uint8_t*>(kRootTag.data()), static_cast<uint32_t>(kRootTag.size()));
     const int32_t count = AHC_Encode(coder, bytes, sizeof bytes);
     AHC_EncoderFinish(coder);
     return {reinterpret_cast<const char*>(bytes), static_cast<size_t>(std::max(count, 0))};
@@ -41,15 +41,15 @@ std::string coded_root_tag()
 // How many zero bytes at the end are sure not to be the file's own.
 uint64_t zeros_of_none(std::string_view head)
 {
-    if (!head.starts_with(root_tag))
-        return root_tag.starts_with(head.substr(0, head.find_last_not_of('\0') + 1)) ? 1 : UINT64_MAX;
+    if (!head.starts_with(kRootTag))
+        return kRootTag.starts_with(head.substr(0, head.find_last_not_of('\0') + 1)) ? 1 : UINT64_MAX;
     if (!head.starts_with(coded_prefix))
         return 1;
     head.remove_prefix(coded_prefix.size());
-    if (head.starts_with(root_tag))
+    if (head.starts_with(kRootTag))
         return 1;
     static const std::string coded_root = coded_root_tag();
-    return !coded_root.empty() && head.starts_with(coded_root) ? fewest_coded_zeros : UINT64_MAX;
+    return !coded_root.empty() && head.starts_with(coded_root) ? kFewestCodedZeros : UINT64_MAX;
 }
 
 }  // namespace
@@ -73,7 +73,7 @@ void LogBytes::start()
     started_ = true;
     const auto take_head = [this]
     {
-        std::string head(head_size, '\0');
+        std::string head(kHeadSize, '\0');
         head.resize(read_text(head.data(), head.size()));
         return head;
     };
@@ -114,7 +114,6 @@ size_t LogBytes::read(char* bytes, size_t size)
         start();
     size_t done = 0;
     while (done < size)
-    {
         if (zeros_due_ > 0)
         {
             const auto count = static_cast<size_t>(std::min<uint64_t>(zeros_due_, size - done));
@@ -133,7 +132,6 @@ size_t LogBytes::read(char* bytes, size_t size)
             done += take(bytes + done, size - done);
         else
             break;
-    }
     return done;
 }
 
@@ -178,7 +176,7 @@ LogBytes::int_type LogBytes::underflow()
 {
     if (gptr() == egptr())
     {
-        block_.resize(block_size);
+        block_.resize(kBlockSize);
         const size_t count = read(block_.data(), block_.size());
         setg(block_.data(), block_.data(), block_.data() + count);
     }

@@ -8,11 +8,11 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view root_tag = "<ORV";
-constexpr std::string_view closing_tag = "</ORV>";
-constexpr std::string_view comment_start = "<!--";
-constexpr std::string_view comment_end = "-->";
-constexpr size_t tail_kept = 4;
+constexpr std::string_view kRootTag = "<ORV";
+constexpr std::string_view kClosingTag = "</ORV>";
+constexpr std::string_view kCommentStart = "<!--";
+constexpr std::string_view kCommentEnd = "-->";
+constexpr size_t kTailKept = 4;
 
 std::string_view without_return(std::string_view line)
 {
@@ -31,9 +31,9 @@ enum class Match
 
 Match match_comment_start(std::string_view held)
 {
-    static constexpr std::string_view forms[] = {"\n<!--\n", "\r\n<!--\r\n", "\n<!--\r\n", "\r\n<!--\n"};
+    static constexpr std::string_view kForms[] = {"\n<!--\n", "\r\n<!--\r\n", "\n<!--\r\n", "\r\n<!--\n"};
     Match best = Match::none;
-    for (const std::string_view form : forms)
+    for (const std::string_view form : kForms)
     {
         if (held == form)
             return Match::all;
@@ -78,16 +78,16 @@ bool LogEnd::follow(std::string_view text, std::string& out)
 size_t LogEnd::follow_start(std::string_view text)
 {
     size_t taken = 0;
-    while (taken < text.size() && line_size_ < root_tag.size())
+    while (taken < text.size() && line_size_ < kRootTag.size())
     {
-        if (text[taken] != root_tag[line_size_])
+        if (text[taken] != kRootTag[line_size_])
         {
             state_ = State::other;
             return taken;
         }
         note(text.substr(taken++, 1));
     }
-    if (line_size_ == root_tag.size() && taken < text.size())
+    if (line_size_ == kRootTag.size() && taken < text.size())
         state_ = text[taken] == ' ' || text[taken] == '>' ? State::body : State::other;
     return taken;
 }
@@ -104,8 +104,8 @@ void LogEnd::note(std::string_view part)
     line_size_ += part.size();
     if (state_ == State::body_comment || state_ == State::closing_comment)
     {
-        tail_.append(part.substr(part.size() - std::min(part.size(), tail_kept)));
-        tail_.erase(0, tail_.size() - std::min(tail_.size(), tail_kept));
+        tail_.append(part.substr(part.size() - std::min(part.size(), kTailKept)));
+        tail_.erase(0, tail_.size() - std::min(tail_.size(), kTailKept));
     }
 }
 
@@ -131,13 +131,13 @@ void LogEnd::end_line()
 {
     const bool is_short = line_size_ < head_.size();
     const std::string_view line = is_short ? without_return(line_head()) : std::string_view();
-    if (state_ == State::body && line == closing_tag)
+    if (state_ == State::body && line == kClosingTag)
         state_ = State::between;
-    else if (state_ == State::body && line == comment_start)
+    else if (state_ == State::body && line == kCommentStart)
         state_ = State::body_comment;
-    else if (state_ == State::body_comment && without_return(tail_).ends_with(comment_end))
+    else if (state_ == State::body_comment && without_return(tail_).ends_with(kCommentEnd))
         state_ = State::body;
-    else if (state_ == State::closing_comment && without_return(tail_).ends_with(comment_end))
+    else if (state_ == State::closing_comment && without_return(tail_).ends_with(kCommentEnd))
         state_ = State::between;
     head_size_ = 0;
     line_size_ = 0;

@@ -56,11 +56,11 @@ bool is_call(std::string_view name, size_t indent)
 
 std::string quoted(std::string_view name)
 {
-    constexpr size_t most = 60;
+    constexpr size_t kMost = 60;
     std::string text = "'";
-    for (const char c : name.substr(0, most))
+    for (const char c : name.substr(0, kMost))
         text += c >= ' ' && c <= '~' ? c : '?';
-    return text + (name.size() > most ? "...'" : "'");
+    return text + (name.size() > kMost ? "...'" : "'");
 }
 
 }  // namespace
@@ -191,7 +191,7 @@ bool LogEvents::read_event(Event& event)
     }
     if (text_->at_end())
         return finish();
-    const std::string_view line = text_->line(0, longest_line);
+    const std::string_view line = text_->line(0, kLongestLine);
     event = {};
     event.place = place_;
     if (ticket_depth_ != 0)
@@ -346,7 +346,7 @@ bool LogEvents::read_open(Event& event, std::string_view line, size_t indent)
         imply_closes(1, place_);
         return false;
     }
-    if (depth_ == deepest)
+    if (depth_ == kDeepest)
     {
         damage("elements within elements, too many", place_);
         step(std::min(line.size() + 1, text_->seen().size()), 1);
@@ -413,12 +413,12 @@ bool LogEvents::read_open_in_parts(Event& event, std::string_view line, size_t i
     bool whole = false;
     while (!whole)
     {
-        const std::string_view next = text_->line(at + 1, longest_line);
+        const std::string_view next = text_->line(at + 1, kLongestLine);
         const size_t end = without_return(next) == kCommentStart ? comment_end(at + 1) : 0;
         if (end == 0)
             break;
         pending_.push_back({EventKind::comment, place_of(at + 1), comment_});
-        const std::string_view rest = text_->line(end, longest_line);
+        const std::string_view rest = text_->line(end, kLongestLine);
         const size_t tag_end = rest.find('>');
         whole = tag_end != std::string_view::npos;
         held_.append(without_return(rest.substr(0, tag_end)));
@@ -428,7 +428,7 @@ bool LogEvents::read_open_in_parts(Event& event, std::string_view line, size_t i
     const bool cut = !whole && !seen.ends_with('\n');
     if (!whole && !cut)
         damage("no end of the tag " + quoted(held_.substr(0, name_length(held_))), place_);
-    const size_t count = seen.ends_with('\n') ? at + 1 : std::min(at, seen.size());
+    const size_t count = std::min(seen.ends_with('\n') ? at + 1 : at, seen.size());
     const auto lines =
         static_cast<size_t>(std::count(seen.begin(), seen.begin() + static_cast<ptrdiff_t>(count), '\n'));
     step(count, lines);
@@ -447,7 +447,7 @@ Place LogEvents::place_of(size_t at)
 // What may stand behind a comment: a tag, the rest of one, another comment, a row of numbers, or nothing.
 bool LogEvents::may_follow_comment(size_t at)
 {
-    const std::string_view line = without_return(text_->line(at, longest_line));
+    const std::string_view line = without_return(text_->line(at, kLongestLine));
     const size_t indent = blanks(line);
     const std::string_view rest = line.substr(indent);
     if (rest.empty())
@@ -467,11 +467,11 @@ bool LogEvents::may_follow_comment(size_t at)
 // hold its own end mark: then the end is the one behind which a log can go on.
 size_t LogEvents::comment_end(size_t from)
 {
-    size_t at = from + text_->line(from, longest_line).size() + 1;
+    size_t at = from + text_->line(from, kLongestLine).size() + 1;
     const size_t begin = at;
-    while (at - from < longest_comment)
+    while (at - from < kLongestComment)
     {
-        const std::string_view line = text_->line(at, longest_line);
+        const std::string_view line = text_->line(at, kLongestLine);
         const size_t size = line.size();
         const bool marked = without_return(line).ends_with(kCommentEnd);
         if (text_->look(at + size + 1).size() <= at + size && !marked)
@@ -490,11 +490,11 @@ size_t LogEvents::comment_end(size_t from)
 // A comment that the log's end has cut is all that is left; where tags follow it has lost its end mark.
 size_t LogEvents::cut_comment_end()
 {
-    size_t at = text_->line(0, longest_line).size() + 1;
+    size_t at = text_->line(0, kLongestLine).size() + 1;
     const size_t begin = at;
-    while (text_->look(at + 1).size() > at && at < longest_comment)
+    while (text_->look(at + 1).size() > at && at < kLongestComment)
     {
-        const std::string_view line = text_->line(at, longest_line);
+        const std::string_view line = text_->line(at, kLongestLine);
         const std::string_view rest = line.substr(blanks(line));
         if (rest.size() > 1 && rest[0] == '<' && (starts_name(rest[1]) || rest[1] == '/'))
             return 0;

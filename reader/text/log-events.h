@@ -91,9 +91,9 @@ public:
         return place_.byte;
     }
 
-    static constexpr size_t longest_line = size_t{64} << 20;
-    static constexpr size_t longest_comment = size_t{16} << 20;
-    static constexpr size_t deepest = 4096;
+    static constexpr size_t kLongestLine = size_t{64} << 20;
+    static constexpr size_t kLongestComment = size_t{16} << 20;
+    static constexpr size_t kDeepest = 4096;
 
 private:
     class Text;

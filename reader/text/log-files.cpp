@@ -68,8 +68,8 @@ bool is_image_data_name(std::string_view name)
     if (read.ec != std::errc() || value > int64_t{1} << 31 || (number.size() > 1 && number.starts_with('0')))
         return false;
     name = name.substr(0, digits);
-    constexpr std::array<std::string_view, 3> kinds = {"-dir-", "-img-", "-attr-"};
-    return std::ranges::any_of(kinds, [name](std::string_view kind)
+    constexpr std::array<std::string_view, 3> kKinds = {"-dir-", "-img-", "-attr-"};
+    return std::ranges::any_of(kKinds, [name](std::string_view kind)
                                { return name.ends_with(kind) || name.ends_with(std::string(kind) + "-"); });
 }
 

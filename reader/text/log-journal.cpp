@@ -14,13 +14,13 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view magic = "ORVLOGZJ";
-constexpr size_t head_size = 128;
-constexpr size_t states_at = 32;
-constexpr size_t state_size = 32;
-constexpr uint64_t longest_text = uint64_t{64} << 20;
-constexpr size_t checked_bytes = 8;
-constexpr uint64_t footer_magic = 0x8F92EAB1;
+constexpr std::string_view kMagic = "ORVLOGZJ";
+constexpr size_t kHeadSize = 128;
+constexpr size_t kStatesAt = 32;
+constexpr size_t kStateSize = 32;
+constexpr uint64_t kLongestText = uint64_t{64} << 20;
+constexpr size_t kCheckedBytes = 8;
+constexpr uint64_t kFooterMagic = 0x8F92EAB1;
 
 uint64_t number_at(std::string_view bytes, size_t at, size_t size)
 {
@@ -54,7 +54,7 @@ uint64_t check_of(std::string_view bytes)
 bool has_seek_table(const fs::path& log, uint64_t size)
 {
     const std::string last = size >= 4 ? bytes_at(log, size - 4, 4) : std::string();
-    return last.size() == 4 && number_at(last, 0, 4) == footer_magic;
+    return last.size() == 4 && number_at(last, 0, 4) == kFooterMagic;
 }
 
 }  // namespace
@@ -66,20 +66,20 @@ JournalState read_journal(const fs::path& path, Journal& journal)
     if (!fs::is_regular_file(beside, error) || !fs::is_regular_file(path, error))
         return JournalState::none;
     const uint64_t log_size = fs::file_size(path, error);
-    const std::string head = bytes_at(beside, 0, head_size);
+    const std::string head = bytes_at(beside, 0, kHeadSize);
     if (head.find_first_not_of('\0') == std::string::npos)
         return JournalState::none;
-    if (error || head.size() < head_size || !head.starts_with(magic) || number_at(head, 8, 4) != 1)
+    if (error || head.size() < kHeadSize || !head.starts_with(kMagic) || number_at(head, 8, 4) != 1)
         return JournalState::foreign;
     const uint64_t text_at = number_at(head, 12, 4);
     const uint64_t turn = number_at(head, 24, 8);
-    const size_t state = states_at + state_size * (turn & 1);
+    const size_t state = kStatesAt + kStateSize * (turn & 1);
     journal.frames_end = number_at(head, state, 8);
     const uint64_t length = number_at(head, state + 8, 8);
     const uint64_t check = number_at(head, state + 24, 8);
-    if (journal.frames_end > log_size || length > longest_text)
+    if (journal.frames_end > log_size || length > kLongestText)
         return JournalState::foreign;
-    const auto checked = static_cast<size_t>(std::min<uint64_t>(checked_bytes, journal.frames_end));
+    const auto checked = static_cast<size_t>(std::min<uint64_t>(kCheckedBytes, journal.frames_end));
     if (check_of(bytes_at(path, journal.frames_end - checked, checked)) != check)
         return JournalState::foreign;
     if (length > 0 && has_seek_table(path, log_size))
@@ -91,11 +91,11 @@ JournalState read_journal(const fs::path& path, Journal& journal)
 std::string stored_frame(const std::string& text)
 {
     // A window of 128 KB, which is the longest block, and neither a size nor a checksum.
-    constexpr size_t longest_block = size_t{128} << 10;
+    constexpr size_t kLongestBlock = size_t{128} << 10;
     std::string frame("\x28\xB5\x2F\xFD\x00\x38", 6);
     for (size_t at = 0; at < text.size() || at == 0;)
     {
-        const size_t count = std::min(longest_block, text.size() - at);
+        const size_t count = std::min(kLongestBlock, text.size() - at);
         const size_t word = count << 3 | (at + count == text.size() ? 1 : 0);
         for (int i = 0; i < 3; ++i)
             frame += static_cast<char>(word >> 8 * i & 0xFF);

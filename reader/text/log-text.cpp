@@ -24,7 +24,7 @@ RejoinedBytes::int_type RejoinedBytes::underflow()
     return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
 }
 
-LogText::LogText(std::istream& source) : bytes_(source), source_(&bytes_), block_(block_size) {}
+LogText::LogText(std::istream& source) : bytes_(source), source_(&bytes_), block_(kBlockSize) {}
 
 // A coded log is known by its first bytes.
 void LogText::start()

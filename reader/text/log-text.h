@@ -79,7 +79,7 @@ private:
     void start();
     bool fill();
 
-    static constexpr size_t block_size = size_t{1} << 18;
+    static constexpr size_t kBlockSize = size_t{1} << 18;
 
     LogBytes bytes_;
     std::istream source_;

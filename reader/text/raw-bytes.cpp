@@ -5,7 +5,7 @@
 namespace orvlog::reader
 {
 
-RawBytes::RawBytes(std::istream& source) : source_(source), block_(block_size) {}
+RawBytes::RawBytes(std::istream& source) : source_(source), block_(kBlockSize) {}
 
 std::string_view RawBytes::look(size_t wanted)
 {
@@ -17,7 +17,7 @@ std::string_view RawBytes::look(size_t wanted)
         next_ = 0;
         while (end_ < wanted && source_.good())
         {
-            source_.read(block_.data() + end_, static_cast<std::streamsize>(block_size - end_));
+            source_.read(block_.data() + end_, static_cast<std::streamsize>(kBlockSize - end_));
             end_ += static_cast<size_t>(source_.gcount());
         }
     }

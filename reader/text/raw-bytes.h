@@ -28,10 +28,10 @@ public:
         return position_;
     }
 
-    static constexpr size_t farthest = 4096;
+    static constexpr size_t kFarthest = 4096;
 
 private:
-    static constexpr size_t block_size = 65536;
+    static constexpr size_t kBlockSize = 65536;
 
     std::istream& source_;
     std::vector<char> block_;

@@ -12,12 +12,12 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr int32_t family_count = 4;
+constexpr int32_t kFamilyCount = 4;
 
 // Opens the element of the family.
 bool open_family(TicketText& text, TicketReading& reading)
 {
-    for (int32_t family = -1; family < family_count; ++family)
+    for (int32_t family = -1; family < kFamilyCount; ++family)
     {
         const char* known = gxc_name_of_value("GCM_ColorSpaceFamily", static_cast<uint32_t>(family));
         const std::string_view name = known != nullptr ? known : "(null)";

@@ -13,13 +13,13 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view extensions_line = "<Extensions>\n";
+constexpr std::string_view kExtensionsLine = "<Extensions>\n";
 
 // Where the fields of a definition's head lie behind its start.
-constexpr size_t channels_place = 4;
-constexpr size_t names_place = 5;
-constexpr size_t has_secondary_place = 6;
-constexpr size_t has_alternate_place = 7;
+constexpr size_t kChannelsPlace = 4;
+constexpr size_t kNamesPlace = 5;
+constexpr size_t kHasSecondaryPlace = 6;
+constexpr size_t kHasAlternatePlace = 7;
 
 // One definition while it is read.
 struct Definition
@@ -38,7 +38,7 @@ bool read_head(TicketText& text, Definition& definition)
     if (text.size() < definition.start + sizeof definition.type)
         return whole;
     definition.type = text.uint32_at(definition.start);
-    definition.is_nameless = definition.type == nameless_value;
+    definition.is_nameless = definition.type == kNamelessValue;
     if (definition.is_nameless)
     {
         definition.type = GCM_CSDTYPE_INPUT;
@@ -46,7 +46,7 @@ bool read_head(TicketText& text, Definition& definition)
     }
     definition.summary->type = definition.type;
     if (whole)
-        definition.summary->channels = text.uint8_at(definition.start + channels_place);
+        definition.summary->channels = text.uint8_at(definition.start + kChannelsPlace);
     return whole;
 }
 
@@ -93,14 +93,14 @@ std::string_view line_behind_strings(uint32_t type)
 {
     if (type == GCM_CSDTYPE_PROFILE_BUFFER)
         return "<ProfileBuffer>";
-    return type == GCM_CSDTYPE_CIELUT_DATA ? "<GCM_CieLutsPointer>\n" : extensions_line;
+    return type == GCM_CSDTYPE_CIELUT_DATA ? "<GCM_CieLutsPointer>\n" : kExtensionsLine;
 }
 
 bool read_strings(TicketText& text, const Definition& definition)
 {
-    const bool has_secondary = text.uint8_at(definition.start + has_secondary_place) == 1;
+    const bool has_secondary = text.uint8_at(definition.start + kHasSecondaryPlace) == 1;
     if (definition.type == GCM_CSDTYPE_FILE &&
-        !text.string("Filename", has_secondary ? "<SecondaryProfile String=\"" : extensions_line))
+        !text.string("Filename", has_secondary ? "<SecondaryProfile String=\"" : kExtensionsLine))
         return false;
     return !has_secondary || text.string("SecondaryProfile", line_behind_strings(definition.type));
 }
@@ -123,11 +123,11 @@ bool read_matrix(TicketText& text, std::string_view name)
 
 bool read_dimensions(TicketText& text)
 {
-    constexpr GXC_Field fields[] = {
+    constexpr GXC_Field kFields[] = {
         {GXC_OPEN, "HIJKDimensions", nullptr}, {GXC_UINT8, "H_Dimension", nullptr}, {GXC_UINT8, "I_Dimension", nullptr},
         {GXC_UINT8, "J_Dimension", nullptr},   {GXC_UINT8, "K_Dimension", nullptr}, {GXC_CLOSE, nullptr, nullptr},
     };
-    return text.fields({fields, std::size(fields)});
+    return text.fields({kFields, std::size(kFields)});
 }
 
 bool read_cie_tables(TicketText& text, uint32_t family, uint32_t bit_depth, const std::array<uint8_t, 4>& dimensions)
@@ -187,7 +187,7 @@ bool read_extension_by_type(TicketText& text, Definition& definition)
 {
     if (definition.type == GCM_CSDTYPE_ANALYTICAL)
         return text.fields(gxc_black_point_fields);
-    return read_post_render_lut(text, text.uint8_at(definition.start + channels_place));
+    return read_post_render_lut(text, text.uint8_at(definition.start + kChannelsPlace));
 }
 
 bool read_payload(TicketText& text, Definition& definition, uint32_t version)
@@ -238,7 +238,7 @@ bool read_extensions(TicketText& text, Definition& definition)
 bool read_body(TicketText& text, Definition& definition)
 {
     return text.open("GCM_CsdPointer") && read_head(text, definition) && read_definition_by_type(text, definition) &&
-           read_names(text, text.uint8_at(definition.start + names_place)) && read_content(text, definition) &&
+           read_names(text, text.uint8_at(definition.start + kNamesPlace)) && read_content(text, definition) &&
            read_extensions(text, definition);
 }
 
@@ -251,7 +251,7 @@ bool read_definition(TicketText& text, uint32_t marker, std::vector<TicketDefini
         definition.summary = &definitions.emplace_back(TicketDefinition{marker, alternate});
         if (!read_body(text, definition))
             return false;
-        if (text.uint8_at(definition.start + has_alternate_place) != 1)
+        if (text.uint8_at(definition.start + kHasAlternatePlace) != 1)
         {
             for (; alternate != 0; --alternate)
                 if (!text.close() || !text.close())

@@ -11,7 +11,7 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view end_of_value = "\" />\n";
+constexpr std::string_view kEndOfValue = "\" />\n";
 
 // How a form of value is written: its attribute, what it is in words, and its size in a ticket.
 struct Form
@@ -107,7 +107,7 @@ bool TicketText::field(const GXC_Field& field, bool may_lack)
     const std::optional<uint32_t> bits = value_of_text(field, value);
     if (!bits)
         return damaged(form.what);
-    if (!take(end_of_value))
+    if (!take(kEndOfValue))
         return false;
     put(*bits, form.size);
     return true;
@@ -115,21 +115,21 @@ bool TicketText::field(const GXC_Field& field, bool may_lack)
 
 bool TicketText::matrix_row()
 {
-    constexpr const char* what = "a number with six decimals";
-    constexpr std::string_view behind[3] = {" float2=", " float3=", "  />\n"};
+    constexpr const char* kWhat = "a number with six decimals";
+    constexpr std::string_view kBehind[3] = {" float2=", " float3=", "  />\n"};
     uint32_t row[3] = {};
     if (!take_head("<MatrixRowfloat1=", true))
         return false;
     for (size_t i = 0; i < 3; ++i)
     {
         std::string_view value;
-        if (!take_value(" \n", what, value))
+        if (!take_value(" \n", kWhat, value))
             return false;
         const std::optional<uint32_t> bits = float_of_text(value);
         if (!bits)
-            return damaged(what);
+            return damaged(kWhat);
         row[i] = *bits;
-        if (!take(behind[i]))
+        if (!take(kBehind[i]))
             return false;
     }
     for (const uint32_t bits : row)
@@ -166,44 +166,44 @@ bool TicketText::string(std::string_view name, std::string_view next)
 {
     if (!take_head(head_of(name, "String"), true))
         return false;
-    const size_t end = find_end(end_of_value, next);
+    const size_t end = find_end(kEndOfValue, next);
     if (end == text_.npos)
         return stop(TicketEnding::cut, "the end of a string");
     if (!put_string(text_.substr(at_, end - at_)))
         return false;
     at_ = end;
-    return take(end_of_value);
+    return take(kEndOfValue);
 }
 
 bool TicketText::strings(std::string_view name, uint32_t count)
 {
-    constexpr std::string_view end_of_line = " />\n";
-    constexpr std::string_view start = " String=\"";
-    constexpr std::string_view between = "\" String=\"";
+    constexpr std::string_view kEndOfLine = " />\n";
+    constexpr std::string_view kStart = " String=\"";
+    constexpr std::string_view kBetween = "\" String=\"";
     if (!take_head(joined({"<", name}), false))
         return false;
-    const size_t end = find_end(end_of_line, {});
+    const size_t end = find_end(kEndOfLine, {});
     if (end == text_.npos)
         return stop(TicketEnding::cut, "strings");
     std::string_view left = text_.substr(at_, end - at_);
     uint32_t found = 0;
     if (!left.empty())
     {
-        if (count == 0 || left.size() <= start.size() || !left.starts_with(start) || !left.ends_with('"'))
+        if (count == 0 || left.size() <= kStart.size() || !left.starts_with(kStart) || !left.ends_with('"'))
             return damaged(count == 0 ? "no string" : "strings");
-        left = left.substr(start.size(), left.size() - start.size() - 1);
+        left = left.substr(kStart.size(), left.size() - kStart.size() - 1);
         for (found = 1;; ++found)
         {
-            const size_t behind = found < count ? left.find(between) : left.npos;
+            const size_t behind = found < count ? left.find(kBetween) : left.npos;
             if (!put_string(left.substr(0, behind)))
                 return false;
             if (behind == left.npos)
                 break;
-            left.remove_prefix(behind + between.size());
+            left.remove_prefix(behind + kBetween.size());
         }
     }
     at_ = end;
-    if (!take(end_of_line))
+    if (!take(kEndOfLine))
         return false;
     return found == count || stop_at(end, TicketEnding::short_ticket, joined({std::to_string(count), " strings"}));
 }
@@ -244,7 +244,7 @@ bool TicketText::array(std::string_view name, GXC_Entry entry, uint64_t count, u
         return false;
     at_ += end;
     const size_t place = at_;
-    if (!take(end_of_value))
+    if (!take(kEndOfValue))
         return false;
     if (there == count + zeros)
         return true;

@@ -10,7 +10,7 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr size_t most_tabs = 16;
+constexpr size_t kMostTabs = 16;
 
 std::string_view without_newline(std::string_view line)
 {
@@ -31,7 +31,7 @@ bool TicketText::find_prefix(std::string_view outermost)
     if (size == 0 && end < text_.size())
         size = std::min(text_.find_first_not_of(' ', end + 1), text_.size()) - end - 1;
     reading_.line_prefix = text_.substr(tag == 0 ? std::min(end + 1, text_.size()) : 0, size);
-    indents_ = reading_.line_prefix + std::string(most_tabs, '\t');
+    indents_ = reading_.line_prefix + std::string(kMostTabs, '\t');
     at_ = tag;
     return true;
 }
@@ -56,7 +56,7 @@ void TicketText::close_all()
 
 std::string_view TicketText::indent(size_t level) const
 {
-    const size_t tabs_left_out = level < most_tabs ? most_tabs - level : 0;
+    const size_t tabs_left_out = level < kMostTabs ? kMostTabs - level : 0;
     return std::string_view(indents_).substr(0, indents_.size() - tabs_left_out);
 }
 

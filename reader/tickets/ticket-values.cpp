@@ -12,9 +12,9 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr uint32_t quiet_nan = 0x7FC00000;
-constexpr uint32_t infinite = 0x7F800000;
-constexpr uint32_t sign_bit = 0x80000000;
+constexpr uint32_t kQuietNan = 0x7FC00000;
+constexpr uint32_t kInfinite = 0x7F800000;
+constexpr uint32_t kSignBit = 0x80000000;
 
 }  // namespace
 
@@ -41,12 +41,12 @@ std::optional<uint32_t> unsigned_of_text(std::string_view text, uint32_t most)
 // it is half a unit of the last decimal at most.
 std::optional<uint32_t> float_of_text(std::string_view text)
 {
-    const uint32_t sign = text.starts_with('-') ? sign_bit : 0;
+    const uint32_t sign = text.starts_with('-') ? kSignBit : 0;
     const std::string_view size = text.substr(sign != 0 ? 1 : 0);
     if (size == "nan")
-        return sign | quiet_nan;
+        return sign | kQuietNan;
     if (size == "inf")
-        return sign | infinite;
+        return sign | kInfinite;
     float value = 0;
     const char* end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, value, std::chars_format::fixed);
@@ -61,7 +61,7 @@ std::optional<uint32_t> float_of_text(std::string_view text)
 std::optional<uint32_t> named_of_text(const char* family, std::string_view text)
 {
     if (text == "(null)")
-        return nameless_value;
+        return kNamelessValue;
     uint32_t value = 0;
     if (text.find('\0') != text.npos || gxc_value_of_name(family, std::string(text).c_str(), &value) == 0)
         return {};

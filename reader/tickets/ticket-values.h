@@ -21,7 +21,7 @@ std::optional<uint32_t> unsigned_of_text(std::string_view text, uint32_t most);
 std::optional<uint32_t> float_of_text(std::string_view text);
 
 // A name of a family of GXC names; 4294967295 for "(null)".
-constexpr uint32_t nameless_value = 0xFFFFFFFF;
+constexpr uint32_t kNamelessValue = 0xFFFFFFFF;
 std::optional<uint32_t> named_of_text(const char* family, std::string_view text);
 
 // One entry of an array.

@@ -26,8 +26,8 @@ int hex_digit(char c)
 
 void* Arena::take(size_t size)
 {
-    constexpr size_t alignment = alignof(std::max_align_t);
-    size = (std::max<size_t>(size, 1) + alignment - 1) / alignment * alignment;
+    constexpr size_t kAlignment = alignof(std::max_align_t);
+    size = (std::max<size_t>(size, 1) + kAlignment - 1) / kAlignment * kAlignment;
     if (blocks_.empty() || blocks_.back().size - used_ < size)
     {
         const size_t block = std::max(size, kBlock);
@@ -63,10 +63,8 @@ void Arena::clear()
 const Attribute* Element::find(std::string_view attribute) const
 {
     for (const Attribute& one : attributes)
-    {
         if (one.name == attribute)
             return &one;
-    }
     return nullptr;
 }
 
@@ -79,10 +77,8 @@ std::string_view Element::value(std::string_view attribute) const
 const Element* Element::child(std::string_view child_name) const
 {
     for (const Element* one = first; one != nullptr; one = one->next)
-    {
         if (one->name == child_name)
             return one;
-    }
     return nullptr;
 }
 

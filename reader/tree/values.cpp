@@ -86,9 +86,9 @@ uint32_t to_flags(std::string_view value)
 
 uint32_t to_enum(std::string_view value)
 {
-    constexpr std::string_view unknown = "UNKNOWN_VALUE(";
-    if (value.starts_with(unknown))
-        return static_cast<uint32_t>(to_int(value.substr(unknown.size())));
+    constexpr std::string_view kUnknown = "UNKNOWN_VALUE(";
+    if (value.starts_with(kUnknown))
+        return static_cast<uint32_t>(to_int(value.substr(kUnknown.size())));
     return find_enumerator(value).value_or(0);
 }
 

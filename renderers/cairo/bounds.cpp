@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -36,8 +36,8 @@ public:
     bool unbounded = false;
 
 private:
-    static constexpr double far = std::numeric_limits<double>::infinity();
-    Box box_{far, far, -far, -far};
+    static constexpr double kFar = std::numeric_limits<double>::infinity();
+    Box box_{kFar, kFar, -kFar, -kFar};
 };
 
 void add_points(const Path& path, const cairo_matrix_t& matrix, double margin, Extent& extent)
@@ -132,15 +132,15 @@ bool bounds_of(const Nodes& nodes, Box& box)
 
 bool bounds_of(const Shape& shape, const cairo_matrix_t& matrix, Box& box)
 {
-    constexpr double pixel = 1.0;
+    constexpr double kPixel = 1.0;
     Extent extent;
     extent.unbounded = shape.everything;
     for (const Piece& piece : shape.pieces)
         std::visit([&](const auto& any) { add_piece(any, matrix, extent); }, piece);
     if (!extent.take(box))
         return false;
-    box = {box.x0 - pixel, box.y0 - pixel, box.x1 + pixel, box.y1 + pixel};
+    box = {box.x0 - kPixel, box.y0 - kPixel, box.x1 + kPixel, box.y1 + kPixel};
     return true;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

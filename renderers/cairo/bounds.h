@@ -4,7 +4,7 @@
 
 #include "renderers/cairo/scene.h"
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // The box around a box under a matrix.
@@ -17,4 +17,4 @@ bool bounds_of(const Nodes& nodes, Box& box);
 // The same for a shape under a matrix. Lines are given a pixel more, as none is thinner than that.
 bool bounds_of(const Shape& shape, const cairo_matrix_t& matrix, Box& box);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,12 +6,12 @@
 #include <array>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr unsigned steps_between_stops = 32;
+constexpr unsigned kStepsBetweenStops = 32;
 
 enum
 {
@@ -58,9 +58,9 @@ void add_stops(cairo_pattern_t* pattern, const std::vector<Stop>& stops, const C
         add_stop(pattern, stops[i].position, to_flat(stops[i].colour, space, use));
         if (straight || i + 1 == stops.size() || !(stops[i + 1].position > stops[i].position))
             continue;
-        for (unsigned step = 1; step < steps_between_stops; ++step)
+        for (unsigned step = 1; step < kStepsBetweenStops; ++step)
         {
-            const double share = static_cast<double>(step) / steps_between_stops;
+            const double share = static_cast<double>(step) / kStepsBetweenStops;
             add_stop(pattern, stops[i].position + (stops[i + 1].position - stops[i].position) * share,
                      to_flat(mix(stops[i].colour, stops[i + 1].colour, share), space, use));
         }
@@ -226,19 +226,19 @@ Brush read_image(GOP_OperandImagePointer* record, BrushUse use, const BrushConte
     return ImageBrush{image};
 }
 
-constexpr std::array<cairo_operator_t, 13> porter_duff{
+constexpr std::array<cairo_operator_t, 13> kPorterDuff{
     CAIRO_OPERATOR_CLEAR,     CAIRO_OPERATOR_SOURCE, CAIRO_OPERATOR_DEST,      CAIRO_OPERATOR_OVER,
     CAIRO_OPERATOR_DEST_OVER, CAIRO_OPERATOR_IN,     CAIRO_OPERATOR_DEST_IN,   CAIRO_OPERATOR_OUT,
     CAIRO_OPERATOR_DEST_OUT,  CAIRO_OPERATOR_ATOP,   CAIRO_OPERATOR_DEST_ATOP, CAIRO_OPERATOR_XOR,
     CAIRO_OPERATOR_ADD};
 
-constexpr std::array<cairo_operator_t, 12> separable{
+constexpr std::array<cairo_operator_t, 12> kSeparable{
     CAIRO_OPERATOR_OVER,       CAIRO_OPERATOR_MULTIPLY,   CAIRO_OPERATOR_SCREEN,      CAIRO_OPERATOR_OVERLAY,
     CAIRO_OPERATOR_DARKEN,     CAIRO_OPERATOR_LIGHTEN,    CAIRO_OPERATOR_COLOR_DODGE, CAIRO_OPERATOR_COLOR_BURN,
     CAIRO_OPERATOR_HARD_LIGHT, CAIRO_OPERATOR_SOFT_LIGHT, CAIRO_OPERATOR_DIFFERENCE,  CAIRO_OPERATOR_EXCLUSION};
 
-constexpr std::array<cairo_operator_t, 4> nonseparable{CAIRO_OPERATOR_HSL_HUE, CAIRO_OPERATOR_HSL_SATURATION,
-                                                       CAIRO_OPERATOR_HSL_COLOR, CAIRO_OPERATOR_HSL_LUMINOSITY};
+constexpr std::array<cairo_operator_t, 4> kNonseparable{CAIRO_OPERATOR_HSL_HUE, CAIRO_OPERATOR_HSL_SATURATION,
+                                                        CAIRO_OPERATOR_HSL_COLOR, CAIRO_OPERATOR_HSL_LUMINOSITY};
 
 // The operations of the operating system's tables that copy the source, or leave all as it is.
 cairo_operator_t raster_operator(uint32_t family, uint32_t number, Complaints& complaints)
@@ -266,11 +266,11 @@ cairo_operator_t cairo_operator_of(const GOP_Operator& op, Complaints& complaint
     switch (op.op_OperatorType)
     {
     case GOP_ROP_PORTER_DUFF:
-        return pick(porter_duff, op.op_Operator, complaints);
+        return pick(kPorterDuff, op.op_Operator, complaints);
     case GOP_ROP_PDF_SEPARABLE:
-        return pick(separable, op.op_Operator, complaints);
+        return pick(kSeparable, op.op_Operator, complaints);
     case GOP_ROP_PDF_NONSEPARABLE:
-        return pick(nonseparable, op.op_Operator, complaints);
+        return pick(kNonseparable, op.op_Operator, complaints);
     case GOP_ROP_ROP2_GDI:
     case GOP_ROP_ROP3:
     case GOP_ROP_ROP4:
@@ -384,4 +384,4 @@ bool read_operator(const GOP_Operator* op, GOP_OperandPointer* operand2, const B
     return compose.op != CAIRO_OPERATOR_DEST;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

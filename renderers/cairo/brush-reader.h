@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // Images that are kept until the end of their drawing.
@@ -53,4 +53,4 @@ Brush read_brush(GOP_OperandPointer* operand, BrushUse use, const BrushContext& 
 // False when nothing is to be painted at all. Operand 2 is read if the operator asks for a mask.
 bool read_operator(const GOP_Operator* op, GOP_OperandPointer* operand2, const BrushContext& context, Compose& compose);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

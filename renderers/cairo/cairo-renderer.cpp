@@ -10,7 +10,7 @@
 #include <exception>
 #include <list>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -97,7 +97,7 @@ template <typename Call> uint32_t guarded(Implementation* owner, Call&& call)
     {
         try
         {
-            owner->complaints_.say_once(std::string("a call was given up: ") + failure.what());
+            owner->complaints_.lose_once(std::string("a call was given up: ") + failure.what());
         }
         catch (const std::exception&)
         {
@@ -324,7 +324,7 @@ cairo_t* begin_page(cairo_surface_t* surface)
 }  // namespace
 
 Renderer::Implementation::Implementation(Options options)
-    : options_(std::move(options)), complaints_(options_.complaint_sink), spaces_(complaints_),
+    : options_(std::move(options)), complaints_(options_.complaint_sink, options_.loss_sink), spaces_(complaints_),
       images_(options_.kept_image_bytes, complaints_), table_(table_for(this))
 {
 }
@@ -395,7 +395,7 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     Page page{
         pages_started_ + 1,           number, properties->fp_WidthInPixels, properties->fp_HeightInPixels, nullptr, 0,
         properties->fp_HeightInPixels};
-    if (page.width == 0 || page.height == 0 || page.width > greatest_page_side || page.height > greatest_page_side)
+    if (page.width == 0 || page.height == 0 || page.width > kGreatestPageSide || page.height > kGreatestPageSide)
     {
         complaints_.say_once("pages without pixels, or with more than 32000 at a side, cannot be opened");
         return false;
@@ -407,7 +407,7 @@ bool Renderer::Implementation::start_face(void* err, void* document, ORV_Drawing
     SurfacePtr surface = own_surface(options_.surface_factory ? options_.surface_factory(page) : make_image_page(page));
     if (surface == nullptr || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
     {
-        complaints_.say_once("pages whose surface cannot be made are left out");
+        complaints_.lose_once("pages whose surface cannot be made are left out");
         return false;
     }
     ++pages_started_;
@@ -479,7 +479,7 @@ bool Renderer::Implementation::give_page(Open& open, PngFile* png)
 {
     const cairo_status_t status = cairo_status(open.cr);
     if (status != CAIRO_STATUS_SUCCESS)
-        complaints_.say_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(status));
+        complaints_.lose_once(std::string("Cairo gave up a page: ") + cairo_status_to_string(status));
     cairo_show_page(open.cr);
     cairo_surface_flush(open.surface.get());
     if (options_.page_sink)
@@ -530,7 +530,7 @@ bool Renderer::Implementation::finish_page(Open& open)
     bool good = in_bands(open.page) ? draw_bands(open, png.get()) : give_page(open, png.get());
     if (wanted && (png == nullptr || !png->close()))
     {
-        complaints_.say_once("the page image " + name + " could not be written");
+        complaints_.lose_once("the page image " + name + " could not be written");
         good = false;
     }
     good = good && !images_.has_lost();
@@ -585,4 +585,4 @@ bool Renderer::all_pages_written() const
     return implementation_->all_written_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

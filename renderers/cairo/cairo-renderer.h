@@ -21,11 +21,11 @@
 #include <string>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // A page, about to be drawn or just finished.
-constexpr uint32_t greatest_page_side = 32000;  // pixels; larger pages cannot be opened
+constexpr uint32_t kGreatestPageSide = 32000;  // pixels; larger pages cannot be opened
 
 struct Page
 {
@@ -60,9 +60,9 @@ enum class GlyphForm
 };
 
 // Pixels of a surface that takes 64 MB.
-constexpr uint64_t usual_pixels_at_once = uint64_t{1} << 24;
+constexpr uint64_t kUsualPixelsAtOnce = uint64_t{1} << 24;
 
-constexpr uint64_t usual_kept_image_bytes = uint64_t{1} << 26;
+constexpr uint64_t kUsualKeptImageBytes = uint64_t{1} << 26;
 
 struct Options
 {
@@ -73,15 +73,19 @@ struct Options
     SurfaceFactory surface_factory;  // may be empty
     // Pages of more pixels are drawn in bands of at most so many (of one row at least): their calls are kept until
     // the page ends, then painted once for each band. Pages from a surface factory never are.
-    uint64_t pixels_at_once = usual_pixels_at_once;
+    uint64_t pixels_at_once = kUsualPixelsAtOnce;
     // Of images in kept calls so many bytes of pixels are in memory, and the rest in a file in the temporary folder.
-    uint64_t kept_image_bytes = usual_kept_image_bytes;
+    uint64_t kept_image_bytes = kUsualKeptImageBytes;
     bool keep_images = false;  // keep each image that allows it, and pull it when the drawing ends
     GlyphForm glyph_form = GlyphForm::path;
     // Is told of each step of the drawing; of a page in bands only the bands that meet its box are then drawn, if there
     // is neither a sink nor a file for the page. What is drawn is the same with and without.
     std::optional<Watch> watch;
     std::function<void(const std::string& line)> complaint_sink;  // empty: standard error
+    // Takes the lines that tell of what isn't on the pages, for want of memory, beyond a limit, or because Cairo has no
+    // way to paint it, though the call was sound; the complaints are then what is painted otherwise than asked for, and
+    // what calls that make no sense asked for. Empty: these lines are complaints like all others.
+    std::function<void(const std::string& line)> loss_sink;
 };
 
 class Renderer
@@ -152,4 +156,4 @@ PixelDifference compare_pixels(const PagePixels& one, const PagePixels& other);
 // The pixels of a PNG file on white paper; empty if it cannot be read.
 PagePixels read_png(const std::string& file_name);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -9,14 +9,14 @@
 #include <utility>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr cmsCIEXYZ d50{0.9642, 1.0, 0.8249};
-constexpr cmsCIEXYZ d65{0.95047, 1.0, 1.08883};
-constexpr uint32_t greatest_decode_depth = 16;
+constexpr cmsCIEXYZ kD50{0.9642, 1.0, 0.8249};
+constexpr cmsCIEXYZ kD65{0.95047, 1.0, 1.08883};
+constexpr uint32_t kGreatestDecodeDepth = 16;
 
 double clamp01(double value)
 {
@@ -49,7 +49,7 @@ public:
     {
         const std::array<cmsCIEXYZ, 3> units{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
         for (size_t i = 0; i < 3; ++i)
-            if (cmsAdaptToIlluminant(&columns_[i], &white, &d65, &units[i]) == 0)
+            if (cmsAdaptToIlluminant(&columns_[i], &white, &kD65, &units[i]) == 0)
                 columns_[i] = units[i];
     }
 
@@ -71,7 +71,7 @@ cmsCIEXYZ white_of(float x, float y, float z)
 {
     if (x > 0.0F && y > 0.0F && z > 0.0F)
         return {x, y, z};
-    return d50;
+    return kD50;
 }
 
 cmsCIEXYZ white_of(const GCM_AnalyticalColorSpace& space)
@@ -216,7 +216,7 @@ std::shared_ptr<const ColourSpace> calibrated_space(uint32_t family, const GCM_C
         return nullptr;
     const GCM_CieLuts& luts = *tables->clp_CieLuts;
     const uint32_t depth = luts.cl_DecodeBitDepth;
-    if (depth > greatest_decode_depth)
+    if (depth > kGreatestDecodeDepth)
         return nullptr;
     const cmsCIEXYZ white = white_of(luts.cl_WhitePoint[0], luts.cl_WhitePoint[1], luts.cl_WhitePoint[2]);
     if (family == GCM_CIE_FAMILY_CALGRAY)
@@ -230,4 +230,4 @@ std::shared_ptr<const ColourSpace> calibrated_space(uint32_t family, const GCM_C
                                            luts.cl_MatrixABC);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 std::shared_ptr<const ColourSpace> linear_rgb_space();
@@ -20,4 +20,4 @@ std::shared_ptr<const ColourSpace> lab_space(const GCM_AnalyticalColorSpace& spa
 // other families and where tables are missing. The tables are copied.
 std::shared_ptr<const ColourSpace> calibrated_space(uint32_t family, const GCM_CieLutsPointer* tables);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

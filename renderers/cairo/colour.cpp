@@ -9,14 +9,14 @@
 #include <cmath>
 #include <cstdio>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint32_t max_channels = 32;
-constexpr int max_definition_depth = 8;
-constexpr size_t max_profile_bytes = size_t{64} << 20;
+constexpr uint32_t kMaxChannels = 32;
+constexpr int kMaxDefinitionDepth = 8;
+constexpr size_t kMaxProfileBytes = size_t{64} << 20;
 
 double clamp01(double value)
 {
@@ -111,7 +111,7 @@ public:
     }
     Rgb convert(const float* values) const override
     {
-        std::array<uint16_t, max_channels> in{};
+        std::array<uint16_t, kMaxChannels> in{};
         for (uint32_t i = 0; i < channels_; ++i)
             in[i] = static_cast<uint16_t>(std::lround(clamp01(values[i]) * 65535.0));
         std::array<uint16_t, 3> out{};
@@ -167,7 +167,7 @@ std::vector<uint8_t> read_stream(GIO_Stream* stream)
     if (stream->ops->gio_Seek != nullptr)
         stream->ops->gio_Seek(stream->instance, 0, GIO_SEEK_SET);
     std::array<uint8_t, 4096> block{};
-    while (bytes.size() < max_profile_bytes)
+    while (bytes.size() < kMaxProfileBytes)
     {
         const uint64_t got = stream->ops->gio_Read(block.data(), 1, block.size(), stream->instance);
         if (got == 0 || got > block.size())
@@ -185,7 +185,7 @@ std::vector<uint8_t> read_profile_file(const char* name)
         return bytes;
     std::array<uint8_t, 4096> block{};
     size_t got = 0;
-    while (bytes.size() < max_profile_bytes && (got = std::fread(block.data(), 1, block.size(), file)) != 0)
+    while (bytes.size() < kMaxProfileBytes && (got = std::fread(block.data(), 1, block.size(), file)) != 0)
         bytes.insert(bytes.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got));
     std::fclose(file);
     return bytes;
@@ -243,14 +243,14 @@ std::shared_ptr<const ColourSpace> from_family(uint32_t family, uint32_t channel
     case GCM_CSF_CMYK:
         return std::make_shared<Cmyk>(false);
     case GCM_CSF_NAMED:
-        return std::make_shared<Tints>(std::clamp(channels, 1U, max_channels));
+        return std::make_shared<Tints>(std::clamp(channels, 1U, kMaxChannels));
     default:
         return nullptr;
     }
 }
 
 // The colours of full inks, by bits: 8 cyan, 4 magenta, 2 yellow, 1 black.
-constexpr std::array<std::array<double, 3>, 16> ink_corners{{
+constexpr std::array<std::array<double, 3>, 16> kInkCorners{{
     {255, 255, 255},
     {35, 31, 32},
     {255, 242, 0},
@@ -281,7 +281,7 @@ Rgb cmyk_to_rgb(double cyan, double magenta, double yellow, double black)
         for (unsigned i = 0; i < 4; ++i)
             weight *= (corner & (8U >> i)) != 0 ? ink[i] : 1.0 - ink[i];
         for (unsigned i = 0; i < 3; ++i)
-            light[i] += weight * ink_corners[corner][i];
+            light[i] += weight * kInkCorners[corner][i];
     }
     return {clamp01(light[0]), clamp01(light[1]), clamp01(light[2])};
 }
@@ -308,7 +308,7 @@ std::shared_ptr<const ColourSpace> ColourSpaces::by_channels(uint32_t channels)
         return std::make_shared<Cmyk>(false);
     default:
         complaints_.say_once("colour spaces of 2 or more than 4 channels are painted as tints of black");
-        return std::make_shared<Tints>(std::min(channels, max_channels));
+        return std::make_shared<Tints>(std::min(channels, kMaxChannels));
     }
 }
 
@@ -332,14 +332,14 @@ std::shared_ptr<const ColourSpace> ColourSpaces::from_profile(std::vector<uint8_
 std::shared_ptr<const ColourSpace> ColourSpaces::from_definition(const GCM_CsdPointer& csd, uint32_t channels,
                                                                  int depth)
 {
-    if (csd.cp_Csd == nullptr || depth > max_definition_depth)
+    if (csd.cp_Csd == nullptr || depth > kMaxDefinitionDepth)
         return nullptr;
     const GCM_Csd& definition = *csd.cp_Csd;
     if (definition.csd_NumNamedChans != 0)
     {
         complaints_.say_once("named inks are painted as tints of black");
         const uint32_t all = static_cast<uint32_t>(definition.csd_NumNamedChans) + definition.csd_NumBaseChans;
-        return std::make_shared<Tints>(std::clamp(channels != 0 ? channels : all, 1U, max_channels));
+        return std::make_shared<Tints>(std::clamp(channels != 0 ? channels : all, 1U, kMaxChannels));
     }
     const uint32_t count = channels != 0 ? channels : definition.csd_NumBaseChans;
     switch (definition.csd_Type)
@@ -390,7 +390,7 @@ std::shared_ptr<const ColourSpace> ColourSpaces::find(const GOP_Operand& operand
 Colour read_colour(const GBC_Color& colour)
 {
     Colour result;
-    const uint32_t count = std::min<uint32_t>(colour.num_chans, max_channels + 1);
+    const uint32_t count = std::min<uint32_t>(colour.num_chans, kMaxChannels + 1);
     const unsigned bits = colour.bit_depth >= 1 && colour.bit_depth <= 16 ? colour.bit_depth : 16U;
     const double full = static_cast<double>((1U << bits) - 1U);
     const float* floats = &colour.channels.as_float[0];
@@ -406,4 +406,4 @@ Colour read_colour(const GBC_Color& colour)
     return result;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

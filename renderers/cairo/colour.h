@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 struct Rgb
@@ -66,4 +66,4 @@ struct Colour
 
 Colour read_colour(const GBC_Color& colour);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,13 +6,13 @@
 #include <cmath>
 #include <optional>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr size_t max_depth = 200;
-constexpr double max_cost = 1e8;
+constexpr size_t kMaxDepth = 200;
+constexpr double kMaxCost = 1e8;
 
 Repetition read_repetition(const Drawing::GroupCall& call)
 {
@@ -215,9 +215,9 @@ Group Drawing::make_group(const GroupCall& call)
 void Drawing::start_group(const GroupCall& call)
 {
     auto open = std::make_unique<OpenGroup>();
-    open->left_out = left_out() || groups_.size() >= max_depth;
+    open->left_out = left_out() || groups_.size() >= kMaxDepth;
     if (open->left_out && !left_out())
-        shared_.complaints.say_once("groups nested more than 200 deep are left out");
+        shared_.complaints.lose_once("groups nested more than 200 deep are left out");
     open->group = make_group(call);
     open->engine = call.engine != nullptr ? call.engine : engine();
     open->to_pixels = multiply(open->group.retransform, to_pixels());
@@ -254,9 +254,9 @@ bool Drawing::paint_resource(uint32_t id, const GroupCall& call)
     const Resource& resource = found->second;
     depth_ = std::max(depth_, static_cast<uint32_t>(groups_.size()) + resource.depth + 1);
     cost_ += resource.cost;
-    if (depth_ > max_depth || cost_ > max_cost)
+    if (depth_ > kMaxDepth || cost_ > kMaxCost)
     {
-        shared_.complaints.say_once("resources nested too deep, or painted too often, are left out");
+        shared_.complaints.lose_once("resources nested too deep, or painted too often, are left out");
         return true;
     }
     Group group = make_group(call);
@@ -301,4 +301,4 @@ void Drawing::take_content(Resource& resource)
     resource.cost = cost_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -15,7 +15,7 @@
 #include <memory>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // A drawing that has been gathered and can be painted.
@@ -137,4 +137,4 @@ private:
     double cost_ = 0.0;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -8,12 +8,12 @@
 #include <cstddef>
 #include <cstring>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint32_t max_glyphs = 1U << 20;
+constexpr uint32_t kMaxGlyphs = 1U << 20;
 
 GGO_Matrix record_of(const cairo_matrix_t& matrix)
 {
@@ -95,8 +95,8 @@ void Puller::run(const GFI_FontSpecPointer* font, const GFI_StringDescPointer* s
     GGO_Vector advance{};
     for (uint32_t i = 0; next(advance); ++i)
     {
-        if (i == max_glyphs)
-            return complaints_.say_once("texts of more than a million glyphs are cut short");
+        if (i == kMaxGlyphs)
+            return complaints_.lose_once("texts of more than a million glyphs are cut short");
         glyph();
         const Point step = transform(advance_matrix, {advance.gvf_X, advance.gvf_Y});
         result_.pen = {result_.pen.x + step.x, result_.pen.y + step.y};
@@ -141,7 +141,7 @@ bool Puller::get(uint32_t type, GFI_GlyphDescPointer& glyph)
 // What comes is not painted: the path that is asked for next is.
 void Puller::ask_in_turn()
 {
-    constexpr std::array<uint32_t, 4> others{GFI_GDT_BITMAP, GFI_GDT_TRUETYPE, GFI_GDT_RLE, GFI_GDT_FBE};
+    constexpr std::array<uint32_t, 4> kOthers{GFI_GDT_BITMAP, GFI_GDT_TRUETYPE, GFI_GDT_RLE, GFI_GDT_FBE};
     if (engine_.GFI_GlyphGetFixedFormatFn == nullptr)
         return;
     uint32_t returned = 0;
@@ -149,7 +149,7 @@ void Puller::ask_in_turn()
     uint32_t flags = 0;
     GGO_Matrix matrix = ggo_identity();
     GFI_GlyphDescPointer* glyph = nullptr;
-    const uint32_t result = engine_.GFI_GlyphGetFixedFormatFn(engine_.fe_Context, others[turn_++ % others.size()],
+    const uint32_t result = engine_.GFI_GlyphGetFixedFormatFn(engine_.fe_Context, kOthers[turn_++ % kOthers.size()],
                                                               &returned, &changed, &matrix, &flags, &glyph);
     if (result != 0 && returned != 0)
         take_matrix(changed, matrix);
@@ -233,4 +233,4 @@ GlyphRun pull_glyphs(const GFI_FontEngineTable* engine, const GFI_FontSpecPointe
     return puller.take(from_pixels);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

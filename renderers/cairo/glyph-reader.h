@@ -10,7 +10,7 @@
 
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 struct GlyphRun
@@ -25,4 +25,4 @@ GlyphRun pull_glyphs(const GFI_FontEngineTable* engine, const GFI_FontSpecPointe
                      const GFI_StringDescPointer* string, const cairo_matrix_t& to_pixels,
                      const cairo_matrix_t& from_pixels, GlyphForm form, Complaints& complaints);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

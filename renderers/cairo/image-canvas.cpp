@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -29,7 +29,7 @@ using Bytes = std::array<uint8_t, 8>;
 using Pairs = std::array<uint16_t, 4>;
 
 // The bits of a byte, first to last, each as a byte that is full where it is set.
-constexpr std::array<Bytes, 256> spread_bits = for_bytes<Bytes>(
+constexpr std::array<Bytes, 256> kSpreadBits = for_bytes<Bytes>(
     [](uint32_t byte)
     {
         Bytes bytes{};
@@ -39,7 +39,7 @@ constexpr std::array<Bytes, 256> spread_bits = for_bytes<Bytes>(
     });
 
 // How many of each two bits of a byte are set, first to last.
-constexpr std::array<Pairs, 256> ones_in_pairs = for_bytes<Pairs>(
+constexpr std::array<Pairs, 256> kOnesInPairs = for_bytes<Pairs>(
     [](uint32_t byte)
     {
         Pairs pairs{};
@@ -58,7 +58,7 @@ Canvas::Canvas(const Layout& layout, uint32_t coarse, BrushUse use) : layout_(la
                                                       static_cast<int>(side(layout.height))));
     sums_.resize(coarse_ > 1 ? side(layout.width) : 0);
     // A byte of bits is counted as a whole, and may reach beyond the last column.
-    ones_.resize(coarse_ > 1 && coarse_ <= max_counted && layout.bits == 1 ? side(layout.width) + size_t{4} : 0);
+    ones_.resize(coarse_ > 1 && coarse_ <= kMaxCounted && layout.bits == 1 ? side(layout.width) + size_t{4} : 0);
     cairo_surface_flush(surface_.get());
 }
 
@@ -153,12 +153,12 @@ void Canvas::copy(const uint8_t* row, const Palette& palette)
 // Eight pixels of a mask at a time.
 void Canvas::copy_bits(const uint8_t* row, uint8_t* line) const
 {
-    constexpr uint64_t each = 0x0101010101010101U;
-    const uint64_t ones = each * shades_[1];
-    const uint64_t zeros = each * shades_[0];
+    constexpr uint64_t kEach = 0x0101010101010101U;
+    const uint64_t ones = kEach * shades_[1];
+    const uint64_t zeros = kEach * shades_[0];
     for (uint32_t column = 0; column < layout_.width; column += 8)
     {
-        const auto set = std::bit_cast<uint64_t>(spread_bits[row[column / 8]]);
+        const auto set = std::bit_cast<uint64_t>(kSpreadBits[row[column / 8]]);
         const uint64_t eight = (set & ones) | (~set & zeros);
         std::memcpy(line + column, &eight, std::min<size_t>(layout_.width - column, sizeof eight));
     }
@@ -170,7 +170,7 @@ void Canvas::count_pairs(const uint8_t* row)
     {
         uint64_t four = 0;
         std::memcpy(&four, counts + at * 4, sizeof four);
-        four += std::bit_cast<uint64_t>(ones_in_pairs[byte]);
+        four += std::bit_cast<uint64_t>(kOnesInPairs[byte]);
         std::memcpy(counts + at * 4, &four, sizeof four);
     };
     const uint64_t last = layout_.row_bytes - 1;
@@ -265,4 +265,4 @@ void Canvas::store_sums(uint8_t* line)
     }
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // Takes pixels row by row; `coarse` by `coarse` of them become one.
@@ -36,7 +36,7 @@ public:
     void finish();
 
 private:
-    static constexpr uint32_t max_counted = 16;  // above, single bits are added up like all others
+    static constexpr uint32_t kMaxCounted = 16;  // above, single bits are added up like all others
 
     uint32_t columns() const;
     uint8_t* line(uint32_t row);
@@ -62,8 +62,8 @@ private:
     std::vector<uint16_t> ones_;  // single bits of the rows counted that are set
     const Palette* palette_ = nullptr;
     size_t shades_known_ = 0;
-    std::array<uint32_t, max_counted * max_counted + 1> shades_{};  // by ones, or by value when nothing is reduced
+    std::array<uint32_t, kMaxCounted * kMaxCounted + 1> shades_{};  // by ones, or by value when nothing is reduced
     SurfacePtr surface_;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -101,4 +101,4 @@ void Decoder::decode(const uint8_t* rows, std::vector<Pixel>& pixels)
     }
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

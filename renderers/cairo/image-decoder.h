@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 struct Pixel
@@ -50,4 +50,4 @@ private:
     Pixel last_pixel_;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint64_t max_row_bytes = uint64_t{1} << 30;
-constexpr uint32_t max_image_side = uint32_t{1} << 28;
+constexpr uint64_t kMaxRowBytes = uint64_t{1} << 30;
+constexpr uint32_t kMaxImageSide = uint32_t{1} << 28;
 
 }  // namespace
 
@@ -51,8 +51,8 @@ bool make_layout(const GOP_OperandImagePointer& record, uint32_t colour_count, L
     if (layout.indexed && (record.imp_IndexColorTable == nullptr || layout.bits > 16))
         return false;
     return image.im_ImageEncoding <= GOP_ENCODING_PLANAR && layout.bits != 0 && layout.width != 0 &&
-           layout.height != 0 && layout.width <= max_image_side && layout.height <= max_image_side &&
-           layout.row_bytes <= max_row_bytes;
+           layout.height != 0 && layout.width <= kMaxImageSide && layout.height <= kMaxImageSide &&
+           layout.row_bytes <= kMaxRowBytes;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

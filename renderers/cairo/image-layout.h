@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // The shape of the data of one image.
@@ -38,4 +38,4 @@ uint32_t colour_channels(const GOP_OperandImagePointer& record, ColourSpaces& sp
 // False for data that cannot be taken apart.
 bool make_layout(const GOP_OperandImagePointer& record, uint32_t colour_count, Layout& layout);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

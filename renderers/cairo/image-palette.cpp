@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -59,4 +59,4 @@ void Palette::learn(const uint8_t* row)
         learn_value(value_at(row, column, layout_.bits));
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

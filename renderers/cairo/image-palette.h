@@ -9,7 +9,7 @@
 #include <bitset>
 #include <cstdint>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class Palette
@@ -59,4 +59,4 @@ inline uint8_t last_bits(const uint8_t* row, const Layout& layout)
     return static_cast<uint8_t>(row[layout.row_bytes - 1] & (0xFFU << behind));
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

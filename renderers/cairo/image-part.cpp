@@ -6,16 +6,16 @@
 #include <cmath>
 #include <numeric>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint64_t max_surface_pixels = uint64_t{1} << 26;
-constexpr uint32_t max_surface_side = 30000;
-constexpr uint64_t small_image = uint64_t{1} << 20;  // pixels
-constexpr double much_less = 0.75;                   // of the pixels
-constexpr double filter_reach = 4.0;                 // pixels of the page, and of the surface
+constexpr uint64_t kMaxSurfacePixels = uint64_t{1} << 26;
+constexpr uint32_t kMaxSurfaceSide = 30000;
+constexpr uint64_t kSmallImage = uint64_t{1} << 20;  // pixels
+constexpr double kMuchLess = 0.75;                   // of the pixels
+constexpr double kFilterReach = 4.0;                 // pixels of the page, and of the surface
 
 uint32_t bits_of_pixel(const Layout& layout)
 {
@@ -40,15 +40,15 @@ bool is_large_image(const GOP_OperandPointer* operand)
         return false;
     const void* head = operand->op_Operand;
     const auto& image = *static_cast<const GOP_OperandImage*>(head);
-    return uint64_t{image.im_ImageWidthPixels} * image.im_ImageHeightPixels >= small_image;
+    return uint64_t{image.im_ImageWidthPixels} * image.im_ImageHeightPixels >= kSmallImage;
 }
 
 uint32_t coarseness(const Layout& layout)
 {
     uint32_t coarse = 1;
     const auto side = [&](uint32_t length) { return (length + coarse - 1) / coarse; };
-    while (side(layout.width) > max_surface_side || side(layout.height) > max_surface_side ||
-           static_cast<uint64_t>(side(layout.width)) * side(layout.height) > max_surface_pixels)
+    while (side(layout.width) > kMaxSurfaceSide || side(layout.height) > kMaxSurfaceSide ||
+           static_cast<uint64_t>(side(layout.width)) * side(layout.height) > kMaxSurfacePixels)
         ++coarse;
     return coarse;
 }
@@ -58,18 +58,18 @@ Part part_seen(const Layout& layout, const Image& image, uint32_t coarse, const 
     const Part whole{0, 0, layout.width, layout.height};
     const uint64_t pixels = uint64_t{layout.width} * layout.height;
     cairo_matrix_t to_image;
-    if (window == nullptr || image.tiled || layout.planar || pixels < small_image ||
+    if (window == nullptr || image.tiled || layout.planar || pixels < kSmallImage ||
         !invert(multiply(image.pixels_to_content, window->to_pixels), to_image))
         return whole;
     const Box box = transformed(window->box, to_image);
-    const double around = filter_reach * (scale_of(to_image) + coarse);
+    const double around = kFilterReach * (scale_of(to_image) + coarse);
     if (!std::isfinite(box.x1 - box.x0) || !std::isfinite(box.y1 - box.y0) || !std::isfinite(around))
         return whole;
     Part part;
     const uint32_t byte = std::lcm(coarse, 8U / std::gcd(8U, bits_of_pixel(layout)));
     place(box.x0 - around, box.x1 + around, byte, layout.width, part.left, part.width);
     place(box.y0 - around, box.y1 + around, coarse, layout.height, part.top, part.height);
-    return static_cast<double>(part.width) * part.height > much_less * static_cast<double>(pixels) ? whole : part;
+    return static_cast<double>(part.width) * part.height > kMuchLess * static_cast<double>(pixels) ? whole : part;
 }
 
 Layout layout_of(const Part& part, const Layout& layout, uint64_t& offset)
@@ -87,4 +87,4 @@ Layout layout_of(const Part& part, const Layout& layout, uint64_t& offset)
     return result;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

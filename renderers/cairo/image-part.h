@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // What of the page can be painted on at the time, in the units of the surface.
@@ -42,4 +42,4 @@ Part part_seen(const Layout& layout, const Image& image, uint32_t coarse, const 
 // The layout of the part's rows, which begin in those of the image at byte `offset`.
 Layout layout_of(const Part& part, const Layout& layout, uint64_t& offset);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

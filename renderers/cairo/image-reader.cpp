@@ -12,12 +12,12 @@
 #include <optional>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint64_t buffer_bytes = uint64_t{1} << 16;
+constexpr uint64_t kBufferBytes = uint64_t{1} << 16;
 
 // Delivers stored rows, from memory or from the callbacks.
 class RowSource
@@ -25,7 +25,7 @@ class RowSource
 public:
     RowSource(GOP_OperandImagePointer* record, const Layout& layout) : record_(record), layout_(layout)
     {
-        const uint64_t rows = std::clamp<uint64_t>(buffer_bytes / layout.row_bytes, 1, layout.rows);
+        const uint64_t rows = std::clamp<uint64_t>(kBufferBytes / layout.row_bytes, 1, layout.rows);
         if (record->imp_DirectImage == nullptr)
             buffer_.resize(rows * layout.row_bytes);
     }
@@ -211,7 +211,7 @@ void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& 
     Layout layout;
     const uint32_t channels = colour_channels(*record, spaces, space);
     if (record->imp_Image->im_ImageEncoding > GOP_ENCODING_PLANAR)
-        return complaints.say_once("compressed images are left out");
+        return complaints.lose_once("compressed images are left out");
     if (!make_layout(*record, channels, layout) || channels == 0 || channels < space->channels())
         return complaints.say_once("images of unknown form are left out");
     if (record->imp_DirectImage == nullptr && record->imp_ImageReadFn == nullptr)
@@ -223,7 +223,7 @@ void read_prepared(GOP_OperandImagePointer* record, BrushUse use, ColourSpaces& 
     const Layout part_layout = layout_of(part, layout, offset);
     Canvas canvas(part_layout, coarse, use);
     if (cairo_surface_status(canvas.surface()) != CAIRO_STATUS_SUCCESS)
-        return complaints.say_once("images too large for the memory are left out");
+        return complaints.lose_once("images too large for the memory are left out");
     if (!read_rows(record, layout, {part, part_layout, offset}, *space, use, canvas))
         complaints.say_once("images that end early are painted as far as they came");
     image.left = part.left;
@@ -268,4 +268,4 @@ void release_image(GOP_OperandImagePointer* record)
         record->imp_ImageReleaseFn(record);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -10,7 +10,7 @@
 
 #include <memory>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 enum class BrushUse
@@ -31,4 +31,4 @@ bool keep_image(GOP_OperandImagePointer* record);
 // Ends a keep; the record is gone afterwards.
 void release_image(GOP_OperandImagePointer* record);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

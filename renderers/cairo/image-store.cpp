@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // A file without a name that is gone when it is closed. What was given back is used again.
@@ -137,7 +137,7 @@ void ImageStore::put_away(Image& image)
     const auto lose = [lost = lost_, complaints = &complaints_]
     {
         *lost = true;
-        complaints->say_once("images for which neither memory nor the temporary folder has room are left out");
+        complaints->lose_once("images for which neither memory nor the temporary folder has room are left out");
     };
     if (!written)
         return lose();
@@ -161,4 +161,4 @@ SurfacePtr pixels_of(const Image& image)
     return image.surface == nullptr && image.load ? image.load() : image.surface;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class ImageStore
@@ -38,4 +38,4 @@ private:
 // holds them.
 SurfacePtr pixels_of(const Image& image);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -59,11 +59,11 @@ int scaled(int value, int share)
 }
 
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-constexpr int alpha_byte = 3;
-constexpr int first_colour = 0;
+constexpr int kAlphaByte = 3;
+constexpr int kFirstColour = 0;
 #else
-constexpr int alpha_byte = 0;
-constexpr int first_colour = 1;
+constexpr int kAlphaByte = 0;
+constexpr int kFirstColour = 1;
 #endif
 
 }  // namespace
@@ -109,9 +109,9 @@ void remove_backdrop(cairo_surface_t* layer, cairo_surface_t* alpha, cairo_surfa
             const int opacity = *own.at(x, y);
             uint8_t* pixel = result.at(x, y);
             const uint8_t* under = below.at(x, y);
-            for (int i = first_colour; i < first_colour + 3; ++i)
+            for (int i = kFirstColour; i < kFirstColour + 3; ++i)
                 pixel[i] = static_cast<uint8_t>(std::clamp(pixel[i] - scaled(under[i], 255 - opacity), 0, opacity));
-            pixel[alpha_byte] = static_cast<uint8_t>(opacity);
+            pixel[kAlphaByte] = static_cast<uint8_t>(opacity);
         }
     cairo_surface_mark_dirty(layer);
 }
@@ -131,7 +131,7 @@ void replace_by(cairo_surface_t* target, cairo_surface_t* result, cairo_surface_
     for (int y = std::max(there.top, element.top); y < bottom; ++y)
         for (int x = std::max(there.left, element.left); x < right; ++x)
         {
-            const int kept = 255 - cover.at(x, y)[cover.size == 1 ? 0 : alpha_byte];
+            const int kept = 255 - cover.at(x, y)[cover.size == 1 ? 0 : kAlphaByte];
             if (kept == 255)
                 continue;
             uint8_t* pixel = there.at(x, y);
@@ -139,11 +139,11 @@ void replace_by(cairo_surface_t* target, cairo_surface_t* result, cairo_surface_
             const uint8_t* under = below.at(x, y);
             const auto mixed = [&](int i, int most)
             { return static_cast<uint8_t>(std::clamp(now[i] + scaled(pixel[i] - under[i], kept), 0, most)); };
-            pixel[alpha_byte] = mixed(alpha_byte, 255);
-            for (int i = first_colour; i < first_colour + 3; ++i)
-                pixel[i] = mixed(i, pixel[alpha_byte]);
+            pixel[kAlphaByte] = mixed(kAlphaByte, 255);
+            for (int i = kFirstColour; i < kFirstColour + 3; ++i)
+                pixel[i] = mixed(i, pixel[kAlphaByte]);
         }
     cairo_surface_mark_dirty(target);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

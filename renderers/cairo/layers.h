@@ -6,7 +6,7 @@
 
 #include "renderers/cairo/scene.h"
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // An empty surface that covers the same pixels as `layer`; null if `layer` is no image surface.
@@ -23,4 +23,4 @@ void remove_backdrop(cairo_surface_t* layer, cairo_surface_t* alpha, cairo_surfa
 // cover the same pixels.
 void replace_by(cairo_surface_t* target, cairo_surface_t* result, cairo_surface_t* shape, cairo_surface_t* backdrop);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,7 +6,7 @@
 
 #include <cairo.h>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 inline cairo_matrix_t matrix_of(const GGO_Matrix& matrix)
@@ -15,4 +15,4 @@ inline cairo_matrix_t matrix_of(const GGO_Matrix& matrix)
     return {m[0], m[1], m[2], m[3], m[4], m[5]};
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

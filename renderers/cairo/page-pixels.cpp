@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -107,4 +107,4 @@ PagePixels read_png(const std::string& file_name)
     return copy_pixels(paper.get());
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -318,4 +318,4 @@ cairo_fill_rule_t read_winding_rule(uint32_t rule)
     return rule == GPA_WINDING_ODD_EVEN ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,7 +6,7 @@
 #include "renderers/cairo/complaints.h"
 #include "renderers/cairo/scene.h"
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 enum class PathUse
@@ -22,4 +22,4 @@ StrokeStyle read_stroke_style(const GPA_PathStrokingParams& params, Complaints& 
 
 cairo_fill_rule_t read_winding_rule(uint32_t rule);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -5,7 +5,7 @@
 #include <csetjmp>
 #include <cstring>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 struct PngFile::Writer
@@ -117,4 +117,4 @@ bool PngFile::close()
     return good_;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class PngFile
@@ -41,4 +41,4 @@ private:
     bool good_ = true;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -236,4 +236,4 @@ void ScenePainter::group(const Group& group)
     end_group(group);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -7,16 +7,16 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr double max_cells = 20000.0;
-constexpr double many_cells = 500.0;
-constexpr double max_cell_side = 4096.0;
-constexpr double enlarged_to_blocks = 4.0;
-constexpr int max_overlap = 16;
+constexpr double kMaxCells = 20000.0;
+constexpr double kManyCells = 500.0;
+constexpr double kMaxCellSide = 4096.0;
+constexpr double kEnlargedToBlocks = 4.0;
+constexpr int kMaxOverlap = 16;
 
 bool odd(double index)
 {
@@ -53,8 +53,8 @@ Box visible_box(cairo_t* cr)
 
 cairo_filter_t filter_for(const cairo_matrix_t& to_pixels, bool smooth)
 {
-    const bool blocks = std::hypot(to_pixels.xx, to_pixels.yx) >= enlarged_to_blocks ||
-                        std::hypot(to_pixels.xy, to_pixels.yy) >= enlarged_to_blocks;
+    const bool blocks = std::hypot(to_pixels.xx, to_pixels.yx) >= kEnlargedToBlocks ||
+                        std::hypot(to_pixels.xy, to_pixels.yy) >= kEnlargedToBlocks;
     return blocks && !smooth ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD;
 }
 
@@ -83,8 +83,8 @@ void paint_tiles(cairo_t* cr, const Image& image, cairo_surface_t* pixels, const
     const Tiles& tiles = image.tiles;
     const int columns = tiles.x_flip ? 2 : 1;
     const int rows = tiles.y_flip ? 2 : 1;
-    const int reach_x = std::min(max_overlap, static_cast<int>(std::min(image.width / tiles.x_step, 100.0)));
-    const int reach_y = std::min(max_overlap, static_cast<int>(std::min(image.height / tiles.y_step, 100.0)));
+    const int reach_x = std::min(kMaxOverlap, static_cast<int>(std::min(image.width / tiles.x_step, 100.0)));
+    const int reach_y = std::min(kMaxOverlap, static_cast<int>(std::min(image.height / tiles.y_step, 100.0)));
     for (int row = -reach_y; row < rows + reach_y; ++row)
         for (int column = -reach_x; column < columns + reach_x; ++column)
         {
@@ -117,7 +117,7 @@ bool touches(const Box& content, const Repetition& rep)
 
 int cell_side(double pixels)
 {
-    return static_cast<int>(std::ceil(std::clamp(pixels - 1e-6, 1.0, max_cell_side)));
+    return static_cast<int>(std::ceil(std::clamp(pixels - 1e-6, 1.0, kMaxCellSide)));
 }
 
 }  // namespace
@@ -223,7 +223,7 @@ bool ScenePainter::repeat_by_cell(const Group& group, const Box& content)
         return false;
     const double columns = std::ceil((content.x1 - content.x0) / x_length - 1e-6);
     const double rows = std::ceil((content.y1 - content.y0) / y_length - 1e-6);
-    if (columns > max_overlap || rows > max_overlap)
+    if (columns > kMaxOverlap || rows > kMaxOverlap)
         return false;
     SurfacePtr surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, wide, high));
     SurfacePtr shape_surface = own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, wide, high));
@@ -284,16 +284,16 @@ void ScenePainter::repeat(const Group& group)
         cell_range(visible.x0, visible.x1, content.x0, content.x1, rep.x_step, rep.reflect_x, cells.x0, cells.x1);
         cell_range(visible.y0, visible.y1, content.y0, content.y1, rep.y_step, rep.reflect_y, cells.y0, cells.y1);
         const double count = step_count(cells.x0, cells.x1) * step_count(cells.y0, cells.y1);
-        const bool by_cell = count > many_cells || (count > 1.0 && touches(content, rep) && !rep.whole_pixels);
+        const bool by_cell = count > kManyCells || (count > 1.0 && touches(content, rep) && !rep.whole_pixels);
         if (count > 0.0 && (!by_cell || !repeat_by_cell(group, content)))
         {
-            if (count <= max_cells)
+            if (count <= kMaxCells)
                 repeat_one_by_one(group, cells);
             else
-                complaints_.say_once("content repeated more than 20000 times in ways of its own is left out");
+                complaints_.lose_once("content repeated more than 20000 times in ways of its own is left out");
         }
     }
     end_group(frame);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
@@ -40,8 +40,8 @@ struct Canvas
 
 PixelBox around(const Box& box, double margin)
 {
-    static constexpr double far = 1 << 24;
-    const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -far, far)); };
+    static constexpr double kFar = 1 << 24;
+    const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -kFar, kFar)); };
     return {whole(std::floor(box.x0 - margin)), whole(std::floor(box.y0 - margin)), whole(std::ceil(box.x1 + margin)),
             whole(std::ceil(box.y1 + margin))};
 }
@@ -242,10 +242,8 @@ WhyUnchanged ScenePainter::why_unchanged(const Paint& paint, int x, int y)
     if (!covers(shape_of(paint), pixel) || is_shut_out(paint.clips, pixel, why))
         return why;
     for (size_t depth = 1; depth < levels_.size(); ++depth)
-    {
         if (levels_[depth].hidden)
             return {Unchanged::hidden, levels_[depth].group != nullptr ? levels_[depth].group->call : 0};
-    }
     if (levels_[0].hidden)
         return {Unchanged::hidden, 0};
     if (paint.compose.op == CAIRO_OPERATOR_DEST)
@@ -323,9 +321,9 @@ Watch ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, 
     const int high = cairo_image_surface_get_height(cell);
     const PixelBox& watched = watch_->box;
     // As far as the filter looks: where a pixel of the page is one of the cell, at that one.
-    constexpr double near = 1e-3;
+    constexpr double kNear = 1e-3;
     const double scale = scale_of(to_cell);
-    const double margin = (scale > 1.0 + near ? scale + 1.0 : 1.0) / 2.0 - near;
+    const double margin = (scale > 1.0 + kNear ? scale + 1.0 : 1.0) / 2.0 - kNear;
     const PixelBox all =
         around(transformed({watched.x0 + 0.5, watched.y0 + 0.5, watched.x1 - 0.5, watched.y1 - 0.5}, to_cell), margin);
     const Point middle = transform(to_cell, {watched.x0 + 0.5, watched.y0 + 0.5});
@@ -367,4 +365,4 @@ void ScenePainter::tell_cell_ends(const Group& group, const PatternPtr& cell)
     watch_->step(step);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

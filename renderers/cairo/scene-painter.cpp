@@ -7,20 +7,20 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr double farthest = 4194304.0;  // pixels; Cairo's own numbers end at twice this
+constexpr double kFarthest = 4194304.0;  // pixels; Cairo's own numbers end at twice this
 
 double held(double value)
 {
-    return std::clamp(value, -farthest, farthest);
+    return std::clamp(value, -kFarthest, kFarthest);
 }
 
-constexpr double flatness = 0.05;           // pixels
-constexpr double thinnest_with_ends = 1.0;  // pixels; below, caps and joins cannot be told apart
+constexpr double kFlatness = 0.05;         // pixels
+constexpr double kThinnestWithEnds = 1.0;  // pixels; below, caps and joins cannot be told apart
 
 // Operators that act where nothing is painted, too.
 bool reaches_beyond(cairo_operator_t op)
@@ -89,12 +89,10 @@ const cairo_matrix_t& ScenePainter::to_pixels() const
 void ScenePainter::paint_nodes(const Nodes& nodes)
 {
     for (const Node& node : nodes)
-    {
         if (const auto* painted = std::get_if<Paint>(&node.what))
             paint(*painted);
         else
             group(std::get<Group>(node.what));
-    }
 }
 
 // Outlines.
@@ -241,9 +239,9 @@ void ScenePainter::draw_piece(const StrokePiece& piece)
     const cairo_matrix_t pen = multiply(piece.to_content, to_pixels());
     const double scale = scale_of(pen);
     const bool usable = std::isfinite(scale) && scale > 0.0;
-    if (is_plain(piece.style) || !usable || piece.style.width * scale <= thinnest_with_ends)
+    if (is_plain(piece.style) || !usable || piece.style.width * scale <= kThinnestWithEnds)
         return stroke_plain(piece, pen);
-    const StrokeParts parts = take_apart(piece.path, piece.style, flatness / scale);
+    const StrokeParts parts = take_apart(piece.path, piece.style, kFlatness / scale);
     StrokePiece body{parts.body, StrokeStyle{}, piece.to_content};
     body.style.width = piece.style.width;
     body.style.join = parts.body_join;
@@ -498,4 +496,4 @@ void ScenePainter::apply_mask(const Compose& compose)
     cairo_paint(cr_);
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

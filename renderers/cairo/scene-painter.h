@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 class ScenePainter
@@ -159,4 +159,4 @@ template <typename Draw> void ScenePainter::on_each_plane(Draw&& draw)
     }
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

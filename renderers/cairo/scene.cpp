@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 void Path::move_to(Point point)
@@ -74,4 +74,4 @@ Path rectangle(const Box& box)
     return path;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 using SurfacePtr = std::shared_ptr<cairo_surface_t>;
@@ -273,4 +273,4 @@ double scale_of(const cairo_matrix_t& matrix);
 
 Path rectangle(const Box& box);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <iterator>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr uint32_t max_clips = 100000;
-constexpr uint32_t max_partners = 100000;
+constexpr uint32_t kMaxClips = 100000;
+constexpr uint32_t kMaxPartners = 100000;
 
 template <typename Record> const Record& as(const GSH_Shape& head)
 {
@@ -91,7 +91,7 @@ void add_glyph_strokes(Shape& shape, const Shape& filled, const StrokeStyle& sty
         const auto* fill = std::get_if<FillPiece>(&piece);
         if (fill == nullptr)
         {
-            complaints.say_once("glyphs that come as bitmaps are not stroked");
+            complaints.lose_once("glyphs that come as bitmaps are not stroked");
             continue;
         }
         Path path = fill->path;
@@ -126,9 +126,9 @@ Shape read_united(const GSH_ShapeList& list, const ShapeContext& context)
     uint32_t count = 0;
     for (const GSH_ShapeList* at = &list; at != nullptr; at = at->sl_Collection)
     {
-        if (++count > max_partners)
+        if (++count > kMaxPartners)
         {
-            context.complaints.say_once("clip collections of more than 100000 lists are cut short");
+            context.complaints.lose_once("clip collections of more than 100000 lists are cut short");
             break;
         }
         if (at->sl_Shape.sp_HeaderPtr == nullptr)
@@ -214,7 +214,7 @@ bool has_text(const GSH_ShapeList* list)
         for (const GSH_ShapeList* partner = at; partner != nullptr; partner = partner->sl_Collection)
         {
             const GSH_Shape* head = partner->sl_Shape.sp_HeaderPtr;
-            if ((head != nullptr && is_text(*head)) || ++count > max_clips)
+            if ((head != nullptr && is_text(*head)) || ++count > kMaxClips)
                 return true;
         }
     return false;
@@ -225,9 +225,9 @@ ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context)
     ClipList clips;
     for (const GSH_ShapeList* at = list; at != nullptr; at = at->sl_Next)
     {
-        if (clips.size() == max_clips)
+        if (clips.size() == kMaxClips)
         {
-            context.complaints.say_once("clips of more than 100000 lists are cut short");
+            context.complaints.lose_once("clips of more than 100000 lists are cut short");
             break;
         }
         Clip clip;
@@ -240,4 +240,4 @@ ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context)
     return clips;
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

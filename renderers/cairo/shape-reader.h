@@ -7,7 +7,7 @@
 #include "renderers/cairo/complaints.h"
 #include "renderers/cairo/scene.h"
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 struct ShapeContext
@@ -32,4 +32,4 @@ bool has_text(const GSH_ShapeList* list);
 
 ClipList read_clips(const GSH_ShapeList* list, const ShapeContext& context);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

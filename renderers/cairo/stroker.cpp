@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 namespace
 {
 
-constexpr double round_reach = 0.5522847498307936;  // control points of a quarter circle
-constexpr int max_curve_pieces = 200;
-constexpr size_t max_dashes = 200000;
+constexpr double kRoundReach = 0.5522847498307936;  // control points of a quarter circle
+constexpr int kMaxCurvePieces = 200;
+constexpr size_t kMaxDashes = 200000;
 
 Point operator+(Point one, Point other)
 {
@@ -71,7 +71,7 @@ void add_curve(Line& line, Point p0, Point p1, Point p2, Point p3, double tolera
 {
     const double bend = std::max(length(p0 - p1 * 2.0 + p2), length(p1 - p2 * 2.0 + p3));
     const double wanted = std::sqrt(0.75 * bend / std::max(tolerance, 1e-12));
-    const int pieces = static_cast<int>(std::ceil(std::clamp(wanted, 1.0, static_cast<double>(max_curve_pieces))));
+    const int pieces = static_cast<int>(std::ceil(std::clamp(wanted, 1.0, static_cast<double>(kMaxCurvePieces))));
     for (int i = 1; i <= pieces; ++i)
     {
         const double t = static_cast<double>(i) / pieces;
@@ -85,12 +85,10 @@ void drop_repeated(Line& line)
 {
     std::vector<Vertex> kept;
     for (const Vertex& vertex : line.vertices)
-    {
         if (kept.empty() || length(vertex.at - kept.back().at) > 0.0)
             kept.push_back(vertex);
         else
             kept.back().corner = kept.back().corner || vertex.corner;
-    }
     if (line.closed && kept.size() > 1 && !(length(kept.front().at - kept.back().at) > 0.0))
         kept.pop_back();
     line.vertices = std::move(kept);
@@ -194,13 +192,13 @@ std::vector<Line> cut(const Line& line, const StrokeStyle& style)
     const auto begin = [&](Point at) { dashes.push_back({{{at, true}}, false, style.dash_cap, style.dash_cap}); };
     if (walk.on())
         begin(vertices.front().at);
-    for (size_t i = 1; i < vertices.size() && dashes.size() < max_dashes; ++i)
+    for (size_t i = 1; i < vertices.size() && dashes.size() < kMaxDashes; ++i)
     {
         const Point from = vertices[i - 1].at;
         const Point along = direction(from, vertices[i].at);
         const double whole = length(vertices[i].at - from);
         double done = 0.0;
-        while (walk.left() <= whole - done && dashes.size() < max_dashes)
+        while (walk.left() <= whole - done && dashes.size() < kMaxDashes)
         {
             done += walk.left();
             const Point at = from + along * done;
@@ -330,8 +328,8 @@ void Builder::cap(Cap kind, Point at, Point outwards, double room)
     path.move_to(at + back + side);
     path.line_to(at + back - side);
     path.line_to(at - side);
-    path.curve_to(at - side + tip * round_reach, at + tip - side * round_reach, at + tip);
-    path.curve_to(at + tip + side * round_reach, at + side + tip * round_reach, at + side);
+    path.curve_to(at - side + tip * kRoundReach, at + tip - side * kRoundReach, at + tip);
+    path.curve_to(at + tip + side * kRoundReach, at + side + tip * kRoundReach, at + side);
     path.close();
 }
 
@@ -394,4 +392,4 @@ StrokeParts take_apart(const Path& path, const StrokeStyle& style, double tolera
     return builder.take();
 }
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -5,7 +5,7 @@
 
 #include "renderers/cairo/scene.h"
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // True if Cairo's own stroke is the stroke.
@@ -22,4 +22,4 @@ struct StrokeParts
 // `tolerance` is how far lines may be off curves, in the pen's space.
 StrokeParts take_apart(const Path& path, const StrokeStyle& style, double tolerance);
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

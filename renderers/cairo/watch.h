@@ -12,7 +12,7 @@
 #include <functional>
 #include <vector>
 
-namespace cairo_renderer
+namespace orvlog::cairo_renderer
 {
 
 // Whole pixels from (x0, y0) up to, but without, (x1, y1).
@@ -91,4 +91,4 @@ struct Watch
     std::function<void(const WatchStep&)> step;
 };
 
-}  // namespace cairo_renderer
+}  // namespace orvlog::cairo_renderer

@@ -50,9 +50,7 @@ size_t payload_bytes(const orvlog::reader::Element& element)
 {
     size_t size = element.bytes.size();
     for (const orvlog::reader::Element& child : orvlog::reader::Children(element))
-    {
         size += payload_bytes(child);
-    }
     return size;
 }
 
@@ -64,16 +62,12 @@ void add_path(Hash& hash, const GPA_PathPointer& pointer)
     const GGO_BoxFloat& box = path.pa_EnclosingBox;
     hash.add_numbers({box.gbf_MinX, box.gbf_MinY, box.gbf_MaxX, box.gbf_MaxY});
     for (uint32_t i = 0; i < path.pa_NumEdges; ++i)
-    {
         hash.add_numbers({path.pa_EdgeStart[i].gpf_X, path.pa_EdgeStart[i].gpf_Y});
-    }
     for (uint32_t i = 0; i < path.pa_NumEdges; ++i)
     {
         const GPA_Edge* edge = pointer.lpp_EdgePointer[i].ep_Pointer;
         for (size_t j = 0; edge && j < edge->ed_SegmentCount; ++j)
-        {
             add_segment(hash, *edge, j);
-        }
     }
 }
 
@@ -100,8 +94,6 @@ void add_glyph(Hash& hash, const orvlog::reader::Element& element, const GFI_Gly
         return add(GFI_GLYPH_DESC_RLE_PAYLOAD, reinterpret_cast<const GFI_GlyphDescRLE*>(head)->gdr_RleSize);
     default:
         if (glyph.gdp_Path && glyph.gdp_Path->lpp_Path)
-        {
             add_path(hash, *glyph.gdp_Path);
-        }
     }
 }

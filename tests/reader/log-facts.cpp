@@ -126,14 +126,10 @@ Json Facts::of_log(const std::filesystem::path& name)
     watch(reader);
     const Element* element = reader.next();
     if (!reader.events().is_log())
-    {
         return {};
-    }
     start(reader.root());
     for (const Attribute& attribute : reader.root().attributes)
-    {
         root_[std::string(attribute.name)] = attribute.value;
-    }
     above_.push_back(&reader.root());
     for (; element; element = reader.next())
     {
@@ -144,9 +140,7 @@ Json Facts::of_log(const std::filesystem::path& name)
     above_.pop_back();
     tags_.add(">ORV\n");
     if (reader.events().is_cut())
-    {
         ++left_open_["ORV"];
-    }
     Json all = facts();
     all["coded"] = reader.events().is_coded();
     return all;
@@ -158,24 +152,18 @@ void Facts::start(const Element& element)
     ++elements_[name];
     tags_.add("<" + name + "\n");
     for (const Attribute& attribute : element.attributes)
-    {
         tags_.add(std::string(attribute.name) + "=" + std::string(attribute.value) + "\n");
-    }
 }
 
 void Facts::walk(const Element& element)
 {
     if (element.name == "GXC_ColorTickets")
-    {
         return ticket(element);
-    }
     start(element);
     records(element);
     above_.push_back(&element);
     for (const Element& child : Children(element))
-    {
         walk(child);
-    }
     above_.pop_back();
     end(element);
 }
@@ -183,53 +171,31 @@ void Facts::walk(const Element& element)
 void Facts::end(const Element& element)
 {
     if (element.name == "BufferUInt8")
-    {
         tags_.add(element.bytes);
-    }
     else if (element.name == "BufferFloat")
-    {
         for (float number : to_floats(element.rows))
-        {
             tags_.add_numbers({number});
-        }
-    }
     tags_.add(">" + std::string(element.name) + "\n");
     if (element.implied_end)
-    {
         ++left_open_[std::string(element.name)];
-    }
     if (element.name == "GOP_ImageKeepFn" && element.has("async_img_log_file_name"))
-    {
         kept_image(to_text(element.value("async_img_log_file_name")));
-    }
 }
 
 void Facts::records(const Element& element)
 {
     if (element.name == "ORV_face_start")
-    {
         face(element);
-    }
     else if (is_one_of(element.name, kPaints))
-    {
         paint(element);
-    }
     else if (element.name == "GOP_OperandImagePointer")
-    {
         image(element);
-    }
     else if (element.name == "GOP_ImageReadFn")
-    {
         read(element);
-    }
     else if (element.name == "GPA_PathPointer")
-    {
         path(element);
-    }
     else if (element.name == "GFI_GlyphDescPointer")
-    {
         glyph(element);
-    }
 }
 
 void Facts::face(const Element& call)
@@ -237,25 +203,21 @@ void Facts::face(const Element& call)
     page_of_[std::string(call.value("drawing_context"))] = pages_.size();
     Page& page = pages_.emplace_back();
     if (const ORV_FaceProperties* properties = reader_.face_properties(call.child("ORV_FaceProperties")))
-    {
         page.size = {properties->fp_WidthInPixels, properties->fp_HeightInPixels};
-    }
 }
 
 void Facts::paint(const Element& call)
 {
     const auto page = page_of_.find(std::string(call.value("drawing_context")));
     if (page != page_of_.end())
-    {
         ++pages_[page->second].paints[std::string(call.name)];
-    }
 }
 
 const Element* Facts::innermost_image_callback() const
 {
-    constexpr std::string_view callbacks[] = {"GOP_ImagePrepareFn", "GOP_ImageFinishFn"};
+    constexpr std::string_view kCallbacks[] = {"GOP_ImagePrepareFn", "GOP_ImageFinishFn"};
     const auto found = std::find_if(above_.rbegin(), above_.rend(),
-                                    [&](const Element* element) { return is_one_of(element->name, callbacks); });
+                                    [&](const Element* element) { return is_one_of(element->name, kCallbacks); });
     return found == above_.rend() ? nullptr : *found;
 }
 
@@ -278,9 +240,7 @@ void Facts::image(const Element& pointer)
     const Element* record = pointer.child("GOP_OperandImage");
     const GOP_OperandImagePointer* told = reader_.image(&pointer);
     if (record && told && told->imp_Image)
-    {
         image.size = {told->imp_Image->im_ImageWidthPixels, told->imp_Image->im_ImageHeightPixels};
-    }
     if (pointer.has("imp_DirectImageFileName"))
     {
         image.direct = std::make_unique<Hash>();
@@ -290,9 +250,7 @@ void Facts::image(const Element& pointer)
     {
         image.direct = std::make_unique<Hash>();
         if (const Element* bytes = data->child("BufferUInt8"))
-        {
             image.direct->add(bytes->bytes);
-        }
     }
 }
 
@@ -300,9 +258,7 @@ void Facts::read(const Element& callback)
 {
     const auto found = image_of_.find(std::string(callback.value("Id")));
     if (found == image_of_.end())
-    {
         return;
-    }
     Image& image = images_[found->second];
     read_side_file(callback, "ImageFileName", "img_returned", image.read);
     read_side_file(callback, "AttrFileName", "attr_returned", image.attributes);
@@ -310,18 +266,14 @@ void Facts::read(const Element& callback)
     {
         const Element* bytes = child.child("BufferUInt8");
         if (bytes && (child.name == "img_buf" || child.name == "attr_buf"))
-        {
             (child.name == "img_buf" ? image.read : image.attributes).add(bytes->bytes);
-        }
     }
 }
 
 void Facts::read_side_file(const Element& callback, std::string_view name, std::string_view length, Hash& hash)
 {
     if (!callback.has(name) || !read_bool(callback, "return"))
-    {
         return;
-    }
     const std::string_view content = side_file(callback.value(name));
     uint64_t& offset = side_offsets_[std::string(callback.value(name))];
     const auto size = static_cast<uint64_t>(std::max(read_int(callback, length), 0));
@@ -346,18 +298,14 @@ void Facts::kept_image(const std::string& name)
     ElementReader reader(file, LogForm::fragment);
     watch(reader);
     while (const Element* element = reader.next())
-    {
         walk(*element);
-    }
 }
 
 void Facts::path(const Element& pointer)
 {
     const GPA_PathPointer* told = reader_.path(&pointer);
     if (!told || !told->lpp_Path)
-    {
         return;
-    }
     Hash hash;
     add_path(hash, *told);
     paths_.push_back({{"edges", told->lpp_Path->pa_NumEdges}, {"sha256", hash.sum()}});
@@ -368,12 +316,10 @@ void Facts::glyph(const Element& pointer)
     const GFI_GlyphDescPointer* told = reader_.glyph(&pointer);
     const GFI_GlyphDesc* glyph = told ? told->gdp_GlyphDesc : nullptr;
     if (!glyph)
-    {
         return;
-    }
-    constexpr std::array<const char*, 5> names = {"GFI_GlyphDescFBE", "GFI_GlyphDescBitmap", "GFI_GlyphDescPath",
-                                                  "GFI_GlyphDescTrueType", "GFI_GlyphDescRLE"};
-    Glyphs& glyphs = glyphs_[names.at(glyph->gd_Type)];
+    constexpr std::array<const char*, 5> kNames = {"GFI_GlyphDescFBE", "GFI_GlyphDescBitmap", "GFI_GlyphDescPath",
+                                                   "GFI_GlyphDescTrueType", "GFI_GlyphDescRLE"};
+    Glyphs& glyphs = glyphs_[kNames.at(glyph->gd_Type)];
     ++glyphs.count;
     add_glyph(glyphs.payload, pointer, *told);
 }
@@ -395,9 +341,7 @@ void Facts::ticket(const Element& text)
     }
     tickets_.push_back({{"id", read_uint(*above_.back(), "id")}, {"sha256", hash.sum()}, {"profiles", profiles}});
     if (text.implied_end)
-    {
         ++left_open_[std::string(text.name)];
-    }
 }
 
 Json Facts::facts() const
@@ -407,16 +351,10 @@ Json Facts::facts() const
                 {"tickets", tickets_},    {"left_open", left_open_}, {"calls", Json::object()},
                 {"pages", Json::array()}, {"images", Json::array()}, {"glyphs", Json::object()}};
     for (const auto& [name, count] : elements_)
-    {
         if (is_call(name))
-        {
             all["calls"][name] = count;
-        }
-    }
     for (const Page& page : pages_)
-    {
         all["pages"].push_back({{"size", page.size}, {"paints", page.paints}});
-    }
     for (const Image& image : images_)
     {
         all["images"].push_back({{"id", image.id},

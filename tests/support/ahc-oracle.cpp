@@ -29,10 +29,8 @@ void renumber(AHC_Node* m)
 bool contains(const AHC_Node* top, const AHC_Node* node)
 {
     for (; node != nullptr; node = node->parent)
-    {
         if (node == top)
             return true;
-    }
     return false;
 }
 
@@ -70,10 +68,8 @@ void ScanningCoder::set_input(std::span<const uint8_t> data)
 AHC_Node* ScanningCoder::look_up(uint8_t byte)
 {
     for (AHC_Node* node = nodes.data(); node < next_free; ++node)
-    {
         if (node->symbol == byte)
             return node;
-    }
     return escape;
 }
 
@@ -100,10 +96,8 @@ void ScanningCoder::update(AHC_Node* node)
     {
         AHC_Node* p = x;
         for (AHC_Node* candidate = nodes.data(); candidate < next_free; ++candidate)
-        {
             if (candidate->weight == x->weight && candidate->code < p->code)
                 p = candidate;
-        }
         // With wrapped codes the partner can be below or above: the plain rule would tie a knot.
         const bool knot = contains(x, p) || contains(p, x);
         if (p != x && p != x->parent && !knot)
@@ -156,10 +150,8 @@ uint8_t ScanningCoder::finish()
     uint8_t last = 0;
     uint8_t* out = &last;
     for (uint32_t i = escape->code_length; i > 0; --i)
-    {
         if (put_bit(escape->code >> ((i - 1) % 64), out))
             return last;
-    }
     return static_cast<uint8_t>(bit_buffer << (bit_position + 1));
 }
 

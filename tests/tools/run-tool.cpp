@@ -19,12 +19,10 @@ void add_quoted(std::string* command, const std::string& argument)
 {
     command->push_back('\'');
     for (const char c : argument)
-    {
         if (c == '\'')
             command->append("'\\''");
         else
             command->push_back(c);
-    }
     command->push_back('\'');
 }
 

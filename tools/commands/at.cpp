@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -88,7 +88,7 @@ PixelBox box_of(const AtOptions& options)
     return {pixel[0], pixel[1], next(pixel[0]), next(pixel[1])};
 }
 
-constexpr uint64_t most_alike = 10;
+constexpr uint64_t kMostAlike = 10;
 
 // Calls that leave the pixel as it was, for the same reason.
 bool are_alike(const Touch& one, const Touch& other)
@@ -147,8 +147,8 @@ private:
 
     void complain(const std::string& line)
     {
-        constexpr size_t most = 100;
-        if (said_.size() < most && said_.insert(line).second)
+        constexpr size_t kMost = 100;
+        if (said_.size() < kMost && said_.insert(line).second)
             say(options_.log + ": " + printable(line));
     }
 
@@ -187,11 +187,11 @@ private:
         {
             const bool more = i > 0 && are_alike(*touches[i - 1], *touches[i]);
             alike = more ? alike + 1 : 0;
-            if (options_.all || alike < most_alike)
+            if (options_.all || alike < kMostAlike)
                 put(touch_line(view(*touches[i])));
             const bool last = i + 1 == touches.size() || !are_alike(*touches[i], *touches[i + 1]);
-            if (!options_.all && last && alike >= most_alike)
-                put("             " + std::to_string(alike - most_alike + 1) + " more that stay for this reason\n");
+            if (!options_.all && last && alike >= kMostAlike)
+                put("             " + std::to_string(alike - kMostAlike + 1) + " more that stay for this reason\n");
         }
     }
 
@@ -277,4 +277,4 @@ Run declare_at(CLI::App& app)
     return [options] { return at(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

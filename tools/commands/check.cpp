@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -52,14 +52,14 @@ public:
 
     void add(const Finding& finding)
     {
-        Kind& kind = kinds_.size() < MOST_KINDS ? kinds_[kind_of(finding)] : known(kind_of(finding));
+        Kind& kind = kinds_.size() < kMostKinds ? kinds_[kind_of(finding)] : known(kind_of(finding));
         if (kind.count == 0)
         {
             kind.first = finding;
             kind.place = ++places_;
         }
         ++kind.count;
-        if (command_.all || kind.count <= MOST_OF_A_KIND)
+        if (command_.all || kind.count <= kMostOfAKind)
             write(finding, 0);
     }
 
@@ -67,21 +67,19 @@ public:
     {
         std::map<size_t, const Kind*> in_order;
         for (const auto& [name, kind] : kinds_)
-        {
-            if (!command_.all && kind.count > MOST_OF_A_KIND)
+            if (!command_.all && kind.count > kMostOfAKind)
                 in_order[kind.place] = &kind;
-        }
-        if (!command_.all && others_.count > MOST_OF_A_KIND)
+        if (!command_.all && others_.count > kMostOfAKind)
             in_order[others_.place] = &others_;
         for (const auto& [place, kind] : in_order)
-            write(kind->first, kind->count - MOST_OF_A_KIND);
+            write(kind->first, kind->count - kMostOfAKind);
         if (command_.json)
             put(first_ ? "[]\n" : "\n]\n");
     }
 
 private:
-    static constexpr uint64_t MOST_OF_A_KIND = 10;
-    static constexpr size_t MOST_KINDS = 1000;
+    static constexpr uint64_t kMostOfAKind = 10;
+    static constexpr size_t kMostKinds = 1000;
 
     struct Kind
     {
@@ -168,10 +166,11 @@ Run declare_check(CLI::App& app)
                "resources that are not begun or not ended, engines, images and tickets that are not known, images and "
                "buffers with too few bytes, and files beside the log that are missing, too short, or not to be read. "
                "A finding that a sound log may have, too, is a note: numbers that are not finite, empty clips, images "
-               "and tickets that their client ended early. Of findings that differ by nothing but numbers the first "
+               "and tickets that their client ended early, paints without effect or far beyond their page, and groups "
+               "that nothing is drawn into. Of findings that differ by nothing but numbers the first "
                "ten are written, and behind all others how many more there are.\n\nThe exit status is 0 if there is "
                "no error, and 1 if there is one, or if it is no log.");
     return [command] { return check(*command); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

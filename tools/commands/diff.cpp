@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -100,10 +100,10 @@ private:
     // Calls that belong together get the same number.
     void number(const Step& step)
     {
-        const uint64_t side = step.b == nullptr                ? CallNumber::in_a
-                              : step.a == nullptr              ? CallNumber::in_b
-                              : step.kind == StepKind::changed ? CallNumber::changed
-                                                               : CallNumber::same;
+        const uint64_t side = step.b == nullptr                ? CallNumber::kInA
+                              : step.a == nullptr              ? CallNumber::kInB
+                              : step.kind == StepKind::changed ? CallNumber::kChanged
+                                                               : CallNumber::kSame;
         const uint64_t number = 4 * ++calls_ + side;
         if (step.a != nullptr)
             numbers_a_.add({step.a->place.byte, number});
@@ -257,4 +257,4 @@ Run declare_diff(CLI::App& app)
     return [options] { return diff(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

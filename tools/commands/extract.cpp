@@ -19,7 +19,7 @@
 #include <set>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -151,7 +151,6 @@ private:
     void extract_glyphs(const Element& element, uint32_t depth)
     {
         for (const Element& child : Children(element))
-        {
             if (child.name == "GFI_StringStartFn")
             {
                 font_ = child.value("unique_font_id");
@@ -163,7 +162,6 @@ private:
                 extract_glyph(child);
             else if (depth < kDeepest)
                 extract_glyphs(child, depth + 1);
-        }
     }
 
     void extract_glyph(const Element& callback)
@@ -215,10 +213,8 @@ private:
             const bool holds = csd != nullptr && csd->value("csd_Type") == "GCM_CSDTYPE_PROFILE_BUFFER";
             std::vector<uint8_t> bytes;
             for (const Element& child : Children(element))
-            {
                 if (child.name == "BufferUInt8")
                     bytes.insert(bytes.end(), child.bytes.begin(), child.bytes.end());
-            }
             if (holds && !bytes.empty())
                 profile(bytes, read_uint(*csd, "csd_Defn.ProfileBufferSize"), ordered_json::object());
         }
@@ -226,16 +222,12 @@ private:
         {
             const auto reading = orvlog::reader::read_ticket_text(element.rows);
             for (const auto& definition : reading.definitions)
-            {
                 if (definition.profile_size > 0)
                     profile(reading.profile(definition), definition.profile_size, {{"from", "ticket"}});
-            }
         }
         for (const Element& child : Children(element))
-        {
             if (depth < kDeepest)
                 extract_profiles(child, depth + 1);
-        }
     }
 
     void extract_ticket(const Element& call)
@@ -361,4 +353,4 @@ Run declare_extract(CLI::App& app)
     return [options] { return extract(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

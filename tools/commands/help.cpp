@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -69,10 +69,8 @@ int print_help(const HelpOptions& options)
     if (!options.shell.empty())
         return print(options.shell == "bash" ? bash_completion() : zsh_completion());
     for (const Command& command : commands())
-    {
         if (options.topic == command.name)
             return print(help_text(usage_of(command)));
-    }
     return print_commands();
 }
 
@@ -99,4 +97,4 @@ Run declare_help(CLI::App& app)
     return [options] { return print_help(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -28,7 +28,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -59,10 +59,8 @@ bool holds_callbacks(std::istream& file)
         last = damage.place.line;
     };
     while (const orvlog::reader::Element* element = elements.next())
-    {
         if (!element->name.starts_with("GOP_Image") || !element->name.ends_with("Fn"))
             return false;
-    }
     return !first || (elements.events().is_cut() && *first + 1 >= last);
 }
 
@@ -80,13 +78,13 @@ public:
         for (bool first = true, at_end = false; !at_end; first = false)
         {
             const size_t carried = text.size();
-            text.resize(carried + BLOCK);
-            log.read(text.data() + carried, BLOCK);
+            text.resize(carried + kBlock);
+            log.read(text.data() + carried, kBlock);
             text.resize(carried + static_cast<size_t>(log.gcount()));
-            at_end = log.gcount() < static_cast<std::streamsize>(BLOCK);
+            at_end = log.gcount() < static_cast<std::streamsize>(kBlock);
             if (first && !is_plain_log(text, why))
                 return false;
-            kept = kept || text.find(KEPT) != std::string::npos;
+            kept = kept || text.find(kKept) != std::string::npos;
             text.erase(0, take_names(text, at_end));
         }
         if (!kept)
@@ -101,11 +99,11 @@ public:
     }
 
 private:
-    static constexpr size_t BLOCK = size_t{1} << 16;
-    static constexpr std::string_view KEPT = "</GOP_ImageKeepFn>";
-    static constexpr std::string_view ATTRIBUTE = "async_img_log_file_name";
-    static constexpr size_t TO_NAME = ATTRIBUTE.size() + 2;  // with the equals sign and the quote
-    static constexpr size_t LONGEST = 100;                   // no name is longer
+    static constexpr size_t kBlock = size_t{1} << 16;
+    static constexpr std::string_view kKept = "</GOP_ImageKeepFn>";
+    static constexpr std::string_view kAttribute = "async_img_log_file_name";
+    static constexpr size_t kToName = kAttribute.size() + 2;  // with the equals sign and the quote
+    static constexpr size_t kLongest = 100;                   // no name is longer
 
     static bool is_plain_log(std::string_view text, std::string* why)
     {
@@ -118,15 +116,15 @@ private:
     size_t take_names(std::string_view text, bool at_end)
     {
         size_t at = 0;
-        for (; (at = text.find(ATTRIBUTE, at)) != std::string_view::npos; ++at)
+        for (; (at = text.find(kAttribute, at)) != std::string_view::npos; ++at)
         {
-            if (!at_end && text.size() - at < TO_NAME + LONGEST)
+            if (!at_end && text.size() - at < kToName + kLongest)
                 return at;
-            const std::string_view rest = text.substr(std::min(at + TO_NAME, text.size()));
-            const size_t end = rest.substr(0, LONGEST).find_first_of("\"\n");
-            take_name(std::string(rest.substr(0, end == std::string_view::npos ? LONGEST : end)));
+            const std::string_view rest = text.substr(std::min(at + kToName, text.size()));
+            const size_t end = rest.substr(0, kLongest).find_first_of("\"\n");
+            take_name(std::string(rest.substr(0, end == std::string_view::npos ? kLongest : end)));
         }
-        return text.size() - std::min(text.size(), KEPT.size() + ATTRIBUTE.size());
+        return text.size() - std::min(text.size(), kKept.size() + kAttribute.size());
     }
 
     void take_name(const std::string& name)
@@ -182,10 +180,8 @@ public:
     {
         std::error_code ignored;
         for (const fs::path& file : taken_)
-        {
             if (!fs::equivalent(file, merged, ignored))
                 fs::remove(file, ignored);
-        }
     }
 
 private:
@@ -281,10 +277,8 @@ int merge_parts(const MergeOptions& options, const fs::path& log, const std::vec
         workshop.remove_originals(merged);
     std::error_code ignored;
     for (const fs::path& original : originals)
-    {
         if (temporary && !fs::equivalent(original, merged, ignored))
             fs::remove(original, ignored);
-    }
     return EXIT_DONE;
 }
 
@@ -350,4 +344,4 @@ Run declare_merge(CLI::App& app)
     return [options] { return merge(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -20,7 +20,7 @@
 
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -181,4 +181,4 @@ Run declare_minimise(CLI::App& app)
     return [command] { return MinimiseJob(*command).run(); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

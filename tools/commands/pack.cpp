@@ -15,13 +15,13 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr size_t PIECE = 1 << 16;
+constexpr size_t kPiece = 1 << 16;
 
 struct PackOptions
 {
@@ -51,10 +51,10 @@ int pack(const PackOptions& options)
     if (coded == nullptr)
         return fail(options.output + ": " + std::strerror(errno != 0 ? errno : ENOMEM));
     Progress progress(source.size());
-    std::vector<char> piece(PIECE);
+    std::vector<char> piece(kPiece);
     uint64_t done = 0;
-    std::string head(PIECE, '\0');
-    source.stream().read(head.data(), PIECE);
+    std::string head(kPiece, '\0');
+    source.stream().read(head.data(), kPiece);
     head.resize(static_cast<size_t>(source.stream().gcount()));
     const bool is_log = begins_as_log(head);
     orvlog::reader::RejoinedBytes rejoined(head, source.stream());
@@ -62,7 +62,7 @@ int pack(const PackOptions& options)
     orvlog::reader::LogBytes log_bytes(whole);
     std::istream log(&log_bytes);
     std::istream& input = is_log ? log : whole;
-    while (input.read(piece.data(), PIECE), input.gcount() > 0)
+    while (input.read(piece.data(), kPiece), input.gcount() > 0)
     {
         const auto count = static_cast<uint64_t>(input.gcount());
         coded->ops->gio_Write(piece.data(), 1, count, coded->instance);
@@ -94,4 +94,4 @@ Run declare_pack(CLI::App& app)
     return [options] { return pack(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

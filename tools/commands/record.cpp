@@ -22,7 +22,7 @@
 #include <optional>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -30,7 +30,7 @@ namespace
 
 using std::filesystem::path;
 
-constexpr size_t PIECE = 1 << 16;
+constexpr size_t kPiece = 1 << 16;
 
 struct RecordOptions
 {
@@ -187,12 +187,10 @@ bool put_out(const std::string& file)
 {
     std::ifstream log(file, std::ios::binary);
     Output output("-");
-    std::vector<char> piece(PIECE);
-    while (log.read(piece.data(), PIECE), log.gcount() > 0)
-    {
+    std::vector<char> piece(kPiece);
+    while (log.read(piece.data(), kPiece), log.gcount() > 0)
         if (!output.write(piece.data(), static_cast<size_t>(log.gcount())))
             break;
-    }
     return output.finish();
 }
 
@@ -296,4 +294,4 @@ Run declare_record(CLI::App& app)
     return [options] { return record(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -51,10 +51,8 @@ public:
         if (!source.open())
             return fail(command_.log + ": " + source.why());
         for (const std::string& output : {command_.output, command_.list})
-        {
             if (!output.empty() && output != "-" && is_same_file(output, command_.log))
                 return fail(output + ": is the log to be redacted");
-        }
         std::istream& log = source.stream();
         Progress progress(source.size());
         orvlog::inspect::TrimOptions options;
@@ -62,8 +60,8 @@ public:
         { return files_.open(name, kind); };
         options.complain = [this](const std::string& line)
         {
-            constexpr size_t most = 100;
-            if (complaints_++ < most)
+            constexpr size_t kMost = 100;
+            if (complaints_++ < kMost)
                 say(printable(command_.log + ": " + line));
         };
         // One text with all that stood beside it, and of this the redacted one.
@@ -137,4 +135,4 @@ Run declare_redact(CLI::App& app)
     return [command] { return RedactJob(*command).run(); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

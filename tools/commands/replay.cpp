@@ -4,6 +4,7 @@
 #include "clients/command-line/number-range.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/session/logged-session.h"
+#include "inspect/drawing/glyph-form.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/shared/address.h"
@@ -21,7 +22,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -54,8 +55,8 @@ class Complaints
 public:
     void say(const std::string& line)
     {
-        constexpr size_t most = 100;
-        if (said_.size() < most && said_.insert(line).second)
+        constexpr size_t kMost = 100;
+        if (said_.size() < kMost && said_.insert(line).second)
             tool::say(printable(line));
     }
 
@@ -154,18 +155,10 @@ private:
         }
         options.page_number = [this](const cairo_renderer::Page&) { return page_; };
         options.keep_images = kind_.kept_images;
-        options.glyph_form = glyph_form();
+        options.glyph_form = orvlog::inspect::glyph_form(kind_);
         options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
+        options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
-    }
-
-    // That of the job's renderer, by what it has asked for.
-    cairo_renderer::GlyphForm glyph_form() const
-    {
-        if (kind_.rendered_fixed)
-            return cairo_renderer::GlyphForm::in_turn;
-        const bool bitmaps = (kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-        return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
     }
 
     // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
@@ -206,9 +199,10 @@ private:
     // Says all that is wrong, a line each.
     int finish(const orvlog::replay::Outcome& outcome)
     {
-        std::vector<std::string> wrong;
+        std::vector<std::string> wrong = losses_;
         if (session_ != nullptr)
-            wrong = session_->close();
+            for (const std::string& line : session_->close())
+                wrong.push_back(line);
         const bool drawn = renderer_ == nullptr || renderer_->all_pages_written();
         if (!vectors_.close() || !drawn)
             wrong.emplace_back("a page could not be written");
@@ -246,6 +240,7 @@ private:
 
     const ReplayOptions& options_;
     Complaints complaints_;
+    std::vector<std::string> losses_;  // what is missing on the pages, each kind once
     VectorPages vectors_;
     LogKind kind_;
     uint32_t page_ = 0;  // the number of the page that is begun
@@ -315,4 +310,4 @@ Run declare_replay(CLI::App& app)
     return [options] { return replay(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

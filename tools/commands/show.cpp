@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -125,13 +125,13 @@ bool show_lines(const ShowOptions& options, LogInput& input, bool* is_log)
 
 std::string hex_text(std::span<const uint8_t> bytes)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
     text.reserve(2 * bytes.size());
     for (const uint8_t byte : bytes)
     {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
     }
     return text;
 }
@@ -235,4 +235,4 @@ Run declare_show(CLI::App& app)
     return [options] { return show(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -142,4 +142,4 @@ Run declare_state(CLI::App& app)
     return [options] { return state(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -88,4 +88,4 @@ Run declare_ticket(CLI::App& app)
     return [options] { return print_ticket(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -78,20 +78,14 @@ public:
     std::string lacking(const TrimCommand& command) const
     {
         for (size_t i = 0; i < pages_.size(); ++i)
-        {
             if (!pages_[i].met)
                 return "no page " + command.pages[i];
-        }
         for (size_t i = 0; i < ids_.size(); ++i)
-        {
             if (!ids_[i].met)
                 return "no paint " + command.ids[i];
-        }
         for (const Call& one : calls_)
-        {
             if (!one.met)
                 return "no " + describe(one.address);
-        }
         return {};
     }
 
@@ -218,8 +212,8 @@ private:
 
     void complain(const std::string& line)
     {
-        constexpr size_t most = 100;
-        if (complaints_++ < most)
+        constexpr size_t kMost = 100;
+        if (complaints_++ < kMost)
             say(printable(command_.log + ": " + line));
     }
 
@@ -266,4 +260,4 @@ Run declare_trim(CLI::App& app)
     return [command] { return trim(*command); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -14,14 +14,14 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr size_t PIECE = 1 << 16;
-constexpr uint64_t SHORTEST = 5;  // "<ORV " is where a log begins
+constexpr size_t kPiece = 1 << 16;
+constexpr uint64_t kShortest = 5;  // "<ORV " is where a log begins
 
 struct UnpackOptions
 {
@@ -34,7 +34,7 @@ class WrittenText : public std::streambuf
 {
 public:
     WrittenText(Source& source, const std::string& output)
-        : log_(source.stream()), progress_(source.size()), name_(output), piece_(PIECE)
+        : log_(source.stream()), progress_(source.size()), name_(output), piece_(kPiece)
     {
     }
 
@@ -81,8 +81,8 @@ private:
 
 void take_rest(std::streambuf& text)
 {
-    std::vector<char> piece(PIECE);
-    while (text.sgetn(piece.data(), PIECE) > 0)
+    std::vector<char> piece(kPiece);
+    while (text.sgetn(piece.data(), kPiece) > 0)
     {
     }
 }
@@ -111,7 +111,7 @@ int unpack(const UnpackOptions& options)
         return fail(options.output + ": " + std::strerror(written.reason()));
     using orvlog::reader::Ending;
     const Ending ending = written.log().ending();
-    if (ending == Ending::not_a_log || written.log().bytes_given() < SHORTEST)
+    if (ending == Ending::not_a_log || written.log().bytes_given() < kShortest)
         return fail(options.file + ": not a log");
     std::unique_ptr<Output>& output = written.output();
     if (output == nullptr)
@@ -143,4 +143,4 @@ Run declare_unpack(CLI::App& app)
     return [options] { return unpack(*options); };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct AgainstOptions
@@ -24,4 +24,4 @@ struct AgainstOptions
 // Gives the exit status: 0 if all pages are as their pictures.
 int compare_against(const DiffInput& log, const AgainstOptions& options);
 
-}  // namespace tool
+}  // namespace orvlog::tool

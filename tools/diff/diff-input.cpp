@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-namespace tool
+namespace orvlog::tool
 {
 
 DiffInput::DiffInput(std::string name) : name_(std::move(name)), path_(name_)
@@ -35,4 +35,4 @@ orvlog::inspect::OpenLog DiffInput::opener() const
     };
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

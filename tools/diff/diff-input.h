@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class DiffInput
@@ -45,4 +45,4 @@ private:
     std::unique_ptr<TemporaryFolder> kept_;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -19,15 +19,15 @@ using orvlog::inspect::Step;
 using orvlog::inspect::StepKind;
 using orvlog::reader::Element;
 
-constexpr size_t most_of_a_call = 10;
-constexpr size_t longest_value = 160;
+constexpr size_t kMostOfACall = 10;
+constexpr size_t kLongestValue = 160;
 
 std::string value_text(const std::optional<std::string>& value)
 {
     if (!value)
         return "nothing";
-    std::string text = printable(std::string_view(*value).substr(0, longest_value));
-    if (value->size() > longest_value)
+    std::string text = printable(std::string_view(*value).substr(0, kLongestValue));
+    if (value->size() > kLongestValue)
         text += "...";
     if (!text.empty() && text.find(' ') == std::string::npos)
         return text;
@@ -181,7 +181,7 @@ bool DiffListing::write(const Step& step, const Call& a, const Call& b)
 {
     if (step.kind != StepKind::changed)
         return write_line(a, b, std::string(kind_text(step)) + (step.twice ? ", the same as the call beside it" : ""));
-    const size_t count = options_.all ? step.differences.size() : std::min(step.differences.size(), most_of_a_call);
+    const size_t count = options_.all ? step.differences.size() : std::min(step.differences.size(), kMostOfACall);
     bool good = true;
     for (size_t i = 0; i < count; ++i)
         good = write_line(a, b, difference_text(step.differences[i])) && good;
@@ -258,4 +258,4 @@ void DiffListing::finish(const ordered_json* pages)
     put(line + "\n");
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

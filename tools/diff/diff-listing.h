@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct ListingOptions
@@ -85,4 +85,4 @@ private:
 // "GOP_Operator op_Operator: 3 -> 12", "img_buf/BufferUInt8 at 7: 00 -> 02, 2 differ" and the like.
 std::string difference_text(const orvlog::inspect::Difference& difference);
 
-}  // namespace tool
+}  // namespace orvlog::tool

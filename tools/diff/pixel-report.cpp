@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -135,4 +135,4 @@ std::string PixelReport::add(const PageDifference& page)
     return why;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

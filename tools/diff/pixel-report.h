@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // What the files of a log's pages begin with.
@@ -49,4 +49,4 @@ private:
     nlohmann::ordered_json json_ = nlohmann::ordered_json::array();
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -123,24 +123,20 @@ void TakenImages::callback(const Element& element)
             return;
         orvlog::reader::ElementReader own(*file, orvlog::reader::LogForm::fragment);
         while (const Element* one = own.next())
-        {
             if (!one->has("async_img_log_file_name"))
                 callback(*one);
-        }
     }
 }
 
 void TakenImages::walk(const Element& element, uint32_t depth)
 {
     for (const Element& child : Children(element))
-    {
         if (child.name == "GOP_OperandImagePointer")
             operand(child);
         else if (child.name.starts_with("GOP_Image") && child.name.ends_with("Fn"))
             callback(child);
         else if (depth < kDeepest && !child.name.starts_with("GFI_"))
             walk(child, depth + 1);
-    }
 }
 
 // An image is shown by the record that delivered most of its bytes.
@@ -158,12 +154,10 @@ const std::vector<const TakenImage*>& TakenImages::take(const Element& call)
     for (const TakenImage*& shown : order_)
     {
         for (const auto& [id, image] : images_)
-        {
             if (image.operand == shown->operand && image.operand != 0 && image.bytes.size() > shown->bytes.size())
                 shown = &image;
-        }
     }
     return order_;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // A record of an image, with the bytes that were delivered for it: rows without padding, or a compressed stream.
@@ -64,4 +64,4 @@ private:
 // which is `stem` with an ending, and empty if there are no bytes or the file could not be written.
 std::string write_image(ExtractOutput& output, const std::string& stem, const TakenImage& image);
 
-}  // namespace tool
+}  // namespace orvlog::tool

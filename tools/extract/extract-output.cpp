@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-namespace tool
+namespace orvlog::tool
 {
 
 using nlohmann::ordered_json;
@@ -81,4 +81,4 @@ std::string ExtractOutput::call_name(const std::string& id, uint64_t line)
     return std::to_string(number);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

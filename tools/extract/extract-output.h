@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class ExtractOutput
@@ -58,4 +58,4 @@ private:
     uint64_t next_id_ = 0;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <cstring>
 #include <memory>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -276,4 +276,4 @@ std::string write_image(ExtractOutput& output, const std::string& stem, const Ta
     return good ? name : std::string();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

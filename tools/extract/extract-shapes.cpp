@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -38,10 +38,8 @@ public:
         open_ = true;
         const bool up = orvlog::reader::read_bool(edge, "sc_YPositive") != 0;
         for (const Element& member : Children(edge))
-        {
             for (const Element& one : Children(member))
                 segment(one, up);
-        }
         const Element* head = edge.child("GPA_Edge");
         const uint32_t end = head != nullptr ? orvlog::reader::read_flags(*head, "ed_EdgeFlag") & 0x7F : 0;
         if (end == 0)
@@ -99,12 +97,12 @@ private:
 
     void arc(const Element& one)
     {
-        constexpr double degrees = 57.295779513082323;
+        constexpr double kDegrees = 57.295779513082323;
         const double x = read_double(one, "es_XRadius");
         const double y = read_double(one, "es_YRadius");
         const GGO_Point end = from_here(read_vector(one, "es_EndPoint"));
         data_.append("A").append(number(std::abs(x))).append(",").append(number(std::abs(y))).append(" ");
-        data_.append(number(read_double(one, "es_AngleToXAxis") * degrees)).append(x * y > 0 ? " 0 1 " : " 0 0 ");
+        data_.append(number(read_double(one, "es_AngleToXAxis") * kDegrees)).append(x * y > 0 ? " 0 1 " : " 0 0 ");
         data_.append(number(end.gpf_X)).append(",").append(number(end.gpf_Y));
         at_ = end;
     }
@@ -140,23 +138,21 @@ std::string path_element(const std::string& data, const GGO_Matrix& matrix, cons
 
 std::string stroke_paint(const Element& params)
 {
-    constexpr const char* caps[] = {"butt", "round", "square"};
-    constexpr const char* joins[] = {"miter", "round", "bevel"};
+    constexpr const char* kCaps[] = {"butt", "round", "square"};
+    constexpr const char* kJoins[] = {"miter", "round", "bevel"};
     const uint32_t cap = orvlog::reader::read_enum(params, "psp_Flags.S");
     const uint32_t join = orvlog::reader::read_enum(params, "psp_Flags.J");
     std::string text = "fill=\"none\" stroke=\"black\" stroke-width=\"";
     text.append(number(read_double(params, "psp_StrokeWidth"))).append("\" stroke-linecap=\"");
-    text.append(caps[cap < std::size(caps) ? cap : 0]).append("\" stroke-linejoin=\"");
-    text.append(joins[join < std::size(joins) ? join : 0]).append("\" stroke-miterlimit=\"");
+    text.append(kCaps[cap < std::size(kCaps) ? cap : 0]).append("\" stroke-linejoin=\"");
+    text.append(kJoins[join < std::size(kJoins) ? join : 0]).append("\" stroke-miterlimit=\"");
     text.append(number(std::max(read_double(params, "psp_MiterLimit"), 1.0))).append("\"");
     const Element* lengths = params.child("psp_DashLength");
     const Element* buffer = lengths != nullptr ? lengths->child("BufferFloat") : nullptr;
     std::string dashes;
     if (buffer != nullptr)
-    {
         for (const double length : orvlog::reader::to_doubles(buffer->rows))
             dashes.append(dashes.empty() ? "" : " ").append(number(length));
-    }
     if (!dashes.empty())
         text.append(" stroke-dasharray=\"")
             .append(dashes)
@@ -267,4 +263,4 @@ GlyphFile glyph_file(const Element& pointer, const GGO_Matrix& to_pixels)
     return {".svg", svg(*box, path_element(data, matrix, fill_paint(record->value("gdp_WindingRule"))))};
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

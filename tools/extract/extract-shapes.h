@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // A GPA_PathPointer as the data of an SVG path, in the path's own space.
@@ -29,4 +29,4 @@ struct GlyphFile
 // are black on white, pixel by pixel; other descriptions are bytes.
 GlyphFile glyph_file(const orvlog::reader::Element& pointer, const GGO_Matrix& to_pixels);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -2,13 +2,13 @@
 
 #include "tools/help/usage.h"
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr const char* READER = R"(
+constexpr const char* kReader = R"(
 _orvlog_offer()
 {
     case $taken in
@@ -29,7 +29,7 @@ _orvlog()
         return
     fi
     # An option is passed over with its value; "--name=value" is three words.
-    for ((index = 2; index < COMP_CWORD; index++)); do
+    for ((index = 2; index < COMP_CWORD; ++index)); do
         if [[ ${COMP_WORDS[index]} != -?* ]]; then
             ((arguments++))
             continue
@@ -60,10 +60,8 @@ std::string names_of(const std::vector<Parameter>& options)
 {
     std::string text;
     for (const Parameter& option : options)
-    {
         for (const std::string& name : option.names)
             text += (text.empty() ? "" : " ") + name;
-    }
     return text;
 }
 
@@ -129,7 +127,7 @@ std::string bash_completion()
            "_orvlog_commands()\n{\n    taken='" +
            names + names_of(program_options()) + "'\n}\n\n_orvlog_options()\n{\n    taken=\n    case $1 in\n" +
            options + "    esac\n}\n\n_orvlog_taken()\n{\n    taken=\n    case $1:$2 in\n" + taken + "    esac\n}\n" +
-           READER;
+           kReader;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

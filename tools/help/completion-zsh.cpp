@@ -2,13 +2,13 @@
 
 #include "tools/help/usage.h"
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr const char* BEGINNING = R"(#compdef orvlog
+constexpr const char* kBeginning = R"(#compdef orvlog
 # Completion of orvlog for zsh, made by: orvlog help --completion zsh
 
 _orvlog()
@@ -18,11 +18,11 @@ _orvlog()
     commands=(
 )";
 
-constexpr const char* COMMANDS_END = R"(    )
+constexpr const char* kCommandsEnd = R"(    )
     _arguments -C \
 )";
 
-constexpr const char* DISPATCH = R"(        '1: :->command' \
+constexpr const char* kDispatch = R"(        '1: :->command' \
         '*:: :->argument'
     if [[ $state == command ]]; then
         _describe -t commands 'orvlog command' commands
@@ -33,7 +33,7 @@ constexpr const char* DISPATCH = R"(        '1: :->command' \
     case $words[1] in
 )";
 
-constexpr const char* END = R"(    esac
+constexpr const char* kEnd = R"(    esac
 }
 
 if [[ $funcstack[1] == _orvlog ]]; then
@@ -139,7 +139,7 @@ std::string zsh_completion()
     std::string options;
     for (const Parameter& option : program_options())
         options += "        " + argument_text(option) + " \\\n";
-    return BEGINNING + names + COMMANDS_END + options + DISPATCH + cases + END;
+    return kBeginning + names + kCommandsEnd + options + kDispatch + cases + kEnd;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -2,13 +2,13 @@
 
 #include "tools/help/usage.h"
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr size_t COLUMN = 24;
+constexpr size_t kColumn = 24;
 
 std::string names_of(const Parameter& parameter)
 {
@@ -23,9 +23,9 @@ std::string names_of(const Parameter& parameter)
 std::string lines_of(const Parameter& parameter)
 {
     const std::string names = names_of(parameter);
-    if (names.size() + 2 > COLUMN)
-        return names + "\n" + wrapped("", parameter.description, COLUMN);
-    return wrapped(names, parameter.description, COLUMN);
+    if (names.size() + 2 > kColumn)
+        return names + "\n" + wrapped("", parameter.description, kColumn);
+    return wrapped(names, parameter.description, kColumn);
 }
 
 // A parameter by its shortest name.
@@ -45,10 +45,8 @@ std::string synopsis_of(const Usage& usage)
     for (const Parameter& argument : usage.arguments)
         text += " " + synopsis_of(argument);
     for (const Parameter& option : usage.options)
-    {
         if (option.required)
             text += " " + synopsis_of(option);
-    }
     return text;
 }
 
@@ -87,4 +85,4 @@ std::string help_text(const Usage& usage)
     return text + "\nExample: " + usage.example + "\n" + statuses();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

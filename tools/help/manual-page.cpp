@@ -6,13 +6,13 @@
 #include <cctype>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr std::string_view OVERVIEW =
+constexpr std::string_view kOverview =
     "orvlog records the drawing calls of a rendering job as an XML log, and works on such logs.\n\n"
     "A file that is read may be a path or a URL (http: or file:), and - is the standard input; a file that is "
     "written may be -, the standard output. A file appears under its name only once it is whole, but for the logs of "
@@ -189,7 +189,7 @@ std::string manual_overview()
 {
     std::string page = heading("orvlog", "record the drawing calls of rendering jobs, and work on the logs");
     page += ".SH SYNOPSIS\n\\fBorvlog\\fR \\fICOMMAND\\fR [\\fIOPTION\\fR]...\n.SH DESCRIPTION\n";
-    page += paragraphs(std::string(OVERVIEW)) + ".SH COMMANDS\n";
+    page += paragraphs(std::string(kOverview)) + ".SH COMMANDS\n";
     std::string examples;
     for (const Command& command : commands())
     {
@@ -201,4 +201,4 @@ std::string manual_overview()
     return page + ".SH EXAMPLES\n" + examples;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

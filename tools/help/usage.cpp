@@ -5,20 +5,20 @@
 #include <sstream>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
 // A value's name says what it is. Files are also those that end in FILE or LOG.
-constexpr std::array<std::string_view, 4> FILE_NAMES = {"CODED", "PATH", "PREFIX", "TICKET"};
-constexpr std::array<std::string_view, 2> FOLDER_NAMES = {"DIR", "FOLDER"};
-constexpr std::array<std::string_view, 3> NUMBER_TYPES = {"UINT", "INT", "FLOAT"};
+constexpr std::array<std::string_view, 4> kFileNames = {"CODED", "PATH", "PREFIX", "TICKET"};
+constexpr std::array<std::string_view, 2> kFolderNames = {"DIR", "FOLDER"};
+constexpr std::array<std::string_view, 3> kNumberTypes = {"UINT", "INT", "FLOAT"};
 
-constexpr size_t TEXT_WIDTH = 80;
+constexpr size_t kTextWidth = 80;
 
-constexpr std::array EXIT_MEANINGS = {
+constexpr std::array kExitMeanings = {
     ExitMeaning{EXIT_DONE, "done"},
     ExitMeaning{EXIT_FAILED, "failed, with one line on standard error"},
     ExitMeaning{EXIT_BAD_USE, "bad command line"},
@@ -38,9 +38,9 @@ Offer offer_of(const Parameter& parameter)
 {
     if (!parameter.choices.empty())
         return Offer::choices;
-    if (is_one_of(FOLDER_NAMES, parameter.value))
+    if (is_one_of(kFolderNames, parameter.value))
         return Offer::folders;
-    const bool file = is_one_of(FILE_NAMES, parameter.value) || ends_with(parameter.value, "FILE") ||
+    const bool file = is_one_of(kFileNames, parameter.value) || ends_with(parameter.value, "FILE") ||
                       ends_with(parameter.value, "LOG");
     return file ? Offer::files : Offer::nothing;
 }
@@ -85,7 +85,7 @@ void read_type(const CLI::Option& option, Parameter* parameter)
     else if (name == "TEXT" && !choices.empty())
         parameter->value = choices;
     else
-        parameter->value = is_one_of(NUMBER_TYPES, name) ? "N" : name;
+        parameter->value = is_one_of(kNumberTypes, name) ? "N" : name;
     parameter->repeated = option.get_expected_max() > 1;
 
     if (!choices.empty() && parameter->value != choices)
@@ -133,7 +133,7 @@ void add_parameters(const CLI::App& app, const CLI::App* above, Usage* usage)
 
 std::span<const ExitMeaning> exit_meanings()
 {
-    return EXIT_MEANINGS;
+    return kExitMeanings;
 }
 
 std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
@@ -184,7 +184,7 @@ std::string wrapped(std::string line, const std::string& text, size_t column)
     bool begun = false;
     for (std::string word; words >> word; begun = true)
     {
-        if (begun && line.size() + 1 + word.size() > TEXT_WIDTH)
+        if (begun && line.size() + 1 + word.size() > kTextWidth)
         {
             lines += line + "\n";
             line.assign(column, ' ');
@@ -195,4 +195,4 @@ std::string wrapped(std::string line, const std::string& text, size_t column)
     return lines + line + "\n";
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // What completions offer for a value.
@@ -65,4 +65,4 @@ std::string manual_overview();
 std::string bash_completion();
 std::string zsh_completion();
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 
 #include <sstream>
 
-namespace tool
+namespace orvlog::tool
 {
 
 ReplayCheck check_replay(const std::string& log)
@@ -52,4 +52,4 @@ ReplayCheck check_replay(const std::string& log)
     return check;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct ReplayCheck
@@ -18,4 +18,4 @@ struct ReplayCheck
 // `log` is the plain text of a log that has all its data in it.
 ReplayCheck check_replay(const std::string& log);
 
-}  // namespace tool
+}  // namespace orvlog::tool

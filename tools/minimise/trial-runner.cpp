@@ -7,13 +7,14 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -40,8 +41,12 @@ std::string hash_of(const std::string& text)
     return digits.data();
 }
 
+// As it is where the shell takes it so: then {} may stand in quotes.
 std::string quoted(const std::string& path)
 {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/._-+,";
+    if (path.find_first_not_of(kPlain) == std::string::npos)
+        return path;
     std::string result = "'";
     for (const char c : path)
         result += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -62,6 +67,19 @@ std::string command_line(const std::string& command, const std::string& path)
 bool is_before(const timespec& one, const timespec& other)
 {
     return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
+}
+
+// What is thrown here would end the command's own work, in the new process: it would take the folders away.
+bool replays(const std::string& log) noexcept
+{
+    try
+    {
+        return check_replay(log).good;
+    }
+    catch (const std::exception&)
+    {
+        return false;
+    }
 }
 
 timespec now()
@@ -107,10 +125,8 @@ bool TrialRunner::read_state(const std::string& header)
         return false;
     }
     while (std::getline(file, line))
-    {
         if (line.size() == 34 && !file.eof())
             known_[line.substr(0, 32)] = line.back() == '1';
-    }
     return true;
 }
 
@@ -157,7 +173,7 @@ void TrialRunner::forget()
 void TrialRunner::become_command(const std::string& log, const std::string& path, bool show_errors) const
 {
     setpgid(0, 0);
-    if (!check_replay(log).good)
+    if (!replays(log))
         _exit(kDoesNotReplay);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
         std::signal(signal, SIG_DFL);
@@ -314,4 +330,4 @@ int TrialRunner::run_first(const std::string& log)
     return trials[0].status;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

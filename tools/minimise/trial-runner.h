@@ -13,7 +13,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct TrialOptions
@@ -100,4 +100,4 @@ private:
     sigset_t before_{};
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

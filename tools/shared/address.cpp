@@ -1,6 +1,6 @@
 #include "tools/shared/address.h"
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -25,4 +25,4 @@ CLI::Option* add_address(CLI::App& app, const std::string& name, std::optional<o
         ->check(check_address);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // An option, or a positional one, whose value is an address; `address` stays empty without it, and lives as long as
@@ -17,4 +17,4 @@ namespace tool
 CLI::Option* add_address(CLI::App& app, const std::string& name, std::optional<orvlog::reader::CallAddress>& address,
                          const std::string& description);
 
-}  // namespace tool
+}  // namespace orvlog::tool

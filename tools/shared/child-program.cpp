@@ -14,7 +14,7 @@
 
 extern char** environ;
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -39,10 +39,8 @@ std::vector<path> folders_of(const char* list)
     std::vector<path> folders;
     std::istringstream parts(list == nullptr ? "" : list);
     for (std::string part; std::getline(parts, part, ':');)
-    {
         if (!part.empty())
             folders.emplace_back(part);
-    }
     return folders;
 }
 
@@ -90,10 +88,8 @@ std::string find_program(const std::string& name, const std::string& build_folde
     for (const path& folder : folders_of(std::getenv("PATH")))
         folders.push_back(folder);
     for (const path& folder : folders)
-    {
         if (is_program(folder / name))
             return (folder / name).string();
-    }
     return {};
 }
 
@@ -116,4 +112,4 @@ int run_program(const std::string& path, const std::vector<std::string>& argumen
     return wait_for(child);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

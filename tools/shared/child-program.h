@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // The path of a program that belongs to `orvlog`; empty when there is none. Looked for in this order: the
@@ -18,4 +18,4 @@ std::string find_program(const std::string& name, const std::string& build_folde
 // to it, see signals.h.
 int run_program(const std::string& path, const std::vector<std::string>& arguments);
 
-}  // namespace tool
+}  // namespace orvlog::tool

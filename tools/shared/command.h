@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Exit statuses of every command. A command that runs another program passes that program's status on.
@@ -74,4 +74,4 @@ Run declare_redact(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
-}  // namespace tool
+}  // namespace orvlog::tool

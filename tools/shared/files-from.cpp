@@ -1,6 +1,6 @@
 #include "tools/shared/files-from.h"
 
-namespace tool
+namespace orvlog::tool
 {
 
 void add_files_from(CLI::App& app, std::vector<std::string>& folders)
@@ -12,4 +12,4 @@ void add_files_from(CLI::App& app, std::vector<std::string>& folders)
         ->take_all();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // `folders` takes what is given, in its order.
 void add_files_from(CLI::App& app, std::vector<std::string>& folders);
 
-}  // namespace tool
+}  // namespace orvlog::tool

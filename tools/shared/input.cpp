@@ -10,13 +10,13 @@
 #include <cstring>
 #include <memory>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr size_t PIECE = 65536;
+constexpr size_t kPiece = 65536;
 
 struct CloseFile
 {
@@ -46,7 +46,7 @@ GMM_Allocator heap()
 bool read_file(const std::string& path, std::vector<uint8_t>* bytes, std::string* why)
 {
     const std::unique_ptr<std::FILE, CloseFile> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
-    uint8_t piece[PIECE];
+    uint8_t piece[kPiece];
     size_t got = 0;
     while (file != nullptr && (got = std::fread(piece, 1, sizeof piece, file.get())) != 0)
         bytes->insert(bytes->end(), piece, piece + got);
@@ -86,7 +86,7 @@ bool read_http(const std::string& url, std::vector<uint8_t>* bytes, std::string*
         return false;
     }
     const std::unique_ptr<GIO_Stream, CloseStream> stream(opened);
-    uint8_t piece[PIECE];
+    uint8_t piece[kPiece];
     uint64_t got = 0;
     while ((got = stream->ops->gio_Read(piece, 1, sizeof piece, stream->instance)) != 0)
         bytes->insert(bytes->end(), piece, piece + got);
@@ -133,4 +133,4 @@ bool read_input(const std::string& name, std::vector<uint8_t>* bytes, std::strin
     return false;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Whether a name is a URL: it starts with "http:" or "file:".
@@ -16,4 +16,4 @@ bool is_url(const std::string& name);
 // False with one line of reason in `why`.
 bool read_input(const std::string& name, std::vector<uint8_t>* bytes, std::string* why);
 
-}  // namespace tool
+}  // namespace orvlog::tool

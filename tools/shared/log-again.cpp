@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace tool
+namespace orvlog::tool
 {
 
 bool LogAgain::open()
@@ -59,4 +59,4 @@ std::istream& LogAgain::from_start()
     return *stream_;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

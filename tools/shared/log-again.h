@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class LogAgain
@@ -45,4 +45,4 @@ private:
     std::unique_ptr<std::istream> stream_;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

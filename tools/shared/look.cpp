@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
-namespace tool
+namespace orvlog::tool
 {
 
 using nlohmann::ordered_json;
@@ -36,10 +36,10 @@ std::string box_text(const std::optional<GGO_BoxFloat>& box)
         return "-";
     char text[120];
     // Boxes of numbers that were rounded often lie a little beyond a whole pixel.
-    constexpr double slack = 1e-6;
-    std::snprintf(text, sizeof text, "%.0f,%.0f,%.0f,%.0f", std::floor(box->gbf_MinX + slack) + 0.0,
-                  std::floor(box->gbf_MinY + slack) + 0.0, std::ceil(box->gbf_MaxX - slack) + 0.0,
-                  std::ceil(box->gbf_MaxY - slack) + 0.0);
+    constexpr double kSlack = 1e-6;
+    std::snprintf(text, sizeof text, "%.0f,%.0f,%.0f,%.0f", std::floor(box->gbf_MinX + kSlack) + 0.0,
+                  std::floor(box->gbf_MinY + kSlack) + 0.0, std::ceil(box->gbf_MaxX - kSlack) + 0.0,
+                  std::ceil(box->gbf_MaxY - kSlack) + 0.0);
     return text;
 }
 
@@ -57,7 +57,7 @@ std::string json_text(const ordered_json& value, int indent)
 
 std::string printable(std::string_view text)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     std::string shown;
     for (const char c : text)
     {
@@ -68,8 +68,8 @@ std::string printable(std::string_view text)
             continue;
         }
         shown += "\\x";
-        shown += digits[byte >> 4];
-        shown += digits[byte & 15];
+        shown += kDigits[byte >> 4];
+        shown += kDigits[byte & 15];
     }
     return shown;
 }
@@ -87,4 +87,4 @@ int finish_output(int status)
     return status;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // A log that is read once from its beginning to its end, with its progress shown.
@@ -58,4 +58,4 @@ std::string printable(std::string_view text);
 bool put(std::string_view text);
 int finish_output(int status);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Files of image data are copied to beside the new log, named after it. None is overwritten; those that were made go
@@ -48,4 +48,4 @@ bool is_same_file(const std::string& one, const std::string& other);
 // Writes all of `text` to `name`, a path or "-"; `progress` is called now and then. Nothing, or why it failed.
 std::string write_new_log(std::istream& text, const std::string& name, const std::function<void()>& progress);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -1,6 +1,7 @@
 #include "tools/shared/output.h"
 
 #include "clients/command-line/progress-bar.h"
+#include "tools/shared/signals.h"
 
 #include <cerrno>
 #include <csignal>
@@ -8,7 +9,7 @@
 #include <filesystem>
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -16,15 +17,37 @@ namespace
 
 namespace fs = std::filesystem;
 
-// What a signal that ends the program takes away first.
+// What a signal that ends the program takes away first: the file itself, and names of those beside it, one behind the
+// other, each with its zero. The latter change with signals held only.
 char unfinished[4096];
+std::string* beside = nullptr;
+void (*previous[NSIG])(int);
 
+// Whoever waited for the signal before has something to take away, too.
 void end_by_signal(int signal)
 {
     if (unfinished[0] != '\0')
         unlink(unfinished);
+    for (size_t at = 0; beside != nullptr && at < beside->size(); at += std::strlen(beside->c_str() + at) + 1)
+        unlink(beside->c_str() + at);
+    void (*const next)(int) = previous[signal];
+    previous[signal] = SIG_DFL;
+    if (next != SIG_DFL && next != SIG_ERR)
+        return next(signal);
     std::signal(signal, SIG_DFL);
     std::raise(signal);
+}
+
+void wait_for_signals()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        void (*const known)(int) = std::signal(signal, end_by_signal);
+        if (known == SIG_IGN)
+            std::signal(signal, SIG_IGN);
+        else if (known != end_by_signal)
+            previous[signal] = known;
+    }
 }
 
 void set_unfinished(const std::string& part)
@@ -32,11 +55,8 @@ void set_unfinished(const std::string& part)
     if (part.size() >= sizeof unfinished)
         return;
     std::strcpy(unfinished, part.c_str());
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-    {
-        if (!part.empty() && std::signal(signal, end_by_signal) == SIG_IGN)
-            std::signal(signal, SIG_IGN);
-    }
+    if (!part.empty())
+        wait_for_signals();
 }
 
 // Where a link leads; a name that is none stays as it is.
@@ -76,6 +96,22 @@ std::FILE* open_output(const std::string& name, std::string* part)
 }
 
 }  // namespace
+
+void note_file_beside(const std::string& path)
+{
+    static std::string names;
+    const SignalsHeld held;
+    beside = &names;
+    names.append(path).push_back('\0');
+    wait_for_signals();
+}
+
+void forget_files_beside()
+{
+    const SignalsHeld held;
+    if (beside != nullptr)
+        beside->clear();
+}
 
 Output::Output(const std::string& name) : name_(resolved(name)), file_(open_output(name_, &part_))
 {
@@ -128,9 +164,12 @@ bool Output::finish()
         return true;
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
+    // A signal takes all away or nothing.
+    const SignalsHeld held;
     if (closed && (part_.empty() || std::rename(part_.c_str(), name_.c_str()) == 0))
     {
         set_unfinished("");
+        forget_files_beside();
         return true;
     }
     const int reason = errno;
@@ -139,4 +178,4 @@ bool Output::finish()
     return false;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

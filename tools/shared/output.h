@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Writes beside its name first and takes the name at the end, so that nothing half-written stays behind, not even when
@@ -53,4 +53,8 @@ private:
     GIO_Stream handle_{};
 };
 
-}  // namespace tool
+// A file that belongs to what is written, and goes with it when a signal ends the command before that is in place.
+void note_file_beside(const std::string& path);
+void forget_files_beside();
+
+}  // namespace orvlog::tool

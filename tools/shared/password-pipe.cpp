@@ -4,14 +4,14 @@
 
 #include <cerrno>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
 // Fits into every pipe, so that nobody has to read for the write to end.
-constexpr size_t LONGEST = 4096;
+constexpr size_t kLongest = 4096;
 
 }  // namespace
 
@@ -19,9 +19,9 @@ PasswordPipe::PasswordPipe(const std::string& password)
 {
     int ends[2];
     const std::string line = password + '\n';
-    if (line.size() > LONGEST)
+    if (line.size() > kLongest)
         errno = EMSGSIZE;
-    if (line.size() > LONGEST || pipe(ends) != 0)
+    if (line.size() > kLongest || pipe(ends) != 0)
         return;
     end_ = ends[0];
     if (write(ends[1], line.data(), line.size()) == static_cast<ssize_t>(line.size()))
@@ -35,4 +35,4 @@ PasswordPipe::~PasswordPipe()
         close(end_);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

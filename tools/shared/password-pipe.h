@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class PasswordPipe
@@ -28,4 +28,4 @@ private:
     std::string name_;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

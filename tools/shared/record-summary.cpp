@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <fstream>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -29,10 +29,8 @@ void read_calls(const json& object, RecordSummary& summary)
     if (calls == object.end() || !calls->is_object())
         return;
     for (const auto& [name, count] : calls->items())
-    {
         if (count.is_number_unsigned())
             summary.calls.emplace_back(name, count.get<uint64_t>());
-    }
 }
 
 template <typename... Values> void append(std::string& text, const char* format, Values... values)
@@ -114,4 +112,4 @@ std::string format_record_summary(const RecordSummary& summary)
     return text;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

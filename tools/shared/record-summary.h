@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct RecordSummary
@@ -33,4 +33,4 @@ std::optional<RecordSummary> read_record_summary(const std::string& file);
 // else is known, a line each.
 std::string format_record_summary(const RecordSummary& summary);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -9,17 +9,17 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr int SIGNALS[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
-constexpr size_t MOST_FOLDERS = 4;
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
+constexpr size_t kMostFolders = 4;
 
 // What the handler looks at. All of it is changed with signals held.
-char folders[MOST_FOLDERS][4096];
+char folders[kMostFolders][4096];
 volatile pid_t program = 0;
 volatile sig_atomic_t received = 0;
 void (*previous[NSIG])(int);
@@ -67,10 +67,8 @@ void on_signal(int signal)
         return;
     }
     for (char* folder : folders)
-    {
         if (folder[0] != '\0')
             remove_folder(folder);
-    }
     if (previous[signal] == SIG_DFL)
         _exit(EXIT_SIGNAL + signal);
     previous[signal](signal);
@@ -86,7 +84,7 @@ void catch_signal(int signal)
     struct sigaction ours = {};
     ours.sa_handler = on_signal;
     ours.sa_flags = SA_RESTART;
-    for (const int other : SIGNALS)
+    for (const int other : kSignals)
         sigaddset(&ours.sa_mask, other);
     sigaction(signal, &ours, nullptr);
 }
@@ -95,7 +93,7 @@ void catch_signal(int signal)
 
 void catch_signals()
 {
-    for (const int signal : SIGNALS)
+    for (const int signal : kSignals)
         catch_signal(signal);
 }
 
@@ -123,17 +121,15 @@ void note_folder(const std::string& folder)
 void forget_folder(const std::string& folder)
 {
     for (char* place : folders)
-    {
         if (folder == place)
             place[0] = '\0';
-    }
 }
 
 SignalsHeld::SignalsHeld()
 {
     sigset_t held;
     sigemptyset(&held);
-    for (const int signal : SIGNALS)
+    for (const int signal : kSignals)
         sigaddset(&held, signal);
     sigprocmask(SIG_BLOCK, &held, &before_);
 }
@@ -143,4 +139,4 @@ SignalsHeld::~SignalsHeld()
     sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

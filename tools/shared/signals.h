@@ -6,7 +6,7 @@
 #include <string>
 #include <sys/types.h>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // From the first call on SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGPIPE are handled here, but for those that are ignored.
@@ -44,4 +44,4 @@ private:
     sigset_t before_;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

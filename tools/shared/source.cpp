@@ -10,7 +10,7 @@
 #include <sstream>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 Source::Source(const std::string& name)
@@ -50,4 +50,4 @@ Source::Source(const std::string& name)
     stream_ = owned_.get();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

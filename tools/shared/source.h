@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class Source
@@ -46,4 +46,4 @@ private:
 
 using Progress = command_line::ProgressBar;
 
-}  // namespace tool
+}  // namespace orvlog::tool

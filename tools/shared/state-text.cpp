@@ -6,7 +6,7 @@
 #include <array>
 #include <span>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -37,7 +37,10 @@ std::string numbers(std::span<const double> values)
 {
     std::string text;
     for (const double value : values)
-        text += (text.empty() ? "" : " ") + number_text(value);
+    {
+        text += text.empty() ? "" : " ";
+        text += number_text(value);
+    }
     return text;
 }
 
@@ -68,8 +71,8 @@ std::string clip_lines(std::string_view name, const std::vector<ClipEntry>& clip
 
 std::string group_lines(const GroupState& group)
 {
-    constexpr std::string_view prefix = "ORV_GROUP_";
-    const std::string type = group.type.starts_with(prefix) ? group.type.substr(prefix.size()) : group.type;
+    constexpr std::string_view kPrefix = "ORV_GROUP_";
+    const std::string type = group.type.starts_with(kPrefix) ? group.type.substr(kPrefix.size()) : group.type;
     return line("group", group.call.address + ", " + or_dash(type) + (group.knockout ? ", knockout" : "") + ", " +
                              or_dash(group.call.op) + ", " + or_dash(group.call.operand) + ", transform " +
                              numbers(group.retransform.m)) +
@@ -248,4 +251,4 @@ ordered_json state_json(const CallState& state)
     return object;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,10 +8,10 @@
 
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 std::string state_text(const orvlog::inspect::CallState& state);
 nlohmann::ordered_json state_json(const orvlog::inspect::CallState& state);
 
-}  // namespace tool
+}  // namespace orvlog::tool

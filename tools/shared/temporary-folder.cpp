@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 
-namespace tool
+namespace orvlog::tool
 {
 
 TemporaryFolder::TemporaryFolder()
@@ -42,4 +42,4 @@ bool TemporaryFolder::keep(std::istream& bytes, const std::string& name) const
     return file.good() && !bytes.bad();
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

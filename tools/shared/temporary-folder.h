@@ -7,7 +7,7 @@
 #include <istream>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class TemporaryFolder
@@ -32,4 +32,4 @@ private:
     std::filesystem::path folder_;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -176,4 +176,4 @@ ordered_json touch_json(const TouchView& view)
     return object;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

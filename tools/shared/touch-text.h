@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 using Descriptions = std::map<uint64_t, orvlog::inspect::CallDescription>;
@@ -35,4 +35,4 @@ nlohmann::ordered_json touch_json(const TouchView& view);
 // An array of the entries of a list of clips.
 nlohmann::ordered_json clips_json(const std::vector<orvlog::inspect::ClipEntry>& clips);
 
-}  // namespace tool
+}  // namespace orvlog::tool

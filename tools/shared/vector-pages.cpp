@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -82,4 +82,4 @@ bool VectorPages::close()
     return good_;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class VectorPages
@@ -43,4 +43,4 @@ private:
     bool good_ = true;
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

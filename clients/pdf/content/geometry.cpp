@@ -6,7 +6,7 @@
 #include <cmath>
 #include <iterator>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 GGO_Matrix scaling(double x, double y)
@@ -46,4 +46,4 @@ double mean_scale(const GGO_Matrix& matrix)
     return std::sqrt(std::abs(determinant(matrix)));
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

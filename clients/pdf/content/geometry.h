@@ -7,7 +7,7 @@
 
 #include "holv-core/ggo/ggo-geometry.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 inline GGO_Matrix identity()
@@ -47,4 +47,4 @@ bool keeps_circles(const GGO_Matrix& matrix);
 // The square root of the area of a unit square's image.
 double mean_scale(const GGO_Matrix& matrix);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 bool Path::empty() const
@@ -83,4 +83,4 @@ size_t Image::row_bytes() const
     return static_cast<size_t>((static_cast<uint64_t>(width) * channels * bits + 7) / 8);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

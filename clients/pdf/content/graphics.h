@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct Segment
@@ -253,4 +253,4 @@ struct GlyphRun
     std::vector<PlacedGlyph> glyphs;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

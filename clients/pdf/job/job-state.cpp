@@ -7,15 +7,13 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void Messages::add(const std::string& line)
 {
     if (std::find(lines_.begin(), lines_.end(), line) == lines_.end())
-    {
         lines_.push_back(line);
-    }
 }
 
 std::function<void(const std::string&)> JobState::sink()
@@ -23,13 +21,16 @@ std::function<void(const std::string&)> JobState::sink()
     return [this](const std::string& line) { messages.add(line); };
 }
 
+std::function<void(const std::string&)> JobState::loss_sink()
+{
+    return [this](const std::string& line) { losses.add(line); };
+}
+
 std::unique_ptr<cairo_renderer::Renderer> JobState::make_renderer(cairo_renderer::PageSink page_sink, bool pictures)
 {
     cairo_renderer::Options made;
     if (options.check)
-    {
         made.page_sink = std::move(page_sink);
-    }
     if (pictures && !options.png_folder.empty())
     {
         const std::filesystem::path folder(options.png_folder);
@@ -44,6 +45,7 @@ std::unique_ptr<cairo_renderer::Renderer> JobState::make_renderer(cairo_renderer
                                                                     : cairo_renderer::GlyphForm::bitmap;
     }
     made.complaint_sink = sink();
+    made.loss_sink = loss_sink();
     return std::make_unique<cairo_renderer::Renderer>(std::move(made));
 }
 
@@ -63,4 +65,4 @@ std::unique_ptr<PdfDocument> JobState::open_document()
     return document;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

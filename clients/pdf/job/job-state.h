@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Everything said during a job, each thing once.
@@ -38,8 +38,9 @@ struct JobState
     JobState(const JobState&) = delete;
     JobState& operator=(const JobState&) = delete;
 
-    // Takes what is to be said once. The state must outlive it.
+    // Take what is to be said once, and what is an error. The state must outlive them.
     std::function<void(const std::string&)> sink();
+    std::function<void(const std::string&)> loss_sink();
     // Null, with an error in the result, if it can't be read.
     std::unique_ptr<PdfDocument> open_document();
     // With a check its pages go to `page_sink`. `pictures`: page images are written, if they are asked for.
@@ -49,7 +50,8 @@ struct JobState
     Unlocking unlocking;
     JobResult result;
     Messages messages;
+    Messages losses;  // what is missing on the pages
     PageCheck check;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -43,11 +43,9 @@ std::unique_ptr<client_session::LoggedSession> open_log(JobState& state)
     auto session = std::make_unique<client_session::LoggedSession>(session_options(state.options));
     std::string why;
     if (session->open_log(&why))
-    {
         return session;
-    }
     state.result.errors.push_back(why);
     return nullptr;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

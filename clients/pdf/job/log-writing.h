@@ -9,10 +9,10 @@
 
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Null, with an error in the result, where a log can't be written; a log of before has then stayed.
 std::unique_ptr<client_session::LoggedSession> open_log(JobState& state);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -8,14 +8,14 @@
 #include <chrono>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr double points_per_inch = 72.0;
-constexpr double greatest_undrawn_side = INT32_MAX;
+constexpr double kPointsPerInch = 72.0;
+constexpr double kGreatestUndrawnSide = INT32_MAX;
 
 using Clock = std::chrono::steady_clock;
 
@@ -39,11 +39,9 @@ bool paint_with_ticket(const JobOptions& options, PdfDocument& document, const P
                             return stopped;
                         });
     if (late)
-    {
         run.errors.push_back(name + " took too long and was broken off");
-    }
     painter.end_page();
-    run.pages++;
+    ++run.pages;
     return !stopped;
 }
 
@@ -55,8 +53,8 @@ bool paint_page(JobState& state, PdfDocument& document, int page, Painter& paint
     PageGeometry geometry;
     geometry.number = static_cast<uint32_t>(page);
     geometry.pixels_per_inch = state.options.dpi;
-    geometry.inches_wide = size.width / points_per_inch;
-    geometry.inches_high = size.height / points_per_inch;
+    geometry.inches_wide = size.width / kPointsPerInch;
+    geometry.inches_high = size.height / kPointsPerInch;
     const double width = std::ceil(geometry.inches_wide * state.options.dpi);
     const double height = std::ceil(geometry.inches_high * state.options.dpi);
     const std::string name = "page " + std::to_string(page);
@@ -65,7 +63,7 @@ bool paint_page(JobState& state, PdfDocument& document, int page, Painter& paint
         run.errors.push_back(name + " can't be read");
         return false;
     }
-    const double greatest_side = state.options.renderer ? cairo_renderer::greatest_page_side : greatest_undrawn_side;
+    const double greatest_side = state.options.renderer ? cairo_renderer::kGreatestPageSide : kGreatestUndrawnSide;
     if (width > greatest_side || height > greatest_side)
     {
         run.errors.push_back(name + " is too large at " + std::to_string(state.options.dpi) + " dots per inch");
@@ -79,4 +77,4 @@ bool paint_page(JobState& state, PdfDocument& document, int page, Painter& paint
     return whole;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

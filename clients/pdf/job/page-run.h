@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // One walk through the document's pages.
@@ -27,4 +27,4 @@ struct Run
 // what went wrong is then in the run's errors, unless a signal has come.
 bool paint_page(JobState& state, PdfDocument& document, int page, Painter& painter, Run& run);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

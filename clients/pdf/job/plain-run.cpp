@@ -6,21 +6,18 @@
 
 #include <algorithm>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 PlainRun::PlainRun(JobState& state) : state_(state), document_(state.open_document())
 {
     if (document_ == nullptr)
-    {
         return;
-    }
     const TimeSpent start = TimeSpent::now();
     if (state.options.renderer)
-    {
         renderer_ = state.make_renderer(state.check.second(), false);
-    }
-    painter_ = std::make_unique<Painter>(renderer_ != nullptr ? renderer_->interface() : null_renderer(), state.sink());
+    painter_ = std::make_unique<Painter>(renderer_ != nullptr ? renderer_->interface() : null_renderer(), state.sink(),
+                                         state.loss_sink());
     run_.colours = &colours_;
     painter_->tell(state.options.check ? &calls_ : nullptr);
     begun_ = painter_->begin_document(1);
@@ -67,4 +64,4 @@ void PlainRun::note_time(const TimeSpent& start)
     time_ += TimeSpent::now() - start;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

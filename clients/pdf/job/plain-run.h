@@ -11,7 +11,7 @@
 
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The pages drawn again. With a check each is drawn right after the logged one, so that one page of each run is held;
@@ -49,4 +49,4 @@ private:
     TimeSpent time_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

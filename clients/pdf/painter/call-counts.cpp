@@ -4,19 +4,19 @@
 
 #include <iterator>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 const char* name_of(Call call)
 {
-    static constexpr const char* names[] = {
+    static constexpr const char* kNames[] = {
         "ORV_document_start",          "ORV_document_finish",  "ORV_face_start",
         "ORV_resource_start",          "ORV_resource_destroy", "ORV_object_paint",
         "ORV_object_paint_and_stroke", "ORV_group_start",      "ORV_group_finish",
         "ORV_resource_paint",          "ORV_drawing_finish",   "ORV_drawing_discard",
     };
-    static_assert(std::size(names) == static_cast<size_t>(Call::count));
-    return names[static_cast<size_t>(call)];
+    static_assert(std::size(kNames) == static_cast<size_t>(Call::count));
+    return kNames[static_cast<size_t>(call)];
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

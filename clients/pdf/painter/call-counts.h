@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 enum class Call
@@ -41,4 +41,4 @@ struct CallCounts
     double worst_end_point = 0;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr double greatest_picture_side = 8192;
+constexpr double kGreatestPictureSide = 8192;
 
 }  // namespace
 
@@ -42,9 +42,7 @@ Layer mask_layer(const Layer& whole, const GGO_BoxFloat& seen)
     layer.height = whole.height;
     const std::optional<PixelBox> shown = pixels_showing(seen, whole.content_to_pixels, whole.width, whole.height);
     if (!shown)
-    {
         return layer;
-    }
     // What lies beside the layer is a mask too, of one pixel.
     const uint32_t left = std::min(shown->left, whole.width - 1);
     const uint32_t top = std::min(shown->top, whole.height - 1);
@@ -59,7 +57,7 @@ Layer resource_layer(const std::string& key, const ResourceGeometry& geometry)
 {
     const double wide = (geometry.box.gbf_MaxX - geometry.box.gbf_MinX) * geometry.scale;
     const double high = (geometry.box.gbf_MaxY - geometry.box.gbf_MinY) * geometry.scale;
-    const double shrink = std::min(1.0, greatest_picture_side / std::max({wide, high, 1.0}));
+    const double shrink = std::min(1.0, kGreatestPictureSide / std::max({wide, high, 1.0}));
     const double scale = geometry.scale * shrink;
     Layer layer;
     layer.resource_key = key;
@@ -70,4 +68,4 @@ Layer resource_layer(const std::string& key, const ResourceGeometry& geometry)
     return layer;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A pattern cell or a form that is drawn once and painted many times.
@@ -63,4 +63,4 @@ Layer mask_layer(const Layer& whole, const GGO_BoxFloat& seen);
 // A layer for a resource, as large as it is painted, but no side above 8192 pixels.
 Layer resource_layer(const std::string& key, const ResourceGeometry& geometry);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

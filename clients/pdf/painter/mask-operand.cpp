@@ -5,7 +5,7 @@
 #include "clients/pdf/painter/soft-mask.h"
 #include "clients/pdf/records/clip.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 MaskOperand::MaskOperand(const PaintState& state, bool with_alpha, uint32_t unique_id)
@@ -24,4 +24,4 @@ MaskOperand::MaskOperand(const PaintState& state, bool with_alpha, uint32_t uniq
     mode = operand != nullptr ? GOP_MASK_IN : GOP_MASK_NONE;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Owns the operand's records. A soft mask is cut to what the clip shows of it.
@@ -26,4 +26,4 @@ struct MaskOperand
     uint32_t mode = GOP_MASK_NONE;          // for the operator, GOP_MASK_*
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -9,14 +9,14 @@
 
 #include <algorithm>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
 // Masks and resources nest in files that go in circles.
-constexpr size_t greatest_layer_depth = 12;
+constexpr size_t kGreatestLayerDepth = 12;
 
 }  // namespace
 
@@ -33,9 +33,7 @@ void Painter::close_layer()
         return;
     }
     while (layers_.back().open_groups > 0)
-    {
         end_group();
-    }
     finish_drawings();
     layers_.pop_back();
 }
@@ -49,24 +47,20 @@ void Painter::finish_drawings()
 void Painter::discard_drawings(Layer& layer)
 {
     for (Drawing& drawing : layer.drawings)
-    {
         count(*drawing.server, Call::drawing_discard, drawing.calls.drawing_discard.fn(&drawing.calls));
-    }
 }
 
 bool Painter::begin_mask(const GGO_BoxFloat& seen)
 {
-    if (layers_.empty() || layers_.size() >= greatest_layer_depth)
-    {
+    if (layers_.empty() || layers_.size() >= kGreatestLayerDepth)
         return false;
-    }
     Layer layer = mask_layer(layers_.back(), seen);
     const ORV_FaceProperties face = face_of(layer);
-    for (size_t i = 0; i < 2; i++)
+    for (size_t i = 0; i < 2; ++i)
     {
         if (studios_[i] == nullptr)
         {
-            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_.table(), complain_);
+            studios_[i] = std::make_unique<MaskStudio>(i == 1, font_engine_.table(), complain_, lose_);
             studio_servers_[i].table = studios_[i]->interface();
             studio_servers_[i].document = studios_[i]->document();
         }
@@ -87,9 +81,7 @@ MaskPictures Painter::end_mask()
 {
     MaskPictures pictures;
     while (layers_.back().open_groups > 0)
-    {
         end_group();
-    }
     Layer& layer = layers_.back();
     pictures.content_to_pixels = layer.content_to_pixels;
     pictures.on_white = studios_[0]->close(&layer.drawings[0].calls);
@@ -101,9 +93,7 @@ MaskPictures Painter::end_mask()
 bool Painter::has_resource(const std::string& key) const
 {
     if (layers_.empty())
-    {
         return false;
-    }
     const std::vector<Drawing>& drawings = layers_.back().drawings;
     return std::all_of(drawings.begin(), drawings.end(),
                        [&](const Drawing& drawing) { return drawing.server->resources.count(key) > 0; });
@@ -111,10 +101,8 @@ bool Painter::has_resource(const std::string& key) const
 
 bool Painter::begin_resource(const std::string& key, const ResourceGeometry& geometry)
 {
-    if (layers_.empty() || layers_.size() >= greatest_layer_depth)
-    {
+    if (layers_.empty() || layers_.size() >= kGreatestLayerDepth)
         return false;
-    }
     Layer layer = resource_layer(key, geometry);
     ORV_ResourceProperties properties{};
     properties.rp_ResourceHints = geometry.tiled ? ORV_RES_HINT_WILL_BE_TILED : ORV_RES_HINT_NO_TILING;
@@ -148,14 +136,10 @@ bool Painter::begin_resource(const std::string& key, const ResourceGeometry& geo
 void Painter::end_resource()
 {
     while (layers_.back().open_groups > 0)
-    {
         end_group();
-    }
     finish_drawings();
     for (Drawing& drawing : layers_.back().drawings)
-    {
         drawing.server->resources[layers_.back().resource_key] = drawing.resource_id;
-    }
     layers_.pop_back();
 }
 
@@ -163,9 +147,7 @@ void Painter::paint_resource(const std::string& key, const GGO_Matrix& retransfo
                              const PaintState& state)
 {
     if (!has_resource(key))
-    {
         return;
-    }
     digest(Call::resource_paint, retransform, tiling.x_step, tiling.y_step, state);
     const MaskOperand mask(state, true, next_id());
     const GOP_Operator op = blend_operator(state.blend, mask.mode);
@@ -181,4 +163,4 @@ void Painter::paint_resource(const std::string& key, const GGO_Matrix& retransfo
                      });
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,16 +13,14 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void Painter::paint(uint8_t object_type, const GSH_ShapePointer* shape, const GOP_Operator& op, const Clip& clip,
                     GOP_OperandPointer* operand1, GOP_OperandPointer* operand2)
 {
     if (layers_.empty())
-    {
         return;
-    }
     const uint32_t hints = clip_hint(clip);
     for_each_drawing(Call::object_paint,
                      [&](Drawing& drawing)
@@ -52,9 +50,7 @@ void Painter::stroke(const Path& path, const GGO_Matrix& to_content, const Strok
                      const PaintState& state)
 {
     if (layers_.empty())
-    {
         return;
-    }
     digest(Call::object_paint_and_stroke, path, to_content, style, colour, state);
     const StrokedShape shape(path, to_content, style);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
@@ -89,10 +85,8 @@ void Painter::gradient(const RadialGradient& gradient, const PaintState& state)
 
 void Painter::gradient(const Triangle& triangle, const PaintState& state)
 {
-    for (size_t i = 0; i < 3; i++)
-    {
+    for (size_t i = 0; i < 3; ++i)
         digest(Call::object_paint, triangle.colour[i], triangle.corner[i], state);
-    }
     OperandRecord operand = OperandRecord::gradient(triangle, state.alpha);
     paint_operand(GCM_OBJ_GRAPHICS, nullptr, operand.get(next_id()), state);
 }
@@ -109,9 +103,7 @@ std::shared_ptr<ImageOperand> Painter::image_operand(const Image& image, const G
 {
     std::shared_ptr<ImageOperand> operand = ImageOperand::make(image, pixels_to_content, alpha, next_id());
     if (operand == nullptr)
-    {
-        complain_("an image is too large to be passed on");
-    }
+        lose_("an image is too large to be passed on");
     return operand;
 }
 
@@ -119,9 +111,7 @@ void Painter::image(const Image& image, const GGO_Matrix& pixels_to_content, con
 {
     const std::shared_ptr<ImageOperand> operand = image_operand(image, pixels_to_content, state.alpha);
     if (operand == nullptr)
-    {
         return;
-    }
     const ImageShape shape(image.width, image.height, pixels_to_content);
     paint_operand(GCM_OBJ_IMAGE, shape.get(), operand->get(), state);
     digest(Call::object_paint, image, pixels_to_content, state);
@@ -140,9 +130,7 @@ void Painter::masked_image(const Image& image, const GGO_Matrix& pixels_to_conte
     const std::shared_ptr<ImageOperand> operand1 = image_operand(image, pixels_to_content, state.alpha);
     const std::shared_ptr<ImageOperand> operand2 = image_operand(mask, mask_pixels_to_content, 1);
     if (operand1 == nullptr || operand2 == nullptr)
-    {
         return;
-    }
     const ImageShape shape(image.width, image.height, pixels_to_content);
     paint(GCM_OBJ_IMAGE, shape.get(), blend_operator(state.blend, GOP_MASK_IN), state.clip, operand1->get(),
           operand2->get());
@@ -162,9 +150,7 @@ void Painter::stencil(const Image& stencil, const GGO_Matrix& pixels_to_content,
     OperandRecord operand1 = OperandRecord::flat(colour, state.alpha);
     const std::shared_ptr<ImageOperand> operand2 = image_operand(stencil, pixels_to_content, 1);
     if (operand2 == nullptr)
-    {
         return;
-    }
     const ImageShape shape(stencil.width, stencil.height, pixels_to_content);
     paint(GCM_OBJ_IMAGE, shape.get(), blend_operator(state.blend, GOP_MASK_IN), state.clip, operand1.get(next_id()),
           operand2->get());
@@ -174,9 +160,7 @@ void Painter::stencil(const Image& stencil, const GGO_Matrix& pixels_to_content,
 void Painter::text(const GlyphRun& run, const Colour& colour, const PaintState& state)
 {
     if (layers_.empty())
-    {
         return;
-    }
     digest(Call::object_paint_and_stroke, run, colour, state);
     const TextShape shape(font_engine_, run);
     OperandRecord operand = OperandRecord::flat(colour, state.alpha);
@@ -201,12 +185,10 @@ void Painter::text(const GlyphRun& run, const Colour& colour, const PaintState& 
 void Painter::note_end_point(const Drawing& drawing, GGO_Point end, GGO_Point expected, double inches_per_unit)
 {
     if (!drawing.server->counted || std::isnan(end.gpf_X))
-    {
         return;
-    }
     const double distance = std::hypot(end.gpf_X - expected.gpf_X, end.gpf_Y - expected.gpf_Y) * inches_per_unit;
-    counts_.end_points++;
+    ++counts_.end_points;
     counts_.worst_end_point = std::max(counts_.worst_end_point, distance);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -6,11 +6,12 @@
 #include "clients/pdf/records/blend-operator.h"
 #include "clients/pdf/records/shape-records.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
-Painter::Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain)
-    : complain_(std::move(complain))
+Painter::Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain,
+                 std::function<void(const std::string&)> lose)
+    : complain_(std::move(complain)), lose_(lose ? std::move(lose) : complain_)
 {
     main_.table = table;
     main_.counted = true;
@@ -22,7 +23,7 @@ void Painter::count(const Server& server, Call call, uint32_t result)
 {
     if (server.counted)
     {
-        counts_.made[static_cast<size_t>(call)]++;
+        ++counts_.made[static_cast<size_t>(call)];
         counts_.refused += result == 0 ? 1 : 0;
     }
 }
@@ -78,9 +79,7 @@ bool Painter::begin_page(const PageGeometry& page)
                                    page.colour_ticket, GPA_PP_ORIENTATION_0_DEG, GPA_PLACEMENT_PS);
     count(main_, Call::face_start, result);
     if (result == 0)
-    {
         return false;
-    }
     layer.drawings.push_back(drawing);
     layers_.push_back(std::move(layer));
     return true;
@@ -89,9 +88,7 @@ bool Painter::begin_page(const PageGeometry& page)
 void Painter::end_page()
 {
     while (!layers_.empty())
-    {
         close_layer();
-    }
 }
 
 Clip Painter::narrow(const Clip& clip, const Path& path, Winding winding)
@@ -118,16 +115,14 @@ uint32_t Painter::clip_hint(const Clip& clip)
 void Painter::begin_group(const Group& group)
 {
     if (layers_.empty())
-    {
         return;
-    }
     digest(Call::group_start, group.bounds, uint64_t{group.isolated}, uint64_t{group.knockout}, group.state);
     const MaskOperand mask(group.state, true, next_id());
     const GOP_Operator op = blend_operator(group.state.blend, mask.mode);
     const uint32_t type = group.isolated ? ORV_GROUP_SIMPLE : ORV_GROUP_NON_ISOLATED;
     const uint32_t id = next_id();
     layers_.back().last_clip = nullptr;
-    layers_.back().open_groups++;
+    ++layers_.back().open_groups;
     for_each_drawing(Call::group_start,
                      [&](Drawing& drawing)
                      {
@@ -142,11 +137,9 @@ void Painter::begin_group(const Group& group)
 void Painter::end_group()
 {
     if (layers_.empty() || layers_.back().open_groups == 0)
-    {
         return;
-    }
     digest(Call::group_finish);
-    layers_.back().open_groups--;
+    --layers_.back().open_groups;
     layers_.back().last_clip = nullptr;
     for_each_drawing(Call::group_finish,
                      [](Drawing& drawing)
@@ -161,4 +154,4 @@ double Painter::pixels_per_unit() const
     return layers_.empty() ? 0 : mean_scale(layers_.back().content_to_pixels);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

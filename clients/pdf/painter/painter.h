@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A page as the painter opens it.
@@ -47,8 +47,10 @@ class ImageOperand;
 class Painter
 {
 public:
-    // `complain` takes what the renderer of soft masks has to say.
-    Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain);
+    // `complain` takes what the renderer of soft masks has to say, `lose` what can't be passed on or painted at all;
+    // without it that is a complaint, too.
+    Painter(const ORV_Interface* table, std::function<void(const std::string&)> complain,
+            std::function<void(const std::string&)> lose = {});
     ~Painter();
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
@@ -122,6 +124,7 @@ private:
     Server main_;
     FontEngine font_engine_;
     std::function<void(const std::string&)> complain_;
+    std::function<void(const std::string&)> lose_;
     std::unique_ptr<MaskStudio> studios_[2];
     Server studio_servers_[2];
     std::vector<Layer> layers_;
@@ -133,13 +136,9 @@ private:
 template <typename Make> void Painter::for_each_drawing(Call call, Make make)
 {
     if (layers_.empty())
-    {
         return;
-    }
     for (Drawing& drawing : layers_.back().drawings)
-    {
         count(*drawing.server, call, make(drawing));
-    }
 }
 
 template <typename... Parts> void Painter::digest(Call call, const Parts&... parts)
@@ -151,4 +150,4 @@ template <typename... Parts> void Painter::digest(Call call, const Parts&... par
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

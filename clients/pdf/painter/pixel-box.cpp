@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr double margin = 2;
+constexpr double kMargin = 2;
 
 uint32_t place(double at, uint32_t size)
 {
@@ -26,18 +26,14 @@ std::optional<PixelBox> pixels_showing(const GGO_BoxFloat& box, const GGO_Matrix
                                        uint32_t height)
 {
     if (!std::isfinite(box.gbf_MaxX - box.gbf_MinX) || !std::isfinite(box.gbf_MaxY - box.gbf_MinY))
-    {
         return std::nullopt;
-    }
     const GGO_BoxFloat shown = rectangle(box).transformed(content_to_pixels).bounds();
     if (std::isnan(shown.gbf_MinX) || std::isnan(shown.gbf_MinY) || std::isnan(shown.gbf_MaxX) ||
         std::isnan(shown.gbf_MaxY))
-    {
         return std::nullopt;
-    }
     return PixelBox{
-        place(std::floor(shown.gbf_MinX) - margin, width), place(std::floor(shown.gbf_MinY) - margin, height),
-        place(std::ceil(shown.gbf_MaxX) + margin, width), place(std::ceil(shown.gbf_MaxY) + margin, height)};
+        place(std::floor(shown.gbf_MinX) - kMargin, width), place(std::floor(shown.gbf_MinY) - kMargin, height),
+        place(std::ceil(shown.gbf_MaxX) + kMargin, width), place(std::ceil(shown.gbf_MaxY) + kMargin, height)};
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

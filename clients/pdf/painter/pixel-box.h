@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The columns from `left` up to, without, `right`, and the rows likewise.
@@ -32,4 +32,4 @@ struct PixelBox
 std::optional<PixelBox> pixels_showing(const GGO_BoxFloat& box, const GGO_Matrix& content_to_pixels, uint32_t width,
                                        uint32_t height);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr int curve_steps = 16;
+constexpr int kCurveSteps = 16;
 
 struct Crossing
 {
@@ -43,9 +43,9 @@ public:
             for (const Segment& segment : subpath.segments)
             {
                 const GGO_Point from = at;
-                for (int i = 1; segment.curve && i < curve_steps; i++)
+                for (int i = 1; segment.curve && i < kCurveSteps; ++i)
                 {
-                    const GGO_Point next = on_curve(from, segment, static_cast<double>(i) / curve_steps);
+                    const GGO_Point next = on_curve(from, segment, static_cast<double>(i) / kCurveSteps);
                     add_line(at, next);
                     at = next;
                 }
@@ -70,7 +70,7 @@ private:
         const double first = std::max(std::ceil(low.gpf_Y - 0.5), static_cast<double>(top_));
         const double end =
             std::min(std::ceil(high.gpf_Y - 0.5), static_cast<double>(top_) + static_cast<double>(rows_.size()));
-        for (double y = first; y < end; y++)
+        for (double y = first; y < end; ++y)
         {
             const double share = (y + 0.5 - low.gpf_Y) / (high.gpf_Y - low.gpf_Y);
             rows_[static_cast<size_t>(y - top_)].push_back({low.gpf_X + share * (high.gpf_X - low.gpf_X), direction});
@@ -85,7 +85,7 @@ void fill_span(Bitmap& bitmap, uint32_t y, double from, double to)
 {
     const double first = std::max(std::ceil(from - 0.5) - bitmap.left, 0.0);
     const double end = std::min(std::ceil(to - 0.5) - bitmap.left, static_cast<double>(bitmap.width));
-    for (double x = first; x < end; x++)
+    for (double x = first; x < end; ++x)
     {
         const uint32_t column = static_cast<uint32_t>(x);
         bitmap.rows[y * bitmap.row_bytes() + column / 8] |= static_cast<uint8_t>(0x80U >> (column % 8));
@@ -96,14 +96,12 @@ void fill_row(Bitmap& bitmap, uint32_t y, std::vector<Crossing>& crossings, Wind
 {
     std::sort(crossings.begin(), crossings.end(), [](const Crossing& a, const Crossing& b) { return a.x < b.x; });
     int count = 0;
-    for (size_t i = 0; i + 1 < crossings.size(); i++)
+    for (size_t i = 0; i + 1 < crossings.size(); ++i)
     {
         count += winding == Winding::non_zero ? crossings[i].direction : 1;
         const bool inside = winding == Winding::non_zero ? count != 0 : count % 2 != 0;
         if (inside)
-        {
             fill_span(bitmap, y, crossings[i].x, crossings[i + 1].x);
-        }
     }
 }
 
@@ -122,9 +120,7 @@ Bitmap rasterise(const Path& path, Winding winding, uint32_t greatest_side)
     const double high = std::ceil(box.gbf_MaxY) - std::floor(box.gbf_MinY);
     const bool fits = wide > 0 && high > 0 && wide <= greatest_side && high <= greatest_side;
     if (path.empty() || !fits || std::abs(box.gbf_MinX) > 1e9 || std::abs(box.gbf_MinY) > 1e9)
-    {
         return bitmap;
-    }
     bitmap.left = static_cast<int32_t>(std::floor(box.gbf_MinX));
     bitmap.top = static_cast<int32_t>(std::floor(box.gbf_MinY));
     bitmap.width = static_cast<uint32_t>(wide);
@@ -132,17 +128,15 @@ Bitmap rasterise(const Path& path, Winding winding, uint32_t greatest_side)
     bitmap.rows.resize(static_cast<size_t>(bitmap.row_bytes()) * bitmap.height);
     Scanner scanner(bitmap.top, bitmap.height);
     scanner.add(path);
-    for (uint32_t y = 0; y < bitmap.height; y++)
-    {
+    for (uint32_t y = 0; y < bitmap.height; ++y)
         fill_row(bitmap, y, scanner.row(y), winding);
-    }
     return bitmap;
 }
 
 std::vector<uint8_t> run_lengths(const Bitmap& bitmap)
 {
     std::vector<uint8_t> runs;
-    for (uint32_t y = 0; y < bitmap.height; y++)
+    for (uint32_t y = 0; y < bitmap.height; ++y)
     {
         bool painting = false;
         uint32_t x = 0;
@@ -150,9 +144,7 @@ std::vector<uint8_t> run_lengths(const Bitmap& bitmap)
         {
             uint32_t length = 0;
             while (x + length < bitmap.width && length < 255 && bitmap.at(x + length, y) == painting)
-            {
-                length++;
-            }
+                ++length;
             runs.push_back(static_cast<uint8_t>(length));
             x += length;
             painting = !painting;
@@ -169,11 +161,11 @@ std::vector<uint8_t> row_edges(const Bitmap& bitmap)
         bytes.push_back(static_cast<uint8_t>(value));
         bytes.push_back(static_cast<uint8_t>(value >> 8));
     };
-    for (uint32_t y = 0; y < bitmap.height; y++)
+    for (uint32_t y = 0; y < bitmap.height; ++y)
     {
         std::vector<uint32_t> edges;
         bool painting = false;
-        for (uint32_t x = 0; x < bitmap.width; x++)
+        for (uint32_t x = 0; x < bitmap.width; ++x)
         {
             if (bitmap.at(x, y) != painting)
             {
@@ -182,13 +174,11 @@ std::vector<uint8_t> row_edges(const Bitmap& bitmap)
             }
         }
         if (painting)
-        {
             edges.push_back(bitmap.width);
-        }
         add(edges.size());
         std::for_each(edges.begin(), edges.end(), add);
     }
     return bytes;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

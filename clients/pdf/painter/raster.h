@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Pixels of one bit, packed, each row from a whole byte, the first pixel in the highest bit; 1 paints.
@@ -38,4 +38,4 @@ std::vector<uint8_t> run_lengths(const Bitmap& bitmap);
 // bits each, the low byte first.
 std::vector<uint8_t> row_edges(const Bitmap& bitmap);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

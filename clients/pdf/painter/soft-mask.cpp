@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -33,7 +33,7 @@ double mask_value(uint32_t white, uint32_t black, const MaskRule& rule)
 {
     double shown[3];
     double alpha_sum = 0;
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
     {
         const int shift = 16 - 8 * i;
         const double alpha = 1.0 - (channel(white, shift) - channel(black, shift));
@@ -48,9 +48,9 @@ double mask_value(uint32_t white, uint32_t black, const MaskRule& rule)
 PixelBox extent_of(const std::vector<uint8_t>& samples, uint32_t width, uint32_t height)
 {
     PixelBox extent{width, height, 0, 0};
-    for (uint32_t y = 0; y < height; y++)
+    for (uint32_t y = 0; y < height; ++y)
     {
-        for (uint32_t x = 0; x < width; x++)
+        for (uint32_t x = 0; x < width; ++x)
         {
             if (samples[static_cast<size_t>(y) * width + x] != 0)
             {
@@ -71,7 +71,7 @@ std::shared_ptr<const MaskImage> part_of(const std::vector<uint8_t>& samples, ui
     mask->width = extent.right - extent.left;
     mask->height = extent.bottom - extent.top;
     mask->samples.reserve(static_cast<size_t>(mask->width) * mask->height);
-    for (uint32_t y = extent.top; y < extent.bottom; y++)
+    for (uint32_t y = extent.top; y < extent.bottom; ++y)
     {
         const auto row = samples.begin() + static_cast<std::ptrdiff_t>(static_cast<size_t>(y) * width);
         mask->samples.insert(mask->samples.end(), row + extent.left, row + extent.right);
@@ -100,7 +100,7 @@ std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const M
     uint32_t last_white = pictures.on_white.pixels[0];
     uint32_t last_black = pictures.on_black.pixels[0];
     uint8_t last = byte_of(mask_value(last_white, last_black, rule));
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count; ++i)
     {
         const uint32_t white = pictures.on_white.pixels[i];
         const uint32_t black = pictures.on_black.pixels[i];
@@ -117,37 +117,33 @@ std::shared_ptr<const MaskImage> make_mask(const MaskPictures& pictures, const M
 
 std::shared_ptr<const MaskImage> cut_to(std::shared_ptr<const MaskImage> mask, const GGO_BoxFloat& box)
 {
-    constexpr double worth_it = 0.75;
+    constexpr double kWorthIt = 0.75;
     const GGO_Matrix& to_content = mask->pixels_to_content;
     if (!finite(to_content) || determinant(to_content) == 0 || !(box.gbf_MinX <= box.gbf_MaxX) ||
         !(box.gbf_MinY <= box.gbf_MaxY))
-    {
         return mask;
-    }
     const std::optional<PixelBox> shown = pixels_showing(box, inverse(to_content), mask->width, mask->height);
     const double whole = static_cast<double>(mask->width) * mask->height;
     if (!shown || shown->empty() ||
-        static_cast<double>(shown->right - shown->left) * (shown->bottom - shown->top) > worth_it * whole)
-    {
+        static_cast<double>(shown->right - shown->left) * (shown->bottom - shown->top) > kWorthIt * whole)
         return mask;
-    }
     return part_of(mask->samples, mask->width, *shown, to_content);
 }
 
 MaskStudio::MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,
-                       std::function<void(const std::string&)> complaint_sink)
+                       std::function<void(const std::string&)> complaint_sink,
+                       std::function<void(const std::string&)> loss_sink)
     : black_paper_(black_paper)
 {
     cairo_renderer::Options options;
     options.page_sink = [this](const cairo_renderer::Page& page) { last_ = cairo_renderer::read_pixels(page); };
     options.pixels_at_once = UINT64_MAX;
     options.complaint_sink = std::move(complaint_sink);
+    options.loss_sink = std::move(loss_sink);
     renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
     const ORV_Interface* table = renderer_->interface();
     if (table->document_start.fn(nullptr, table, &document_, 0, font_engine, nullptr) == 0)
-    {
         document_ = nullptr;
-    }
 }
 
 MaskStudio::~MaskStudio()
@@ -175,9 +171,7 @@ bool MaskStudio::open(const ORV_FaceProperties& face, ORV_DrawingInterface* draw
     last_ = {};
     if (table->face_start.fn(nullptr, table, document_, drawing, nullptr, ++faces_, &face, nullptr,
                              GPA_PP_ORIENTATION_0_DEG, GPA_PLACEMENT_PS) == 0)
-    {
         return false;
-    }
     if (black_paper_)
     {
         OperandRecord black = OperandRecord::flat(Colour{}, 1);
@@ -193,4 +187,4 @@ cairo_renderer::PagePixels MaskStudio::close(ORV_DrawingInterface* drawing)
     return std::move(last_);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

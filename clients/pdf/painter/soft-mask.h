@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The content of a mask's group, drawn on both papers.
@@ -45,7 +45,8 @@ class MaskStudio
 {
 public:
     MaskStudio(bool black_paper, const GFI_FontEngineTable* font_engine,
-               std::function<void(const std::string&)> complaint_sink);
+               std::function<void(const std::string&)> complaint_sink,
+               std::function<void(const std::string&)> loss_sink);
     ~MaskStudio();
     MaskStudio(const MaskStudio&) = delete;
     MaskStudio& operator=(const MaskStudio&) = delete;
@@ -65,4 +66,4 @@ private:
     uint32_t faces_ = 0;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <iterator>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -16,11 +16,11 @@ namespace
 
 Blend blend_of(GfxBlendMode mode)
 {
-    static constexpr Blend blends[] = {Blend::normal,     Blend::multiply,   Blend::screen,      Blend::overlay,
-                                       Blend::darken,     Blend::lighten,    Blend::color_dodge, Blend::color_burn,
-                                       Blend::hard_light, Blend::soft_light, Blend::difference,  Blend::exclusion,
-                                       Blend::hue,        Blend::saturation, Blend::color,       Blend::luminosity};
-    return mode >= 0 && static_cast<size_t>(mode) < std::size(blends) ? blends[mode] : Blend::normal;
+    static constexpr Blend kBlends[] = {Blend::normal,     Blend::multiply,   Blend::screen,      Blend::overlay,
+                                        Blend::darken,     Blend::lighten,    Blend::color_dodge, Blend::color_burn,
+                                        Blend::hard_light, Blend::soft_light, Blend::difference,  Blend::exclusion,
+                                        Blend::hue,        Blend::saturation, Blend::color,       Blend::luminosity};
+    return mode >= 0 && static_cast<size_t>(mode) < std::size(kBlends) ? kBlends[mode] : Blend::normal;
 }
 
 PaintState state_with(const Canvas& canvas, GfxState* state, double alpha)
@@ -73,4 +73,4 @@ void restore_state(Canvas& canvas)
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -12,10 +12,10 @@
 
 #include <GfxState.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
-constexpr double points_per_inch = 72.0;
+constexpr double kPointsPerInch = 72.0;
 
 // What is kept when the document saves its state.
 struct SavedState
@@ -34,7 +34,7 @@ struct OpenGroup
 // The content of a page, or of a pattern's cell.
 struct Content
 {
-    GGO_Matrix points_to_content = scaling(1 / points_per_inch, 1 / points_per_inch);
+    GGO_Matrix points_to_content = scaling(1 / kPointsPerInch, 1 / kPointsPerInch);
     Clip clip;
     std::shared_ptr<const MaskImage> mask;
     std::vector<SavedState> saved;
@@ -69,4 +69,4 @@ void save_state(Canvas& canvas, GfxState* state);
 // Does nothing if there is nothing to go back to.
 void restore_state(Canvas& canvas);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -2,6 +2,8 @@
 
 #include "clients/pdf/poppler/colours.h"
 
+#include "clients/pdf/poppler/page-resources.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -9,17 +11,18 @@
 #include <PDFDoc.h>
 #include <Stream.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_profile = 16U << 20;
+constexpr size_t kGreatestProfile = 16U << 20;
+constexpr size_t kProfileHeader = 128;
 
 // A flat colour carries its definition with each paint; a profile above this size stands in the page's colour
 // ticket alone.
-constexpr size_t greatest_flat_profile = 64U << 10;
+constexpr size_t kGreatestFlatProfile = 64U << 10;
 
 float channel(GfxColorComp value)
 {
@@ -98,10 +101,8 @@ GfxColor entry_of(GfxIndexedColorSpace& indexed, const GfxColor& value)
     double low[gfxColorMaxComps];
     double range[gfxColorMaxComps];
     indexed.getBase()->getDefaultRanges(low, range, indexed.getIndexHigh());
-    for (int i = 0; i < channels; i++)
-    {
+    for (int i = 0; i < channels; ++i)
         entry.c[i] = dblToCol(low[i] + indexed.getLookup()[index * channels + i] / 255.0 * range[i]);
-    }
     return entry;
 }
 
@@ -130,20 +131,16 @@ std::vector<uint8_t> read_profile(const Object& object, int channels)
 {
     std::vector<uint8_t> bytes;
     if (!object.isStream())
-    {
         return bytes;
-    }
     Stream* stream = object.getStream();
     stream->reset();
     unsigned char piece[4096];
     int got = 0;
-    while (bytes.size() < greatest_profile && (got = stream->doGetChars(sizeof piece, piece)) > 0)
-    {
+    while (bytes.size() < kGreatestProfile && (got = stream->doGetChars(sizeof piece, piece)) > 0)
         bytes.insert(bytes.end(), piece, piece + got);
-    }
     stream->close();
     const char* signature = channels == 1 ? "GRAY" : channels == 3 ? "RGB " : "CMYK";
-    const bool sound = bytes.size() > 128 && bytes.size() < greatest_profile &&
+    const bool sound = bytes.size() > 128 && bytes.size() < kGreatestProfile &&
                        std::memcmp(&bytes[36], "acsp", 4) == 0 && std::memcmp(&bytes[16], signature, 4) == 0;
     return sound ? bytes : std::vector<uint8_t>();
 }
@@ -171,24 +168,67 @@ ColourSpace SpaceStore::space_of(GfxColorSpace& space)
     case csCalRGB:
         result.definition = kept(calibrated(static_cast<GfxCalRGBColorSpace&>(space)));
         break;
+    case csDeviceCMYK:
+        result.definition = masks_.empty() ? nullptr : masks_.back();
+        break;
     default:
         break;
     }
     return result;
 }
 
+void SpaceStore::begin_mask(GfxColorSpace* blending_space)
+{
+    masks_.push_back(cmyk_profile(blending_space));
+}
+
+void SpaceStore::end_mask()
+{
+    if (!masks_.empty())
+        masks_.pop_back();
+}
+
+void SpaceStore::forget_masks()
+{
+    masks_.clear();
+}
+
+std::shared_ptr<const SpaceDefinition> SpaceStore::cmyk_profile(GfxColorSpace* blending_space)
+{
+    if (blending_space == nullptr || blending_space->getNComps() != 4)
+        return nullptr;
+    if (blending_space->getMode() == csICCBased)
+        return profile_of(static_cast<GfxICCBasedColorSpace&>(*blending_space));
+    if (blending_space->getMode() != csDeviceCMYK)
+        return nullptr;
+    if (!output_intent_)
+    {
+        std::shared_ptr<SpaceDefinition> definition;
+        std::vector<uint8_t> bytes = output_intent_of(*document_);
+        if (bytes.size() > kProfileHeader && std::memcmp(&bytes[16], "CMYK", 4) == 0)
+        {
+            definition = std::make_shared<SpaceDefinition>();
+            definition->profile = std::move(bytes);
+        }
+        output_intent_ = std::move(definition);
+    }
+    return *output_intent_;
+}
+
+size_t SpaceStore::greatest_flat_profile() const
+{
+    // What is painted for a mask isn't logged.
+    return masks_.empty() ? kGreatestFlatProfile : kGreatestProfile;
+}
+
 std::shared_ptr<const SpaceDefinition> SpaceStore::profile_of(GfxICCBasedColorSpace& space)
 {
     const Ref reference = space.getRef();
     if (reference == Ref::INVALID())
-    {
         return nullptr;
-    }
     const auto known = profiles_.find(reference.num);
     if (known != profiles_.end())
-    {
         return known->second;
-    }
     std::shared_ptr<SpaceDefinition> definition;
     std::vector<uint8_t> bytes = read_profile(document_->getXRef()->fetch(reference), space.getNComps());
     if (!bytes.empty())
@@ -203,12 +243,8 @@ std::shared_ptr<const SpaceDefinition> SpaceStore::profile_of(GfxICCBasedColorSp
 std::shared_ptr<const SpaceDefinition> SpaceStore::kept(const SpaceDefinition& definition)
 {
     for (const std::shared_ptr<const SpaceDefinition>& known : calibrated_)
-    {
         if (*known == definition)
-        {
             return known;
-        }
-    }
     calibrated_.push_back(std::make_shared<const SpaceDefinition>(definition));
     return calibrated_.back();
 }
@@ -220,18 +256,12 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     {
         Colour colour;
         colour.space = spaces.space_of(*space);
-        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > greatest_flat_profile)
-        {
+        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > spaces.greatest_flat_profile())
             colour.space.definition = nullptr;
-        }
         if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
-        {
             return rgb_of(*space, value);
-        }
-        for (int i = 0; i < colour.space.channels; i++)
-        {
+        for (int i = 0; i < colour.space.channels; ++i)
             colour.value[i] = channel(value.c[i]);
-        }
         return colour;
     }
     switch (mode)
@@ -252,4 +282,4 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

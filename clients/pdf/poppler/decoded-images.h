@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Which stream of the document: an image's, or that of the mask that belongs to it.
@@ -30,7 +30,7 @@ class DecodedImages
 public:
     using Bytes = std::vector<uint8_t>;
 
-    static constexpr size_t most_bytes = size_t{64} << 20;
+    static constexpr size_t kMostBytes = size_t{64} << 20;
 
     // What is held of a stream of which `size` bytes are wanted; null if that isn't held.
     std::shared_ptr<const Bytes> find(const ImageKey& key, size_t size);
@@ -60,4 +60,4 @@ private:
     size_t bytes_held_ = 0;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -14,14 +14,14 @@
 #include <splash/SplashFontFile.h>
 #include <splash/SplashPath.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
 // Glyph outlines are taken from the font at this size, in pixels for each em.
-constexpr double outline_size = 2048.0;
+constexpr double kOutlineSize = 2048.0;
 
 }  // namespace
 
@@ -30,14 +30,10 @@ TrueTypeData::TrueTypeData(GfxFont& font, XRef* references)
     const GfxFontType type = font.getType();
     Ref embedded;
     if ((type != fontTrueType && type != fontCIDType2) || !font.getEmbeddedFontID(&embedded))
-    {
         return;
-    }
     const std::optional<std::vector<unsigned char>> bytes = font.readEmbFontFile(references);
     if (!bytes || bytes->size() > INT_MAX)
-    {
         return;
-    }
     if (type == fontTrueType)
     {
         const std::unique_ptr<FoFiTrueType> file = FoFiTrueType::make(bytes->data(), static_cast<int>(bytes->size()));
@@ -62,9 +58,7 @@ TrueTypeData::TrueTypeData(GfxFont& font, XRef* references)
 std::vector<uint8_t> TrueTypeData::entry(CharCode code) const
 {
     if (identity_)
-    {
         return glyphs_.entry(code);
-    }
     return code < codes_.size() && codes_[code] > 0 ? glyphs_.entry(static_cast<uint32_t>(codes_[code]))
                                                     : std::vector<uint8_t>();
 }
@@ -72,7 +66,7 @@ std::vector<uint8_t> TrueTypeData::entry(CharCode code) const
 FontEntry::FontEntry(SplashFontFile* file, int32_t id, TrueTypeData true_type)
     : id_(id), true_type_(std::move(true_type))
 {
-    SplashCoord size[4] = {outline_size, 0, 0, outline_size};
+    SplashCoord size[4] = {kOutlineSize, 0, 0, kOutlineSize};
     const SplashCoord text[4] = {1, 0, 0, 1};
     font_.reset(file->makeFont(size, text));
 }
@@ -92,9 +86,7 @@ std::shared_ptr<const Glyph> FontEntry::glyph(CharCode code)
         const std::unique_ptr<SplashPath> outline(font_ != nullptr ? font_->getGlyphPath(static_cast<int>(code))
                                                                    : nullptr);
         if (outline != nullptr)
-        {
             glyph->outline = path_of(*outline);
-        }
         glyph->true_type = true_type_.entry(code);
         entry = std::move(glyph);
     }
@@ -122,4 +114,4 @@ void choose_font(Fonts& fonts, GfxFont& source, SplashFont& made, double pixels,
     fonts.current = entry;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -19,7 +19,7 @@
 class GfxState;
 class XRef;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The TrueType data behind a font's codes; nothing for fonts of other kinds.
@@ -67,4 +67,4 @@ double pixels_of_font(GfxState* state);
 // Makes the font current that was made from `source` for so many pixels for each unit of user space.
 void choose_font(Fonts& fonts, GfxFont& source, SplashFont& made, double pixels, XRef* references);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,13 +7,13 @@
 
 #include <GfxFont.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_run = 60000;
+constexpr size_t kGreatestRun = 60000;
 
 bool same_linear_part(const GGO_Matrix& one, const GGO_Matrix& other)
 {
@@ -25,7 +25,7 @@ void begin_run(Canvas& canvas, GfxState* state, const NewGlyph& first)
     GlyphRun& run = canvas.text.run;
     run.em_to_content = first.em_to_content;
     run.font_id = first.font_id;
-    run.font_size = mean_scale(first.em_to_content) * points_per_inch;
+    run.font_size = mean_scale(first.em_to_content) * kPointsPerInch;
     run.vertical = state->getFont()->getWMode() != 0;
     canvas.text.colour = fill_colour(canvas, state);
     canvas.text.paint = fill_state(canvas, state);
@@ -38,10 +38,8 @@ void add_to_run(Canvas& canvas, GfxState* state, NewGlyph added)
     GlyphRun& run = canvas.text.run;
     if (!run.glyphs.empty() &&
         (run.font_id != added.font_id || !same_linear_part(run.em_to_content, added.em_to_content) ||
-         run.glyphs.size() >= greatest_run))
-    {
+         run.glyphs.size() >= kGreatestRun))
         flush_text(canvas);
-    }
     const GGO_Point origin = {added.em_to_content.m[4], added.em_to_content.m[5]};
     if (run.glyphs.empty())
     {
@@ -57,21 +55,17 @@ void add_to_run(Canvas& canvas, GfxState* state, NewGlyph added)
     PlacedGlyph placed;
     placed.glyph = std::move(added.glyph);
     placed.advance = transform(inverse(run.em_to_content), added.advance);
-    for (int i = std::min(added.byte_count, 4) - 1; i >= 0; i--)
-    {
+    for (int i = std::min(added.byte_count, 4) - 1; i >= 0; --i)
         placed.text.push_back(static_cast<uint8_t>(added.code >> (8 * i)));
-    }
     run.glyphs.push_back(std::move(placed));
 }
 
 void flush_text(Canvas& canvas)
 {
     if (canvas.text.run.glyphs.empty())
-    {
         return;
-    }
     const GlyphRun run = std::exchange(canvas.text.run, {});
     canvas.painter->text(run, canvas.text.colour, canvas.text.paint);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

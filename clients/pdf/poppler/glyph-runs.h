@@ -8,7 +8,7 @@
 
 #include <CharTypes.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A glyph on its way into a run; the advance is in the content space.
@@ -29,4 +29,4 @@ void add_to_run(Canvas& canvas, GfxState* state, NewGlyph added);
 // Paints the waiting text, if there is any.
 void flush_text(Canvas& canvas);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -2,16 +2,19 @@
 
 #include "clients/pdf/poppler/groups.h"
 
+#include "clients/colour/icc-profile.h"
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/images.h"
 #include "clients/pdf/records/clip.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include <Function.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -23,11 +26,15 @@ GGO_BoxFloat bounds_of(const double* box, const GGO_Matrix& to_content)
 }
 
 // How light the black ink of a CMYK space is as it is shown; 0 for other spaces, which have a black of their own.
-double black_of(const GfxColorSpace& space)
+double black_of(GfxColorSpace& space, SpaceStore& spaces)
 {
     if (space.getNComps() != 4 || !passes_as_channels(space.getMode()))
-    {
         return 0;
+    if (const std::shared_ptr<const SpaceDefinition> definition = spaces.cmyk_profile(&space); definition != nullptr)
+    {
+        const std::optional<double> light = colour::lightness_of_black(definition->profile);
+        if (light)
+            return std::min(*light, 0.5);
     }
     GfxColor ink;
     clearGfxColor(&ink);
@@ -49,6 +56,7 @@ void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
     if (start.for_soft_mask)
     {
         open.blending_space.reset(start.blending_space != nullptr ? start.blending_space->copy() : nullptr);
+        canvas.spaces.begin_mask(open.blending_space.get());
         // The mask is of no use outside the clip that it begins in: that can only get narrower.
         open.painted = canvas.painter->begin_mask(clip_bounds(outside.clip));
     }
@@ -64,10 +72,10 @@ void begin_group(Canvas& canvas, GfxState* state, const GroupStart& start)
 
 void paint_as_one(Canvas& canvas, GfxState* state, size_t pieces, const std::function<void(const PaintState&)>& paint)
 {
-    constexpr size_t few = 64;
+    constexpr size_t kFew = 64;
     const PaintState outside = fill_state(canvas, state);
     const bool covers = outside.alpha == 1 && outside.mask == nullptr && outside.blend == Blend::normal;
-    if (covers && (outside.clip == nullptr || pieces <= few))
+    if (covers && (outside.clip == nullptr || pieces <= kFew))
     {
         paint(outside);
         return;
@@ -82,9 +90,7 @@ void end_group(SoftMasks& masks, Canvas& canvas)
     flush_text(canvas);
     std::vector<OpenGroup>& groups = canvas.content.groups;
     if (groups.empty())
-    {
         return;
-    }
     OpenGroup open = std::move(groups.back());
     groups.pop_back();
     if (!open.is_mask)
@@ -92,6 +98,7 @@ void end_group(SoftMasks& masks, Canvas& canvas)
         canvas.painter->end_group();
         return;
     }
+    canvas.spaces.end_mask();
     masks.pictures = open.painted ? canvas.painter->end_mask() : MaskPictures{};
     masks.pictures_space = std::move(open.blending_space);
 }
@@ -106,9 +113,7 @@ void set_soft_mask(SoftMasks& masks, Canvas& canvas, bool alpha, Function* trans
         std::copy_n(colour.value, 3, rule.backdrop);
     }
     if (masks.pictures_space != nullptr)
-    {
-        rule.black = black_of(*masks.pictures_space);
-    }
+        rule.black = black_of(*masks.pictures_space, canvas.spaces);
     if (transfer != nullptr)
     {
         rule.transfer = [transfer](double value)
@@ -139,4 +144,4 @@ void restore_mask(SoftMasks& masks, Canvas& canvas)
     canvas.content.mask = std::exchange(masks.set_aside, nullptr);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,7 +13,7 @@
 
 class Function;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct SoftMasks
@@ -49,4 +49,4 @@ void set_soft_mask(SoftMasks& masks, Canvas& canvas, bool alpha, Function* trans
 void set_stencil_mask(SoftMasks& masks, Canvas& canvas, GfxState* state, const Image& stencil);
 void restore_mask(SoftMasks& masks, Canvas& canvas);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

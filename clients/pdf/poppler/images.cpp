@@ -11,7 +11,7 @@
 #include <Object.h>
 #include <Stream.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -42,12 +42,8 @@ private:
 bool is_spent_by_closing(Stream* stream)
 {
     for (; stream != nullptr; stream = stream->getNextStream())
-    {
         if (stream->getKind() == strJPX)
-        {
             return true;
-        }
-    }
     return false;
 }
 
@@ -86,16 +82,12 @@ public:
     size_t read(uint8_t* bytes, size_t size)
     {
         if (decoded_ != nullptr)
-        {
             return read_decoded(bytes, size);
-        }
         const int got = open_ ? hold_.stream()->doGetChars(static_cast<int>(size), bytes) : 0;
         const auto came = static_cast<size_t>(std::max(got, 0));
         at_ += came;
         if (gathers_ && open_)
-        {
             gather(bytes, came, came < size || at_ >= size_);
-        }
         return came;
     }
 
@@ -106,9 +98,7 @@ private:
         std::copy_n(decoded_->data() + at_, came, bytes);
         at_ += came;
         if (at_ == decoded_->size())
-        {
             decoded_ = nullptr;
-        }
         return came;
     }
 
@@ -117,7 +107,7 @@ private:
     {
         try
         {
-            gathered_.reserve(std::min(size_, DecodedImages::most_bytes));
+            gathered_.reserve(std::min(size_, DecodedImages::kMostBytes));
             gathered_.insert(gathered_.end(), bytes, bytes + count);
             if (is_all)
             {
@@ -135,9 +125,7 @@ private:
     void close()
     {
         if (open_ && !stays_open_)
-        {
             hold_.stream()->close();
-        }
         open_ = false;
     }
 
@@ -171,9 +159,7 @@ public:
     {
         const size_t came = source_.read(row, size);
         if (inverted_)
-        {
             std::transform(row, row + came, row, [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
-        }
         return came;
     }
 
@@ -194,9 +180,7 @@ public:
           components_(static_cast<size_t>(map->getNumPixelComps())), bits_(static_cast<size_t>(map->getBits()))
     {
         if (mask_colours != nullptr)
-        {
             mask_colours_.assign(mask_colours, mask_colours + 2 * components_);
-        }
     }
 
     bool restart() override
@@ -223,7 +207,7 @@ public:
             std::copy_n(converted_.data(), pixels * channels_, row);
             return pixels * channels_;
         }
-        for (size_t x = 0; x < pixels; x++)
+        for (size_t x = 0; x < pixels; ++x)
         {
             *row++ = masked(&samples_[x * components_]) ? 0 : 255;
             row = std::copy_n(&converted_[x * channels_], channels_, row);
@@ -242,14 +226,12 @@ private:
     void unpack()
     {
         const unsigned mask = (1U << std::min<size_t>(bits_, 16)) - 1;
-        for (size_t i = 0; i < samples_.size(); i++)
+        for (size_t i = 0; i < samples_.size(); ++i)
         {
             const size_t bit = i * bits_;
             unsigned window = 0;
-            for (size_t byte = bit / 8; byte < bit / 8 + 3; byte++)
-            {
+            for (size_t byte = bit / 8; byte < bit / 8 + 3; ++byte)
                 window = window << 8 | (byte < packed_.size() ? packed_[byte] : 0U);
-            }
             const unsigned value = window >> (24 - bit % 8 - bits_) & mask;
             samples_[i] = static_cast<unsigned char>(bits_ == 16 ? value >> 8 : value);
         }
@@ -274,13 +256,9 @@ private:
 
     bool masked(const unsigned char* pixel) const
     {
-        for (size_t i = 0; 2 * i < mask_colours_.size(); i++)
-        {
+        for (size_t i = 0; 2 * i < mask_colours_.size(); ++i)
             if (pixel[i] < mask_colours_[2 * i] || pixel[i] > mask_colours_[2 * i + 1])
-            {
                 return false;
-            }
-        }
         return true;
     }
 
@@ -298,13 +276,9 @@ private:
 
 bool decodes_plainly(GfxImageColorMap& map, double high)
 {
-    for (int i = 0; i < map.getNumPixelComps(); i++)
-    {
+    for (int i = 0; i < map.getNumPixelComps(); ++i)
         if (std::abs(map.getDecodeLow(i)) > 1e-6 || std::abs(map.getDecodeHigh(i) - high) > 1e-6)
-        {
             return false;
-        }
-    }
     return true;
 }
 
@@ -395,4 +369,4 @@ bool paintable(const Image& image, const GGO_Matrix& unit_square_to_content)
            determinant(unit_square_to_content) != 0;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

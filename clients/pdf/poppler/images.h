@@ -14,7 +14,7 @@
 class GfxImageColorMap;
 class Stream;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Where what is decoded of an image is held when it's painted again.
@@ -36,4 +36,4 @@ GGO_Matrix pixels_to(const Image& image, const GGO_Matrix& unit_square_to_conten
 // False for an image without pixels, or one that would come out as a line or less.
 bool paintable(const Image& image, const GGO_Matrix& unit_square_to_content);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -14,13 +14,13 @@
 #include <Object.h>
 #include <Stream.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr uint64_t greatest_mask = 256U << 20;
+constexpr uint64_t kGreatestMask = 256U << 20;
 
 // The mask's samples as bytes; those that its data doesn't have are 0.
 std::vector<uint8_t> alphas_of(const Image& mask)
@@ -28,11 +28,11 @@ std::vector<uint8_t> alphas_of(const Image& mask)
     std::vector<uint8_t> alphas(static_cast<size_t>(mask.width) * mask.height);
     std::vector<uint8_t> row(mask.row_bytes());
     bool more = mask.rows->restart();
-    for (size_t y = 0; more && y < mask.height; y++)
+    for (size_t y = 0; more && y < mask.height; ++y)
     {
         std::fill(row.begin(), row.end(), uint8_t{0});
         more = mask.rows->read_row(row.data(), row.size()) == row.size();
-        for (size_t x = 0; x < mask.width; x++)
+        for (size_t x = 0; x < mask.width; ++x)
         {
             const size_t bit = x * mask.bits;
             const unsigned most = (1U << std::min<unsigned>(mask.bits, 8)) - 1;
@@ -64,11 +64,9 @@ public:
     {
         const size_t came = rows_->read_row(row, size);
         if (came == 0 || row_ >= height_)
-        {
             return came;
-        }
         find_alphas(row_++);
-        for (size_t i = 0; i < came; i++)
+        for (size_t i = 0; i < came; ++i)
         {
             const double matte = matte_[i % channels_] * 255;
             const unsigned alpha = row_alphas_[i / channels_];
@@ -97,15 +95,13 @@ private:
     {
         const Span rows = on(row, height_, mask_height_);
         if (rows.begin == found_.begin && rows.end == found_.end)
-        {
             return;
-        }
         found_ = rows;
-        for (size_t x = 0; x < width_; x++)
+        for (size_t x = 0; x < width_; ++x)
         {
             const Span columns = on(x, width_, mask_width_);
             size_t sum = 0;
-            for (size_t y = rows.begin; y < rows.end; y++)
+            for (size_t y = rows.begin; y < rows.end; ++y)
             {
                 const auto line = alphas_.begin() + static_cast<std::ptrdiff_t>(y * mask_width_);
                 sum = std::accumulate(line + static_cast<std::ptrdiff_t>(columns.begin),
@@ -151,10 +147,8 @@ bool take_out_matte(Image& image, const Image& mask, const GfxColor& matte, cons
                        (channels == 3 || channels == space.getNComps()) && channels <= 4;
     const bool is_gray = mask.space.channels == 1 && mask.index_table.empty() && !mask.alpha_first;
     const uint64_t size = uint64_t{mask.width} * mask.height;
-    if (!plain || !is_gray || size == 0 || size > greatest_mask)
-    {
+    if (!plain || !is_gray || size == 0 || size > kGreatestMask)
         return false;
-    }
     image.rows = std::make_shared<RowsWithoutMatte>(image, mask, matte_in(channels, matte, space));
     return true;
 }
@@ -166,12 +160,10 @@ Matte matte_of(Stream& mask, const GfxColorSpace& space)
     Matte matte;
     matte.is_asked_for = values.isArray();
     if (!matte.is_asked_for || values.arrayGetLength() != space.getNComps() || space.getNComps() > gfxColorMaxComps)
-    {
         return matte;
-    }
     GfxColor& colour = matte.colour.emplace();
     clearGfxColor(&colour);
-    for (int i = 0; i < space.getNComps(); i++)
+    for (int i = 0; i < space.getNComps(); ++i)
     {
         const Object value = values.arrayGet(i);
         if (!value.isNum())
@@ -184,4 +176,4 @@ Matte matte_of(Stream& mask, const GfxColorSpace& space)
     return matte;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

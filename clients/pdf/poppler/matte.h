@@ -12,7 +12,7 @@
 
 class Stream;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Takes the matte out of the image's rows: of each sample c, with the mask's alpha a, what is m + (c - m) / a, within 0
@@ -30,4 +30,4 @@ struct Matte
 // What the soft mask's dictionary says of a matte in the colours of `space`, the image's.
 Matte matte_of(Stream& mask, const GfxColorSpace& space);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -12,16 +12,16 @@
 
 #include <GfxState.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr double plain_piece = 10;    // pixels, where colours run evenly
-constexpr double function_piece = 4;  // pixels, where a function makes the colours
-constexpr size_t greatest_side = 32;  // pieces along the side of a patch or triangle
-constexpr size_t greatest_count = 200000;
+constexpr double kPlainPiece = 10;    // pixels, where colours run evenly
+constexpr double kFunctionPiece = 4;  // pixels, where a function makes the colours
+constexpr size_t kGreatestSide = 32;  // pieces along the side of a patch or triangle
+constexpr size_t kGreatestCount = 200000;
 
 // A place in a mesh: where it is on the page, and its colour as poppler counts channels (patches too hold them
 // so), or the one value that a function makes a colour of.
@@ -43,10 +43,8 @@ template <typename Shading> Colour colour_at(Canvas& canvas, const Shading& shad
     }
     else
     {
-        for (size_t i = 0; i < gfxColorMaxComps; i++)
-        {
+        for (size_t i = 0; i < gfxColorMaxComps; ++i)
             colour.c[i] = static_cast<GfxColorComp>(std::lround(vertex.value[i]));
-        }
     }
     return colour_of(const_cast<Shading&>(shading).getColorSpace(), colour, canvas.spaces);
 }
@@ -63,7 +61,7 @@ public:
     {
         const std::array<const Vertex*, 3> vertices{&one, &two, &three};
         Triangle triangle;
-        for (size_t i = 0; i < 3; i++)
+        for (size_t i = 0; i < 3; ++i)
         {
             triangle.corner[i] = vertices[i]->at;
             triangle.colour[i] = colour_at(canvas_, shading_, *vertices[i]);
@@ -87,17 +85,15 @@ Vertex between(const Vertex& one, const Vertex& other, double share)
     Vertex result;
     result.at = {one.at.gpf_X + (other.at.gpf_X - one.at.gpf_X) * share,
                  one.at.gpf_Y + (other.at.gpf_Y - one.at.gpf_Y) * share};
-    for (size_t i = 0; i < result.value.size(); i++)
-    {
+    for (size_t i = 0; i < result.value.size(); ++i)
         result.value[i] = one.value[i] + (other.value[i] - one.value[i]) * share;
-    }
     return result;
 }
 
 size_t pieces_along(double pixels, double piece)
 {
     const double count = std::ceil(pixels / piece);
-    return std::isfinite(count) ? static_cast<size_t>(std::clamp(count, 1.0, static_cast<double>(greatest_side))) : 1;
+    return std::isfinite(count) ? static_cast<size_t>(std::clamp(count, 1.0, static_cast<double>(kGreatestSide))) : 1;
 }
 
 // A triangle of a mesh in rows of smaller ones.
@@ -116,16 +112,14 @@ struct Face
             std::array<GfxColor, 3> colour{};
             shading.getTriangle(index, &at[0].gpf_X, &at[0].gpf_Y, &colour[0], &at[1].gpf_X, &at[1].gpf_Y, &colour[1],
                                 &at[2].gpf_X, &at[2].gpf_Y, &colour[2]);
-            for (size_t i = 0; i < 3; i++)
+            for (size_t i = 0; i < 3; ++i)
             {
                 std::transform(std::begin(colour[i].c), std::end(colour[i].c), corner[i].value.begin(),
                                [](GfxColorComp level) { return static_cast<double>(level); });
             }
         }
-        for (size_t i = 0; i < 3; i++)
-        {
+        for (size_t i = 0; i < 3; ++i)
             corner[i].at = transform(to_content, at[i]);
-        }
     }
 
     double longest_side() const
@@ -149,17 +143,15 @@ struct Face
 
 template <typename Painter> void paint_face(Painter& painter, const Face& face, size_t count)
 {
-    for (size_t across = 0; across < count; across++)
+    for (size_t across = 0; across < count; ++across)
     {
-        for (size_t along = 0; along + across < count; along++)
+        for (size_t along = 0; along + across < count; ++along)
         {
             const Vertex left = face.vertex(along, across + 1, count);
             const Vertex right = face.vertex(along + 1, across, count);
             painter.add(face.vertex(along, across, count), right, left);
             if (along + across + 1 < count)
-            {
                 painter.add(right, face.vertex(along + 1, across + 1, count), left);
-            }
         }
     }
 }
@@ -175,13 +167,9 @@ struct Patch
 {
     Patch(const GfxPatch& source, const GGO_Matrix& to_content) : colours(source)
     {
-        for (size_t u = 0; u < 4; u++)
-        {
-            for (size_t v = 0; v < 4; v++)
-            {
+        for (size_t u = 0; u < 4; ++u)
+            for (size_t v = 0; v < 4; ++v)
                 points[u][v] = transform(to_content, GGO_Point{source.x[u][v], source.y[u][v]});
-            }
-        }
     }
 
     bool is_finite() const
@@ -194,7 +182,7 @@ struct Patch
     double length_u() const
     {
         double longest = 0;
-        for (size_t v = 0; v < 4; v++)
+        for (size_t v = 0; v < 4; ++v)
         {
             longest = std::max(longest, length(points[0][v], points[1][v]) + length(points[1][v], points[2][v]) +
                                             length(points[2][v], points[3][v]));
@@ -204,7 +192,7 @@ struct Patch
     double length_v() const
     {
         double longest = 0;
-        for (size_t u = 0; u < 4; u++)
+        for (size_t u = 0; u < 4; ++u)
         {
             longest = std::max(longest, length(points[u][0], points[u][1]) + length(points[u][1], points[u][2]) +
                                             length(points[u][2], points[u][3]));
@@ -217,15 +205,15 @@ struct Patch
         const std::array<double, 4> along = bernstein(u);
         const std::array<double, 4> across = bernstein(v);
         Vertex result;
-        for (size_t i = 0; i < 4; i++)
+        for (size_t i = 0; i < 4; ++i)
         {
-            for (size_t j = 0; j < 4; j++)
+            for (size_t j = 0; j < 4; ++j)
             {
                 result.at.gpf_X += along[i] * across[j] * points[i][j].gpf_X;
                 result.at.gpf_Y += along[i] * across[j] * points[i][j].gpf_Y;
             }
         }
-        for (size_t i = 0; i < result.value.size(); i++)
+        for (size_t i = 0; i < result.value.size(); ++i)
         {
             const double low = colours.color[0][0].c[i] * (1 - u) + colours.color[1][0].c[i] * u;
             const double high = colours.color[0][1].c[i] * (1 - u) + colours.color[1][1].c[i] * u;
@@ -245,17 +233,15 @@ template <typename Painter> void paint_patch(Painter& painter, const Patch& patc
     std::vector<Vertex> above(columns + 1);
     const auto fill_row = [&](std::vector<Vertex>& row, size_t number)
     {
-        for (size_t i = 0; i <= columns; i++)
-        {
+        for (size_t i = 0; i <= columns; ++i)
             row[i] = patch.vertex(static_cast<double>(i) / static_cast<double>(columns),
                                   static_cast<double>(number) / static_cast<double>(rows));
-        }
     };
     fill_row(below, 0);
-    for (size_t row = 1; row <= rows; row++)
+    for (size_t row = 1; row <= rows; ++row)
     {
         fill_row(above, row);
-        for (size_t i = 0; i < columns; i++)
+        for (size_t i = 0; i < columns; ++i)
         {
             painter.add(below[i], below[i + 1], above[i + 1]);
             painter.add(below[i], above[i + 1], above[i]);
@@ -267,11 +253,9 @@ template <typename Painter> void paint_patch(Painter& painter, const Patch& patc
 // The size of pieces, in pixels, with which a mesh has no more of them than is sensible.
 template <typename Count> double fitting_piece(double piece, Count count)
 {
-    constexpr double largest = 1000;
-    while (piece < largest && count(piece) > greatest_count)
-    {
+    constexpr double kLargest = 1000;
+    while (piece < kLargest && count(piece) > kGreatestCount)
         piece *= 1.5;
-    }
     return piece;
 }
 
@@ -283,10 +267,8 @@ void paint_mesh(Canvas& canvas, GfxState* state, GfxGouraudTriangleShading& shad
     const double pixels = canvas.painter->pixels_per_unit();
     std::vector<double> sides;
     sides.reserve(static_cast<size_t>(std::max(shading.getNTriangles(), 0)));
-    for (int i = 0; i < shading.getNTriangles(); i++)
-    {
+    for (int i = 0; i < shading.getNTriangles(); ++i)
         sides.push_back(Face(shading, i, to_content).longest_side() * pixels);
-    }
     const auto side_count = [&](double side, double piece)
     { return shading.isParameterized() ? pieces_along(side, piece) : size_t{1}; };
     const auto count = [&](double piece)
@@ -298,19 +280,15 @@ void paint_mesh(Canvas& canvas, GfxState* state, GfxGouraudTriangleShading& shad
         }
         return sum;
     };
-    const double piece = fitting_piece(function_piece, count);
+    const double piece = fitting_piece(kFunctionPiece, count);
     paint_as_one(canvas, state, count(piece),
                  [&](const PaintState& paint)
                  {
                      TrianglePainter<GfxGouraudTriangleShading> painter(canvas, shading, paint);
-                     for (size_t i = 0; i < sides.size(); i++)
-                     {
+                     for (size_t i = 0; i < sides.size(); ++i)
                          if (std::isfinite(sides[i]))
-                         {
                              paint_face(painter, Face(shading, static_cast<int>(i), to_content),
                                         side_count(sides[i], piece));
-                         }
-                     }
                  });
 }
 
@@ -319,34 +297,28 @@ void paint_mesh(Canvas& canvas, GfxState* state, GfxPatchMeshShading& shading)
     const GGO_Matrix to_content = user_to_content(canvas, state);
     const double pixels = canvas.painter->pixels_per_unit();
     std::vector<Patch> patches;
-    for (int i = 0; i < shading.getNPatches(); i++)
+    for (int i = 0; i < shading.getNPatches(); ++i)
     {
         Patch patch(*shading.getPatch(i), to_content);
         if (patch.is_finite())
-        {
             patches.push_back(patch);
-        }
     }
     const auto count = [&](double piece)
     {
         size_t sum = 0;
         for (const Patch& patch : patches)
-        {
             sum += 2 * pieces_along(patch.length_u() * pixels, piece) * pieces_along(patch.length_v() * pixels, piece);
-        }
         return sum;
     };
-    const double piece = fitting_piece(shading.isParameterized() ? function_piece : plain_piece, count);
+    const double piece = fitting_piece(shading.isParameterized() ? kFunctionPiece : kPlainPiece, count);
     paint_as_one(canvas, state, count(piece),
                  [&](const PaintState& paint)
                  {
                      TrianglePainter<GfxPatchMeshShading> painter(canvas, shading, paint);
                      for (const Patch& patch : patches)
-                     {
                          paint_patch(painter, patch, pieces_along(patch.length_u() * pixels, piece),
                                      pieces_along(patch.length_v() * pixels, piece));
-                     }
                  });
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,10 +7,10 @@
 
 #include "clients/pdf/poppler/canvas.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void paint_mesh(Canvas& canvas, GfxState* state, GfxGouraudTriangleShading& shading);
 void paint_mesh(Canvas& canvas, GfxState* state, GfxPatchMeshShading& shading);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -13,7 +13,7 @@
 
 class PDFDoc;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // True if the resources, or those of the forms and patterns in them, have a blend mode other than the ordinary one.
@@ -29,4 +29,4 @@ uint16_t channels_of_space(const Object& space);
 // The profile that the document was made for; empty if there is none.
 std::vector<uint8_t> output_intent_of(PDFDoc& document);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -17,7 +17,7 @@
 #include <splash/Splash.h>
 #include <splash/SplashFont.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -29,9 +29,7 @@ SplashColor white = {255, 255, 255, 0};
 std::string name_of_image(const Object* reference)
 {
     if (reference == nullptr || !reference->isRef())
-    {
         return "an image within the content";
-    }
     return "image " + std::to_string(reference->getRefNum()) + " " + std::to_string(reference->getRefGen()) + " R";
 }
 
@@ -48,6 +46,7 @@ void PaintingDevice::set_painter(Painter* painter)
 {
     canvas_.painter = painter;
     canvas_.content = {};
+    canvas_.spaces.forget_masks();
     canvas_.text = {};
     type3_.open.clear();
     text_clip_.reset();
@@ -58,9 +57,7 @@ void PaintingDevice::finish_page()
     flush_capture();
     flush_text(canvas_);
     while (!canvas_.content.groups.empty())
-    {
         end_group(masks_, canvas_);
-    }
 }
 
 void PaintingDevice::startPage(int page, GfxState*, XRef* references)
@@ -232,17 +229,13 @@ void PaintingDevice::drawChar(GfxState* state, double x, double y, double dx, do
     flush_capture();
     const int render = state->getRender();
     if (render == 3 || !refresh_font(state))
-    {
         return;
-    }
     const std::shared_ptr<const Glyph> glyph = fonts_.current->glyph(code);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     const GGO_Matrix em_to_user = multiply(fonts_.em_to_user, translation(x - origin_x, y - origin_y));
     const GGO_Matrix em_to_content = multiply(em_to_user, to_content);
     if (!finite(em_to_content) || determinant(em_to_content) == 0)
-    {
         return;
-    }
     const bool fills = (render & 1) == 0 && !state->getFillColorSpace()->isNonMarking() &&
                        state->getFillColorSpace()->getMode() != csPattern;
     const bool strokes = ((render & 3) == 1 || (render & 3) == 2) && !state->getStrokeColorSpace()->isNonMarking();
@@ -259,9 +252,7 @@ void PaintingDevice::drawChar(GfxState* state, double x, double y, double dx, do
     if ((render & 4) != 0)
     {
         if (!text_clip_)
-        {
             text_clip_.emplace();
-        }
         text_clip_->append(glyph->outline.transformed(em_to_content));
     }
 }
@@ -270,16 +261,12 @@ void PaintingDevice::drawChar(GfxState* state, double x, double y, double dx, do
 bool PaintingDevice::refresh_font(GfxState* state)
 {
     if (!fonts_.stale)
-    {
         return fonts_.current != nullptr;
-    }
     fonts_.stale = false;
     fonts_.current = nullptr;
     const std::shared_ptr<GfxFont>& source = state->getFont();
     if (source == nullptr || source->getType() == fontType3)
-    {
         return false;
-    }
     const double pixels = pixels_of_font(state);
     SplashCoord scale[6] = {pixels, 0, 0, pixels, 0, 0};
     getSplash()->setMatrix(scale);
@@ -322,9 +309,7 @@ void PaintingDevice::type3D1(GfxState* state, double, double, double, double, do
 StoredImage PaintingDevice::stored(const Object* reference, bool is_mask) const
 {
     if (reference == nullptr || !reference->isRef())
-    {
         return {decoded_, std::nullopt};
-    }
     return {decoded_, ImageKey{reference->getRefNum(), reference->getRefGen(), is_mask}};
 }
 
@@ -337,17 +322,13 @@ void PaintingDevice::drawImageMask(GfxState* state, Object* reference, Stream* s
     watch(stencil, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (!paintable(stencil, to_content))
-    {
         return;
-    }
     const GGO_Matrix place = pixels_to(stencil, to_content);
     const Colour* of_glyph = colour_of_glyph(type3_);
     const Colour colour = of_glyph != nullptr ? *of_glyph : fill_colour(canvas_, state);
     const PaintState paint = fill_state(canvas_, state);
     if (!capture_stencil(type3_, canvas_, stencil, place, colour, paint))
-    {
         canvas_.painter->stencil(stencil, place, colour, paint);
-    }
 }
 
 void PaintingDevice::setSoftMaskFromImageMask(GfxState* state, Object* reference, Stream* stream, int width, int height,
@@ -375,9 +356,7 @@ void PaintingDevice::drawImage(GfxState* state, Object* reference, Stream* strea
     watch(image, name_of_image(reference), complain_);
     const GGO_Matrix to_content = user_to_content(canvas_, state);
     if (paintable(image, to_content))
-    {
         canvas_.painter->image(image, pixels_to(image, to_content), fill_state(canvas_, state));
-    }
 }
 
 void PaintingDevice::drawMaskedImage(GfxState* state, Object* reference, Stream* stream, int width, int height,
@@ -404,9 +383,7 @@ void PaintingDevice::drawSoftMaskedImage(GfxState* state, Object* reference, Str
     mask.interpolate = mask_interpolate;
     const Matte matte = matte_of(*mask_stream, *map->getColorSpace());
     if (matte.is_asked_for && (!matte.colour || !take_out_matte(image, mask, *matte.colour, *map->getColorSpace())))
-    {
         complain_("the matte colour of a soft mask is left out");
-    }
     paint_masked(state, reference, image, mask);
 }
 
@@ -446,4 +423,4 @@ void PaintingDevice::clearSoftMask(GfxState*)
     canvas_.content.mask = nullptr;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

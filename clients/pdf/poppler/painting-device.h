@@ -18,7 +18,7 @@
 
 #include <SplashOutputDev.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Draws nothing itself; its base class is there for its font engine.
@@ -136,4 +136,4 @@ private:
     std::optional<Path> text_clip_;  // none: no text has clipped
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

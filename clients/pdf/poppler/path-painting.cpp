@@ -5,7 +5,7 @@
 #include "clients/pdf/poppler/glyph-runs.h"
 #include "clients/pdf/poppler/paths.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -32,29 +32,21 @@ Path current_path_in_content(const Canvas& canvas, GfxState* state)
 void fill_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding winding)
 {
     if (state->getFillColorSpace()->isNonMarking())
-    {
         return;
-    }
     const Path path = current_path_in_content(canvas, state);
     if (path.empty() || !all_finite(path))
-    {
         return;
-    }
     const Colour* of_glyph = colour_of_glyph(type3);
     const Colour colour = of_glyph != nullptr ? *of_glyph : fill_colour(canvas, state);
     const PaintState paint = fill_state(canvas, state);
     if (!capture_fill(type3, canvas, path, winding, colour, paint))
-    {
         canvas.painter->fill(path, winding, colour, paint);
-    }
 }
 
 void stroke_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
     if (colour_of_glyph(type3) != nullptr || !state->getStrokeColorSpace()->isNonMarking())
-    {
         stroke_outlines(type3, canvas, state, current_path(state));
-    }
 }
 
 void stroke_outlines(Type3Glyphs& type3, Canvas& canvas, GfxState* state, const Path& outlines)
@@ -62,9 +54,7 @@ void stroke_outlines(Type3Glyphs& type3, Canvas& canvas, GfxState* state, const 
     flush_capture(type3, canvas);
     const GGO_Matrix to_content = user_to_content(canvas, state);
     if (outlines.empty() || !all_finite(outlines) || !finite(to_content))
-    {
         return;
-    }
     const Colour* of_glyph = colour_of_glyph(type3);
     const Colour colour = of_glyph != nullptr ? *of_glyph : stroke_colour(canvas, state);
     const PaintState paint = stroke_state(canvas, state);
@@ -83,9 +73,7 @@ void clip_to_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding w
     flush_capture(type3, canvas);
     const Path path = current_path_in_content(canvas, state);
     if (all_finite(path))
-    {
         canvas.content.clip = canvas.painter->narrow(canvas.content.clip, path, winding);
-    }
 }
 
 void clip_to_stroke(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
@@ -100,4 +88,4 @@ void clip_to_stroke(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

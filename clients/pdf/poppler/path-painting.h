@@ -8,7 +8,7 @@
 #include "clients/pdf/poppler/canvas.h"
 #include "clients/pdf/poppler/type3-glyphs.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void fill_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding winding);
@@ -20,4 +20,4 @@ void stroke_outlines(Type3Glyphs& type3, Canvas& canvas, GfxState* state, const 
 void clip_to_path(Type3Glyphs& type3, Canvas& canvas, GfxState* state, Winding winding);
 void clip_to_stroke(Type3Glyphs& type3, Canvas& canvas, GfxState* state);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

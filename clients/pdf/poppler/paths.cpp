@@ -8,7 +8,7 @@
 #include <GfxState.h>
 #include <splash/SplashPath.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 GGO_Matrix matrix_of(const double* m)
@@ -19,14 +19,12 @@ GGO_Matrix matrix_of(const double* m)
 Path path_of(const GfxPath& source)
 {
     Path path;
-    for (int i = 0; i < source.getNumSubpaths(); i++)
+    for (int i = 0; i < source.getNumSubpaths(); ++i)
     {
         const GfxSubpath& from = *source.getSubpath(i);
         const int count = from.getNumPoints();
         if (count == 0)
-        {
             continue;
-        }
         const auto point = [&](int n) { return GGO_Point{from.getX(n), from.getY(n)}; };
         Subpath subpath;
         subpath.start = point(0);
@@ -41,7 +39,7 @@ Path path_of(const GfxPath& source)
             else
             {
                 subpath.segments.push_back({false, {}, {}, point(n)});
-                n++;
+                ++n;
             }
         }
         subpath.closed = from.isClosed();
@@ -64,7 +62,7 @@ Path path_of(SplashPath& source)
         if ((flags & splashPathFirst) != 0 || path.subpaths.empty())
         {
             path.subpaths.push_back({{x, y}, {}, true});
-            i++;
+            ++i;
             continue;
         }
         std::vector<Segment>& segments = path.subpaths.back().segments;
@@ -81,7 +79,7 @@ Path path_of(SplashPath& source)
         else
         {
             segments.push_back({false, {}, {}, {x, y}});
-            i++;
+            ++i;
         }
     }
     drop_closing_lines(path);
@@ -93,14 +91,10 @@ void drop_closing_lines(Path& path)
     for (Subpath& subpath : path.subpaths)
     {
         if (!subpath.closed || subpath.segments.size() < 2 || subpath.segments.back().curve)
-        {
             continue;
-        }
         const GGO_Point end = subpath.segments.back().end;
         if (end.gpf_X == subpath.start.gpf_X && end.gpf_Y == subpath.start.gpf_Y)
-        {
             subpath.segments.pop_back();
-        }
     }
 }
 
@@ -110,16 +104,10 @@ bool all_finite(const Path& path)
     for (const Subpath& subpath : path.subpaths)
     {
         if (!good(subpath.start))
-        {
             return false;
-        }
         for (const Segment& segment : subpath.segments)
-        {
             if (!good(segment.end) || (segment.curve && (!good(segment.control1) || !good(segment.control2))))
-            {
                 return false;
-            }
-        }
     }
     return true;
 }
@@ -135,11 +123,9 @@ StrokeStyle style_of(GfxState* state, double scale)
     double start = 0;
     style.dashes = state->getLineDash(&start);
     for (double& dash : style.dashes)
-    {
         dash = std::max(dash, 0.0) * scale;
-    }
     style.dash_start = start * scale;
     return style;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -10,7 +10,7 @@ class GfxPath;
 class GfxState;
 class SplashPath;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Six numbers in the order of the document.
@@ -28,4 +28,4 @@ bool all_finite(const Path& path);
 // The state's line style, its lengths multiplied by `scale`.
 StrokeStyle style_of(GfxState* state, double scale);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

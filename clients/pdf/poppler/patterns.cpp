@@ -12,26 +12,24 @@
 #include <Gfx.h>
 #include <Page.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_depth = 6;
+constexpr size_t kGreatestDepth = 6;
 
 std::string key_of(Patterns& patterns, Canvas& canvas, GfxState* state, const GfxTilingPattern& pattern, double scale)
 {
     std::string key = "pattern " + std::to_string(pattern.getPatternRefNum());
     if (pattern.getPatternRefNum() < 0)
-    {
         key += " unnamed " + std::to_string(++patterns.unnamed);
-    }
     key += " at " + std::to_string(static_cast<int>(std::lround(std::log2(std::max(scale, 1e-6)) * 16)));
     if (pattern.getPaintType() == 2)
     {
         const Colour colour = fill_colour(canvas, state);
-        for (int i = 0; i < colour.space.channels; i++)
+        for (int i = 0; i < colour.space.channels; ++i)
         {
             key += ' ';
             key += std::to_string(static_cast<int>(std::lround(colour.value[i] * 65535)));
@@ -44,16 +42,14 @@ std::string key_of(Patterns& patterns, Canvas& canvas, GfxState* state, const Gf
 bool draw_resource(Patterns& patterns, Canvas& canvas, const std::string& key, const ResourceGeometry& geometry,
                    const std::function<void()>& draw_cell)
 {
-    if (patterns.depth >= greatest_depth || !canvas.painter->begin_resource(key, geometry))
-    {
+    if (patterns.depth >= kGreatestDepth || !canvas.painter->begin_resource(key, geometry))
         return false;
-    }
-    patterns.depth++;
+    ++patterns.depth;
     Content outside = std::exchange(canvas.content, Content{});
     draw_cell();
     flush_text(canvas);
     canvas.content = std::move(outside);
-    patterns.depth--;
+    --patterns.depth;
     canvas.painter->end_resource();
     return true;
 }
@@ -64,15 +60,12 @@ void paint_pattern(Patterns& patterns, Canvas& canvas, GfxState* state, const Pa
                    const std::function<void()>& draw_cell, const std::function<void(const std::string&)>& complain)
 {
     const GGO_Matrix to_content = multiply(matrix_of(use.to_user), user_to_content(canvas, state));
-    const GGO_Matrix retransform = multiply(scaling(points_per_inch, points_per_inch), to_content);
+    const GGO_Matrix retransform = multiply(scaling(kPointsPerInch, kPointsPerInch), to_content);
     const double* box = use.pattern.getBBox();
     if (!finite(to_content) || determinant(to_content) == 0 || use.x_step <= 0 || use.y_step <= 0)
-    {
         return;
-    }
     ResourceGeometry geometry;
-    geometry.box = {box[0] / points_per_inch, box[1] / points_per_inch, box[2] / points_per_inch,
-                    box[3] / points_per_inch};
+    geometry.box = {box[0] / kPointsPerInch, box[1] / kPointsPerInch, box[2] / kPointsPerInch, box[3] / kPointsPerInch};
     geometry.scale = mean_scale(retransform) * canvas.painter->pixels_per_unit();
     geometry.tiled = true;
     const std::string key = key_of(patterns, canvas, state, use.pattern, geometry.scale);
@@ -81,7 +74,7 @@ void paint_pattern(Patterns& patterns, Canvas& canvas, GfxState* state, const Pa
         complain("patterns are nested too deeply");
         return;
     }
-    const Tiling tiling = {true, use.x_step / points_per_inch, use.y_step / points_per_inch};
+    const Tiling tiling = {true, use.x_step / kPointsPerInch, use.y_step / kPointsPerInch};
     canvas.painter->paint_resource(key, retransform, tiling, true, fill_state(canvas, state));
 }
 
@@ -102,4 +95,4 @@ void read_cell(PDFDoc* document, OutputDev* device, GfxState* state, Gfx* gfx, G
     cell.display(pattern.getContentStream());
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -15,7 +15,7 @@ class Gfx;
 class OutputDev;
 class PDFDoc;
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct Patterns
@@ -40,4 +40,4 @@ void paint_pattern(Patterns& patterns, Canvas& canvas, GfxState* state, const Pa
 // Reads a cell's content with the reader `gfx`, in whose state the pattern is used.
 void read_cell(PDFDoc* document, OutputDev* device, GfxState* state, Gfx* gfx, GfxTilingPattern& pattern);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

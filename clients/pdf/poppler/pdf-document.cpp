@@ -13,7 +13,7 @@
 #include <PDFDoc.h>
 #include <Page.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 class PdfDocument::Implementation
@@ -62,7 +62,7 @@ const char* reason_of(int code)
 std::string as_latin1(const std::string& text)
 {
     std::string bytes;
-    for (size_t i = 0; i < text.size(); i++)
+    for (size_t i = 0; i < text.size(); ++i)
     {
         const auto lead = static_cast<uint8_t>(text[i]);
         if (lead < 0x80)
@@ -72,11 +72,9 @@ std::string as_latin1(const std::string& text)
         }
         const auto next = static_cast<uint8_t>(i + 1 < text.size() ? text[i + 1] : 0);
         if ((lead != 0xC2 && lead != 0xC3) || (next & 0xC0U) != 0x80)
-        {
             return {};
-        }
         bytes.push_back(static_cast<char>((lead & 3U) << 6 | (next & 0x3FU)));
-        i++;
+        ++i;
     }
     return bytes;
 }
@@ -85,9 +83,7 @@ std::unique_ptr<PDFDoc> open_with(const std::string& file_name, const std::optio
 {
     std::optional<GooString> key;
     if (password)
-    {
         key.emplace(*password);
-    }
     return std::make_unique<PDFDoc>(std::make_unique<GooString>(file_name), key, key);
 }
 
@@ -107,9 +103,7 @@ std::unique_ptr<PDFDoc> unlock(const std::string& file_name, Unlocking& unlockin
     }
     const std::string older = as_latin1(unlocking.password.value_or(""));
     if (is_locked(*document) && !older.empty() && older != unlocking.password)
-    {
         document = open_with(file_name, older);
-    }
     return document;
 }
 
@@ -133,9 +127,7 @@ std::unique_ptr<PdfDocument> PdfDocument::open(const std::string& file_name,
                                                Unlocking* unlocking)
 {
     if (globalParams == nullptr)
-    {
         globalParams = std::make_unique<GlobalParams>();
-    }
     setErrorCallback(swallow_message);
     Unlocking without;
     Unlocking& with = unlocking != nullptr ? *unlocking : without;
@@ -170,9 +162,7 @@ PageSize PdfDocument::page_size(int page) const
     PageSize size = {document.getPageMediaWidth(page), document.getPageMediaHeight(page)};
     const int turn = document.getPageRotate(page);
     if (turn == 90 || turn == 270)
-    {
         std::swap(size.width, size.height);
-    }
     return size;
 }
 
@@ -182,9 +172,7 @@ PageColours PdfDocument::page_colours(int page)
     PDFDoc& document = implementation_->document();
     Page* source = document.getPage(page);
     if (source == nullptr)
-    {
         return colours;
-    }
     gather_profiles(source->getResourceDict(), colours);
     Dict* group = source->getGroup();
     colours.group_channels = group != nullptr ? channels_of_space(group->lookup("CS")) : uint16_t{0};
@@ -201,18 +189,14 @@ bool PdfDocument::paint_page(int page, Painter& painter, const std::function<boo
     Page* source = implementation_->document().getPage(page);
     const bool blends = source != nullptr && blends_within(source->getResourceDict());
     if (blends)
-    {
         painter.begin_group({true, false, {1, 1, -1, -1}, PaintState{}});
-    }
-    implementation_->document().displayPageSlice(&device, page, points_per_inch, points_per_inch, 0, true, false, false,
+    implementation_->document().displayPageSlice(&device, page, kPointsPerInch, kPointsPerInch, 0, true, false, false,
                                                  -1, -1, -1, -1, is_to_stop, &state);
     device.finish_page();
     if (blends)
-    {
         painter.end_group();
-    }
     device.set_painter(nullptr);
     return !state.met;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

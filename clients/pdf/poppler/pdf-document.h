@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A page's size in points, turned as the page is shown.
@@ -75,4 +75,4 @@ private:
     std::unique_ptr<Implementation> implementation_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,31 +11,27 @@
 
 #include <GfxState.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_stop_count = 257;
+constexpr size_t kGreatestStopCount = 257;
 
 double colour_distance(const Colour& one, const Colour& other)
 {
     double distance = 0;
-    for (int i = 0; i < 4; i++)
-    {
+    for (int i = 0; i < 4; ++i)
         distance = std::max(distance, std::abs(static_cast<double>(one.value[i]) - other.value[i]));
-    }
     return distance;
 }
 
 Colour halfway(const Colour& one, const Colour& other)
 {
     Colour middle = one;
-    for (int i = 0; i < 4; i++)
-    {
+    for (int i = 0; i < 4; ++i)
         middle.value[i] = (one.value[i] + other.value[i]) / 2;
-    }
     return middle;
 }
 
@@ -47,12 +43,10 @@ public:
 
     std::vector<GradientStop> find()
     {
-        constexpr int pieces = 8;
+        constexpr int kPieces = 8;
         stops_.push_back(stop_at(0));
-        for (int i = 0; i < pieces; i++)
-        {
-            refine(stops_.back(), stop_at((i + 1.0) / pieces), 6);
-        }
+        for (int i = 0; i < kPieces; ++i)
+            refine(stops_.back(), stop_at((i + 1.0) / kPieces), 6);
         return merged();
     }
 
@@ -71,7 +65,7 @@ private:
         const double middle = (from.position + to.position) / 2;
         const GradientStop between = stop_at(middle);
         const bool straight = colour_distance(between.colour, halfway(from.colour, to.colour)) < 0.002;
-        if (depth == 0 || straight || stops_.size() >= greatest_stop_count)
+        if (depth == 0 || straight || stops_.size() >= kGreatestStopCount)
         {
             stops_.push_back(to);
             return;
@@ -84,21 +78,19 @@ private:
     std::vector<GradientStop> merged() const
     {
         std::vector<GradientStop> result = {stops_.front()};
-        for (size_t i = 1; i + 1 < stops_.size(); i++)
+        for (size_t i = 1; i + 1 < stops_.size(); ++i)
         {
             const GradientStop& last = result.back();
             const GradientStop& next = stops_[i + 1];
             const double share = (stops_[i].position - last.position) / (next.position - last.position);
             Colour expected = last.colour;
-            for (int c = 0; c < 4; c++)
+            for (int c = 0; c < 4; ++c)
             {
                 expected.value[c] +=
                     static_cast<float>(share * (static_cast<double>(next.colour.value[c]) - last.colour.value[c]));
             }
             if (colour_distance(expected, stops_[i].colour) > 0.0005)
-            {
                 result.push_back(stops_[i]);
-            }
         }
         result.push_back(stops_.back());
         return result;
@@ -114,9 +106,7 @@ private:
 double extension(GfxState* state, GGO_Point centre, double radius, GGO_Vector step, double growth)
 {
     if (growth < 0)
-    {
         return radius / -growth;
-    }
     double x_min = 0;
     double y_min = 0;
     double x_max = 0;
@@ -149,17 +139,11 @@ void extend_circles(GfxState* state, RadialGradient& gradient)
     const auto place = [&](double s) { return std::clamp((s - s_min) / (s_max - s_min), 0.0, 1.0); };
     std::vector<GradientStop> stops;
     if (place(0) > 0)
-    {
         stops.push_back({0, gradient.stops.front().colour});
-    }
     for (const GradientStop& stop : gradient.stops)
-    {
         stops.push_back({place(stop.position), stop.colour});
-    }
     if (place(1) < 1)
-    {
         stops.push_back({1, gradient.stops.back().colour});
-    }
     gradient.stops = std::move(stops);
 }
 
@@ -168,13 +152,13 @@ struct Cells
 {
     Cells(GfxFunctionShading& shading, const GGO_Matrix& to_content, double pixels)
     {
-        constexpr double greatest_count = 96;
+        constexpr double kGreatestCount = 96;
         shading.getDomain(&x0, &y0, &x1, &y1);
         const auto count_along = [&](GGO_Vector side)
         {
             const GGO_Vector along = transform(to_content, side);
             const double length = std::hypot(along.gvf_X, along.gvf_Y) * pixels;
-            return std::isfinite(length) ? static_cast<size_t>(std::clamp(std::ceil(length / 2), 1.0, greatest_count))
+            return std::isfinite(length) ? static_cast<size_t>(std::clamp(std::ceil(length / 2), 1.0, kGreatestCount))
                                          : size_t{1};
         };
         columns = count_along({x1 - x0, 0});
@@ -195,9 +179,9 @@ void paint_cells(Canvas& canvas, GfxFunctionShading& shading, const Cells& cells
 {
     const double wide = (cells.x1 - cells.x0) / static_cast<double>(cells.columns);
     const double high = (cells.y1 - cells.y0) / static_cast<double>(cells.rows);
-    for (size_t row = 0; row < cells.rows; row++)
+    for (size_t row = 0; row < cells.rows; ++row)
     {
-        for (size_t column = 0; column < cells.columns; column++)
+        for (size_t column = 0; column < cells.columns; ++column)
         {
             const double x = cells.x0 + static_cast<double>(column) * wide;
             const double y = cells.y0 + static_cast<double>(row) * high;
@@ -234,9 +218,7 @@ void paint_radial(Canvas& canvas, GfxState* state, GfxRadialShading& shading)
     gradient.extend_end = shading.getExtend1();
     gradient.stops = StopFinder(shading, canvas.spaces).find();
     if (gradient.extend_start != gradient.extend_end)
-    {
         extend_circles(state, gradient);
-    }
     canvas.painter->gradient(gradient, fill_state(canvas, state));
 }
 
@@ -244,12 +226,10 @@ void paint_function(Canvas& canvas, GfxState* state, GfxFunctionShading& shading
 {
     const GGO_Matrix to_content = multiply(matrix_of(shading.getMatrix()), user_to_content(canvas, state));
     if (!finite(to_content))
-    {
         return;
-    }
     const Cells cells(shading, to_content, canvas.painter->pixels_per_unit());
     paint_as_one(canvas, state, cells.columns * cells.rows,
                  [&](const PaintState& paint) { paint_cells(canvas, shading, cells, to_content, paint); });
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,11 +7,11 @@
 
 #include "clients/pdf/poppler/canvas.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 void paint_axial(Canvas& canvas, GfxState* state, GfxAxialShading& shading);
 void paint_radial(Canvas& canvas, GfxState* state, GfxRadialShading& shading);
 void paint_function(Canvas& canvas, GfxState* state, GfxFunctionShading& shading);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

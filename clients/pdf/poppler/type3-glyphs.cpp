@@ -8,7 +8,7 @@
 
 #include <GfxFont.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -29,9 +29,7 @@ public:
     size_t read_row(uint8_t* row, size_t size) override
     {
         if (position_ + row_bytes_ > rows_.size())
-        {
             return 0;
-        }
         const size_t count = std::min(size, row_bytes_);
         std::copy_n(&rows_[position_], count, row);
         position_ += row_bytes_;
@@ -49,9 +47,7 @@ void give_up(const Type3Capture& capture, Canvas& canvas)
     flush_text(canvas);
     capture.font->glyphs[capture.code] = nullptr;
     for (const std::function<void(Painter&)>& paint : capture.held_back)
-    {
         paint(*canvas.painter);
-    }
 }
 
 std::shared_ptr<Type3Font> font_of(Type3Glyphs& type3, GfxFont& source)
@@ -69,9 +65,7 @@ void add_glyph(Canvas& canvas, GfxState* state, NewGlyph glyph)
 {
     const bool pattern = state->getFillColorSpace()->getMode() == csPattern;
     if (!pattern && !state->getFillColorSpace()->isNonMarking())
-    {
         add_to_run(canvas, state, std::move(glyph));
-    }
 }
 
 void copy_bitmap(const Image& stencil, Glyph& glyph)
@@ -79,10 +73,8 @@ void copy_bitmap(const Image& stencil, Glyph& glyph)
     const size_t row = stencil.row_bytes();
     glyph.bitmap.resize(row * stencil.height);
     bool more = stencil.rows->restart();
-    for (uint32_t y = 0; y < stencil.height && more; y++)
-    {
+    for (uint32_t y = 0; y < stencil.height && more; ++y)
         more = stencil.rows->read_row(&glyph.bitmap[y * row], row) == row;
-    }
     glyph.bitmap_width = stencil.width;
     glyph.bitmap_height = stencil.height;
 }
@@ -93,9 +85,7 @@ bool begin_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state, GGO_
 {
     flush_capture(type3, canvas);
     if (state->getRender() == 3)
-    {
         return true;
-    }
     const GGO_Matrix place = user_to_content(canvas, state);
     const std::shared_ptr<GfxFont>& source = state->getFont();
     if (source == nullptr || !finite(place) || determinant(place) == 0)
@@ -132,14 +122,10 @@ bool begin_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state, GGO_
 void note_uncoloured(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
     if (type3.capture != nullptr)
-    {
         type3.capture->uncoloured = true;
-    }
     // A pattern is no colour that could be handed on.
     if (!type3.open.empty() && state->getFillColorSpace()->getMode() != csPattern)
-    {
         type3.open.back() = fill_colour(canvas, state);
-    }
 }
 
 const Colour* colour_of_glyph(const Type3Glyphs& type3)
@@ -151,13 +137,9 @@ void end_type3_glyph(Type3Glyphs& type3, Canvas& canvas, GfxState* state)
 {
     const std::unique_ptr<Type3Capture> capture = std::move(type3.capture);
     if (!type3.open.empty())
-    {
         type3.open.pop_back();
-    }
     if (capture == nullptr)
-    {
         return;
-    }
     if (!capture->uncoloured)
     {
         give_up(*capture, canvas);
@@ -172,9 +154,7 @@ bool capture_fill(Type3Glyphs& type3, Canvas& canvas, const Path& path, Winding 
                   const PaintState& state)
 {
     if (type3.capture == nullptr)
-    {
         return false;
-    }
     Type3Capture& capture = *type3.capture;
     Glyph& glyph = *capture.glyph;
     const bool fits = capture.uncoloured && glyph.bitmap_width == 0 &&
@@ -195,15 +175,13 @@ bool capture_fill(Type3Glyphs& type3, Canvas& canvas, const Path& path, Winding 
 bool capture_stencil(Type3Glyphs& type3, Canvas& canvas, const Image& stencil, const GGO_Matrix& pixels_to_content,
                      const Colour& colour, const PaintState& state)
 {
-    constexpr uint32_t greatest_side = 4096;
+    constexpr uint32_t kGreatestSide = 4096;
     if (type3.capture == nullptr)
-    {
         return false;
-    }
     Type3Capture& capture = *type3.capture;
     Glyph& glyph = *capture.glyph;
-    if (!capture.uncoloured || capture.has_fill || glyph.bitmap_width > 0 || stencil.width > greatest_side ||
-        stencil.height > greatest_side)
+    if (!capture.uncoloured || capture.has_fill || glyph.bitmap_width > 0 || stencil.width > kGreatestSide ||
+        stencil.height > kGreatestSide)
     {
         flush_capture(type3, canvas);
         return false;
@@ -221,9 +199,7 @@ void flush_capture(Type3Glyphs& type3, Canvas& canvas)
 {
     const std::unique_ptr<Type3Capture> capture = std::move(type3.capture);
     if (capture != nullptr)
-    {
         give_up(*capture, canvas);
-    }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

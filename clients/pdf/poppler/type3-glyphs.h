@@ -17,7 +17,7 @@
 
 #include <CharTypes.h>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct Type3Font
@@ -68,4 +68,4 @@ bool capture_stencil(Type3Glyphs& type3, Canvas& canvas, const Image& stencil, c
 // Gives up the glyph that is under way, if there is one; whatever paints anything else calls this first.
 void flush_capture(Type3Glyphs& type3, Canvas& canvas);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

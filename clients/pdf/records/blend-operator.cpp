@@ -2,7 +2,7 @@
 
 #include "clients/pdf/records/blend-operator.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 GOP_Operator blend_operator(Blend blend, uint32_t mask_mode)
@@ -29,4 +29,4 @@ GOP_Operator blend_operator(Blend blend, uint32_t mask_mode)
     return op;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -9,10 +9,10 @@
 
 #include <cstdint>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The operator of a blend mode, with a mask mode GOP_MASK_*.
 GOP_Operator blend_operator(Blend blend, uint32_t mask_mode);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

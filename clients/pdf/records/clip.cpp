@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 ClipNode::ClipNode(std::shared_ptr<const FilledShape> shape, uint32_t unique_id, Clip parent_clip)
@@ -53,8 +53,8 @@ const GSH_ShapeList* clip_list(const Clip& clip)
 
 GGO_BoxFloat clip_bounds(const Clip& clip)
 {
-    constexpr double far = std::numeric_limits<double>::max();
-    GGO_BoxFloat box{-far, -far, far, far};
+    constexpr double kFar = std::numeric_limits<double>::max();
+    GGO_BoxFloat box{-kFar, -kFar, kFar, kFar};
     for (const ClipNode* node = clip.get(); node != nullptr; node = node->parent.get())
     {
         if (node->fill != nullptr)
@@ -73,15 +73,11 @@ Clip clips_above(const Clip& clip, const Clip& base)
 {
     std::vector<const ClipNode*> nodes;
     for (const ClipNode* node = clip.get(); node != nullptr && node != base.get(); node = node->parent.get())
-    {
         nodes.push_back(node);
-    }
     Clip result;
     for (auto node = nodes.rbegin(); node != nodes.rend(); ++node)
-    {
         result = std::make_shared<const ClipNode>(**node, result);
-    }
     return result;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

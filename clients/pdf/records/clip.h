@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A clip and all that it narrows down: a node of a list that grows at its head.
@@ -44,4 +44,4 @@ GGO_BoxFloat clip_bounds(const Clip& clip);
 // The clips that `clip` has above `base`, on their own; all of them if `base` isn't among them.
 Clip clips_above(const Clip& clip, const Clip& base);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 Block colour_block(const Colour& colour, double alpha)
@@ -20,9 +20,7 @@ Block colour_block(const Colour& colour, double alpha)
     record->has_alpha = has_alpha ? 1 : 0;
     float* values = part_in<float>(block, offsetof(GBC_Color, channels));
     if (has_alpha)
-    {
         *values++ = static_cast<float>(alpha);
-    }
     std::copy_n(colour.value, colour.space.channels, values);
     return block;
 }
@@ -31,18 +29,12 @@ uint8_t colour_flag(const Colour& colour)
 {
     const float* v = colour.value;
     if (colour.space.channels == 1)
-    {
         return v[0] == 0 ? GCM_CF_BLACK : GCM_CF_GREY;
-    }
     if (colour.space.channels == 3 && v[0] == v[1] && v[1] == v[2])
-    {
         return v[0] == 0 ? GCM_CF_BLACK : GCM_CF_GREY;
-    }
     if (colour.space.channels == 4 && v[0] == 0 && v[1] == 0 && v[2] == 0)
-    {
         return v[3] == 1 ? GCM_CF_BLACK : GCM_CF_GREY;
-    }
     return GCM_CF_OTHER;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A GBC_Color. An alpha below 0 leaves out the alpha channel.
@@ -19,4 +19,4 @@ Block colour_block(const Colour& colour, double alpha);
 // The flag of the colour, GCM_CF_*.
 uint8_t colour_flag(const Colour& colour);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

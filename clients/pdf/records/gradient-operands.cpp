@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -96,11 +96,9 @@ OperandRecord OperandRecord::gradient(const Triangle& triangle, double alpha)
     operand->g3_Pt2 = triangle.corner[1];
     operand->g3_Pt3 = triangle.corner[2];
     GOP_OperandGrad3PtPointer* pointer = record_in<GOP_OperandGrad3PtPointer>(record.pointer_);
-    for (size_t i = 0; i < 3; i++)
-    {
+    for (size_t i = 0; i < 3; ++i)
         pointer->g3p_Color[i] = record.add_colour(triangle.colour[i], alpha);
-    }
     return record;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <cstring>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr uint64_t greatest_row = 64U << 20;
-constexpr uint64_t greatest_held_image = 256U << 20;
-constexpr uint64_t small_image = 4096;
+constexpr uint64_t kGreatestRow = 64U << 20;
+constexpr uint64_t kGreatestHeldImage = 256U << 20;
+constexpr uint64_t kSmallImage = 4096;
 
 uint16_t depth_code(uint8_t bits)
 {
@@ -46,12 +46,10 @@ public:
     size_t read_row(uint8_t* row, size_t size) override
     {
         if (row_ >= mask_->height)
-        {
             return 0;
-        }
         const size_t count = std::min<size_t>(size, mask_->width);
         std::memcpy(row, mask_->samples.data() + static_cast<size_t>(row_) * mask_->width, count);
-        row_++;
+        ++row_;
         return count;
     }
 
@@ -104,7 +102,7 @@ public:
         const size_t row = source_.row_bytes();
         is_held_ = true;
         bool whole = source_.rows != nullptr && source_.rows->restart();
-        for (uint32_t y = 0; whole && y < source_.height; y++)
+        for (uint32_t y = 0; whole && y < source_.height; ++y)
         {
             const size_t before = held_.size();
             held_.resize(before + row);
@@ -113,9 +111,7 @@ public:
             whole = came == row;
         }
         if (whole)
-        {
             pointer_.imp_DirectImage = held_.data();
-        }
     }
 
     GOP_OperandPointer* get() override
@@ -183,7 +179,7 @@ private:
             came = source_.rows->read_row(row, size);
         }
         ended_ = came < size;
-        row_++;
+        ++row_;
         return came;
     }
 
@@ -196,10 +192,8 @@ private:
     {
         std::vector<uint8_t> row(source_.row_bytes());
         const uint32_t count = source_.width > 0 ? skip_pixels / source_.width : 0;
-        for (uint32_t i = 0; i < count && has_more(); i++)
-        {
+        for (uint32_t i = 0; i < count && has_more(); ++i)
             next_row(row.data(), row.size());
-        }
         return count;
     }
 
@@ -218,13 +212,9 @@ private:
         const size_t step = img_row_step > 0 ? std::max<size_t>(row, static_cast<size_t>(img_row_step)) : row;
         *img_returned = 0;
         if (attr_returned != nullptr)
-        {
             *attr_returned = 0;
-        }
         if (row > image_size)
-        {
             return 0;
-        }
         image->skip_rows(skip_pixels);
         size_t offset = 0;
         while (image->has_more() && offset + row <= image_size && offset + row <= INT32_MAX)
@@ -277,15 +267,11 @@ std::shared_ptr<ImageOperand> ImageOperand::make(const Image& image, const GGO_M
 {
     const uint64_t row = image.row_bytes();
     const uint64_t total = row * image.height;
-    if (row == 0 || image.height == 0 || row > greatest_row || (!image.restartable && total > greatest_held_image))
-    {
+    if (row == 0 || image.height == 0 || row > kGreatestRow || (!image.restartable && total > kGreatestHeldImage))
         return nullptr;
-    }
     const auto operand = std::make_shared<PulledImage>(image, pixels_to_content, alpha, unique_id);
-    if (!image.restartable || total <= small_image)
-    {
+    if (!image.restartable || total <= kSmallImage)
         operand->hold_in_memory();
-    }
     return operand;
 }
 
@@ -299,4 +285,4 @@ std::shared_ptr<ImageOperand> ImageOperand::make(std::shared_ptr<const MaskImage
     return make(image, mask->pixels_to_content, alpha, unique_id);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -12,7 +12,7 @@
 
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 class ImageOperand
@@ -32,4 +32,4 @@ public:
     virtual bool is_direct() const = 0;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
@@ -73,9 +73,7 @@ void OperandRecord::add_stops(const std::vector<GradientStop>& stops, double alp
 {
     const GOP_GradStop** to = part_in<const GOP_GradStop*>(pointer_, offset);
     for (const GradientStop& stop : stops)
-    {
         *to++ = add_stop(stop, alpha);
-    }
 }
 
 OperandRecord OperandRecord::flat(const Colour& colour, double alpha)
@@ -96,4 +94,4 @@ OperandRecord OperandRecord::constant_mask(double alpha)
     return flat(gray, 1);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -15,7 +15,7 @@
 #include <memory>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // An operand of any kind but an image.
@@ -50,4 +50,4 @@ private:
     std::unique_ptr<SpaceRecord> space_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 using orvlog::colour::ColourManager;
@@ -35,9 +35,7 @@ void* make_page_ticket(ColourManager& manager, PageColours colours,
     orvlog::colour::TicketDescription description;
     description.render = family_of(colours.group_channels);
     for (DocumentProfile& profile : colours.profiles)
-    {
         description.inputs.push_back({"", family_of(profile.channels), std::move(profile.icc)});
-    }
     description.default_gray = colours.default_gray;
     description.default_rgb = colours.default_rgb;
     description.default_cmyk = colours.default_cmyk;
@@ -45,9 +43,7 @@ void* make_page_ticket(ColourManager& manager, PageColours colours,
     std::vector<std::string> complaints;
     void* ticket = manager.make_ticket(description, &complaints);
     for (const std::string& line : complaints)
-    {
         complain(line);
-    }
     return ticket;
 }
 
@@ -62,11 +58,9 @@ bool save_tickets(const ColourManager& manager, const std::string& folder)
         output.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         output.close();
         if (!output.good())
-        {
             return false;
-        }
     }
     return true;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The colour ticket of a page, with one reference that is the caller's.
@@ -18,4 +18,4 @@ void* make_page_ticket(orvlog::colour::ColourManager& manager, PageColours colou
 // Writes each ticket of a job to the folder, as ticket-1.bin and onwards. False if that fails.
 bool save_tickets(const orvlog::colour::ColourManager& manager, const std::string& folder);
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr size_t greatest_segment_count = 65535;
+constexpr size_t kGreatestSegmentCount = 65535;
 
 GGO_Vector between(GGO_Point from, GGO_Point to)
 {
@@ -39,17 +39,13 @@ std::vector<Run> split_into_runs(const Path& path)
         do
         {
             size_t count = 0;
-            while (first + count < total && count < greatest_segment_count &&
+            while (first + count < total && count < kGreatestSegmentCount &&
                    subpath.segments[first + count].curve == subpath.segments[first].curve)
-            {
-                count++;
-            }
+                ++count;
             runs.push_back({&subpath, first, count, start, first + count >= total});
             first += count;
             if (count > 0)
-            {
                 start = subpath.segments[first - 1].end;
-            }
         } while (first < total);
     }
     return runs;
@@ -60,7 +56,7 @@ Block straight_edge(const Run& run)
     Block block(offsetof(GPA_StraightEdge, se_Segment) + run.count * sizeof(GGO_Vector));
     GGO_Vector* segments = part_in<GGO_Vector>(block, offsetof(GPA_StraightEdge, se_Segment));
     GGO_Point from = run.start;
-    for (size_t i = 0; i < run.count; i++)
+    for (size_t i = 0; i < run.count; ++i)
     {
         const Segment& segment = run.subpath->segments[run.first + i];
         segments[i] = between(from, segment.end);
@@ -74,7 +70,7 @@ Block bezier_edge(const Run& run)
     Block block(offsetof(GPA_BezierEdge, be_BezierSegment) + run.count * sizeof(GPA_BezierSegment));
     GPA_BezierSegment* segments = part_in<GPA_BezierSegment>(block, offsetof(GPA_BezierEdge, be_BezierSegment));
     GGO_Point from = run.start;
-    for (size_t i = 0; i < run.count; i++)
+    for (size_t i = 0; i < run.count; ++i)
     {
         const Segment& segment = run.subpath->segments[run.first + i];
         segments[i] = {between(from, segment.control1), between(from, segment.control2), between(from, segment.end)};
@@ -98,28 +94,20 @@ Block edge_of(const Run& run)
 bool is_rectangle(const Path& path)
 {
     if (path.subpaths.size() != 1)
-    {
         return false;
-    }
     const Subpath& subpath = path.subpaths[0];
     const size_t count = subpath.segments.size();
     if (count < 3 || count > 4 || (!subpath.closed && count != 4))
-    {
         return false;
-    }
     std::vector<GGO_Point> points = {subpath.start};
     for (const Segment& segment : subpath.segments)
     {
         if (segment.curve)
-        {
             return false;
-        }
         points.push_back(segment.end);
     }
     if (count == 4 && (points[4].gpf_X != points[0].gpf_X || points[4].gpf_Y != points[0].gpf_Y))
-    {
         return false;
-    }
     const bool across = points[0].gpf_Y == points[1].gpf_Y && points[1].gpf_X == points[2].gpf_X &&
                         points[2].gpf_Y == points[3].gpf_Y && points[3].gpf_X == points[0].gpf_X;
     const bool along = points[0].gpf_X == points[1].gpf_X && points[1].gpf_Y == points[2].gpf_Y &&
@@ -131,13 +119,9 @@ uint16_t hints_of(const Path& path)
 {
     uint16_t hints = 0;
     if (is_rectangle(path))
-    {
         hints |= GPA_HINT_IS_RECTANGLE;
-    }
     if (path.subpaths.size() == 1)
-    {
         hints |= GPA_HINT_ONE_SUBPATH;
-    }
     bool curves = false;
     for (const Subpath& subpath : path.subpaths)
     {
@@ -145,9 +129,7 @@ uint16_t hints_of(const Path& path)
                                        [](const Segment& segment) { return segment.curve; });
     }
     if (!curves)
-    {
         hints |= GPA_HINT_ONLY_STRAIGHTS | GPA_HINT_BOX_IS_MINIMAL;
-    }
     return hints;
 }
 
@@ -168,7 +150,7 @@ PathRecord::PathRecord(const Path& path)
     GGO_Point* starts = part_in<GGO_Point>(path_, offsetof(GPA_Path, pa_EdgeStart));
     GPA_EdgePointer* edges = part_in<GPA_EdgePointer>(pointer_, offsetof(GPA_PathPointer, lpp_EdgePointer));
     edges_.reserve(runs.size());
-    for (size_t i = 0; i < runs.size(); i++)
+    for (size_t i = 0; i < runs.size(); ++i)
     {
         edges_.push_back(edge_of(runs[i]));
         starts[i] = runs[i].start;
@@ -181,4 +163,4 @@ const GPA_PathPointer* PathRecord::get() const
     return record_in<GPA_PathPointer>(pointer_);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,7 +11,7 @@
 
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A path, each edge a run of segments of one kind. Edges hold at most 65535 segments; longer runs are cut.
@@ -27,4 +27,4 @@ private:
     Block pointer_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 using Block = std::vector<std::byte>;
@@ -28,4 +28,4 @@ template <typename Part> Part* part_in(Block& block, size_t offset)
     return reinterpret_cast<Part*>(block.data() + offset);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

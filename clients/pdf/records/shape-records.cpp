@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 FilledShape::FilledShape(const Path& path, Winding winding, uint16_t hints) : bounds_(path.bounds()), path_(path)
@@ -69,4 +69,4 @@ const GSH_ShapePointer* ImageShape::get() const
     return &pointer_;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -10,7 +10,7 @@
 #include "clients/pdf/records/stroke-record.h"
 #include "orvlog/interface/orv-interface.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A filled path as a shape.
@@ -56,4 +56,4 @@ private:
     GSH_ShapePointer pointer_{};
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 struct SpaceRecord::Tables
@@ -21,12 +21,12 @@ struct SpaceRecord::Tables
 namespace
 {
 
-constexpr uint32_t decode_depth = 8;
+constexpr uint32_t kDecodeDepth = 8;
 
 std::vector<float> gamma_curve(double gamma)
 {
-    std::vector<float> curve(size_t{1} << decode_depth);
-    for (size_t i = 0; i < curve.size(); i++)
+    std::vector<float> curve(size_t{1} << kDecodeDepth);
+    for (size_t i = 0; i < curve.size(); ++i)
     {
         const double share = static_cast<double>(i) / static_cast<double>(curve.size() - 1);
         curve[i] = static_cast<float>(std::pow(share, gamma));
@@ -57,9 +57,7 @@ uint32_t device_format(uint16_t channels)
 SpaceRecord::SpaceRecord(const ColourSpace& space) : space_(space)
 {
     if (space_.definition == nullptr)
-    {
         return;
-    }
     const SpaceDefinition& definition = *space_.definition;
     tables_ = std::make_shared<Tables>();
     tables_->csd.csd_NumBaseChans = static_cast<uint8_t>(space_.channels);
@@ -87,15 +85,13 @@ void SpaceRecord::fill_cie_tables(const SpaceDefinition& definition)
     tables_->csd.csd_Type = GCM_CSDTYPE_CIELUT_DATA;
     tables_->csd.csd_Defn.CieBased = rgb ? GCM_CIE_FAMILY_CALRGB : GCM_CIE_FAMILY_CALGRAY;
     GCM_CieLuts& luts = tables_->luts;
-    luts.cl_DecodeBitDepth = decode_depth;
+    luts.cl_DecodeBitDepth = kDecodeDepth;
     copy_floats(definition.white, 3, luts.cl_WhitePoint);
     copy_floats(definition.black, 3, luts.cl_BlackPoint);
     copy_floats(definition.matrix, 9, luts.cl_MatrixABC);
     luts.cl_MatrixLMN[0] = luts.cl_MatrixLMN[4] = luts.cl_MatrixLMN[8] = 1;
-    for (size_t i = 0; i < 3; i++)
-    {
+    for (size_t i = 0; i < 3; ++i)
         tables_->decode[i] = gamma_curve(definition.gamma[rgb ? i : 0]);
-    }
     GCM_CieLutsPointer& pointer = tables_->luts_pointer;
     pointer.clp_CieLuts = &luts;
     pointer.clp_DecodeABC_A = tables_->decode[0].data();
@@ -127,4 +123,4 @@ uint16_t SpaceRecord::family() const
     }
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // A colour definition for an operand; null in cp_Csd for device spaces.
@@ -33,4 +33,4 @@ private:
     GCM_CsdPointer pointer_{};
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 StrokeRecord::StrokeRecord(const StrokeStyle& style)
@@ -22,10 +22,8 @@ StrokeRecord::StrokeRecord(const StrokeStyle& style)
     params->psp_MiterLimit = static_cast<float>(style.miter_limit);
     params->psp_DashStart = static_cast<float>(style.dash_start);
     float* lengths = part_in<float>(block_, offsetof(GPA_PathStrokingParams, psp_DashLength));
-    for (size_t i = 0; i < dashes; i++)
-    {
+    for (size_t i = 0; i < dashes; ++i)
         lengths[i] = static_cast<float>(style.dashes[i]);
-    }
 }
 
 const GPA_PathStrokingParams* StrokeRecord::get() const
@@ -33,4 +31,4 @@ const GPA_PathStrokingParams* StrokeRecord::get() const
     return record_in<GPA_PathStrokingParams>(block_);
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -9,7 +9,7 @@
 #include "clients/pdf/records/record-block.h"
 #include "orvlog/interface/orv-interface.h"
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // Lengths are in the unit of the shape that is stroked.
@@ -23,4 +23,4 @@ private:
     Block block_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -8,14 +8,14 @@
 #include <cmath>
 #include <cstring>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 namespace
 {
 
-constexpr uint32_t greatest_bitmap_side = 2000;
-constexpr size_t greatest_payload = 65535;
+constexpr uint32_t kGreatestBitmapSide = 2000;
+constexpr size_t kGreatestPayload = 65535;
 
 GGO_Matrix linear_part(const GGO_Matrix& matrix)
 {
@@ -36,17 +36,11 @@ uint32_t transform_flags(const GGO_Matrix& matrix)
     if (m[1] == 0 && m[2] == 0)
     {
         if (m[0] == 1 && m[3] == 1)
-        {
             return shift != 0 ? shift : static_cast<uint32_t>(GGO_XFLAG_IDENTITY);
-        }
         if (m[0] > 0 && m[3] > 0)
-        {
             return GGO_XFLAG_SCALE | shift;
-        }
         if (m[0] > 0 && m[3] < 0)
-        {
             return GGO_XFLAG_SCALE | GGO_XFLAG_FLIP_HORZ | shift;
-        }
     }
     return GGO_XFLAG_GENERAL;
 }
@@ -69,9 +63,7 @@ std::vector<std::byte> with_payload(const Record& record, size_t offset, const s
     std::vector<std::byte> block(std::max(sizeof(Record), offset + payload.size()));
     std::memcpy(block.data(), &record, sizeof(Record));
     if (!payload.empty())
-    {
         std::memcpy(block.data() + offset, payload.data(), payload.size());
-    }
     return block;
 }
 
@@ -88,10 +80,8 @@ std::vector<std::byte> pixels_as(uint32_t type, const Bitmap& bitmap, GGO_Vector
     if (type == GFI_GDT_RLE)
     {
         const std::vector<uint8_t> payload = run_lengths(bitmap);
-        if (payload.size() > greatest_payload)
-        {
+        if (payload.size() > kGreatestPayload)
             return {};
-        }
         const GFI_GlyphDescRLE record = {{type, offset}, width, height, static_cast<uint16_t>(payload.size())};
         return with_payload(record, GFI_GLYPH_DESC_RLE_PAYLOAD, payload);
     }
@@ -116,9 +106,7 @@ struct FontEngine::Functions
         FontEngine* engine = self(context);
         engine->run_ = nullptr;
         if (engine->strings_.count(string_desc) == 0)
-        {
             return 0;
-        }
         const GlyphRun* run = reinterpret_cast<const TextShape::String*>(string_desc)->run;
         engine->run_ = run;
         engine->next_ = 0;
@@ -136,9 +124,7 @@ struct FontEngine::Functions
     {
         FontEngine* engine = self(context);
         if (engine->run_ == nullptr)
-        {
             return 0;
-        }
         *glyph_returned = engine->next_ < engine->run_->glyphs.size() ? 1 : 0;
         if (*glyph_returned == 0)
         {
@@ -150,9 +136,7 @@ struct FontEngine::Functions
         *glyph_sub_pixel_variant = 0;
         *advance_vector = placed.advance;
         if (quick_bounding_box != nullptr)
-        {
             *quick_bounding_box = box_of(*placed.glyph);
-        }
         return 1;
     }
 
@@ -164,9 +148,7 @@ struct FontEngine::Functions
         *glyph_returned = 0;
         const Glyph* present = engine->present_glyph();
         if (present == nullptr)
-        {
             return 0;
-        }
         GGO_Matrix to_pixels = engine->em_to_pixels_;
         if (engine->describe(*present, required_desc_type, &to_pixels))
         {
@@ -184,16 +166,12 @@ struct FontEngine::Functions
         FontEngine* engine = self(context);
         const Glyph* present = engine->present_glyph();
         if (present == nullptr)
-        {
             return 0;
-        }
         GGO_Matrix to_pixels = engine->em_to_pixels_;
         if (!engine->describe(*present, requested_desc_type, &to_pixels) &&
             !engine->describe(*present, GFI_GDT_PATH, &to_pixels) &&
             !engine->describe(*present, GFI_GDT_BITMAP, &to_pixels))
-        {
             return 0;
-        }
         engine->hand_out(to_pixels, glyphdesc_transform_changed, glyphdesc_to_face_pixel, glyphdesc_transform_flags,
                          glyph);
         return 1;
@@ -281,11 +259,9 @@ bool FontEngine::describe_path(const Glyph& glyph)
 bool FontEngine::describe_outline_pixels(const Glyph& glyph, uint32_t type, GGO_Matrix* to_pixels)
 {
     const Bitmap bitmap =
-        rasterise(glyph.outline.transformed(linear_part(em_to_pixels_)), glyph.winding, greatest_bitmap_side);
+        rasterise(glyph.outline.transformed(linear_part(em_to_pixels_)), glyph.winding, kGreatestBitmapSide);
     if (bitmap.width == 0 && !glyph.outline.empty())
-    {
         return false;
-    }
     *to_pixels = identity();
     const GGO_Vector offset = {static_cast<double>(bitmap.left), static_cast<double>(bitmap.top)};
     answer_.description = pixels_as(type, bitmap, offset);
@@ -307,10 +283,8 @@ bool FontEngine::describe_stored_bitmap(const Glyph& glyph, GGO_Matrix* to_pixel
 
 bool FontEngine::describe_true_type(const Glyph& glyph)
 {
-    if (glyph.true_type.empty() || glyph.true_type.size() > greatest_payload)
-    {
+    if (glyph.true_type.empty() || glyph.true_type.size() > kGreatestPayload)
         return false;
-    }
     GFI_GlyphDescTrueType record{};
     record.gdt_Desc.gd_Type = GFI_GDT_TRUETYPE;
     record.gdt_TrueTypeSize = static_cast<uint16_t>(glyph.true_type.size());
@@ -352,9 +326,7 @@ TextShape::~TextShape()
 {
     engine_.strings_.erase(&string_.head);
     if (engine_.run_ == &run_)
-    {
         engine_.run_ = nullptr;
-    }
 }
 
 const GSH_ShapePointer* TextShape::get() const
@@ -373,4 +345,4 @@ GGO_Point TextShape::end_point() const
     return end;
 }
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

@@ -14,7 +14,7 @@
 #include <set>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 class TextShape;
@@ -102,4 +102,4 @@ private:
     std::vector<GFI_GlyphClusterSpec> clusters_;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

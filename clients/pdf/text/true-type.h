@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace pdf_client
+namespace orvlog::pdf_client
 {
 
 // The outlines of a TrueType font as the font file has them. Sound for any bytes: what isn't there is empty.
@@ -35,4 +35,4 @@ private:
     bool long_offsets_ = false;
 };
 
-}  // namespace pdf_client
+}  // namespace orvlog::pdf_client

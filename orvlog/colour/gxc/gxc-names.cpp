@@ -19,7 +19,7 @@ namespace
 #undef ORVLOG_NAME_NOT_IN_TICKETS
 #undef ORVLOG_END_ENUMERATION
 
-#define ORVLOG_ENUMERATION(list) namespace list { constexpr GXC_EnumRow rows[] = {
+#define ORVLOG_ENUMERATION(list) namespace list { constexpr GXC_EnumRow kRows[] = {
 #define ORVLOG_NAME(name) {#name, name},
 #define ORVLOG_NAME_NOT_IN_TICKETS(name)
 #define ORVLOG_END_ENUMERATION }; }
@@ -30,22 +30,22 @@ namespace
 #undef ORVLOG_END_ENUMERATION
 // clang-format on
 
-constexpr GXC_EnumRow quality_hint[] = {
+constexpr GXC_EnumRow kQualityHint[] = {
     {"GCM_QUAL_LOWEST", 0}, {"GCM_QUAL_LOW", 1}, {"GCM_QUAL_MEDIUM", 2}, {"GCM_QUAL_HIGH", 3}, {"GCM_QUAL_HIGHEST", 4},
 };
 
-constexpr GXC_EnumRow performance_hint[] = {
+constexpr GXC_EnumRow kPerformanceHint[] = {
     {"GCM_PERF_LOWEST", 0}, {"GCM_PERF_LOW", 1}, {"GCM_PERF_MEDIUM", 2}, {"GCM_PERF_HIGH", 3}, {"GCM_PERF_HIGHEST", 4},
 };
 
-constexpr GXC_EnumRow lamp_group[] = {
+constexpr GXC_EnumRow kLampGroup[] = {
     {"GCM_LAMP_GROUP_NORMAL", 0},
     {"GCM_LAMP_GROUP_BROAD_BAND", 1},
     {"GCM_LAMP_GROUP_THREE_BAND", 2},
 };
 
 // Seven rows stand twice: the order of the table is the format's own.
-constexpr GXC_EnumRow ser_marker[] = {
+constexpr GXC_EnumRow kSerMarker[] = {
     {"GCM_SER_MARKER_END_VARIABLE_DATA", 0},
     {"GCM_SER_MARKER_RENDER_SPACE", 1},
     {"GCM_SER_MARKER_RGB_INPUT", 2},
@@ -90,31 +90,31 @@ constexpr GXC_EnumRow ser_marker[] = {
     {"GCM_SER_MARKER_RGB_TO_MONO_CSD", 34},
 };
 
-constexpr GXC_EnumRow color_space_family[] = {
+constexpr GXC_EnumRow kColorSpaceFamily[] = {
     {"GrayRenderColorSpace", 0},
     {"RGBRenderColorSpace", 1},
     {"CMYKRenderColorSpace", 2},
     {"NamedRenderColorSpace", 3},
 };
 
-template <uint32_t Count> constexpr GXC_EnumFamily family(const char* name, const GXC_EnumRow (&rows)[Count])
+template <uint32_t Count> constexpr GXC_EnumFamily family(const char* name, const GXC_EnumRow (&kRows)[Count])
 {
-    return {name, rows, Count};
+    return {name, kRows, Count};
 }
 
 }  // namespace
 
 const GXC_EnumFamily gxc_enum_families[GXC_FAMILY_COUNT] = {
-    family("GCM_QualityHint", quality_hint),
-    family("GCM_PerformanceHint", performance_hint),
-    family("GCM_CsdType", CSD_TYPE::rows),
-    family("GCM_RenderIntent", RENDER_INTENT::rows),
-    family("GCM_AnalyticalColorSpaceType", ANALYTICAL_SPACE::rows),
-    family("GNC_Format", PIXEL_FORMAT::rows),
-    family("GCM_CieFamily", CIE_FAMILY::rows),
-    family("GCM_IlluminantLampGroup", lamp_group),
-    family("GCM_SerMarker", ser_marker),
-    family("GCM_ColorSpaceFamily", color_space_family),
+    family("GCM_QualityHint", kQualityHint),
+    family("GCM_PerformanceHint", kPerformanceHint),
+    family("GCM_CsdType", CSD_TYPE::kRows),
+    family("GCM_RenderIntent", RENDER_INTENT::kRows),
+    family("GCM_AnalyticalColorSpaceType", ANALYTICAL_SPACE::kRows),
+    family("GNC_Format", PIXEL_FORMAT::kRows),
+    family("GCM_CieFamily", CIE_FAMILY::kRows),
+    family("GCM_IlluminantLampGroup", kLampGroup),
+    family("GCM_SerMarker", kSerMarker),
+    family("GCM_ColorSpaceFamily", kColorSpaceFamily),
 };
 
 const char* gxc_name_of_value(const char* family_name, uint32_t value)

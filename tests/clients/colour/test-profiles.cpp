@@ -11,8 +11,8 @@ namespace
 {
 
 // The header's date, which is that of the call: profiles must be the same whenever they are made.
-constexpr ptrdiff_t date_begin = 24;
-constexpr ptrdiff_t date_end = 36;
+constexpr ptrdiff_t kDateBegin = 24;
+constexpr ptrdiff_t kDateEnd = 36;
 
 colour::Bytes bytes_of(cmsHPROFILE profile)
 {
@@ -21,7 +21,7 @@ colour::Bytes bytes_of(cmsHPROFILE profile)
     colour::Bytes bytes(size);
     cmsSaveProfileToMem(profile, bytes.data(), &size);
     cmsCloseProfile(profile);
-    std::fill(bytes.begin() + date_begin, bytes.begin() + date_end, uint8_t{0});
+    std::fill(bytes.begin() + kDateBegin, bytes.begin() + kDateEnd, uint8_t{0});
     return bytes;
 }
 

@@ -76,7 +76,7 @@ std::vector<TicketDescription> descriptions()
 
 TEST(TicketTextOfALog, GivesTheBytesThatWereSerialised)
 {
-    constexpr int32_t families[] = {1, 0, 2, 1, 1};
+    constexpr int32_t kFamilies[] = {1, 0, 2, 1, 1};
     const std::vector<TicketDescription> all = descriptions();
     for (size_t i = 0; i < all.size(); ++i)
     {
@@ -92,7 +92,7 @@ TEST(TicketTextOfALog, GivesTheBytesThatWereSerialised)
             const TicketReading reading = read_ticket_text(text);
             EXPECT_EQ(reading.ending, TicketEnding::whole) << i << ", " << reading.line << ": " << reading.expected;
             EXPECT_EQ(reading.bytes, serialised) << i;
-            EXPECT_EQ(reading.family, families[i]) << i;
+            EXPECT_EQ(reading.family, kFamilies[i]) << i;
             EXPECT_EQ(reading.line_prefix, "      ") << i;
         }
     }

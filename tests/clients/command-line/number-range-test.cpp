@@ -9,7 +9,7 @@
 namespace
 {
 
-using namespace command_line;
+using namespace orvlog::command_line;
 
 // "3 to 7", or what is wrong.
 std::string pages(const std::string& text)

@@ -15,7 +15,7 @@
 namespace
 {
 
-using namespace command_line;
+using namespace orvlog::command_line;
 
 enum class Place
 {

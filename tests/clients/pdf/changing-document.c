@@ -17,7 +17,7 @@ static ssize_t read_changing(const char* name, int file, void* bytes, size_t cou
     *(void**)&next = dlsym(RTLD_NEXT, name);
     const ssize_t came = next(file, bytes, count, from);
     char* text = bytes;
-    for (ssize_t i = 0; i + 1 < came; i++)
+    for (ssize_t i = 0; i + 1 < came; ++i)
     {
         if (text[i] == '@' && text[i + 1] == '@')
         {

@@ -14,7 +14,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using Bytes = DecodedImages::Bytes;
 
 const ImageKey first = {1, 0, false};
@@ -39,39 +39,35 @@ TEST(DecodedImages, ArePaintedAgainAfterTheFirstTime)
     EXPECT_FALSE(images.is_painted_again(first, 10));
     EXPECT_FALSE(images.is_painted_again(mask_of_first, 10));
     EXPECT_TRUE(images.is_painted_again(first, 10));
-    EXPECT_TRUE(images.is_painted_again(first, DecodedImages::most_bytes));
-    EXPECT_FALSE(images.is_painted_again(first, DecodedImages::most_bytes + 1));
+    EXPECT_TRUE(images.is_painted_again(first, DecodedImages::kMostBytes));
+    EXPECT_FALSE(images.is_painted_again(first, DecodedImages::kMostBytes + 1));
 }
 
 TEST(DecodedImages, ForgetsWhatWasPaintedLongAgo)
 {
     DecodedImages images;
     EXPECT_FALSE(images.is_painted_again(first, 10));
-    for (int i = 0; i < 255; i++)
-    {
+    for (int i = 0; i < 255; ++i)
         EXPECT_FALSE(images.is_painted_again({100 + i, 0, false}, 10));
-    }
     EXPECT_TRUE(images.is_painted_again(first, 10));
-    for (int i = 0; i < 256; i++)
-    {
+    for (int i = 0; i < 256; ++i)
         images.is_painted_again({1000 + i, 0, false}, 10);
-    }
     EXPECT_FALSE(images.is_painted_again(first, 10));
 }
 
 TEST(DecodedImages, GivesUpTheOneThatWasNotAskedForTheLongest)
 {
     DecodedImages images;
-    constexpr size_t size = DecodedImages::most_bytes / 2;
-    images.keep(first, size, Bytes(size));
-    images.keep(second, size, Bytes(size));
-    EXPECT_NE(images.find(first, size), nullptr);
+    constexpr size_t kSize = DecodedImages::kMostBytes / 2;
+    images.keep(first, kSize, Bytes(kSize));
+    images.keep(second, kSize, Bytes(kSize));
+    EXPECT_NE(images.find(first, kSize), nullptr);
     images.keep(mask_of_first, 1, Bytes(1));
-    EXPECT_EQ(images.find(second, size), nullptr);
-    EXPECT_NE(images.find(first, size), nullptr);
-    EXPECT_EQ(images.bytes_held(), size + 1);
-    images.keep(second, 2 * size + 1, Bytes(2 * size + 1));
-    EXPECT_EQ(images.bytes_held(), size + 1);
+    EXPECT_EQ(images.find(second, kSize), nullptr);
+    EXPECT_NE(images.find(first, kSize), nullptr);
+    EXPECT_EQ(images.bytes_held(), kSize + 1);
+    images.keep(second, 2 * kSize + 1, Bytes(2 * kSize + 1));
+    EXPECT_EQ(images.bytes_held(), kSize + 1);
 }
 
 // Counts how often it is read from its beginning.
@@ -85,7 +81,7 @@ public:
 
     void reset() override
     {
-        count_++;
+        ++count_;
         MemStream::reset();
     }
 
@@ -101,7 +97,7 @@ protected:
     {
         const Image image = stencil_of(stream(), 16, 4, inverted, {images, key});
         Bytes all;
-        for (int i = 0; i < readings; i++)
+        for (int i = 0; i < readings; ++i)
         {
             all.clear();
             EXPECT_TRUE(image.rows->restart());
@@ -136,10 +132,8 @@ TEST_F(PaintedImages, AreDecodedTwiceHoweverOftenTheyArePainted)
 {
     give("abcdefgh");
     const Bytes expected = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
-    for (int i = 0; i < 40; i++)
-    {
+    for (int i = 0; i < 40; ++i)
         EXPECT_EQ(paint(first, 2), expected);
-    }
     // Two readings of the first painting, and one of the second.
     EXPECT_EQ(decoded, 3);
     EXPECT_EQ(paint(first, 1, false)[0], static_cast<uint8_t>(~'a'));
@@ -149,20 +143,16 @@ TEST_F(PaintedImages, AreDecodedTwiceHoweverOftenTheyArePainted)
 TEST_F(PaintedImages, AreDecodedEachTimeWithoutAName)
 {
     give("abcdefgh");
-    for (int i = 0; i < 3; i++)
-    {
+    for (int i = 0; i < 3; ++i)
         EXPECT_EQ(paint(std::nullopt).size(), 8U);
-    }
     EXPECT_EQ(decoded, 3);
 }
 
 TEST_F(PaintedImages, EndEarlyEachTimeAlike)
 {
     give("abcde");
-    for (int i = 0; i < 4; i++)
-    {
+    for (int i = 0; i < 4; ++i)
         EXPECT_EQ(paint(first), (Bytes{'a', 'b', 'c', 'd', 'e'}));
-    }
     EXPECT_EQ(decoded, 2);
 }
 
@@ -177,10 +167,8 @@ TEST_F(PaintedImages, AreHeldWholeOrNotAtAll)
     EXPECT_EQ(image.rows->read_row(row, 2), 2U);
     EXPECT_EQ(images->bytes_held(), 0U);
     EXPECT_TRUE(image.rows->restart());
-    for (int i = 0; i < 4; i++)
-    {
+    for (int i = 0; i < 4; ++i)
         EXPECT_EQ(image.rows->read_row(row, 2), 2U);
-    }
     EXPECT_EQ(*images->find(first, 8), (Bytes{'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'}));
 }
 

@@ -16,7 +16,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using orvlog::test::decode_lines;
 using orvlog::test::TempFolder;
 
@@ -39,17 +39,13 @@ Record record(bool keeps, bool base, bool compressed, bool beside)
     options.via_temporary_log = keeps && !compressed;
     options.compressed = compressed;
     if (beside)
-    {
         options.image_prefix = "beside";
-    }
     const JobResult result = run_job(options);
     EXPECT_TRUE(result.errors.empty()) << result.errors.front();
     EXPECT_TRUE(result.summary.messages.empty()) << result.summary.messages.front();
     Record made;
     for (const std::string& name : folder.names())
-    {
         (name == "log.xml" ? made.log : made.files[name]) = folder.read(name);
-    }
     return made;
 }
 
@@ -57,22 +53,18 @@ Record record(bool keeps, bool base, bool compressed, bool beside)
 // merge has put there.
 std::vector<std::string_view> content_of(std::string_view log)
 {
-    constexpr std::string_view keep_end = "</GOP_ImageKeepFn>";
+    constexpr std::string_view kKeepEnd = "</GOP_ImageKeepFn>";
     std::vector<std::string_view> lines;
     for (size_t start = 0; start < log.size();)
     {
         const size_t end = std::min(log.find('\n', start), log.size());
         std::string_view line = log.substr(start, end - start);
         start = end + 1;
-        if (const size_t at = line.find(keep_end); at != std::string_view::npos)
-        {
-            line.remove_prefix(at + keep_end.size());
-        }
+        if (const size_t at = line.find(kKeepEnd); at != std::string_view::npos)
+            line.remove_prefix(at + kKeepEnd.size());
         line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
         if (!line.empty() && !line.starts_with("<GOP_ImageKeepFn ") && line.find("GOP_ImageReleaseFn") == line.npos)
-        {
             lines.push_back(line);
-        }
     }
     return lines;
 }
@@ -81,9 +73,7 @@ size_t count(const std::string& text, const std::string& part)
 {
     size_t found = 0;
     for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-    {
-        found++;
-    }
+        ++found;
     return found;
 }
 

@@ -15,7 +15,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using orvlog::test::TempFolder;
 
 // A page of 64 by 64 points with one shading, the one named Sh.
@@ -38,7 +38,7 @@ std::string document_of(const std::string& shading, const std::string& data, con
 struct Painted
 {
     std::string log;
-    cairo_renderer::PagePixels page;
+    orvlog::cairo_renderer::PagePixels page;
 
     uint32_t at(uint32_t x, uint32_t y) const
     {
@@ -58,34 +58,28 @@ Painted paint(const std::string& document, unsigned dpi = 72)
     const JobResult result = run_job(options);
     EXPECT_TRUE(result.errors.empty()) << result.errors.front();
     EXPECT_TRUE(result.summary.messages.empty()) << result.summary.messages.front();
-    return {folder.read("log.xml"), cairo_renderer::read_png("mesh-001.png")};
+    return {folder.read("log.xml"), orvlog::cairo_renderer::read_png("mesh-001.png")};
 }
 
 size_t count(const std::string& text, const std::string& part)
 {
     size_t found = 0;
     for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-    {
-        found++;
-    }
+        ++found;
     return found;
 }
 
 testing::AssertionResult near(uint32_t seen, uint32_t expected, int slack)
 {
     for (const unsigned shift : {0U, 8U, 16U})
-    {
         if (std::abs(static_cast<int>((seen >> shift) & 0xFFU) - static_cast<int>((expected >> shift) & 0xFFU)) > slack)
-        {
             return testing::AssertionFailure() << std::hex << seen << " instead of " << expected;
-        }
-    }
     return testing::AssertionSuccess();
 }
 
-constexpr const char* rgb_space = "/ColorSpace /DeviceRGB /Decode [0 64 0 64 0 1 0 1 0 1]";
-constexpr const char* gray_by_function = "/ColorSpace /DeviceGray /Decode [0 64 0 64 0 1] "
-                                         "/Function << /FunctionType 2 /Domain [0 1] /C0 [0] /C1 [1] /N 8 >>";
+constexpr const char* kRgbSpace = "/ColorSpace /DeviceRGB /Decode [0 64 0 64 0 1 0 1 0 1]";
+constexpr const char* kGrayByFunction = "/ColorSpace /DeviceGray /Decode [0 64 0 64 0 1] "
+                                        "/Function << /FunctionType 2 /Domain [0 1] /C0 [0] /C1 [1] /N 8 >>";
 
 // The square from 8.03 to 56.22, of edges that are straight: from the lower left corner up, right, down and back.
 const std::string square_edges = "00 2020 2060 20A0 20E0 60E0 A0E0 E0E0 E0A0 E060 E020 A020 6020 ";
@@ -94,7 +88,7 @@ const std::string inner_points = "6060 60A0 A0A0 A060 ";
 TEST(Mesh, CoonsPatchRunsFromCornerToCorner)
 {
     const Painted painted =
-        paint(document_of(std::string("/ShadingType 6 ") + rgb_space, square_edges + "FF0000 00FF00 0000FF FFFFFF"));
+        paint(document_of(std::string("/ShadingType 6 ") + kRgbSpace, square_edges + "FF0000 00FF00 0000FF FFFFFF"));
     // 48.2 pixels each way, in pieces of at most 10: 5 by 5, each of two triangles.
     EXPECT_EQ(count(painted.log, "<GOP_OperandGrad3Pt "), 50U);
     EXPECT_EQ(count(painted.log, "<ORV_group_start "), 0U);
@@ -109,20 +103,16 @@ TEST(Mesh, CoonsPatchRunsFromCornerToCorner)
 
 TEST(Mesh, PiecesShowNoSeams)
 {
-    const Painted painted = paint(document_of(std::string("/ShadingType 7 ") + rgb_space,
+    const Painted painted = paint(document_of(std::string("/ShadingType 7 ") + kRgbSpace,
                                               square_edges + inner_points + "336699 336699 336699 336699"));
-    for (uint32_t y = 9; y < 55; y++)
-    {
-        for (uint32_t x = 9; x < 55; x++)
-        {
+    for (uint32_t y = 9; y < 55; ++y)
+        for (uint32_t x = 9; x < 55; ++x)
             ASSERT_TRUE(near(painted.at(x, y), 0x336699, 1)) << x << " " << y;
-        }
-    }
 }
 
 TEST(Mesh, ManyPiecesUnderAClipAreAGroupThatHoldsTheClip)
 {
-    const Painted painted = paint(document_of(std::string("/ShadingType 7 ") + rgb_space,
+    const Painted painted = paint(document_of(std::string("/ShadingType 7 ") + kRgbSpace,
                                               square_edges + inner_points + "336699 336699 336699 336699",
                                               "32 8 m 56 32 l 32 56 l 8 32 l W n "),
                                   96);
@@ -137,7 +127,7 @@ TEST(Mesh, ManyPiecesUnderAClipAreAGroupThatHoldsTheClip)
 TEST(Mesh, PatchOfAFunctionFollowsIt)
 {
     const Painted painted =
-        paint(document_of(std::string("/ShadingType 6 ") + gray_by_function, square_edges + "00 00 FF FF"));
+        paint(document_of(std::string("/ShadingType 6 ") + kGrayByFunction, square_edges + "00 00 FF FF"));
     // A little more than 48 pixels in pieces of at most 4: 13 by 13.
     EXPECT_EQ(count(painted.log, "<GOP_OperandGrad3Pt "), 338U);
     EXPECT_TRUE(near(painted.at(9, 32), 0x000000, 1));
@@ -149,7 +139,7 @@ TEST(Mesh, PatchOfAFunctionFollowsIt)
 TEST(Mesh, TriangleIsOneGradient)
 {
     const Painted painted =
-        paint(document_of(std::string("/ShadingType 4 ") + rgb_space, "00 2020 FF0000 00 20E0 00FF00 00 E020 0000FF"));
+        paint(document_of(std::string("/ShadingType 4 ") + kRgbSpace, "00 2020 FF0000 00 20E0 00FF00 00 E020 0000FF"));
     EXPECT_EQ(count(painted.log, "<GOP_OperandGrad3Pt "), 1U);
     EXPECT_TRUE(near(painted.at(10, 53), 0xF00808, 16));
     EXPECT_TRUE(near(painted.at(24, 40), 0x555555, 8));
@@ -159,7 +149,7 @@ TEST(Mesh, TriangleIsOneGradient)
 TEST(Mesh, TriangleOfAFunctionFollowsIt)
 {
     const Painted painted =
-        paint(document_of(std::string("/ShadingType 4 ") + gray_by_function, "00 2020 00 00 20E0 00 00 E020 FF"));
+        paint(document_of(std::string("/ShadingType 4 ") + kGrayByFunction, "00 2020 00 00 20E0 00 00 E020 FF"));
     // The longest side, a little more than 68 pixels, in 18 pieces.
     EXPECT_EQ(count(painted.log, "<GOP_OperandGrad3Pt "), 324U);
     EXPECT_TRUE(near(painted.at(32, 50), 0x010101, 2));

@@ -11,7 +11,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using Lines = std::vector<std::string>;
 
 // An image of 100 rows of 10 bytes, of which some have been read.
@@ -46,10 +46,8 @@ Image image_read(int rows, int odd_row)
     watch(image, "image", [](const std::string&) {});
     EXPECT_TRUE(image.rows->restart());
     uint8_t row[10];
-    for (int i = 0; i < rows; i++)
-    {
+    for (int i = 0; i < rows; ++i)
         EXPECT_EQ(image.rows->read_row(row, 10), 10U);
-    }
     return image;
 }
 
@@ -59,7 +57,7 @@ protected:
     // A page of one pixel in each run.
     void draw(uint32_t logged_pixel, uint32_t plain_pixel)
     {
-        const auto give = [](const cairo_renderer::PageSink& sink, uint32_t pixel)
+        const auto give = [](const orvlog::cairo_renderer::PageSink& sink, uint32_t pixel)
         {
             cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
             cairo_surface_flush(surface);
@@ -150,12 +148,12 @@ TEST_F(PageCheckCallsTest, BlamesTheLoggerForAnAnswerOrAPageThatWasBrokenOff)
 
 TEST_F(PageCheckCallsTest, ComparesOfAnImageWhatBothRunsRead)
 {
-    constexpr int none = -1;
-    logged.add(image_read(100, none));
-    plain.add(image_read(0, none));
+    constexpr int kNone = -1;
+    logged.add(image_read(100, kNone));
+    plain.add(image_read(0, kNone));
     EXPECT_FALSE(logged.differs_by_itself(plain));
     plain.clear();
-    plain.add(image_read(50, none));
+    plain.add(image_read(50, kNone));
     EXPECT_FALSE(logged.differs_by_itself(plain));
     plain.clear();
     plain.add(image_read(50, 60));
@@ -163,7 +161,7 @@ TEST_F(PageCheckCallsTest, ComparesOfAnImageWhatBothRunsRead)
     plain.clear();
     plain.add(image_read(50, 20));
     EXPECT_TRUE(logged.differs_by_itself(plain));
-    plain.add(image_read(50, none));
+    plain.add(image_read(50, kNone));
     EXPECT_TRUE(logged.differs_by_itself(plain));
 }
 

@@ -13,14 +13,14 @@
 namespace
 {
 
-using cairo_renderer::Page;
-using cairo_renderer::PageSink;
-using pdf_client::PageCheck;
+using orvlog::cairo_renderer::Page;
+using orvlog::cairo_renderer::PageSink;
+using orvlog::pdf_client::PageCheck;
 
 class PageCheckTest : public testing::Test
 {
 protected:
-    static constexpr int wide = 3;
+    static constexpr int kWide = 3;
 
     // Gives `sink` a page of one row for each colour, in bands of so many rows.
     static void give(const PageSink& sink, const std::vector<uint32_t>& rows, uint32_t band)
@@ -32,15 +32,15 @@ protected:
 
     static void give_band(const PageSink& sink, const std::vector<uint32_t>& rows, uint32_t first, uint32_t count)
     {
-        cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, wide, static_cast<int>(count));
+        cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, kWide, static_cast<int>(count));
         auto* pixels = reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(surface));
         const int stride = cairo_image_surface_get_stride(surface) / 4;
         for (uint32_t row = 0; row < count; ++row)
-            std::fill_n(pixels + static_cast<std::ptrdiff_t>(row) * stride, wide, rows[first + row]);
+            std::fill_n(pixels + static_cast<std::ptrdiff_t>(row) * stride, kWide, rows[first + row]);
         cairo_surface_mark_dirty(surface);
         Page page;
         page.number = 1;
-        page.width = wide;
+        page.width = kWide;
         page.height = static_cast<uint32_t>(rows.size());
         page.surface = surface;
         page.first_row = first;

@@ -12,11 +12,11 @@
 namespace
 {
 
-using namespace small_document;
-using pdf_client::JobOptions;
+using namespace orvlog::small_document;
+using orvlog::pdf_client::JobOptions;
 using Lines = std::vector<std::string>;
 
-constexpr char place[] = "q 100 0 0 100 0 0 cm /I Do Q";
+constexpr char kPlace[] = "q 100 0 0 100 0 0 cm /I Do Q";
 
 std::string image(const std::string& entries, const std::string& bytes)
 {
@@ -32,15 +32,13 @@ size_t count(const std::string& text, const std::string& part)
 {
     size_t found = 0;
     for (size_t at = text.find(part); at != text.npos; at = text.find(part, at + part.size()))
-    {
-        found++;
-    }
+        ++found;
     return found;
 }
 
 TEST(Jpeg2000, IsThereForEachReading)
 {
-    const std::string document = page(place, "/XObject << /I 5 0 R >>", {jpx_image()});
+    const std::string document = page(kPlace, "/XObject << /I 5 0 R >>", {jpx_image()});
     JobOptions options;
     options.base_mode = true;
     options.check = true;
@@ -58,7 +56,7 @@ TEST(Jpeg2000, IsThereInTheGroupOfASoftMask)
 {
     const std::string group = stream("/Type /XObject /Subtype /Form /BBox [0 0 100 100] /Group << /S /Transparency /CS "
                                      "/DeviceRGB >> /Resources << /XObject << /I 5 0 R >> >>",
-                                     place);
+                                     kPlace);
     const std::string document =
         page("/M gs 0 0 1 rg 0 0 100 100 re f", "/ExtGState << /M << /SMask << /S /Luminosity /G 6 0 R >> >> >>",
              {jpx_image(), group});
@@ -110,7 +108,7 @@ class ShortImages : public testing::TestWithParam<Short>
 
 TEST_P(ShortImages, EndWhereTheirDataEnds)
 {
-    const std::string document = page(place, "/XObject << /I 5 0 R >>", {image(GetParam().entries, GetParam().bytes)});
+    const std::string document = page(kPlace, "/XObject << /I 5 0 R >>", {image(GetParam().entries, GetParam().bytes)});
     for (const bool base : {false, true})
     {
         JobOptions options;
@@ -162,7 +160,7 @@ TEST(ShortImages, PaintThePixelsThatCame)
 {
     // Two pixels of the first row of two rows of four.
     const std::string document =
-        page(place, "/XObject << /I 5 0 R >>",
+        page(kPlace, "/XObject << /I 5 0 R >>",
              {image("/Width 4 /Height 2 /ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /ASCIIHexDecode",
                     "FF00000000FF00>")});
     const auto drawn = draw(document);

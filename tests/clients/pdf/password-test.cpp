@@ -17,8 +17,8 @@
 namespace
 {
 
+using orvlog::small_document::from_hex;
 using orvlog::test::TempFolder;
-using small_document::from_hex;
 
 // A page of red; the passwords are the owner's "owner" and a user's.
 std::string protected_page(const std::string& owner_entry, const std::string& user_entry, const std::string& content)
@@ -27,7 +27,8 @@ std::string protected_page(const std::string& owner_entry, const std::string& us
                          "2 0 obj\n<< /Type /Pages /Count 1 /Kids [3 0 R] >>\nendobj\n"
                          "3 0 obj\n<< /Type /Page /Parent 2 0 R /MediaBox [0 0 100 100] /Contents 4 0 R >>\nendobj\n"
                          "4 0 obj\n");
-    document.append(small_document::stream("", from_hex(content))).append("\nendobj\n5 0 obj\n<< /Filter /Standard ");
+    document.append(orvlog::small_document::stream("", from_hex(content)))
+        .append("\nendobj\n5 0 obj\n<< /Filter /Standard ");
     document.append("/V 1 /R 2 /P -4 /O <").append(owner_entry).append("> /U <").append(user_entry);
     document.append("> >>\nendobj\ntrailer\n<< /Size 6 /Root 1 0 R /Encrypt 5 0 R /ID [");
     document.append("<000102030405060708090a0b0c0d0e0f> <000102030405060708090a0b0c0d0e0f>] >>\n%%EOF\n");

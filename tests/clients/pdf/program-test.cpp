@@ -105,9 +105,7 @@ TEST_F(ProgramTest, WantsALogOrNone)
     EXPECT_EQ(run("--help > " + file("help.txt")).status, 0);
     for (const char* with_log : {"--compare", "--check", "--stream file", "--compressed", "--via-temporary-log",
                                  "--images-beside p", "--folder-beside ."})
-    {
         EXPECT_EQ(run(sample + " --no-log " + with_log).status, 2) << with_log;
-    }
     EXPECT_EQ(record(sample, "--no-log").status, 2);
 }
 
@@ -216,9 +214,7 @@ std::string page_with_image(int size)
 {
     std::string pixels;
     for (int64_t left = int64_t{size} * size; left > 0; left -= 128)
-    {
         pixels += {static_cast<char>(257 - std::min<int64_t>(left, 128)), '\x55'};
-    }
     pixels += '\x80';
     const std::string number = std::to_string(size);
     return "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R >>\nendobj\n"
@@ -238,17 +234,13 @@ int64_t peak_of(const std::string& document, const std::string& log, const std::
                            "--images-beside",     prefix,   "--pages", "1"};
     std::vector<char*> arguments;
     for (std::string& word : words)
-    {
         arguments.push_back(word.data());
-    }
     arguments.push_back(nullptr);
     // Under a sanitizer freed memory would be held back and count.
     std::string setting = "ASAN_OPTIONS=quarantine_size_mb=1";
     std::vector<char*> environment = {setting.data()};
-    for (char** variable = environ; *variable != nullptr; variable++)
-    {
+    for (char** variable = environ; *variable != nullptr; ++variable)
         environment.push_back(*variable);
-    }
     environment.push_back(nullptr);
     pid_t child = 0;
     EXPECT_EQ(posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environment.data()), 0);

@@ -14,7 +14,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using orvlog::test::FakeRenderer;
 
 const std::string sample = ORVLOG_SOURCE_DIR "/docs/sample.pdf";
@@ -74,7 +74,7 @@ TEST(Sample, BecomesTheCallsThatItShows)
     Painter painter(fake.get(), complain);
     ASSERT_TRUE(painter.begin_document(1));
     uint64_t calls[3][5] = {};
-    for (int page = 1; page <= 3; page++)
+    for (int page = 1; page <= 3; ++page)
     {
         const uint32_t before[] = {fake.count("object_paint"), fake.count("object_paint_and_stroke"),
                                    fake.count("group_start"), fake.count("resource_start"),
@@ -85,22 +85,16 @@ TEST(Sample, BecomesTheCallsThatItShows)
         const uint32_t after[] = {fake.count("object_paint"), fake.count("object_paint_and_stroke"),
                                   fake.count("group_start"), fake.count("resource_start"),
                                   fake.count("resource_paint")};
-        for (int i = 0; i < 5; i++)
-        {
+        for (int i = 0; i < 5; ++i)
             calls[page - 1][i] = after[i] - before[i];
-        }
     }
     painter.end_document();
     EXPECT_EQ(painter.counts().refused, 0U);
     // Fills and images; strokes and runs of text; groups; pattern cells, and how often they are painted.
     const uint64_t expected[3][5] = {{16, 82, 1, 0, 0}, {45, 5, 1, 3, 3}, {51, 31, 4, 0, 0}};
-    for (int page = 0; page < 3; page++)
-    {
-        for (int i = 0; i < 5; i++)
-        {
+    for (int page = 0; page < 3; ++page)
+        for (int i = 0; i < 5; ++i)
             EXPECT_EQ(calls[page][i], expected[page][i]) << "page " << page + 1 << " kind " << i;
-        }
-    }
     EXPECT_EQ(fake.count("resource_destroy"), 3U);
 }
 
@@ -144,9 +138,7 @@ TEST(SampleJob, LooksTheSameWithAndWithoutTheLogger)
     expect_sound(result);
     EXPECT_EQ(last_done, 3);
     for (const char* name : {"sample-001.png", "sample-002.png", "sample-003.png"})
-    {
         EXPECT_TRUE(std::filesystem::exists(folder.file(name))) << name;
-    }
     // Where text ends is known to both sides.
     EXPECT_GT(result.summary.calls.end_points, 20U);
     EXPECT_LT(result.summary.calls.worst_end_point, 1e-9);

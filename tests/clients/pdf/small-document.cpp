@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace small_document
+namespace orvlog::small_document
 {
 
 namespace
@@ -41,10 +41,8 @@ std::string page(const std::string& content, const std::string& resources, const
                                     stream("", content)};
     all.insert(all.end(), objects.begin(), objects.end());
     std::string document("%PDF-1.7\n");
-    for (size_t i = 0; i < all.size(); i++)
-    {
+    for (size_t i = 0; i < all.size(); ++i)
         document.append(std::to_string(i + 1)).append(" 0 obj\n").append(all[i]).append("\nendobj\n");
-    }
     document.append("trailer\n<< /Size ").append(std::to_string(all.size() + 1));
     return document.append(" /Root 1 0 R >>\n%%EOF\n");
 }
@@ -53,9 +51,7 @@ std::string from_hex(const std::string& digits)
 {
     std::string bytes;
     for (size_t i = 0; i + 1 < digits.size(); i += 2)
-    {
         bytes.push_back(static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
-    }
     return bytes;
 }
 
@@ -112,12 +108,8 @@ Made record(const std::string& document, pdf_client::JobOptions options)
     made.result = pdf_client::run_job(options);
     made.log = folder.read("log.xml");
     for (const std::string& name : folder.names())
-    {
         if (name.ends_with(".png"))
-        {
             made.pages.push_back(folder.read(name));
-        }
-    }
     return made;
 }
 
@@ -128,9 +120,7 @@ cairo_renderer::PagePixels draw(const std::string& document, std::vector<std::st
     const auto say = [messages](const std::string& line)
     {
         if (messages != nullptr)
-        {
             messages->push_back(line);
-        }
     };
     cairo_renderer::PageCollector collector;
     cairo_renderer::Options options;
@@ -159,4 +149,4 @@ uint32_t pixel(const cairo_renderer::PagePixels& page, uint32_t x, uint32_t y)
     return at < page.pixels.size() ? page.pixels[at] : UINT32_MAX;
 }
 
-}  // namespace small_document
+}  // namespace orvlog::small_document

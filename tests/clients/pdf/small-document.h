@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace small_document
+namespace orvlog::small_document
 {
 
 // A stream object with what `entries` adds to its dictionary.
@@ -47,4 +47,4 @@ cairo_renderer::PagePixels draw(const std::string& document, std::vector<std::st
 // 0xRRGGBB.
 uint32_t pixel(const cairo_renderer::PagePixels& page, uint32_t x, uint32_t y);
 
-}  // namespace small_document
+}  // namespace orvlog::small_document

@@ -17,8 +17,8 @@ namespace
 {
 
 using namespace orvlog::test;
-using small_document::page;
-using small_document::stream;
+using orvlog::small_document::page;
+using orvlog::small_document::stream;
 
 std::string sample()
 {
@@ -34,7 +34,7 @@ std::string image_document(const std::string& entries, const std::string& bytes)
 // `document` with bytes of it replaced by others, always the same ones.
 std::string bent(std::string document, uint32_t seed, int changes)
 {
-    for (int i = 0; i < changes; i++)
+    for (int i = 0; i < changes; ++i)
     {
         seed = seed * 1664525U + 1013904223U;
         const uint64_t place = (uint64_t{seed} * document.size()) >> 32;
@@ -47,7 +47,7 @@ std::string bent(std::string document, uint32_t seed, int changes)
 std::vector<std::pair<std::string, std::string>> documents()
 {
     const std::string whole = sample();
-    const std::string jpx = small_document::jpeg_2000();
+    const std::string jpx = orvlog::small_document::jpeg_2000();
     const std::string noise = bent(std::string(300, '\x5A'), 3, 200);
     std::vector<std::pair<std::string, std::string>> result = {
         {"sample", whole},
@@ -64,10 +64,8 @@ std::vector<std::pair<std::string, std::string>> documents()
         {"lzw", image_document("/BitsPerComponent 8 /ColorSpace /DeviceRGB /Filter /LZWDecode", noise)},
         {"short", image_document("/BitsPerComponent 16 /ColorSpace /DeviceCMYK", noise)},
     };
-    for (uint32_t seed = 1; seed <= 4; seed++)
-    {
+    for (uint32_t seed = 1; seed <= 4; ++seed)
         result.emplace_back("bent-" + std::to_string(seed), bent(whole, seed, 12));
-    }
     return result;
 }
 
@@ -90,9 +88,7 @@ Outcome record(const std::string& folder, const std::string& document, const std
                      "-o", "x.xml", "--png", ".", "--mode", mode, "--pages", "1"});
     Outcome outcome{run.status, run.err, {}};
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-    {
         outcome.files[entry.path().filename().string()] = read_file(entry.path().string());
-    }
     return outcome;
 }
 

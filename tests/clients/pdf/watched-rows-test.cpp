@@ -9,7 +9,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using Lines = std::vector<std::string>;
 
 // Rows of 10 bytes, all alike but for one reading.
@@ -18,7 +18,7 @@ class ChangingRows : public ImageRows
 public:
     bool restart() override
     {
-        reading++;
+        ++reading;
         next_ = 0;
         return true;
     }
@@ -27,9 +27,7 @@ public:
     {
         std::fill_n(row, size, uint8_t{7});
         if (reading == odd_reading && next_ == odd_row)
-        {
             row[9] = 8;
-        }
         return next_++ < rows ? size : 0;
     }
 
@@ -57,7 +55,7 @@ protected:
     {
         ASSERT_TRUE(image.rows->restart());
         uint8_t row[10];
-        for (int i = 0; i < rows && image.rows->read_row(row, 10) == 10; i++)
+        for (int i = 0; i < rows && image.rows->read_row(row, 10) == 10; ++i)
         {
         }
     }
@@ -112,10 +110,8 @@ TEST_F(WatchedRows, MayBeReadOnBehindTheirEnd)
     read(10000);
     ASSERT_TRUE(image.rows->restart());
     uint8_t row[10];
-    for (int i = 0; i < 10000; i++)
-    {
+    for (int i = 0; i < 10000; ++i)
         EXPECT_EQ(image.rows->read_row(row, 10), i < 30 ? 10U : 0U);
-    }
     EXPECT_EQ(said, Lines{"image 1 0 R ends early: 300 of its 100000 bytes"});
 }
 

@@ -140,10 +140,8 @@ TEST_F(JobFiles, AMissingLogOfAKeptImageIsAnError)
 {
     ASSERT_EQ(record({"-o", "x.xml", "--keep-images"}).status, 0);
     for (const std::string& name : names(""))
-    {
         if (name.ends_with(".tmp"))
             fs::remove(scratch.path(name));
-    }
     EXPECT_EQ(replay({"x.xml", "--png", "pages"}).status, 1);
     EXPECT_EQ(replay({"x.xml", "--png", "pages", "--allow-missing"}).status, 0);
 }

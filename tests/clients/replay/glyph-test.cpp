@@ -27,13 +27,13 @@ TEST_P(EndPointsOf, AreTheClients)
     if (!fs::exists(document))
         GTEST_SKIP() << document << " is not here";
     const ScratchFolder scratch;
-    pdf_client::JobOptions options;
+    orvlog::pdf_client::JobOptions options;
     options.document = document;
     options.log = scratch.path("log.xml");
     options.base_mode = true;
     options.renderer = false;
     options.last_page = 1;
-    const pdf_client::JobResult result = pdf_client::run_job(options);
+    const orvlog::pdf_client::JobResult result = orvlog::pdf_client::run_job(options);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_GT(result.summary.calls.end_points, 0U);
     EXPECT_LE(result.summary.calls.worst_end_point, 1e-9);
@@ -50,11 +50,11 @@ TEST(GlyphForms, AllFiveOccurInALog)
     if (!fs::exists(shared_document("vertical.pdf")))
         GTEST_SKIP() << "vertical.pdf is not here";
     const ScratchFolder scratch;
-    pdf_client::JobOptions options;
+    orvlog::pdf_client::JobOptions options;
     options.document = shared_document("vertical.pdf");
     options.log = scratch.path("log.xml");
-    options.glyphs = pdf_client::JobOptions::Glyphs::all;
-    EXPECT_TRUE(pdf_client::run_job(options).errors.empty());
+    options.glyphs = orvlog::pdf_client::JobOptions::Glyphs::all;
+    EXPECT_TRUE(orvlog::pdf_client::run_job(options).errors.empty());
     const std::string log = read_file(options.log);
     for (const char* form : {"<GFI_GlyphDescFBE ", "<GFI_GlyphDescBitmap ", "<GFI_GlyphDescPath ",
                              "<GFI_GlyphDescTrueType ", "<GFI_GlyphDescRLE "})

@@ -31,7 +31,7 @@ using Bytes = std::vector<uint8_t>;
 class ImagePuller
 {
 public:
-    explicit ImagePuller(size_t piece) : table_(*pdf_client::null_renderer())
+    explicit ImagePuller(size_t piece) : table_(*orvlog::pdf_client::null_renderer())
     {
         pulled.clear();
         piece_size = piece;
@@ -81,7 +81,7 @@ private:
                                const GFI_FontEngineTable* engine, uint32_t number, const ORV_FaceProperties* face,
                                void* ticket, uint32_t orientation, uint32_t placement)
     {
-        const uint32_t result = pdf_client::null_renderer()->face_start.fn(
+        const uint32_t result = orvlog::pdf_client::null_renderer()->face_start.fn(
             err, table, document, drawing, engine, number, face, ticket, orientation, placement);
         drawing->object_paint.fn = paint;
         return result;
@@ -91,8 +91,8 @@ private:
                                    const ORV_DrawingInterface* parent, const GFI_FontEngineTable* engine,
                                    const ORV_ResourceProperties* properties, void* ticket, uint32_t* id)
     {
-        const uint32_t result = pdf_client::null_renderer()->resource_start.fn(err, table, document, drawing, parent,
-                                                                               engine, properties, ticket, id);
+        const uint32_t result = orvlog::pdf_client::null_renderer()->resource_start.fn(
+            err, table, document, drawing, parent, engine, properties, ticket, id);
         drawing->object_paint.fn = paint;
         return result;
     }
@@ -106,27 +106,27 @@ void record(const std::string& document, const std::string& log, const ORV_Inter
 {
     std::string error;
     const auto quiet = [](const std::string&) {};
-    const auto pages = pdf_client::PdfDocument::open(document, quiet, error);
+    const auto pages = orvlog::pdf_client::PdfDocument::open(document, quiet, error);
     ASSERT_NE(pages, nullptr) << error;
-    const auto stream = client_stream::FileStream::open(log, "w+b");
-    client_stream::MallocAllocator memory;
-    const client_stream::RandomIdentity identity;
+    const auto stream = orvlog::client_stream::FileStream::open(log, "w+b");
+    orvlog::client_stream::MallocAllocator memory;
+    const orvlog::client_stream::RandomIdentity identity;
     ORV_Interface table{};
     ORVLOG_SessionOptions options{};
     options.interface_out = &table;
     options.interface_in = renderer;
     options.allocator = memory.allocator();
-    options.identity = const_cast<client_stream::RandomIdentity&>(identity).source();
+    options.identity = const_cast<orvlog::client_stream::RandomIdentity&>(identity).source();
     options.log_stream = stream->stream();
     options.mode = base ? ORVLOG_MODE_BASE : ORVLOG_MODE_TRANSPARENT;
     ASSERT_EQ(orvlog_create_session_with(&options), 1U);
     {
-        pdf_client::Painter painter(&table, quiet);
+        orvlog::pdf_client::Painter painter(&table, quiet);
         ASSERT_TRUE(painter.begin_document(1));
         for (int page = 1; page <= std::min(pages->page_count(), 3); ++page)
         {
-            const pdf_client::PageSize size = pages->page_size(page);
-            pdf_client::PageGeometry geometry;
+            const orvlog::pdf_client::PageSize size = pages->page_size(page);
+            orvlog::pdf_client::PageGeometry geometry;
             geometry.pixels_per_inch = 72;
             geometry.inches_wide = size.width / 72;
             geometry.inches_high = size.height / 72;
@@ -165,10 +165,8 @@ public:
     {
         std::vector<Bytes> all;
         for (const auto& image : images_)
-        {
             if (image->record().imp_DirectImage == nullptr && !image->passes().empty())
                 all.push_back(image->pixels());
-        }
         return all;
     }
 
@@ -176,14 +174,12 @@ private:
     void collect(const reader::Element& element)
     {
         for (const reader::Element& child : reader::Children(element))
-        {
             if (child.name == "GOP_OperandImagePointer" && !reader::to_bool(child.value("imp_DirectImage")))
                 records_.image(&child);
             else if (child.name.starts_with("GOP_Image") && child.name.ends_with("Fn"))
                 add(child);
             else
                 collect(child);
-        }
     }
 
     void add(const reader::Element& callback)

@@ -30,10 +30,8 @@ std::map<std::string, std::string> files_of(const std::string& folder)
     std::map<std::string, std::string> files;
     std::error_code none;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, none))
-    {
         if (entry.is_regular_file())
             files[entry.path().filename().string()] = read_file(entry.path().string());
-    }
     return files;
 }
 

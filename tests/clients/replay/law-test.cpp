@@ -133,17 +133,17 @@ TEST_P(LawOfEachMode, WithoutARenderer)
 // Two strings of one glyph each, of a font with an outline and a bitmap.
 TEST_P(LawOfEachMode, WithStringsOfOneGlyph)
 {
-    const std::string outline = small_document::stream("", "100 0 0 0 90 90 d1 0 0 90 90 re f");
-    const std::string bitmap =
-        small_document::stream("", "100 0 0 0 90 90 d1 q 80 0 0 80 0 0 cm BI /W 8 /H 2 /IM true /F /AHx ID 5533> EI Q");
+    const std::string outline = orvlog::small_document::stream("", "100 0 0 0 90 90 d1 0 0 90 90 re f");
+    const std::string bitmap = orvlog::small_document::stream(
+        "", "100 0 0 0 90 90 d1 q 80 0 0 80 0 0 cm BI /W 8 /H 2 /IM true /F /AHx ID 5533> EI Q");
     const std::string font = "<< /Type /Font /Subtype /Type3 /FontBBox [0 0 100 100] /FontMatrix [0.01 0 0 0.01 0 0] "
                              "/CharProcs << /A 6 0 R /B 7 0 R >> /Encoding << /Differences [65 /A /B] >> "
                              "/FirstChar 65 /LastChar 66 /Widths [100 100] >>";
     for (const char* content : {"BT /F 20 Tf 10 60 Td (A) Tj 30 0 Td (A) Tj ET", "BT /F 20 Tf 10 60 Td (B) Tj ET",
                                 "BT /F 20 Tf 10 60 Td (B) Tj 0 -40 Td (AB) Tj ET"})
     {
-        const std::string document =
-            scratch.write("one.pdf", small_document::page(content, "/Font << /F 5 0 R >>", {font, outline, bitmap}));
+        const std::string document = scratch.write(
+            "one.pdf", orvlog::small_document::page(content, "/Font << /F 5 0 R >>", {font, outline, bitmap}));
         for (const char* glyphs : {"outlines", "bitmaps", "all"})
         {
             run(document, with_mode({"--glyphs", glyphs}));

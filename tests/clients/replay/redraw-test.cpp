@@ -96,10 +96,10 @@ protected:
 TEST_F(Redraw, FromTheLogAloneGivesTheSamePixels)
 {
     ASSERT_EQ(status, 0) << read_text(folder / "errors");
-    cairo_renderer::PageCollector collector;
-    cairo_renderer::Options options;
+    orvlog::cairo_renderer::PageCollector collector;
+    orvlog::cairo_renderer::Options options;
     options.page_sink = collector.sink();
-    cairo_renderer::Renderer renderer(options);
+    orvlog::cairo_renderer::Renderer renderer(options);
     replay::ReplayTickets tickets;
     std::istringstream source(log);
     const replay::Outcome outcome = replay::play(source, renderer.interface(), tickets, {});
@@ -108,7 +108,8 @@ TEST_F(Redraw, FromTheLogAloneGivesTheSamePixels)
     EXPECT_EQ(outcome.unknown, 0U);
     EXPECT_EQ(outcome.damage, 0U);
     ASSERT_EQ(collector.pages().size(), 1U);
-    const cairo_renderer::PagePixels page = cairo_renderer::read_png((folder / "page-001.png").string());
+    const orvlog::cairo_renderer::PagePixels page =
+        orvlog::cairo_renderer::read_png((folder / "page-001.png").string());
     ASSERT_EQ(page.width, 400U);
     EXPECT_EQ(page, collector.pages()[0]);
 }

@@ -36,16 +36,16 @@ const std::string& sample_log()
 struct Played
 {
     replay::Outcome outcome;
-    std::vector<cairo_renderer::PagePixels> pages;
+    std::vector<orvlog::cairo_renderer::PagePixels> pages;
 };
 
 Played play(const std::string& log, replay::Options options = {})
 {
-    cairo_renderer::PageCollector collector;
-    cairo_renderer::Options drawing;
+    orvlog::cairo_renderer::PageCollector collector;
+    orvlog::cairo_renderer::Options drawing;
     drawing.page_sink = collector.sink();
     drawing.complaint_sink = [](const std::string&) {};
-    cairo_renderer::Renderer renderer(std::move(drawing));
+    orvlog::cairo_renderer::Renderer renderer(std::move(drawing));
     replay::ReplayTickets tickets;
     std::istringstream source(log);
     const replay::Outcome outcome = replay::play(source, renderer.interface(), tickets, options);
@@ -56,7 +56,7 @@ replay::Outcome play_on_nothing(const std::string& log)
 {
     replay::ReplayTickets tickets;
     std::istringstream source(log);
-    return replay::play(source, pdf_client::null_renderer(), tickets, {});
+    return replay::play(source, orvlog::pdf_client::null_renderer(), tickets, {});
 }
 
 TEST(Replay, StopsBehindAPaint)

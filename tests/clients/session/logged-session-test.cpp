@@ -13,8 +13,8 @@
 namespace
 {
 
-using client_session::LoggedSession;
-using client_session::LoggedSessionOptions;
+using orvlog::client_session::LoggedSession;
+using orvlog::client_session::LoggedSessionOptions;
 using orvlog::test::FakeRenderer;
 using orvlog::test::TempFolder;
 
@@ -63,7 +63,7 @@ LoggedSessionOptions to_job_xml()
 TEST(LoggedSession, LeavesAWholeLogOnEachStream)
 {
     const TempFolder folder;
-    for (const auto stream : {client_stream::StreamKind::file, client_stream::StreamKind::mapped})
+    for (const auto stream : {orvlog::client_stream::StreamKind::file, orvlog::client_stream::StreamKind::mapped})
     {
         LoggedSessionOptions options = to_job_xml();
         options.stream = stream;

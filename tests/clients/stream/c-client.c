@@ -45,9 +45,7 @@ static int ends_like_a_log(const char* path, uint64_t bytes)
                (uint64_t)ftell(file) == bytes;
     }
     if (file != NULL)
-    {
         fclose(file);
-    }
     return same;
 }
 
@@ -66,13 +64,9 @@ int main(int argc, char** argv)
     allocator.self = &allocator;
     if (log == NULL ||
         !ORVLOG_DLL_initialise(&wrapped, NULL, &allocator, &identity, 0, log, NULL, 0, NULL, NULL, 0, NULL, NULL))
-    {
         return 1;
-    }
     ORVLOG_DLL_shutdown(wrapped.document_start.context);
     if (orvlog_stream_close(log, &report) != GIO_OK || report.error != 0)
-    {
         return 2;
-    }
     return ends_like_a_log(argv[1], report.text_bytes) ? 0 : 3;
 }

@@ -14,7 +14,7 @@
 namespace
 {
 
-using client_stream::FileStream;
+using orvlog::client_stream::FileStream;
 
 std::string temporary_name(const char* name)
 {
@@ -91,7 +91,7 @@ TEST(FileStream, RemembersAFullDisk)
 // What errno says is said by the codes of the streams' interface, by this stream and by those of orvlog-stream.h alike.
 TEST(StreamOperations, GiveErrnoACode)
 {
-    using stream_operations::code_of;
+    using orvlog::stream_operations::code_of;
     EXPECT_EQ(code_of(0), GIO_OK);
     EXPECT_EQ(code_of(ENOENT), GIO_ERR_NOT_FOUND);
     EXPECT_EQ(code_of(EBADF), GIO_ERR_BAD_HANDLE);

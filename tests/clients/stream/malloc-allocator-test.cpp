@@ -7,7 +7,7 @@
 namespace
 {
 
-using client_stream::MallocAllocator;
+using orvlog::client_stream::MallocAllocator;
 
 TEST(MallocAllocator, CountsWhatIsInUse)
 {
@@ -18,10 +18,8 @@ TEST(MallocAllocator, CountsWhatIsInUse)
     unsigned char* zeros = static_cast<unsigned char*>(gmm->gmm_Calloc(gmm, 10, 0));
     ASSERT_NE(first, nullptr);
     ASSERT_NE(zeros, nullptr);
-    for (int i = 0; i < 10; i++)
-    {
+    for (int i = 0; i < 10; ++i)
         EXPECT_EQ(zeros[i], 0);
-    }
     zeros[9] = 42;
     EXPECT_EQ(allocator.bytes_in_use(), 110U);
     zeros = static_cast<unsigned char*>(gmm->gmm_Realloc(gmm, zeros, 50));

@@ -8,7 +8,7 @@
 namespace
 {
 
-using client_stream::RandomIdentity;
+using orvlog::client_stream::RandomIdentity;
 
 TEST(RandomIdentity, GivesItsNumberEachTime)
 {

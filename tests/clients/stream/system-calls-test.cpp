@@ -34,10 +34,8 @@ int64_t writes_so_far()
     std::string name;
     int64_t count = 0;
     while (counts >> name >> count)
-    {
         if (name == "syscw:")
             return count;
-    }
     return -1;
 }
 

@@ -68,9 +68,9 @@ protected:
     // With nobody's rights where the test has the system's, so that permissions count.
     int32_t move_without_rights()
     {
-        constexpr uid_t nobody = 65534;
+        constexpr uid_t kNobody = 65534;
         const bool drop = geteuid() == 0;
-        EXPECT_TRUE(!drop || seteuid(nobody) == 0);
+        EXPECT_TRUE(!drop || seteuid(kNobody) == 0);
         const int32_t code = GIO_FileRename(source.c_str(), target.c_str(), 1);
         EXPECT_TRUE(!drop || seteuid(0) == 0);
         return code;

@@ -220,10 +220,7 @@ TEST(LogAlignment, BentAndCutLogsAreComparedToTheirEnd)
         uint64_t told_a = compared.same;
         for (const std::string& line : compared.told)
             told_a += line.starts_with("missing") ? 1 : 0;
-        if (compared.outcome.b.is_log)
-        {
-            EXPECT_LE(told_a, compared.outcome.a.calls);
-        }
+        EXPECT_TRUE(!compared.outcome.b.is_log || told_a <= compared.outcome.a.calls);
     }
 }
 

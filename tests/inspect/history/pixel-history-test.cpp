@@ -19,10 +19,10 @@ namespace
 
 using namespace orvlog;
 using namespace orvlog::test;
-using cairo_renderer::Unchanged;
 using inspect::HistoryOptions;
 using inspect::PixelBox;
 using inspect::Touch;
+using orvlog::cairo_renderer::Unchanged;
 
 // "1", "line:40": the call that begins at a byte.
 std::string address(const std::string& log, uint64_t byte)
@@ -30,10 +30,8 @@ std::string address(const std::string& log, uint64_t byte)
     std::istringstream source(log);
     reader::ElementReader elements(source);
     while (const reader::Element* call = elements.next())
-    {
         if (call->place.byte == byte)
             return reader::call_address_text(*call);
-    }
     return "?";
 }
 

@@ -67,10 +67,8 @@ std::set<uint64_t> kept(const KeepPlan::Wanted& wanted, bool whole)
     plan.finish();
     std::set<uint64_t> calls;
     for (uint64_t i = 0; i < plan.calls(); ++i)
-    {
         if (plan.keeps(i))
             calls.insert(i);
-    }
     return calls;
 }
 

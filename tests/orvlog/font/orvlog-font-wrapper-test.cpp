@@ -121,13 +121,13 @@ TEST_F(FontWrapper, FailedStringStartHasNoAnswers)
 
 TEST_F(FontWrapper, EachUnmatchedStartIsWarnedOf)
 {
-    constexpr const char* warning = "/>\n\n<!--\nORVLOG: WARNING: Could not match font_spec_ptr and string_desc in "
-                                    "GFI_StringStartFn to a valid GSH_ShapePointer.\n-->\n";
+    constexpr const char* kWarning = "/>\n\n<!--\nORVLOG: WARNING: Could not match font_spec_ptr and string_desc in "
+                                     "GFI_StringStartFn to a valid GSH_ShapePointer.\n-->\n";
     for (int i = 0; i < 2; ++i)
     {
         EXPECT_EQ(start(), 1U);
         const std::string text = log.take();
-        EXPECT_TRUE(text.ends_with(warning)) << text;
+        EXPECT_TRUE(text.ends_with(kWarning)) << text;
         EXPECT_EQ(attribute_of(text, "orvlog_font_spec_id"), "(absent)");
         EXPECT_EQ(attribute_of(text, "orvlog_string_desc_id"), "(absent)");
     }

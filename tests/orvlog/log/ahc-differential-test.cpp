@@ -119,15 +119,15 @@ void attributes(Dice& dice, Bytes& bytes)
     std::copy_n(text.begin(), bytes.size(), bytes.begin());
 }
 
-constexpr std::array<Shape, 8> shapes = {uniform_over_all, uniform_over_few, halving,   runs,
-                                         each_in_turn,     many_zeros,       fibonacci, attributes};
+constexpr std::array<Shape, 8> kShapes = {uniform_over_all, uniform_over_few, halving,   runs,
+                                          each_in_turn,     many_zeros,       fibonacci, attributes};
 
 // Lengths with many short ones and some long ones.
 Bytes make_input(Dice& dice, uint32_t number)
 {
     const uint32_t longest = number % 100 == 0 ? 4000 : number % 10 == 0 ? 400 : 80;
     Bytes bytes(dice.below(longest));
-    shapes[number % shapes.size()](dice, bytes);
+    kShapes[number % kShapes.size()](dice, bytes);
     return bytes;
 }
 
@@ -223,10 +223,8 @@ Bytes without_lost_zeros(const Bytes& text)
 {
     Bytes kept;
     for (size_t i = 0; i < text.size(); ++i)
-    {
         if (i == 0 || text[i] != 0)
             kept.push_back(text[i]);
-    }
     return kept;
 }
 

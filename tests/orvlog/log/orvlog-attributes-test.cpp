@@ -105,11 +105,11 @@ TEST_F(Attributes, Flags)
 
 TEST_F(Attributes, EmptyFlagsAreNamedByTheFirstEntryOfZeroAlone)
 {
-    static constexpr ORVLOG_FlagEntry entries[] = {{"ONE", 1}, {"NONE", 0}, {"NOTHING", 0}};
-    constexpr ORVLOG_FlagTable table = {entries, 3};
-    orvlog_attr_flags(&writer, "f", &table, 0);
+    static constexpr ORVLOG_FlagEntry kEntries[] = {{"ONE", 1}, {"NONE", 0}, {"NOTHING", 0}};
+    constexpr ORVLOG_FlagTable kTable = {kEntries, 3};
+    orvlog_attr_flags(&writer, "f", &kTable, 0);
     EXPECT_EQ(take(), " f=\"[0] NONE \"");
-    orvlog_attr_flags(&writer, "f", &table, 1);
+    orvlog_attr_flags(&writer, "f", &kTable, 1);
     EXPECT_EQ(take(), " f=\"[0x1] ONE \"");
 }
 

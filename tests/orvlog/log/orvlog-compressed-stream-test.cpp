@@ -15,7 +15,7 @@ using namespace std::string_literals;
 using orvlog::test::MemoryStream;
 using orvlog::test::TestAllocator;
 
-constexpr char prefix[] = "<ORV compression=\"Adaptive Huffman\"";
+constexpr char kPrefix[] = "<ORV compression=\"Adaptive Huffman\"";
 
 class CompressedStream : public testing::Test
 {
@@ -49,10 +49,10 @@ TEST_F(CompressedStream, OfNothingIsThePrefixAndAByteZero)
 {
     open();
     ASSERT_NE(stream, nullptr);
-    EXPECT_EQ(target.text(), prefix);
+    EXPECT_EQ(target.text(), kPrefix);
     EXPECT_EQ(target.pieces().size(), 1u);
     close();
-    EXPECT_EQ(target.text(), prefix + "\0"s);
+    EXPECT_EQ(target.text(), kPrefix + "\0"s);
     EXPECT_EQ(target.text().size(), 36u);
 }
 
@@ -62,9 +62,9 @@ TEST_F(CompressedStream, CodesWhatIsWritten)
     EXPECT_EQ(write("abra"), 4u);
     EXPECT_EQ(write("cadabr", 3), 6u);
     EXPECT_EQ(write("a"), 1u);
-    EXPECT_EQ(target.text(), prefix + "\x61\xb1\x6e\x56\xc7\x36\x49"s);
+    EXPECT_EQ(target.text(), kPrefix + "\x61\xb1\x6e\x56\xc7\x36\x49"s);
     close();
-    EXPECT_EQ(target.text(), prefix + "\x61\xb1\x6e\x56\xc7\x36\x49\x37"s);
+    EXPECT_EQ(target.text(), kPrefix + "\x61\xb1\x6e\x56\xc7\x36\x49\x37"s);
     EXPECT_EQ(target.flushes(), 0u);
 }
 
@@ -100,7 +100,7 @@ TEST_F(CompressedStream, LeavesTheCoderAloneForAWriteOfNothing)
     EXPECT_EQ(stream->ops->gio_Write("x", UINT64_MAX, 2, stream->instance), 0u);
     EXPECT_EQ(instance->coder->input, input);
     close();
-    EXPECT_EQ(target.text(), prefix + "\x41\x80"s);
+    EXPECT_EQ(target.text(), kPrefix + "\x41\x80"s);
 }
 
 TEST_F(CompressedStream, ReportsEveryByteWhateverTheTargetTook)
@@ -108,7 +108,7 @@ TEST_F(CompressedStream, ReportsEveryByteWhateverTheTargetTook)
     target.set_room(36);
     open();
     EXPECT_EQ(write("abracadabra"), 11u);
-    EXPECT_EQ(target.text(), prefix + "a"s);
+    EXPECT_EQ(target.text(), kPrefix + "a"s);
     close();
     EXPECT_EQ(target.text().size(), 36u);
 }

@@ -21,7 +21,7 @@ using orvlog::test::MemoryStream;
 using orvlog::test::TestAllocator;
 namespace fs = std::filesystem;
 
-constexpr char temp_log[] = "temp.tmp";
+constexpr char kTempLog[] = "temp.tmp";
 
 // Each test in a directory of its own, since the names in a log are relative.
 class Merge : public testing::Test
@@ -57,8 +57,8 @@ protected:
 
     uint32_t merge(const std::string& text, uint32_t compress = 0, uint32_t has_async_images = 1)
     {
-        put_file(temp_log, text);
-        return ORVLOG_MergeLogs(allocator.get(), temp_log, target.get(), compress, has_async_images);
+        put_file(kTempLog, text);
+        return ORVLOG_MergeLogs(allocator.get(), kTempLog, target.get(), compress, has_async_images);
     }
 
     TestAllocator allocator;
@@ -69,7 +69,7 @@ private:
     fs::path directory_;
 };
 
-constexpr char side_name[] = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000010.tmp";
+constexpr char kSideName[] = "orvlog-00000004-00000003-00000002-00000001-async-image-0000000010.tmp";
 const std::string side_text = "      <GOP_ImagePrepareFn Id=\"10\">\n      </GOP_ImagePrepareFn>\n"
                               "      <GOP_ImageReleaseFn Id=\"10\">\n      </GOP_ImageReleaseFn>\n";
 
@@ -80,7 +80,7 @@ const std::string merged_keep = "      <GOP_ImageKeepFn Id=\"10\"  return=\"TRUE
 
 TEST_F(Merge, PutsTheLogOfAKeptImageBehindItsElement)
 {
-    put_file(side_name, side_text);
+    put_file(kSideName, side_text);
     EXPECT_EQ(merge("<ORV>\n" + keep + "\n  <after>\n</ORV>\n"), 1u);
     EXPECT_EQ(target.text(), "<ORV>\n"
                              "      <GOP_ImageKeepFn Id=\"10\"  return=\"TRUE\">\n"
@@ -88,18 +88,18 @@ TEST_F(Merge, PutsTheLogOfAKeptImageBehindItsElement)
                              "      <GOP_ImagePrepareFn Id=\"10\">\n      </GOP_ImagePrepareFn>\n"
                              "      <GOP_ImageReleaseFn Id=\"10\">\n      </GOP_ImageReleaseFn>\n"
                              "  <after>\n</ORV>\n");
-    EXPECT_FALSE(fs::exists(side_name));
-    EXPECT_FALSE(fs::exists(temp_log));
+    EXPECT_FALSE(fs::exists(kSideName));
+    EXPECT_FALSE(fs::exists(kTempLog));
 }
 
 TEST_F(Merge, CopiesALogWithoutKeptImagesAsItStands)
 {
-    put_file(side_name, side_text);
+    put_file(kSideName, side_text);
     const std::string text = "<ORV>\n" + keep + "\n</ORV>\n" + std::string(40000, 'x');
     EXPECT_EQ(merge(text, 0, 0), 1u);
     EXPECT_EQ(target.text(), text);
-    EXPECT_TRUE(fs::exists(side_name));
-    EXPECT_FALSE(fs::exists(temp_log));
+    EXPECT_TRUE(fs::exists(kSideName));
+    EXPECT_FALSE(fs::exists(kTempLog));
 
     target.clear();
     EXPECT_EQ(merge("<ORV>\n</ORV>\n", 0, 1), 1u);
@@ -171,7 +171,7 @@ TEST_F(Merge, FindsAnElementCutAnywhereByABlock)
             {
                 SCOPED_TRACE(in_block);
                 target.clear();
-                put_file(side_name, side_text);
+                put_file(kSideName, side_text);
                 const std::string before(block_end - in_block, 'b');
                 const std::string after(20000, 'a');
                 ASSERT_EQ(merge(before + keep + line_end + after), 1u);
@@ -240,7 +240,7 @@ TEST_F(Merge, MakesNothingOfAnEmptyLog)
     EXPECT_EQ(merge(""), 1u);
     EXPECT_EQ(target.text(), "");
     EXPECT_EQ(target.operations(), 0u);
-    EXPECT_FALSE(fs::exists(temp_log));
+    EXPECT_FALSE(fs::exists(kTempLog));
 }
 
 TEST_F(Merge, CodesTheMergedLog)
@@ -248,7 +248,7 @@ TEST_F(Merge, CodesTheMergedLog)
     for (const uint32_t has_async_images : {0u, 1u})
     {
         target.clear();
-        put_file(side_name, side_text);
+        put_file(kSideName, side_text);
         const std::string text = "<ORV>\n" + keep + "\n</ORV>\n";
         EXPECT_EQ(merge(text, 1, has_async_images), 1u);
         MemoryStream expected;
@@ -271,7 +271,7 @@ TEST_F(Merge, FailsWithoutTheLogOfAnImage)
 {
     EXPECT_EQ(merge("<ORV>\n" + keep + "\n</ORV>\n"), 0u);
     EXPECT_EQ(target.text(), "<ORV>\n" + merged_keep + "\n");
-    EXPECT_EQ(get_file(temp_log), "<ORV>\n" + keep + "\n</ORV>\n");
+    EXPECT_EQ(get_file(kTempLog), "<ORV>\n" + keep + "\n</ORV>\n");
 }
 
 TEST_F(Merge, FailsWithoutTheTemporaryLog)
@@ -294,10 +294,10 @@ TEST_F(Merge, FailsWhereTheTargetTakesFewerBytes)
         {
             target.clear();
             target.set_room(room);
-            put_file(side_name, side_text);
+            put_file(kSideName, side_text);
             EXPECT_EQ(merge(text, 0, has_async_images), room < whole.size() ? 0u : 1u) << room;
             EXPECT_EQ(target.text(), whole.substr(0, room));
-            EXPECT_EQ(fs::exists(temp_log), room < whole.size());
+            EXPECT_EQ(fs::exists(kTempLog), room < whole.size());
         }
     }
 }
@@ -305,15 +305,15 @@ TEST_F(Merge, FailsWhereTheTargetTakesFewerBytes)
 TEST_F(Merge, HidesAFailingTargetBehindTheCoder)
 {
     target.set_room(40);
-    put_file(side_name, side_text);
+    put_file(kSideName, side_text);
     EXPECT_EQ(merge("<ORV>\n" + keep + "\n</ORV>\n", 1, 1), 1u);
     EXPECT_EQ(target.text().size(), 40u);
-    EXPECT_FALSE(fs::exists(temp_log));
+    EXPECT_FALSE(fs::exists(kTempLog));
 
     target.clear();
     target.set_room(34);
     EXPECT_EQ(merge("<ORV>\n", 1, 1), 0u);
-    EXPECT_TRUE(fs::exists(temp_log));
+    EXPECT_TRUE(fs::exists(kTempLog));
 }
 
 TEST_F(Merge, FailsWithoutMemoryAndLeaksNothing)
@@ -324,13 +324,13 @@ TEST_F(Merge, FailsWithoutMemoryAndLeaksNothing)
         uint64_t n = 1;
         for (bool refused = true; refused; ++n)
         {
-            put_file(side_name, side_text);
+            put_file(kSideName, side_text);
             const uint64_t before = allocator.refused();
             allocator.refuse(n);
             const uint32_t result = merge(text, compress, 1);
             refused = allocator.refused() > before;
             EXPECT_EQ(result, refused ? 0u : 1u) << n;
-            EXPECT_EQ(fs::exists(temp_log), refused);
+            EXPECT_EQ(fs::exists(kTempLog), refused);
             EXPECT_EQ(allocator.outstanding(), 0u);
             allocator.refuse(0);
         }
@@ -359,7 +359,7 @@ TEST_F(Merge, LeavesAnElementThatNamesNoLog)
     for (const std::string& element : without)
     {
         target.clear();
-        put_file(side_name, side_text);
+        put_file(kSideName, side_text);
         EXPECT_EQ(merge(element + keep + "\n"), 1u) << element;
         EXPECT_EQ(target.text(), element + merged_keep + "\n" + side_text);
     }
@@ -367,9 +367,9 @@ TEST_F(Merge, LeavesAnElementThatNamesNoLog)
 
 TEST_F(Merge, LetsNullBe)
 {
-    EXPECT_EQ(ORVLOG_MergeLogs(nullptr, temp_log, target.get(), 0, 0), 0u);
+    EXPECT_EQ(ORVLOG_MergeLogs(nullptr, kTempLog, target.get(), 0, 0), 0u);
     EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), nullptr, target.get(), 0, 0), 0u);
-    EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), temp_log, nullptr, 0, 0), 0u);
+    EXPECT_EQ(ORVLOG_MergeLogs(allocator.get(), kTempLog, nullptr, 0, 0), 0u);
     std::vector<char> block(ORVLOG_MERGE_BLOCK);
     put_file("file", "text");
     EXPECT_EQ(ORVLOG_AppendFile(allocator.get(), nullptr, target.get(), block.data()), 0u);

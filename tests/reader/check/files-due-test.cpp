@@ -136,7 +136,7 @@ TEST(FilesDue, LinesAreFewHoweverMuchLacks)
     std::istringstream source(log + "</ORV>\n");
     const FilesLacking found = find_lacking_files(source, "");
     EXPECT_EQ(found.count, 100U);
-    EXPECT_EQ(found.lines.size(), FilesLacking::most_lines);
+    EXPECT_EQ(found.lines.size(), FilesLacking::kMostLines);
 }
 
 }  // namespace

@@ -49,10 +49,8 @@ std::string found_at(const CallAddress& address)
     elements.split_nested = true;
     std::string found;
     while (const Element* element = elements.next())
-    {
         if (is_at(*element, address))
             found += std::string(element->name) + "=" + call_address_text(*element) + " ";
-    }
     return found;
 }
 

@@ -25,7 +25,7 @@ using orvlog::reader::TicketReading;
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr uint32_t list_end = 0xFFFFFFFF;
+constexpr uint32_t kListEnd = 0xFFFFFFFF;
 
 TicketBytes plain_fixed_data()
 {
@@ -34,12 +34,12 @@ TicketBytes plain_fixed_data()
 
 TicketBytes of_definitions(const TicketBytes& definitions)
 {
-    return plain_fixed_data().append(definitions).u32({list_end, 0});
+    return plain_fixed_data().append(definitions).u32({kListEnd, 0});
 }
 
 TicketBytes of_sections(const TicketBytes& sections)
 {
-    return plain_fixed_data().u32({list_end}).append(sections).u32({0});
+    return plain_fixed_data().u32({kListEnd}).append(sections).u32({0});
 }
 
 TicketReading read_whole(const std::string& text)
@@ -223,7 +223,7 @@ TEST(TicketText, FixedData)
         TicketBytes ticket;
         for (uint32_t i = 0; i < 8; ++i)
             ticket.u8({bits >> i & 1});
-        expect_same_bytes(ticket.u32({bits % 5, bits / 5 % 5, list_end, 0}));
+        expect_same_bytes(ticket.u32({bits % 5, bits / 5 % 5, kListEnd, 0}));
     }
 }
 
@@ -272,7 +272,7 @@ TEST(TicketText, DefinitionWithoutBaseChannels)
 // By family: how many decode tables there are, and whether the HIJK table has a fourth dimension.
 TEST(TicketText, DefinitionByCieTables)
 {
-    constexpr size_t tables[] = {6, 4, 10, 9, 3, 1};
+    constexpr size_t kTables[] = {6, 4, 10, 9, 3, 1};
     for (uint32_t family = 0; family < 6; ++family)
         for (uint32_t bit_depth : {0u, 1u, 2u, 8u, 32u})
         {
@@ -284,7 +284,7 @@ TEST(TicketText, DefinitionByCieTables)
             for (uint32_t i = 0; i < 8; ++i)
                 ticket.f32({-static_cast<float>(i)});
             const uint32_t entries = bit_depth == 32 ? 0 : (1u << bit_depth) - 1;
-            for (size_t i = 0; i < tables[family] * entries; ++i)
+            for (size_t i = 0; i < kTables[family] * entries; ++i)
                 ticket.f32({static_cast<float>(i) / 8});
             const uint32_t cells = family == 2 ? 18 : family == 3 ? 36 : 0;
             for (uint32_t i = 0; i < cells; ++i)
@@ -384,13 +384,13 @@ TEST(TicketText, SizesThatDisagreeStandAsTheyAre)
 TEST(TicketText, TwoTicketsWithTheSameTextGiveTheSameBytes)
 {
     // Other bytes than 1 are false; the rest of the text says nothing of them.
-    expect_bytes(TicketBytes().u8({2, 255, 0, 1, 128, 3, 254, 1}).u32({0, 0, list_end, 0}),
-                 TicketBytes().u8({0, 0, 0, 1, 0, 0, 0, 1}).u32({0, 0, list_end, 0}));
+    expect_bytes(TicketBytes().u8({2, 255, 0, 1, 128, 3, 254, 1}).u32({0, 0, kListEnd, 0}),
+                 TicketBytes().u8({0, 0, 0, 1, 0, 0, 0, 1}).u32({0, 0, kListEnd, 0}));
     expect_bytes(of_sections(TicketBytes().u32({16, 4, 2}).u8({2, 1}).text("a").text("b")),
                  of_sections(TicketBytes().u32({16, 4, 2}).u8({0, 1}).text("a").text("b")));
     // Values without names.
-    expect_bytes(TicketBytes().repeat(0, 8).u32({5, 1000, list_end, 0}),
-                 TicketBytes().repeat(0, 8).u32({0xFFFFFFFF, 0xFFFFFFFF, list_end, 0}));
+    expect_bytes(TicketBytes().repeat(0, 8).u32({5, 1000, kListEnd, 0}),
+                 TicketBytes().repeat(0, 8).u32({0xFFFFFFFF, 0xFFFFFFFF, kListEnd, 0}));
     expect_bytes(of_definitions(TicketBytes().u32({0, 4}).u8({1, 0, 0, 0}).u32({5, 7}).u32({0})),
                  of_definitions(TicketBytes().u32({0, 4}).u8({1, 0, 0, 0}).u32({0xFFFFFFFF, 0xFFFFFFFF}).u32({0})));
     // What ends the record of CIE tables, whose family has no name either.
@@ -478,14 +478,14 @@ TEST(TicketText, TellsOfDefinitions)
     ticket.u32({41}).append(plain_csd());
     ticket.u32({42, 7}).u8({5, 0, 0, 0}).u32({0, 80, 0}).u8({0, 0, 0}).u32({0});
     const TicketReading reading = read_whole(dump_ticket(of_definitions(ticket).bytes(), 1, ""));
-    constexpr uint32_t expected[5][4] = {{40, 0, 2, 3}, {40, 1, 4, 4}, {40, 2, 2, 1}, {41, 0, 6, 0}, {42, 0, 7, 5}};
+    constexpr uint32_t kExpected[5][4] = {{40, 0, 2, 3}, {40, 1, 4, 4}, {40, 2, 2, 1}, {41, 0, 6, 0}, {42, 0, 7, 5}};
     ASSERT_EQ(reading.definitions.size(), 5u);
     for (size_t i = 0; i < 5; ++i)
     {
-        EXPECT_EQ(reading.definitions[i].marker, expected[i][0]) << i;
-        EXPECT_EQ(reading.definitions[i].alternate, expected[i][1]) << i;
-        EXPECT_EQ(reading.definitions[i].type, expected[i][2]) << i;
-        EXPECT_EQ(reading.definitions[i].channels, expected[i][3]) << i;
+        EXPECT_EQ(reading.definitions[i].marker, kExpected[i][0]) << i;
+        EXPECT_EQ(reading.definitions[i].alternate, kExpected[i][1]) << i;
+        EXPECT_EQ(reading.definitions[i].type, kExpected[i][2]) << i;
+        EXPECT_EQ(reading.definitions[i].channels, kExpected[i][3]) << i;
     }
     const auto first = reading.profile(reading.definitions[0]);
     const auto third = reading.profile(reading.definitions[2]);

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -50,11 +50,11 @@ TEST_F(BandsTest, PixelsAreThoseOfAWholePage)
 {
     draw();
     finish();
-    const cairo_renderer::PagePixels whole = pages().at(0);
+    const orvlog::cairo_renderer::PagePixels whole = pages().at(0);
     class Banded : public BandsTest
     {
     public:
-        std::vector<cairo_renderer::PagePixels> drawn()
+        std::vector<orvlog::cairo_renderer::PagePixels> drawn()
         {
             options_.pixels_at_once = 7 * 40 + 3;
             draw();
@@ -65,7 +65,7 @@ TEST_F(BandsTest, PixelsAreThoseOfAWholePage)
     private:
         void TestBody() override {}
     };
-    const std::vector<cairo_renderer::PagePixels> banded = Banded().drawn();
+    const std::vector<orvlog::cairo_renderer::PagePixels> banded = Banded().drawn();
     ASSERT_EQ(banded.size(), 1U);
     EXPECT_EQ(banded[0].height, 40U);
     EXPECT_TRUE(banded[0] == whole);
@@ -74,10 +74,11 @@ TEST_F(BandsTest, PixelsAreThoseOfAWholePage)
 TEST_F(BandsTest, BandsComeInOrderAndCoverThePage)
 {
     std::vector<std::pair<uint32_t, uint32_t>> bands;
-    cairo_renderer::Options options;
+    orvlog::cairo_renderer::Options options;
     options.pixels_at_once = 16 * 40;
-    options.page_sink = [&](const cairo_renderer::Page& page) { bands.emplace_back(page.first_row, page.rows); };
-    cairo_renderer::Renderer banded(options);
+    options.page_sink = [&](const orvlog::cairo_renderer::Page& page)
+    { bands.emplace_back(page.first_row, page.rows); };
+    orvlog::cairo_renderer::Renderer banded(options);
     const ORV_Interface* table = banded.interface();
     void* document = nullptr;
     ASSERT_EQ(table->document_start.fn(nullptr, table, &document, 1, nullptr, nullptr), 1U);
@@ -102,7 +103,7 @@ TEST_F(BandsTest, PngHasAllBands)
     draw();
     finish();
     const std::string name = prefix.string() + "-001.png";
-    const cairo_renderer::PagePixels file = cairo_renderer::read_png(name);
+    const orvlog::cairo_renderer::PagePixels file = orvlog::cairo_renderer::read_png(name);
     std::filesystem::remove(name);
     EXPECT_TRUE(renderer().all_pages_written());
     EXPECT_TRUE(file == pages().at(0));

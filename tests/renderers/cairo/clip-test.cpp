@@ -2,7 +2,7 @@
 
 #include "tests/renderers/cairo/page-fixture.h"
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -102,7 +102,7 @@ TEST_F(ClipTest, StrokeAsAClip)
 
 TEST_F(ClipTest, WindingRuleOfAClip)
 {
-    paint_all(Clips().inside(Shape::fill(Path().box(0, 0, 3, 3).box(1, 1, 2, 2), unit, GPA_WINDING_ODD_EVEN)));
+    paint_all(Clips().inside(Shape::fill(Path().box(0, 0, 3, 3).box(1, 1, 2, 2), kUnit, GPA_WINDING_ODD_EVEN)));
     EXPECT_DOUBLE_EQ(ink(), 800.0);
 }
 

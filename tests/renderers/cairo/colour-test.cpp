@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -123,8 +123,8 @@ TEST_F(ColourTest, LabWhiteBlackAndRed)
     csd.csd_NumBaseChans = 3;
     csd.csd_Defn.Analytical = {GCM_ACS_LAB, 0.9505F, 1, 1.089F, 0, 0, 0, -100, 100, -100, 100};
     // The Lab values of the sRGB red: 53.24, 80.09, 67.20.
-    cairo_renderer::Complaints complaints([](const std::string&) {});
-    cairo_renderer::ColourSpaces spaces(complaints);
+    orvlog::cairo_renderer::Complaints complaints([](const std::string&) {});
+    orvlog::cairo_renderer::ColourSpaces spaces(complaints);
     const GCM_CsdPointer pointer = pointer_to(csd);
     GOP_Operand head{GOP_OPERAND_FLAT, GOP_COLOR_INFO(GOP_OCS_OTHER, GCM_CF_OTHER), 0, 0, 0};
     const auto space = spaces.find(head, &pointer, 3);

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstring>
 
-namespace records
+namespace orvlog::records
 {
 namespace
 {
 
-constexpr size_t edge_head = 8;
+constexpr size_t kEdgeHead = 8;
 
 std::vector<uint64_t> block(size_t bytes)
 {
@@ -29,11 +29,11 @@ GGO_Point point_of(Pair pair)
 
 void* Path::edge(Pair start, uint8_t type, unsigned flag, size_t count, size_t entry)
 {
-    std::vector<uint64_t>& bytes = edges_.emplace_back(block(edge_head + count * entry));
+    std::vector<uint64_t>& bytes = edges_.emplace_back(block(kEdgeHead + count * entry));
     starts_.push_back(start);
     const GPA_Edge head{type, static_cast<uint8_t>(flag), static_cast<uint16_t>(count)};
     std::memcpy(bytes.data(), &head, sizeof head);
-    return reinterpret_cast<uint8_t*>(bytes.data()) + edge_head;
+    return reinterpret_cast<uint8_t*>(bytes.data()) + kEdgeHead;
 }
 
 Path& Path::straight(Pair start, std::initializer_list<Pair> segments, unsigned flag)
@@ -211,7 +211,7 @@ Shape Shape::stroked_text(const GFI_FontSpecPointer* font, const GFI_StringDescP
 
 Shape Shape::of_kind(uint16_t kind)
 {
-    return with_head<GSH_Shape>(kind, unit);
+    return with_head<GSH_Shape>(kind, kUnit);
 }
 
 GPA_PathStrokingParams stroke_params(float width, unsigned cap, unsigned join, float miter_limit)
@@ -371,7 +371,7 @@ Operand Operand::two_point(uint16_t family, Pair from, Pair to, const Colour& on
     Operand operand;
     operand.with(sizeof(GOP_OperandGrad2Pt), sizeof(GOP_OperandGrad2PtPointer), GOP_OPERAND_GRAD_2PT, family, 2);
     auto& head = operand.head<GOP_OperandGrad2Pt>();
-    head.g2_Transform = unit;
+    head.g2_Transform = kUnit;
     head.g2_Pt1 = point_of(from);
     head.g2_Pt2 = point_of(to);
     head.g2_GradientExtendMode = extend;
@@ -386,7 +386,7 @@ Operand Operand::multistop(uint16_t family, Pair from, Pair to, std::vector<Stop
     operand.with(sizeof(GOP_OperandGradMultistop), sizeof(GOP_OperandGradMultistopPointer) + stops.size() * 8,
                  GOP_OPERAND_GRAD_MULTISTOP, family, static_cast<uint16_t>(stops.size()));
     auto& head = operand.head<GOP_OperandGradMultistop>();
-    head.gm_Transform = unit;
+    head.gm_Transform = kUnit;
     head.gm_Pt1 = point_of(from);
     head.gm_Pt2 = point_of(to);
     head.gm_GradientExtendMode = extend;
@@ -403,7 +403,7 @@ Operand Operand::radial(uint16_t family, Pair center1, double radius1, Pair cent
     operand.with(sizeof(GOP_OperandGradRadial), sizeof(GOP_OperandGradRadialPointer) + stops.size() * 8,
                  GOP_OPERAND_GRAD_RADIAL, family, static_cast<uint16_t>(stops.size()));
     auto& head = operand.head<GOP_OperandGradRadial>();
-    head.gr_Transform = unit;
+    head.gr_Transform = kUnit;
     head.gr_Center1 = point_of(center1);
     head.gr_Radius1 = radius1;
     head.gr_Center2 = point_of(center2);
@@ -420,7 +420,7 @@ Operand Operand::three_point(uint16_t family, std::initializer_list<Pair> corner
     Operand operand;
     operand.with(sizeof(GOP_OperandGrad3Pt), sizeof(GOP_OperandGrad3PtPointer), GOP_OPERAND_GRAD_3PT, family, 3);
     auto& head = operand.head<GOP_OperandGrad3Pt>();
-    head.g3_Transform = unit;
+    head.g3_Transform = kUnit;
     const Pair* corner = corners.begin();
     head.g3_Pt1 = point_of(corner[0]);
     head.g3_Pt2 = point_of(corner[1]);
@@ -452,4 +452,4 @@ GOP_Operator operation(uint32_t type, uint16_t number, uint32_t mask_mode)
     return op;
 }
 
-}  // namespace records
+}  // namespace orvlog::records

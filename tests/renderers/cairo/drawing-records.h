@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace records
+namespace orvlog::records
 {
 
 struct Pair
@@ -18,7 +18,7 @@ struct Pair
     double y;
 };
 
-inline constexpr GGO_Matrix unit{{1, 0, 0, 1, 0, 0}};
+inline constexpr GGO_Matrix kUnit{{1, 0, 0, 1, 0, 0}};
 
 // A path of one or more edges.
 class Path
@@ -51,17 +51,17 @@ private:
 class Shape
 {
 public:
-    static Shape fill(Path path, GGO_Matrix transform = unit, uint32_t rule = GPA_WINDING_NON_ZERO);
-    static Shape stroke(Path path, const GPA_PathStrokingParams& params, GGO_Matrix transform = unit,
+    static Shape fill(Path path, GGO_Matrix transform = kUnit, uint32_t rule = GPA_WINDING_NON_ZERO);
+    static Shape stroke(Path path, const GPA_PathStrokingParams& params, GGO_Matrix transform = kUnit,
                         std::initializer_list<float> dashes = {});
     static Shape box(double x0, double y0, double x1, double y1);
     static Shape image_rect(uint32_t width, uint32_t height, GGO_Matrix transform);
     static Shape multi_rect(std::initializer_list<GGO_BoxInt> boxes, GGO_Matrix transform);
     static Shape scanline(int32_t start_y, std::initializer_list<GSH_XLimits> rows, GGO_Matrix transform);
     static Shape text(const GFI_FontSpecPointer* font, const GFI_StringDescPointer* string,
-                      GGO_Matrix transform = unit);
+                      GGO_Matrix transform = kUnit);
     static Shape stroked_text(const GFI_FontSpecPointer* font, const GFI_StringDescPointer* string,
-                              const GPA_PathStrokingParams& params, GGO_Matrix pen, GGO_Matrix transform = unit);
+                              const GPA_PathStrokingParams& params, GGO_Matrix pen, GGO_Matrix transform = kUnit);
     static Shape of_kind(uint16_t kind);
 
     const GSH_ShapePointer* record() const
@@ -160,4 +160,4 @@ private:
 // An operator; without a mask mode operand 2 doesn't count.
 GOP_Operator operation(uint32_t type, uint16_t number, uint32_t mask_mode = GOP_MASK_NONE);
 
-}  // namespace records
+}  // namespace orvlog::records

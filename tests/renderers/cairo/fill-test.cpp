@@ -5,7 +5,7 @@
 #include <limits>
 #include <numbers>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -46,8 +46,8 @@ TEST_F(FillTest, ShapeTransformActsFirst)
 
 TEST_F(FillTest, WindingRulesDifferWhereBoxesNest)
 {
-    paint(Shape::fill(Path().box(0, 0, 1.5, 3).box(0.5, 1, 1, 2), unit, GPA_WINDING_ODD_EVEN), Operand::gray(0));
-    paint(Shape::fill(Path().box(2, 0, 3.5, 3).box(2.5, 1, 3, 2), unit, GPA_WINDING_NON_ZERO), Operand::gray(0));
+    paint(Shape::fill(Path().box(0, 0, 1.5, 3).box(0.5, 1, 1, 2), kUnit, GPA_WINDING_ODD_EVEN), Operand::gray(0));
+    paint(Shape::fill(Path().box(2, 0, 3.5, 3).box(2.5, 1, 3, 2), kUnit, GPA_WINDING_NON_ZERO), Operand::gray(0));
     EXPECT_EQ(at(7, 15), 0xFFFFFFU);
     EXPECT_EQ(at(2, 15), 0x000000U);
     EXPECT_EQ(at(27, 15), 0x000000U);

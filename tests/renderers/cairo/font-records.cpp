@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-namespace records
+namespace orvlog::records
 {
 namespace
 {
@@ -95,7 +95,7 @@ uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, 
     if (type == GFI_GDT_BITMAP)
     {
         *changed = 1;
-        *matrix = unit;
+        *matrix = kUnit;
         self.given_ = {};
         self.fill_bitmap(self.given_);
         *glyph = &self.given_;
@@ -113,4 +113,4 @@ uint32_t SquareFont::glyph_get(void* context, uint32_t type, uint32_t* changed, 
     return 1;
 }
 
-}  // namespace records
+}  // namespace orvlog::records

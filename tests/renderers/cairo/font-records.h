@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace records
+namespace orvlog::records
 {
 
 class SquareFont
@@ -75,4 +75,4 @@ private:
     std::vector<uint64_t> bitmap_;
 };
 
-}  // namespace records
+}  // namespace orvlog::records

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace records
+namespace orvlog::records
 {
 
 ImageSource::ImageSource(uint16_t family, uint32_t width, uint32_t height, std::vector<uint8_t> bytes)
@@ -115,4 +115,4 @@ void* ImageSource::release(GOP_OperandImagePointer* operand)
     return nullptr;
 }
 
-}  // namespace records
+}  // namespace orvlog::records

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace records
+namespace orvlog::records
 {
 
 class ImageSource
@@ -57,4 +57,4 @@ private:
     uint32_t reads_ = 0;
 };
 
-}  // namespace records
+}  // namespace orvlog::records

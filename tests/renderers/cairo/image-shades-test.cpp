@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -164,13 +164,13 @@ TEST_F(ShadesTest, ColoursOfLaterRows)
 // Processor time is compared with that of another image in the same process, as machines differ.
 TEST_F(ShadesTest, SingleBitsCostLittle)
 {
-    constexpr uint32_t side = 1024;
-    constexpr uint32_t mask_width = 34862;
-    constexpr uint32_t mask_height = 432;
-    Bytes colours(side * side * 3);
+    constexpr uint32_t kSide = 1024;
+    constexpr uint32_t kMaskWidth = 34862;
+    constexpr uint32_t kMaskHeight = 432;
+    Bytes colours(kSide * kSide * 3);
     for (size_t i = 0; i < colours.size(); ++i)
-        colours[i] = static_cast<uint8_t>(i * 7 + i / side);
-    const Bytes bits((mask_width + 7) / 8 * mask_height, 0x5A);
+        colours[i] = static_cast<uint8_t>(i * 7 + i / kSide);
+    const Bytes bits((kMaskWidth + 7) / 8 * kMaskHeight, 0x5A);
     const auto seconds_for_each = [&](ImageSource& source, double samples, bool masked)
     {
         double best = std::numeric_limits<double>::infinity();
@@ -183,10 +183,10 @@ TEST_F(ShadesTest, SingleBitsCostLittle)
         }
         return best / samples;
     };
-    ImageSource picture(GCM_CSF_RGB, side, side, colours);
-    ImageSource mask(GCM_CSF_GRAY, mask_width, mask_height, bits);
-    const double of_pixels = seconds_for_each(picture.direct(), side * side, false);
-    const double of_bits = seconds_for_each(mask.direct().depth(GNC_BMP_DEPTH_1), mask_width * mask_height, true);
+    ImageSource picture(GCM_CSF_RGB, kSide, kSide, colours);
+    ImageSource mask(GCM_CSF_GRAY, kMaskWidth, kMaskHeight, bits);
+    const double of_pixels = seconds_for_each(picture.direct(), kSide * kSide, false);
+    const double of_bits = seconds_for_each(mask.direct().depth(GNC_BMP_DEPTH_1), kMaskWidth * kMaskHeight, true);
     EXPECT_LT(of_bits * 5, of_pixels);
 }
 

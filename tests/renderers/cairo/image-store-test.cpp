@@ -11,18 +11,18 @@
 
 #include <sys/resource.h>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
 
-using cairo_renderer::Image;
-using cairo_renderer::ImageStore;
+using orvlog::cairo_renderer::Image;
+using orvlog::cairo_renderer::ImageStore;
 
 Image image_of(int width, int height, uint8_t fill)
 {
     Image image;
-    image.surface = cairo_renderer::own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, width, height));
+    image.surface = orvlog::cairo_renderer::own_surface(cairo_image_surface_create(CAIRO_FORMAT_A8, width, height));
     cairo_surface_flush(image.surface.get());
     const int stride = cairo_image_surface_get_stride(image.surface.get());
     std::memset(cairo_image_surface_get_data(image.surface.get()), fill, static_cast<size_t>(stride * height));
@@ -33,7 +33,7 @@ Image image_of(int width, int height, uint8_t fill)
 // The first byte of the pixels, if there are any.
 std::optional<uint8_t> first_of(const Image& image)
 {
-    const cairo_renderer::SurfacePtr pixels = pixels_of(image);
+    const orvlog::cairo_renderer::SurfacePtr pixels = pixels_of(image);
     if (pixels == nullptr)
         return std::nullopt;
     return *cairo_image_surface_get_data(pixels.get());
@@ -43,7 +43,7 @@ class ImageStoreTest : public testing::Test
 {
 protected:
     std::vector<std::string> said;
-    cairo_renderer::Complaints complaints{[this](const std::string& line) { said.push_back(line); }};
+    orvlog::cairo_renderer::Complaints complaints{[this](const std::string& line) { said.push_back(line); }};
 };
 
 TEST_F(ImageStoreTest, KeepsInMemoryWhatHasRoom)
@@ -153,7 +153,7 @@ protected:
     class Drawing : public PageTest
     {
     public:
-        cairo_renderer::PagePixels draw(uint64_t pixels_at_once, uint64_t image_bytes, bool keep)
+        orvlog::cairo_renderer::PagePixels draw(uint64_t pixels_at_once, uint64_t image_bytes, bool keep)
         {
             options_.pixels_at_once = pixels_at_once;
             options_.kept_image_bytes = image_bytes;
@@ -186,12 +186,12 @@ protected:
 
 TEST_F(StoredImagesTest, LookTheSameFromTheFile)
 {
-    const cairo_renderer::PagePixels whole = Drawing().draw(1600, 1 << 20, false);
+    const orvlog::cairo_renderer::PagePixels whole = Drawing().draw(1600, 1 << 20, false);
     EXPECT_NE(whole.pixels.at(10 * 40 + 10), 0xFFFFFFU);
     EXPECT_TRUE(Drawing().draw(1600, 0, true) == whole);
-    const cairo_renderer::PagePixels banded = Drawing().draw(280, 1 << 20, false);
+    const orvlog::cairo_renderer::PagePixels banded = Drawing().draw(280, 1 << 20, false);
     // Cairo rounds where an image lies anew for each surface.
-    EXPECT_LE(cairo_renderer::compare_pixels(banded, whole).largest, 2U);
+    EXPECT_LE(orvlog::cairo_renderer::compare_pixels(banded, whole).largest, 2U);
     EXPECT_TRUE(Drawing().draw(280, 0, false) == banded);
     EXPECT_TRUE(Drawing().draw(280, 20, false) == banded);
     EXPECT_TRUE(Drawing().draw(280, 0, true) == banded);

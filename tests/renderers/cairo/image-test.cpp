@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -519,11 +519,11 @@ TEST_F(KeptImageTest, GroupsMasksAndResourcesKeepToo)
 
 TEST_F(KeptImageTest, SamePixelsAsWithoutKeeping)
 {
-    const auto draw_all = [](cairo_renderer::Options options)
+    const auto draw_all = [](orvlog::cairo_renderer::Options options)
     {
-        cairo_renderer::PageCollector collector;
+        orvlog::cairo_renderer::PageCollector collector;
         options.page_sink = collector.sink();
-        cairo_renderer::Renderer renderer(options);
+        orvlog::cairo_renderer::Renderer renderer(options);
         const ORV_Interface* table = renderer.interface();
         void* document = nullptr;
         table->document_start.fn(nullptr, table, &document, 1, nullptr, nullptr);
@@ -544,7 +544,7 @@ TEST_F(KeptImageTest, SamePixelsAsWithoutKeeping)
         table->document_finish.fn(table, document);
         return collector.pages().at(0);
     };
-    cairo_renderer::Options keeping;
+    orvlog::cairo_renderer::Options keeping;
     keeping.keep_images = true;
     EXPECT_EQ(draw_all({}), draw_all(keeping));
 }

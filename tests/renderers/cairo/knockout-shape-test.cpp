@@ -4,7 +4,7 @@
 #include "tests/renderers/cairo/image-records.h"
 #include "tests/renderers/cairo/page-fixture.h"
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

@@ -7,16 +7,16 @@
 #include <algorithm>
 #include <vector>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
 
-using cairo_renderer::Layout;
-using cairo_renderer::Part;
+using orvlog::cairo_renderer::Layout;
+using orvlog::cairo_renderer::Part;
 
-constexpr uint32_t wide = 1531;
-constexpr uint32_t high = 1201;
+constexpr uint32_t kWide = 1531;
+constexpr uint32_t kHigh = 1201;
 
 struct Form
 {
@@ -35,7 +35,7 @@ const Form forms[] = {{"bits", GCM_CSF_GRAY, GNC_BMP_DEPTH_1, 0, 1},
 
 std::vector<uint8_t> soft_noise(const Form& form)
 {
-    std::vector<uint8_t> bytes((wide * form.bits + 7) / 8 * size_t{high});
+    std::vector<uint8_t> bytes((kWide * form.bits + 7) / 8 * size_t{kHigh});
     uint32_t state = 1;
     for (uint8_t& byte : bytes)
     {
@@ -47,7 +47,7 @@ std::vector<uint8_t> soft_noise(const Form& form)
 
 struct Drawn
 {
-    cairo_renderer::PagePixels page;
+    orvlog::cairo_renderer::PagePixels page;
     std::vector<std::string> diary;
 };
 
@@ -60,11 +60,12 @@ public:
         options_.keep_images = kept;
         std::vector<uint8_t> bytes = soft_noise(form);
         bytes.resize(bytes.size() - bytes_lacking);
-        ImageSource source(form.family, wide, high, bytes);
+        ImageSource source(form.family, kWide, kHigh, bytes);
         source.depth(form.depth).flags(form.flags | GOP_OP_FLAGS_ASYNCH_ACCESS);
         source.image.im_Transform = {{0.0066, 0.0021, -0.0019, 0.0071, -3.3, -4.7}};
         Clips clips;
-        clips.inside(records::Shape::box(1.13, 0.9, 2.31, 2.77)).outside(records::Shape::box(1.5, 1.5, 1.8, 1.8));
+        clips.inside(orvlog::records::Shape::box(1.13, 0.9, 2.31, 2.77))
+            .outside(orvlog::records::Shape::box(1.5, 1.5, 1.8, 1.8));
         Extra extra;
         extra.clip = clips.record();
         paint_record(nullptr, source.record(), extra);
@@ -87,7 +88,7 @@ protected:
     // The largest difference of a channel.
     static uint32_t difference(const Drawn& one, const Drawn& other)
     {
-        return cairo_renderer::compare_pixels(one.page, other.page).largest;
+        return orvlog::cairo_renderer::compare_pixels(one.page, other.page).largest;
     }
 
     static size_t reads(const Drawn& drawn)
@@ -113,7 +114,7 @@ TEST_P(LargeImageTest, IsReadWhole)
 
 TEST_P(LargeImageTest, EndsWhereItsDataEnds)
 {
-    const size_t row = (wide * GetParam().bits + 7) / 8;
+    const size_t row = (kWide * GetParam().bits + 7) / 8;
     // Within a row that is seen, and behind all of them.
     for (const size_t lacking : {row * 340 + row / 3, row / 2})
         EXPECT_LE(difference(draw(false, lacking), draw(true, lacking)), 2U) << lacking;
@@ -139,15 +140,15 @@ protected:
         image.height = 3000;
     }
 
-    std::vector<uint32_t> seen(const cairo_renderer::Box& box, uint32_t coarse = 2) const
+    std::vector<uint32_t> seen(const orvlog::cairo_renderer::Box& box, uint32_t coarse = 2) const
     {
-        const cairo_renderer::Window window{cairo_renderer::identity(), box};
+        const orvlog::cairo_renderer::Window window{orvlog::cairo_renderer::identity(), box};
         const Part part = part_seen(layout, image, coarse, &window);
         return {part.left, part.top, part.width, part.height};
     }
 
     Layout layout;
-    cairo_renderer::Image image;
+    orvlog::cairo_renderer::Image image;
 };
 
 using Numbers = std::vector<uint32_t>;
@@ -174,7 +175,7 @@ TEST_F(PartSeenTest, IsNeverEmpty)
 TEST_F(PartSeenTest, IsTheWholeImageWhereItMustBe)
 {
     const Numbers whole = {0, 0, 40000, 3000};
-    const cairo_renderer::Box little = {100, 20, 130, 60};
+    const orvlog::cairo_renderer::Box little = {100, 20, 130, 60};
     EXPECT_EQ(seen({0, 0, 3200, 300}), whole);
     image.tiled = true;
     EXPECT_EQ(seen(little), whole);

@@ -3,7 +3,7 @@
 
 #include "tests/renderers/cairo/page-fixture.h"
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -233,7 +233,7 @@ TEST_F(NestedGroupTest, RepeatedGroupInAKnockoutGroup)
 
 TEST_F(NestedGroupTest, VectorSurfacesSayWhatTheyCannotDo)
 {
-    options_.surface_factory = [](const cairo_renderer::Page&)
+    options_.surface_factory = [](const orvlog::cairo_renderer::Page&)
     { return cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr); };
     GroupExtra outer;
     outer.knockout = true;

@@ -2,7 +2,7 @@
 
 #include "tests/renderers/cairo/page-fixture.h"
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {

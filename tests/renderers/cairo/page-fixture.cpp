@@ -2,13 +2,14 @@
 
 #include <cstdlib>
 
-cairo_renderer::Renderer& PageTest::renderer()
+orvlog::cairo_renderer::Renderer& PageTest::renderer()
 {
     if (renderer_ == nullptr)
     {
         options_.page_sink = collector_.sink();
         options_.complaint_sink = [this](const std::string& line) { said_.push_back(line); };
-        renderer_ = std::make_unique<cairo_renderer::Renderer>(options_);
+        options_.loss_sink = [this](const std::string& line) { lost_.push_back(line); };
+        renderer_ = std::make_unique<orvlog::cairo_renderer::Renderer>(options_);
         const ORV_Interface* table = renderer_->interface();
         EXPECT_EQ(table->document_start.fn(nullptr, table, &document_, 1, engine_, nullptr), 1U);
     }
@@ -35,12 +36,12 @@ ORV_DrawingInterface& PageTest::target()
     return in_resource_ ? resource_ : page();
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand)
 {
     paint(shape, operand, {});
 }
 
-void PageTest::paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra)
+void PageTest::paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra)
 {
     paint_record(shape.record(), operand.record(), extra);
 }
@@ -100,16 +101,10 @@ uint32_t PageTest::paint_resource(uint32_t id, const GroupExtra& extra)
 void PageTest::finish()
 {
     ORV_DrawingInterface& table = page();
-    if (!page_finished_)
-    {
-        EXPECT_EQ(table.drawing_finish.fn(&table), 1U);
-    }
+    EXPECT_TRUE(page_finished_ || table.drawing_finish.fn(&table) == 1U);
     page_finished_ = true;
     const ORV_Interface* interface = renderer().interface();
-    if (document_ != nullptr)
-    {
-        EXPECT_EQ(interface->document_finish.fn(interface, document_), 1U);
-    }
+    EXPECT_TRUE(document_ == nullptr || interface->document_finish.fn(interface, document_) == 1U);
     document_ = nullptr;
 }
 
@@ -117,7 +112,7 @@ uint32_t PageTest::at(uint32_t x, uint32_t y)
 {
     if (!page_finished_)
         finish();
-    const cairo_renderer::PagePixels& pixels = pages().at(0);
+    const orvlog::cairo_renderer::PagePixels& pixels = pages().at(0);
     return pixels.pixels.at(static_cast<size_t>(y) * pixels.width + x);
 }
 
@@ -141,7 +136,7 @@ double PageTest::ink()
     return sum;
 }
 
-const std::vector<cairo_renderer::PagePixels>& PageTest::pages() const
+const std::vector<orvlog::cairo_renderer::PagePixels>& PageTest::pages() const
 {
     return collector_.pages();
 }

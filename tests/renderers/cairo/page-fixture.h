@@ -14,14 +14,15 @@ class PageTest : public testing::Test
 {
 protected:
     // Options may be changed before the first call.
-    cairo_renderer::Options options_;
+    orvlog::cairo_renderer::Options options_;
     std::vector<std::string> said_;
+    std::vector<std::string> lost_;  // what the page lacks
     const GFI_FontEngineTable* engine_ = nullptr;
     uint32_t width_ = 40;
     uint32_t height_ = 40;
     double pixels_per_inch_ = 10.0;
 
-    cairo_renderer::Renderer& renderer();
+    orvlog::cairo_renderer::Renderer& renderer();
     ORV_DrawingInterface& page();
 
     struct Extra
@@ -30,8 +31,8 @@ protected:
         const GSH_ShapeList* clip = nullptr;
         GOP_OperandPointer* operand2 = nullptr;
     };
-    void paint(const records::Shape& shape, const records::Operand& operand);
-    void paint(const records::Shape& shape, const records::Operand& operand, const Extra& extra);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand);
+    void paint(const orvlog::records::Shape& shape, const orvlog::records::Operand& operand, const Extra& extra);
     void paint_record(const GSH_ShapePointer* shape, GOP_OperandPointer* operand, const Extra& extra);
 
     struct GroupExtra
@@ -64,15 +65,15 @@ protected:
     // The dark share of the page: the sum of 1 less the green channel, in pixels.
     double ink();
 
-    const std::vector<cairo_renderer::PagePixels>& pages() const;
+    const std::vector<orvlog::cairo_renderer::PagePixels>& pages() const;
 
-    cairo_renderer::PageCollector collector_;
+    orvlog::cairo_renderer::PageCollector collector_;
     void* document_ = nullptr;
 
 private:
     ORV_DrawingInterface& target();
 
-    std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<orvlog::cairo_renderer::Renderer> renderer_;
     ORV_DrawingInterface page_{};
     ORV_DrawingInterface resource_{};
     bool page_open_ = false;

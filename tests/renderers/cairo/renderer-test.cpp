@@ -10,7 +10,7 @@
 #include <fstream>
 #include <sstream>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -58,8 +58,8 @@ TEST_F(RendererTest, PagesAreNumberedFiles)
         drawing.object_paint.fn(&drawing, 0, 0, nullptr, nullptr, 0, nullptr, colour.record(), nullptr, nullptr);
         EXPECT_EQ(drawing.drawing_finish.fn(&drawing), 1U);
     }
-    const cairo_renderer::PagePixels first = cairo_renderer::read_png(folder() + "/page-001.png");
-    const cairo_renderer::PagePixels second = cairo_renderer::read_png(folder() + "/page-002.png");
+    const orvlog::cairo_renderer::PagePixels first = orvlog::cairo_renderer::read_png(folder() + "/page-001.png");
+    const orvlog::cairo_renderer::PagePixels second = orvlog::cairo_renderer::read_png(folder() + "/page-002.png");
     EXPECT_EQ(first.width, 3U);
     EXPECT_EQ(first.height, 2U);
     EXPECT_EQ(first.pixels, (std::vector<uint32_t>(6, 0x333333)));
@@ -81,7 +81,7 @@ TEST_F(RendererTest, FileThatCannotBeWrittenFailsThePage)
 TEST_F(RendererTest, SurfacesFromAFactory)
 {
     const std::string name = folder() + "/page.svg";
-    options_.surface_factory = [&](const cairo_renderer::Page& page)
+    options_.surface_factory = [&](const orvlog::cairo_renderer::Page& page)
     { return cairo_svg_surface_create(name.c_str(), page.width, page.height); };
     paint(Shape::box(1, 1, 2, 2), Operand::rgb(1, 0, 0));
     // No group here: Cairo's own SVG surfaces leak the layer of a group.
@@ -95,7 +95,7 @@ TEST_F(RendererTest, SurfacesFromAFactory)
 
 TEST_F(RendererTest, FactoryThatGivesNothingFailsTheFace)
 {
-    options_.surface_factory = [](const cairo_renderer::Page&) -> cairo_surface_t* { return nullptr; };
+    options_.surface_factory = [](const orvlog::cairo_renderer::Page&) -> cairo_surface_t* { return nullptr; };
     const ORV_Interface* table = renderer().interface();
     const ORV_FaceProperties face = small_face();
     ORV_DrawingInterface drawing{};
@@ -196,9 +196,9 @@ TEST_F(RendererTest, SameCallsSameBytes)
         return text.str();
     };
     const std::string first = bytes(folder() + "/a-001.png");
-    cairo_renderer::Options again;
+    orvlog::cairo_renderer::Options again;
     again.png_prefix = folder() + "/b";
-    cairo_renderer::Renderer other(again);
+    orvlog::cairo_renderer::Renderer other(again);
     const ORV_Interface* table = other.interface();
     ORV_FaceProperties face{};
     face.fp_FaceInchToPixels = {{10, 0, 0, 10, 0, 0}};
@@ -216,16 +216,16 @@ TEST_F(RendererTest, SameCallsSameBytes)
 
 TEST(ComparePixels, CountsAndMeasures)
 {
-    const cairo_renderer::PagePixels one{2, 1, {0x000000, 0x102030}};
-    const cairo_renderer::PagePixels other{2, 1, {0x000000, 0x132030}};
-    EXPECT_EQ(cairo_renderer::compare_pixels(one, one).pixels_different, 0U);
-    const cairo_renderer::PixelDifference difference = cairo_renderer::compare_pixels(one, other);
+    const orvlog::cairo_renderer::PagePixels one{2, 1, {0x000000, 0x102030}};
+    const orvlog::cairo_renderer::PagePixels other{2, 1, {0x000000, 0x132030}};
+    EXPECT_EQ(orvlog::cairo_renderer::compare_pixels(one, one).pixels_different, 0U);
+    const orvlog::cairo_renderer::PixelDifference difference = orvlog::cairo_renderer::compare_pixels(one, other);
     EXPECT_EQ(difference.pixels_different, 1U);
     EXPECT_EQ(difference.largest, 3U);
     EXPECT_DOUBLE_EQ(difference.mean, 0.5);
-    const cairo_renderer::PagePixels tall{1, 2, {0, 0}};
-    EXPECT_DOUBLE_EQ(cairo_renderer::compare_pixels(one, tall).mean, 255.0);
-    EXPECT_TRUE(cairo_renderer::read_png("no such file.png").pixels.empty());
+    const orvlog::cairo_renderer::PagePixels tall{1, 2, {0, 0}};
+    EXPECT_DOUBLE_EQ(orvlog::cairo_renderer::compare_pixels(one, tall).mean, 255.0);
+    EXPECT_TRUE(orvlog::cairo_renderer::read_png("no such file.png").pixels.empty());
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-using namespace records;
+using namespace orvlog::records;
 
 namespace
 {
@@ -180,7 +180,7 @@ TEST_F(StrokeTest, SuppressedEdgesAreLeftOut)
 
 TEST_F(StrokeTest, DashesAlternate)
 {
-    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), unit, {1, 0.5F}), Operand::gray(0));
+    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), kUnit, {1, 0.5F}), Operand::gray(0));
     EXPECT_EQ(at(9, 10), 0x000000U);
     EXPECT_EQ(at(10, 10), 0xFFFFFFU);
     EXPECT_EQ(at(14, 10), 0xFFFFFFU);
@@ -192,7 +192,7 @@ TEST_F(StrokeTest, DashStartGoesIntoThePattern)
 {
     GPA_PathStrokingParams params = stroke_params(0.2F);
     params.psp_DashStart = 0.5F;
-    paint(Shape::stroke(line({0, 1}, {4, 1}), params, unit, {1, 1}), Operand::gray(0));
+    paint(Shape::stroke(line({0, 1}, {4, 1}), params, kUnit, {1, 1}), Operand::gray(0));
     EXPECT_EQ(at(4, 10), 0x000000U);
     EXPECT_EQ(at(5, 10), 0xFFFFFFU);
     EXPECT_EQ(at(15, 10), 0x000000U);
@@ -200,7 +200,7 @@ TEST_F(StrokeTest, DashStartGoesIntoThePattern)
 
 TEST_F(StrokeTest, OddNumberOfDashes)
 {
-    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), unit, {1}), Operand::gray(0));
+    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), kUnit, {1}), Operand::gray(0));
     EXPECT_EQ(at(5, 10), 0x000000U);
     EXPECT_EQ(at(15, 10), 0xFFFFFFU);
     EXPECT_EQ(at(25, 10), 0x000000U);
@@ -208,7 +208,7 @@ TEST_F(StrokeTest, OddNumberOfDashes)
 
 TEST_F(StrokeTest, DashesThatSumUpToNothingMeanNone)
 {
-    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), unit, {0, 0}), Operand::gray(0));
+    paint(Shape::stroke(line({0, 1}, {4, 1}), stroke_params(0.2F), kUnit, {0, 0}), Operand::gray(0));
     EXPECT_DOUBLE_EQ(ink(), 80.0);
 }
 
@@ -216,7 +216,7 @@ TEST_F(StrokeTest, DashCapsDifferFromTheCapsOfTheLine)
 {
     GPA_PathStrokingParams params = stroke_params(0.4F, GPA_CAP_BUTT);
     params.psp_DashCaps = GPA_CAP_PROJECT;
-    paint(Shape::stroke(line({1, 1}, {3, 1}), params, unit, {0.5F, 1}), Operand::gray(0));
+    paint(Shape::stroke(line({1, 1}, {3, 1}), params, kUnit, {0.5F, 1}), Operand::gray(0));
     // Dashes from 1 to 1.5 and from 2.5 to 3; inner ends go 0.2 further, the line's own do not.
     EXPECT_EQ(at(9, 10), 0xFFFFFFU);
     EXPECT_EQ(at(16, 10), 0x000000U);
@@ -231,7 +231,7 @@ TEST_F(StrokeTest, DashesOfAClosedPathMeetAtItsStart)
 {
     GPA_PathStrokingParams params = stroke_params(0.4F, GPA_CAP_BUTT, GPA_JOIN_MITER_CLIPPED);
     params.psp_DashStart = 1;
-    paint(Shape::stroke(Path().box(1, 1, 3, 3), params, unit, {2, 2}), Operand::gray(0));
+    paint(Shape::stroke(Path().box(1, 1, 3, 3), params, kUnit, {2, 2}), Operand::gray(0));
     // On for one inch after the start, off for two, ...: the last inch is on again, and joined.
     EXPECT_EQ(at(8, 8), 0x000000U);
     EXPECT_EQ(at(10, 15), 0x000000U);

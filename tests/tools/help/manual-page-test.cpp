@@ -48,10 +48,8 @@ std::vector<std::string> listed_commands()
     std::vector<std::string> names;
     std::istringstream lines(run_tool({"help"}).out);
     for (std::string line; std::getline(lines, line);)
-    {
         if (line.rfind("  ", 0) == 0 && line[2] != ' ')
             names.push_back(line.substr(2, line.find(' ', 2) - 2));
-    }
     return names;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -44,13 +44,13 @@ Run declare_sift(CLI::App& app)
     return [options] { return 0; };
 }
 
-constexpr Command SIFT[] = {{"sift", "sift what is there", "orvlog sift fine --scale 2 - > 'rest'", declare_sift}};
+constexpr Command kSift[] = {{"sift", "sift what is there", "orvlog sift fine --scale 2 - > 'rest'", declare_sift}};
 
 }  // namespace
 
 std::span<const Command> commands()
 {
-    return SIFT;
+    return kSift;
 }
 
 namespace
@@ -231,4 +231,4 @@ TEST(ZshCompletion, KnowsEverything)
 
 }  // namespace
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -10,7 +10,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 using orvlog::test::FakeRenderer;
 
 PageGeometry small_page()
@@ -116,8 +116,8 @@ TEST_F(PainterTest, RecordsAResourceOnce)
     EXPECT_EQ(fake.count("resource_destroy"), 1U);
 }
 
-constexpr double far = std::numeric_limits<double>::max();
-constexpr GGO_BoxFloat everywhere{-far, -far, far, far};
+constexpr double kFar = std::numeric_limits<double>::max();
+constexpr GGO_BoxFloat kEverywhere{-kFar, -kFar, kFar, kFar};
 
 TEST_F(PainterTest, DrawsNoMoreOfAMaskThanIsSeen)
 {
@@ -139,7 +139,7 @@ TEST_F(PainterTest, DrawsNoMoreOfAMaskThanIsSeen)
 
 TEST_F(PainterTest, DrawsMasksElsewhere)
 {
-    ASSERT_TRUE(painter.begin_mask(everywhere));
+    ASSERT_TRUE(painter.begin_mask(kEverywhere));
     Colour white = black;
     white.value[0] = 1;
     painter.fill(rectangle({0.25, 0.125, 0.5, 0.25}), Winding::non_zero, white, PaintState{});
@@ -162,10 +162,8 @@ TEST_F(PainterTest, DrawsMasksElsewhere)
 TEST_F(PainterTest, MasksWithinMasksAndNoDeeperThanCanBe)
 {
     int depth = 0;
-    while (painter.begin_mask(everywhere))
-    {
+    while (painter.begin_mask(kEverywhere))
         ASSERT_LT(++depth, 100);
-    }
     EXPECT_EQ(depth, 11);
     painter.end_page();
     EXPECT_EQ(fake.count("drawing_finish"), 1U);
@@ -211,7 +209,7 @@ TEST(Painter, PaintsNothingWithoutAPage)
     painter.fill(rectangle({0, 0, 1, 1}), Winding::non_zero, Colour{}, PaintState{});
     painter.begin_group(Group{});
     painter.end_group();
-    EXPECT_FALSE(painter.begin_mask(everywhere));
+    EXPECT_FALSE(painter.begin_mask(kEverywhere));
     painter.end_page();
     painter.end_document();
     EXPECT_EQ(fake.count("object_paint"), 0U);

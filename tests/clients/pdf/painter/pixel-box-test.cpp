@@ -13,9 +13,9 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
-constexpr double far = std::numeric_limits<double>::max();
+constexpr double kFar = std::numeric_limits<double>::max();
 
 void expect_box(const std::optional<PixelBox>& box, uint32_t left, uint32_t top, uint32_t right, uint32_t bottom)
 {
@@ -46,10 +46,10 @@ TEST(PixelBox, IsEmptyBesideThePicture)
 TEST(PixelBox, CannotBeToldWithoutFinitePlaces)
 {
     const double nan = std::nan("");
-    EXPECT_FALSE(pixels_showing({-far, -far, far, far}, scaling(1, 1), 9, 9).has_value());
+    EXPECT_FALSE(pixels_showing({-kFar, -kFar, kFar, kFar}, scaling(1, 1), 9, 9).has_value());
     EXPECT_FALSE(pixels_showing({0, 0, nan, 1}, scaling(1, 1), 9, 9).has_value());
     // Large, but of a size that is a number: what it comes to among the pixels is none.
-    EXPECT_FALSE(pixels_showing({far / 2, far / 2, far / 2, far / 2}, {{8, 8, -8, -8, 0, 0}}, 9, 9).has_value());
+    EXPECT_FALSE(pixels_showing({kFar / 2, kFar / 2, kFar / 2, kFar / 2}, {{8, 8, -8, -8, 0, 0}}, 9, 9).has_value());
 }
 
 Layer page_of(uint32_t width, uint32_t height)
@@ -84,7 +84,7 @@ TEST(MaskLayer, BesideThePageIsOnePixel)
 
 TEST(MaskLayer, OfAllIsThePage)
 {
-    const Layer mask = mask_layer(page_of(100, 80), {-far, -far, far, far});
+    const Layer mask = mask_layer(page_of(100, 80), {-kFar, -kFar, kFar, kFar});
     EXPECT_EQ(mask.width, 100U);
     EXPECT_EQ(mask.height, 80U);
     EXPECT_EQ(mask.content_to_pixels.m[0], 10);

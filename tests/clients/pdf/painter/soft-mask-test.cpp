@@ -9,7 +9,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 // Four pixels in a row: nothing; opaque red; half transparent white; opaque white.
 MaskPictures pictures()
@@ -60,10 +60,8 @@ std::shared_ptr<const MaskImage> numbered_mask()
     auto mask = std::make_shared<MaskImage>();
     mask->width = 10;
     mask->height = 10;
-    for (uint8_t i = 0; i < 100; i++)
-    {
+    for (uint8_t i = 0; i < 100; ++i)
         mask->samples.push_back(i);
-    }
     mask->pixels_to_content = {{0.1, 0, 0, 0.1, 1, 2}};
     return mask;
 }
@@ -82,13 +80,13 @@ TEST(SoftMask, IsCutToABoxWithTwoPixelsAround)
 
 TEST(SoftMask, StaysWholeWhereCuttingGainsLittleOrTheBoxSaysNothing)
 {
-    constexpr double far = std::numeric_limits<double>::max();
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kFar = std::numeric_limits<double>::max();
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     const auto mask = numbered_mask();
     EXPECT_EQ(cut_to(mask, {1, 2, 2, 2.7}), mask);
-    EXPECT_EQ(cut_to(mask, {-far, -far, far, far}), mask);
+    EXPECT_EQ(cut_to(mask, {-kFar, -kFar, kFar, kFar}), mask);
     EXPECT_EQ(cut_to(mask, {1, 1, -1, -1}), mask);
-    EXPECT_EQ(cut_to(mask, {nan, 2, 1.5, 2.5}), mask);
+    EXPECT_EQ(cut_to(mask, {kNan, 2, 1.5, 2.5}), mask);
     EXPECT_EQ(cut_to(mask, {5, 5, 6, 6}), mask);
 }
 

@@ -7,7 +7,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 Clip narrowed(const Clip& clip, uint32_t id)
 {
@@ -60,10 +60,8 @@ TEST(Clips, AreBoundedByTheirIntersection)
 TEST(Clips, OfAGreatDepthComeApart)
 {
     Clip clip;
-    for (uint32_t i = 0; i < 200000; i++)
-    {
+    for (uint32_t i = 0; i < 200000; ++i)
         clip = narrowed(clip, i);
-    }
     EXPECT_EQ(clip->record.sl_UniqueId, 199999U);
     clip = nullptr;
 }

@@ -9,7 +9,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 // Rows whose bytes are all the number of the row; the data may end early.
 class CountedRows : public ImageRows
@@ -19,7 +19,7 @@ public:
 
     bool restart() override
     {
-        restarts++;
+        ++restarts;
         next_ = 0;
         return true;
     }
@@ -33,7 +33,7 @@ public:
             return count;
         }
         std::fill_n(row, size, static_cast<uint8_t>(next_++));
-        read++;
+        ++read;
         return size;
     }
 
@@ -99,7 +99,7 @@ TEST(ImageOperand, PullsARowAtATime)
     EXPECT_EQ(rows->read, 0);
     std::vector<uint8_t> row(300);
     int32_t returned = -1;
-    for (int y = 0; y < 30; y++)
+    for (int y = 0; y < 30; ++y)
     {
         ASSERT_EQ(image->imp_ImageReadFn(image, image->imp_Context, 0, row.data(), 300, 300, &returned, nullptr, 0, 0,
                                          nullptr),
@@ -155,7 +155,7 @@ TEST(ImageOperand, EndsWhereTheDataEnds)
         const auto operand = ImageOperand::make(source, identity(), 1, 1);
         EXPECT_FALSE(operand->is_direct());
         GOP_OperandImagePointer* image = image_of(operand);
-        for (int pass = 0; pass < 2; pass++)
+        for (int pass = 0; pass < 2; ++pass)
         {
             ASSERT_EQ(prepare(image), 1U);
             std::vector<uint8_t> buffer(9000, 255);

@@ -7,7 +7,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 Segment line(double x, double y)
 {
@@ -77,10 +77,8 @@ TEST(PathRecord, EndsOpenSubpathsOpen)
 TEST(PathRecord, CutsRunsThatAreTooLongForAnEdge)
 {
     Subpath subpath;
-    for (int i = 1; i <= 65536; i++)
-    {
+    for (int i = 1; i <= 65536; ++i)
         subpath.segments.push_back(line(i, 0));
-    }
     const PathRecord record(Path{{subpath}});
     ASSERT_EQ(record.get()->lpp_Path->pa_NumEdges, 2U);
     EXPECT_EQ(record.get()->lpp_EdgePointer[0].ep_Pointer->ed_SegmentCount, 65535);

@@ -7,7 +7,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 TEST(Shapes, CarryTheirHeaders)
 {

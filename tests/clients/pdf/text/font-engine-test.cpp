@@ -10,7 +10,7 @@
 namespace
 {
 
-using namespace pdf_client;
+using namespace orvlog::pdf_client;
 
 // A square from the baseline to half an em.
 std::shared_ptr<Glyph> square()

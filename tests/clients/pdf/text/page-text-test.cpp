@@ -9,10 +9,10 @@
 namespace
 {
 
-using namespace small_document;
+using namespace orvlog::small_document;
 using Lines = std::vector<std::string>;
 
-cairo_renderer::PagePixels draw_text(const std::string& content, const std::string& resources = "")
+orvlog::cairo_renderer::PagePixels draw_text(const std::string& content, const std::string& resources = "")
 {
     std::vector<std::string> objects = square_font(5);
     // A pattern of red, whole cells.
@@ -58,7 +58,7 @@ TEST(PatternText, OfBlanksPaintsNothing)
 }
 
 // A font whose glyph "A" is this content.
-cairo_renderer::PagePixels draw_type3(const std::string& glyph, const std::string& content)
+orvlog::cairo_renderer::PagePixels draw_type3(const std::string& glyph, const std::string& content)
 {
     const std::string font = "<< /Type /Font /Subtype /Type3 /FontBBox [0 0 100 100] /FontMatrix [0.01 0 0 0.01 0 0] "
                              "/CharProcs << /A 6 0 R >> /Encoding << /Differences [65 /A] >> /FirstChar 65 "

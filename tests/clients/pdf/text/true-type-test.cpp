@@ -7,15 +7,13 @@
 namespace
 {
 
-using pdf_client::TrueTypeGlyphs;
+using orvlog::pdf_client::TrueTypeGlyphs;
 using Bytes = std::vector<uint8_t>;
 
 void add(Bytes& bytes, uint32_t number, int size)
 {
-    for (int i = size - 1; i >= 0; i--)
-    {
+    for (int i = size - 1; i >= 0; --i)
         bytes.push_back(static_cast<uint8_t>(number >> (8 * i)));
-    }
 }
 
 void add_row(Bytes& bytes, const char* tag, uint32_t offset, uint32_t length)
@@ -42,9 +40,7 @@ Bytes font(bool long_offsets)
     add(bytes, long_offsets ? 1 : 0, 2);
     bytes.resize(114);
     for (const uint32_t offset : {0U, 4U, 4U, 6U})
-    {
         add(bytes, long_offsets ? offset : offset / 2, static_cast<int>(width));
-    }
     bytes.insert(bytes.end(), {1, 2, 3, 4, 5, 6});
     return bytes;
 }
@@ -65,12 +61,12 @@ TEST(TrueTypeGlyphs, FindsEntriesByBothKindsOfOffsets)
 TEST(TrueTypeGlyphs, StaysWithinDamagedFonts)
 {
     const Bytes whole = font(true);
-    for (size_t length = 0; length < whole.size(); length++)
+    for (size_t length = 0; length < whole.size(); ++length)
     {
         const TrueTypeGlyphs glyphs(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
         EXPECT_EQ(glyphs.entry(2), Bytes{}) << length;
     }
-    for (size_t place = 0; place < whole.size(); place++)
+    for (size_t place = 0; place < whole.size(); ++place)
     {
         Bytes bent = whole;
         bent[place] = 0xFF;

@@ -215,7 +215,6 @@ TEST_F(GxcTicket, TheDocumentedExampleIsTrue)
     std::string text;
     int fences = -1;
     for (std::string line; std::getline(file, line);)
-    {
         if (line == "## An example")
             fences = 0;
         else if (fences >= 0 && line == "```")
@@ -224,7 +223,6 @@ TEST_F(GxcTicket, TheDocumentedExampleIsTrue)
             ticket.append(bytes_of_line(line));
         else if (fences == 3)
             text += line + "\n";
-    }
     EXPECT_EQ(ticket.size(), 64u);
     LentStream input(ticket);
     EXPECT_EQ(deserialise(&input, 1), 1u);
