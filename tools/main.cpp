@@ -40,7 +40,7 @@ constexpr std::array kCommands = {
     Command{"trim", "make a smaller log of some calls, which still replays",
             "orvlog trim letter.orvlog.xml --pages 2 -o page-2.orvlog.xml", declare_trim},
     Command{"minimise", "make the smallest log for which a command still succeeds",
-            "orvlog minimise letter.orvlog.xml --while 'orvlog check --strict {} | grep -q empty' -o small.orvlog.xml",
+            "orvlog minimise letter.orvlog.xml --while 'orvlog ls {} | grep -q screen' -o small.orvlog.xml",
             declare_minimise},
     Command{"redact", "make a log that may be handed on", "orvlog redact letter.orvlog.xml -o redacted.orvlog.xml",
             declare_redact},

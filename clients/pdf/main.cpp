@@ -166,14 +166,8 @@ int record(CommandLine& line)
     return result.errors.empty() ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
-#ifdef SIGXFSZ
-    // A file that gets too long is a failed write.
-    std::signal(SIGXFSZ, SIG_IGN);
-#endif
     CLI::App app("Draws the pages of a PDF file through the logger.", "orvlog-record");
     CommandLine line;
     declare(app, line);
@@ -190,9 +184,20 @@ int main(int argc, char** argv)
         fail(std::string(error.what()) + " (see orvlog-record --help)");
         return 2;
     }
+    return record(line);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+#ifdef SIGXFSZ
+    // A file that gets too long is a failed write.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     try
     {
-        return record(line);
+        return run(argc, argv);
     }
     catch (const std::exception& error)
     {

@@ -154,7 +154,7 @@ std::optional<std::string> ask_password(const std::string& document)
     const int terminal = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (terminal < 0)
         return isatty(STDIN_FILENO) != 0 ? ask_on(STDIN_FILENO, STDERR_FILENO, document) : std::nullopt;
-    const std::optional<std::string> line = ask_on(terminal, terminal, document);
+    std::optional<std::string> line = ask_on(terminal, terminal, document);
     close(terminal);
     return line;
 }

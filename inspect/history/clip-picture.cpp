@@ -1,6 +1,6 @@
 #include "inspect/history/clip-picture.h"
 
-#include "inspect/history/pixel-history.h"
+#include "inspect/drawing/glyph-form.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "renderers/cairo/watch.h"
 

@@ -1,5 +1,7 @@
 #include "inspect/history/pixel-history.h"
 
+#include "inspect/drawing/glyph-form.h"
+
 #include <algorithm>
 
 namespace orvlog::inspect
@@ -151,14 +153,6 @@ void PixelWatcher::end(const WatchStep& step)
     touch.kind = step.kind == WatchStep::Kind::cell_ends ? Touch::Kind::cell : Touch::Kind::group;
     if (look(step, reaches, touch))
         tell(step, touch);
-}
-
-cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind)
-{
-    if (kind.rendered_fixed)
-        return cairo_renderer::GlyphForm::in_turn;
-    const bool bitmaps = (kind.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-    return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
 }
 
 HistoryOutcome follow_pixels(std::istream& log, const replay::LogKind& kind, const HistoryOptions& options,

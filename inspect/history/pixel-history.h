@@ -111,9 +111,6 @@ private:
     std::vector<PixelRun> runs_;
 };
 
-// The form in which the job's renderer asked for glyphs, as far as the log tells.
-cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind);
-
 struct HistoryOptions
 {
     reader::LogFiles files = reader::LogFiles("-");

@@ -1,5 +1,7 @@
 #include "inspect/pixels/page-steps.h"
 
+#include "inspect/drawing/glyph-form.h"
+
 #include <limits>
 #include <memory>
 
@@ -32,15 +34,6 @@ PageStep::Kind kind_of(WatchStep::Kind kind)
         return PageStep::cell_ends;
     }
     return PageStep::painted;
-}
-
-// That of the job's renderer, by what it has asked for.
-cairo_renderer::GlyphForm glyph_form(const replay::LogKind& kind)
-{
-    if (kind.rendered_fixed)
-        return cairo_renderer::GlyphForm::in_turn;
-    const bool bitmaps = (kind.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-    return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
 }
 
 // Sums of all surfaces that are drawn to at present.

@@ -35,6 +35,21 @@ struct Tag
     size_t size;
 };
 
+// Tags may share their data, but not a part of it: what is a number for one could be text of another.
+bool overlap(std::vector<Tag> tags)
+{
+    std::sort(tags.begin(), tags.end(),
+              [](const Tag& a, const Tag& b) { return a.begin != b.begin ? a.begin < b.begin : a.size < b.size; });
+    for (size_t i = 1; i < tags.size(); ++i)
+    {
+        const Tag& before = tags[i - 1];
+        const bool same = before.begin == tags[i].begin && before.size == tags[i].size;
+        if (!same && before.begin + before.size > tags[i].begin)
+            return true;
+    }
+    return false;
+}
+
 // A new profile that takes over from the old one what may be told.
 class Redaction
 {
@@ -68,6 +83,7 @@ private:
     }
     void tag(const Tag& tag);
     void description(const Tag& tag);
+    bool has_table(const Tag& tag, size_t count) const;
     void translations(const Tag& tag);
     void names(const Tag& tag, size_t head, size_t first, size_t entry);
 
@@ -93,9 +109,12 @@ bool Redaction::run()
             found.back().begin < kHeader + 4 + tags * kTagEntry)
             return false;
     }
+    if (overlap(found))
+        return false;
     take(0, kHeader);
-    // The maker, the model, the program that made it, and a number of its content that no longer fits.
-    constexpr std::array<Tag, 4> kHidden = {{{4, 4}, {48, 8}, {80, 4}, {84, 16}}};
+    // The maker, the day, the model, the program that made it, a number of its content that no longer fits, and what
+    // has no meaning.
+    constexpr std::array<Tag, 6> kHidden = {{{4, 4}, {24, 12}, {48, 8}, {80, 4}, {84, 16}, {100, 28}}};
     for (const Tag& part : kHidden)
         std::fill_n(after_.begin() + static_cast<std::ptrdiff_t>(part.begin), part.size, uint8_t{0});
     take(kHeader, 4 + tags * kTagEntry);
@@ -106,9 +125,9 @@ bool Redaction::run()
 
 void Redaction::tag(const Tag& tag)
 {
-    static constexpr std::array<std::string_view, 18> kNumbers = {"curv", "para", "XYZ ", "mft1", "mft2", "mAB ",
-                                                                  "mBA ", "sf32", "uf32", "ui08", "ui16", "ui32",
-                                                                  "ui64", "chrm", "view", "meas", "sig ", "dtim"};
+    // Bytes and whole numbers, which no conversion asks for, may be text, and a day tells of the profile's maker.
+    static constexpr std::array<std::string_view, 12> kNumbers = {"curv", "para", "XYZ ", "mft1", "mft2", "mAB ",
+                                                                  "mBA ", "sf32", "chrm", "view", "meas", "sig "};
     const std::string_view type = signature(before_, tag.begin);
     take(tag.begin, 8);
     if (std::find(kNumbers.begin(), kNumbers.end(), type) != kNumbers.end())
@@ -135,10 +154,27 @@ void Redaction::description(const Tag& tag)
         mask(tag.begin + 12, std::min(count, tag.size - 12));
 }
 
+// Whether the texts of a mluc lie behind its table.
+bool Redaction::has_table(const Tag& tag, size_t count) const
+{
+    if (count > (tag.size - 16) / 12)
+        return false;
+    for (size_t i = 0; i < count; ++i)
+    {
+        const size_t size = read_u32(before_, tag.begin + 20 + 12 * i);
+        const size_t begin = read_u32(before_, tag.begin + 24 + 12 * i);
+        if (begin < 16 + 12 * count || begin + size > tag.size)
+            return false;
+    }
+    return true;
+}
+
 void Redaction::translations(const Tag& tag)
 {
     const size_t count = read_u32(before_, tag.begin + 8);
-    const size_t table = tag.size >= 16 ? std::min(count, (tag.size - 16) / 12) * 12 : 0;
+    // A table that doesn't fit would take texts for its own numbers.
+    const bool fits = tag.size >= 16 && read_u32(before_, tag.begin + 12) == 12 && has_table(tag, count);
+    const size_t table = fits ? count * 12 : 0;
     take(tag.begin + 8, std::min(tag.size - 8, 8 + table));
     for (size_t at = 16 + table; at + 1 < tag.size; at += 2)
     {

@@ -15,7 +15,7 @@ namespace
 
 using reader::Event;
 
-constexpr size_t kMostOthers = 1 << 16;  // only logs that are kNone have so many
+constexpr size_t kMostOthers = 1 << 16;  // only logs that are none have so many
 
 uint32_t number(const Event& event, std::string_view name)
 {
@@ -126,7 +126,7 @@ void Renumber::engine_of_callback(const Event& event, TagEdit& tag)
         engines_.set(before, next_engine_++);
         hidden_engines_ -= std::min(hidden_engines_, 1U);
     }
-    tag.set("GfpId", *engines_.find(before));
+    tag.set("GfpId", engines_.find(before).value_or(before));
 }
 
 Renumber::Image Renumber::image(uint32_t id) const
@@ -158,7 +158,7 @@ void Renumber::text_ids(const Event& event, TagEdit& tag)
         const uint32_t before = number(event, name);
         if (!known.find(before))
             known.set(before, next++);
-        tag.set(name, *known.find(before));
+        tag.set(name, known.find(before).value_or(before));
     };
     one("orvlog_font_spec_id", fonts_, next_font_);
     one("orvlog_string_desc_id", strings_, next_string_);
@@ -175,7 +175,7 @@ void Renumber::keep(const Event& event, bool in_callback, TagEdit& tag)
         if (id != 0 && !tickets_.find(id))
             tickets_.set(id, next_ticket_++);
         if (id != 0)
-            tag.set("id", *tickets_.find(id));
+            tag.set("id", tickets_.find(id).value_or(id));
     }
     else if (name == "GOP_OperandImagePointer")
         image_number(event, !in_callback, tag);

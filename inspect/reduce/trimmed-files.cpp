@@ -145,6 +145,9 @@ void TrimmedText::begin_keep(const Event& event, TagEdit& tag)
     if (find_attribute(event, "async_img_log_file_name") == nullptr)
         return;
     const std::string name = reader::to_text(attribute(event, "async_img_log_file_name"));
+    // The logger keeps no image from within a kept one. Such logs could lead back to themselves.
+    if (in_fragment_)
+        return miss("the log " + name + " of a kept image is not read: it is named by that of another one");
     reader::LogFile file = options_.open_file(name, LogFileKind::image_log);
     if (file.stream == nullptr)
     {

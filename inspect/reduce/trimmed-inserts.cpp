@@ -64,12 +64,14 @@ bool TrimmedText::FragmentInsert::step(TrimmedText& owner)
             owner.miss("the log of a kept image is damaged or cut short: " + file_.path.string());
         return false;
     }
+    owner.in_fragment_ = true;
     if (event.kind == EventKind::open)
         owner.open(event, scan_.before(), scan_.text());
     else if (event.kind == EventKind::close)
         owner.close(event, scan_.before(), scan_.text());
     else
         owner.out_ += scan_.text();
+    owner.in_fragment_ = false;
     return true;
 }
 

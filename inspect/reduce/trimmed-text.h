@@ -85,7 +85,7 @@ private:
     struct Ticket
     {
         uint32_t id = 0;
-        size_t depth = 0;  // 0: there is kNone
+        size_t depth = 0;  // 0: there is none
         bool keep = true;
         bool first = false;  // of those that stay
         bool has_text = false;
@@ -138,6 +138,7 @@ private:
     std::map<std::string, std::string> renamed_;   // of the call
     std::unique_ptr<reader::LogFile> kept_image_;  // to be put in behind the element that names it
     size_t kept_image_depth_ = 0;
+    bool in_fragment_ = false;  // what is read is the log of a kept image
     uint64_t missing_ = 0;
     bool ended_ = false;
 };

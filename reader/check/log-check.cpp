@@ -2,7 +2,9 @@
 
 #include "reader/check/check-calls.h"
 #include "reader/check/check-images.h"
+#include "reader/check/check-paints.h"
 #include "reader/look/call-box.h"
+#include "reader/look/call-in-flight.h"
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -71,7 +73,8 @@ class Check
 {
 public:
     Check(const CheckOptions& options, CheckOutcome& outcome)
-        : options_(options), outcome_(outcome), calls_(errors(), notes()), images_(options, errors(), notes())
+        : options_(options), outcome_(outcome), calls_(errors(), notes()), images_(options, errors(), notes()),
+          paints_(notes())
     {
     }
 
@@ -104,6 +107,7 @@ public:
         {
             ++outcome_.calls;
             calls_.call(element);
+            paints_.call(element);
         }
         walk(element, 0);
         images_.finish_call();
@@ -194,6 +198,7 @@ private:
     CheckOutcome& outcome_;
     CheckCalls calls_;
     CheckImages images_;
+    CheckPaints paints_;
     bool in_callback_ = false;
 };
 
@@ -206,8 +211,10 @@ CheckOutcome check_log(std::istream& log, const CheckOptions& options)
     ElementReader elements(log, LogForm::log, Data::heads);
     elements.split_nested = true;
     elements.on_damage = [&check](const Damage& damage) { check.report(damage.place, damage.text); };
+    CallInFlight in_flight;
     while (const Element* element = elements.next())
     {
+        in_flight.next(*element);
         check.element(*element);
         if (options.progress)
             options.progress(elements.events().bytes_used());
@@ -216,6 +223,8 @@ CheckOutcome check_log(std::istream& log, const CheckOptions& options)
     if (!outcome.is_log)
         return outcome;
     check.root(elements.root());
+    if (elements.events().is_cut() && !in_flight.text().empty())
+        check.report(in_flight.place(), "in flight: " + in_flight.text());
     check.finish();
     return outcome;
 }

@@ -169,23 +169,6 @@ void meet(std::optional<GGO_BoxFloat>& box, const std::optional<GGO_BoxFloat>& o
                        std::min(box->gbf_MaxX, other->gbf_MaxX), std::min(box->gbf_MaxY, other->gbf_MaxY)};
 }
 
-// What the clips of a call let through, as a box.
-std::optional<GGO_BoxFloat> clip_box(const Element& clip, const GGO_Matrix& to_pixels)
-{
-    std::optional<GGO_BoxFloat> box;
-    for (const Element& list : Children(clip))
-    {
-        const Element* holder = list.member("sl_Shape");
-        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
-        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
-        if (shape != nullptr && plain)
-            meet(box, shape_box(*shape, to_pixels));
-        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
-            break;
-    }
-    return box;
-}
-
 template <typename Map> void remember(Map& map, uint32_t key, typename Map::mapped_type value)
 {
     map.insert_or_assign(key, std::move(value));
@@ -231,7 +214,7 @@ std::string image_text(const Element& image)
     const Element* head = record != nullptr ? record->child("GOP_Operand") : nullptr;
     if (head == nullptr)
         return "unknown";
-    constexpr std::array kBits = {"1 bit", "2 kBits", "4 kBits", "8 kBits", "16 kBits", "32 kBits"};
+    constexpr std::array kDepths = {"1 bit", "2 bits", "4 bits", "8 bits", "16 bits", "32 bits"};
     const uint32_t flags = read_flags(*record, "im_Flags");
     const uint32_t encoding = read_uint(*record, "im_ImageEncoding");
     std::string text = std::string(record->value("im_ImageWidthPixels"))
@@ -240,7 +223,7 @@ std::string image_text(const Element& image)
                            .append(" ")
                            .append(space_text(image, *head))
                            .append(" ")
-                           .append(name_of(kBits, read_uint(*head, "go_Count"), "depth"));
+                           .append(name_of(kDepths, read_uint(*head, "go_Count"), "depth"));
     text += (flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0 ? " indexed" : "";
     text += (flags & GOP_OP_FLAGS_HAS_ALPHA) != 0 ? " alpha" : "";
     text += encoding == GOP_ENCODING_PLANAR ? " planar" : "";
@@ -271,6 +254,27 @@ std::string operand_text(const Element* operand)
         if (name == kKinds[i])
             return kNames[i] + (head != nullptr ? space_text(*operand, *head) : std::string("other"));
     return std::string(name);
+}
+
+std::optional<GGO_BoxFloat> clip_box(const Element& call, const GGO_Matrix& to_pixels)
+{
+    const Element* clip = call.member("clip");
+    if (clip == nullptr)
+        clip = call.member("group_clip");
+    std::optional<GGO_BoxFloat> box;
+    if (clip == nullptr)
+        return box;
+    for (const Element& list : Children(*clip))
+    {
+        const Element* holder = list.member("sl_Shape");
+        const Element* shape = holder != nullptr ? holder->child("GSH_ShapePointer") : nullptr;
+        const bool plain = read_bool(list, "sl_ClipIn") != 0 && list.child("GSH_ShapeListCollection") == nullptr;
+        if (shape != nullptr && plain)
+            meet(box, shape_box(*shape, to_pixels));
+        if ((read_flags(list, "sl_Hints") & GSH_SLH_IGNORE_REST_OF_LIST) != 0)
+            break;
+    }
+    return box;
 }
 
 CallSummaries::Drawing* CallSummaries::drawing_of(const Element& call)
@@ -395,8 +399,7 @@ std::optional<GGO_BoxFloat> CallSummaries::paint_box(const Element& call, const 
     }
     // What has no shape paints all that the clip lets through.
     std::optional<GGO_BoxFloat> box = drawing.face;
-    if (const Element* clip = call.member("clip"); clip != nullptr)
-        meet(box, clip_box(*clip, space));
+    meet(box, clip_box(call, space));
     return box->gbf_MinX <= box->gbf_MaxX && box->gbf_MinY <= box->gbf_MaxY ? box : std::nullopt;
 }
 

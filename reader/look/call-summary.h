@@ -68,6 +68,10 @@ private:
     uint32_t pages_ = 0;
 };
 
+// The box that the clips of a call leave at most, in the space that `to_pixels` leads to: nothing if they don't tell,
+// and a maximum below its minimum if they leave nothing. Groups and resources clip in the space around them.
+std::optional<GGO_BoxFloat> clip_box(const Element& call, const GGO_Matrix& to_pixels);
+
 // The operator of a GOP_Operator; of null, source over.
 std::string operator_text(const Element* op);
 // What paints: one of the operands; empty for null.

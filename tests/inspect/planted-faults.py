@@ -89,6 +89,10 @@ def swap(one, other):
     return lambda value: other if value == one else one if value == other else None
 
 
+def only_from(one, other):
+    return lambda value: other if value == one else None
+
+
 def scaled(factor):
     return lambda value: b'%.9g' % (float(value) * factor)
 
@@ -128,6 +132,8 @@ CHANGES = {
     'mask-mode': Change(under(b'op', b'GOP_Operator'), b'op_MaskMode', swap(b'GOP_MASK_IN', b'GOP_MASK_OUT')),
     'colour': Change(under(b'operand1', b'GBC_Color'), b'base_n', inverted, PAINTS),
     'alpha': Change(under(b'GBC_Color'), b'alpha', lambda v: b'0.05' if v != b'0.05' else b'0.5'),
+    'blend': Change(under(b'op', b'GOP_Operator'), b'op_Operator', swap(b'1', b'2'), PAINTS),
+    'mask-lost': Change(under(b'op', b'GOP_Operator'), b'op_MaskMode', only_from(b'GOP_MASK_IN', b'GOP_MASK_NONE'), PAINTS),
     'mask-colour': Change(under(b'operand2', b'GBC_Color'), b'base_n', inverted),
     'clip-point': Change(under(b'clip', b'GGO_Point'), b'gpf_X', moved),
     'clip-segment': Change(under(b'clip', b'GGO_Vector'), b'gvf_Y', moved),

@@ -166,7 +166,8 @@ Run declare_check(CLI::App& app)
                "resources that are not begun or not ended, engines, images and tickets that are not known, images and "
                "buffers with too few bytes, and files beside the log that are missing, too short, or not to be read. "
                "A finding that a sound log may have, too, is a note: numbers that are not finite, empty clips, images "
-               "and tickets that their client ended early. Of findings that differ by nothing but numbers the first "
+               "and tickets that their client ended early, paints without effect or far beyond their page, and groups "
+               "that nothing is drawn into. Of findings that differ by nothing but numbers the first "
                "ten are written, and behind all others how many more there are.\n\nThe exit status is 0 if there is "
                "no error, and 1 if there is one, or if it is no log.");
     return [command] { return check(*command); };

@@ -29,6 +29,7 @@ using orvlog::reader::TextCounts;
 struct InfoOptions
 {
     std::string log;
+    bool versions = false;
     bool json = false;
 };
 
@@ -116,6 +117,12 @@ std::string head_text(const LogInfo& info, const std::string& name)
         append_line(text, "text", std::to_string(info.text_bytes) + " bytes");
     append_line(text, "content", "version " + printable(value_of(info, "ORVLOG_CONTENT_VERSION")));
     append_line(text, "mode", printable(value_of(info, "LoggingMode")));
+    return text;
+}
+
+// The versions of the interfaces that the log was written with.
+std::string version_text(const LogInfo& info)
+{
     std::string versions;
     for (const auto& [key, value] : info.versions)
     {
@@ -123,7 +130,8 @@ std::string head_text(const LogInfo& info, const std::string& name)
             versions +=
                 (versions.empty() ? "" : ", ") + printable(key.substr(0, key.size() - 8)) + " " + printable(value);
     }
-    append_line(text, "versions", versions);
+    std::string text;
+    append_line(text, "versions", versions.empty() ? "not told" : versions);
     return text;
 }
 
@@ -260,7 +268,8 @@ int print_info(const InfoOptions& options)
         return info.text_bytes == 0 && info.bytes == 0 && tell_temporary_logs(options.log) ? EXIT_FAILED
                                                                                            : input.fail_as_no_log();
     const std::string name = options.log == "-" ? "standard input" : options.log;
-    put(options.json ? json_text(info_json(info, name), 2) + "\n" : head_text(info, name) + body_text(info));
+    put(options.json ? json_text(info_json(info, name), 2) + "\n"
+                     : head_text(info, name) + (options.versions ? version_text(info) : "") + body_text(info));
     return finish_output(EXIT_DONE);
 }
 
@@ -270,9 +279,10 @@ Run declare_info(CLI::App& app)
 {
     auto options = std::make_shared<InfoOptions>();
     app.add_option("LOG", options->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
-    app.add_flag("--json", options->json, "write an object instead");
-    app.footer("Tells whether the log is plain or coded, whole or cut short, with which versions and in which mode it "
-               "was written, the size of its pages, and how often it has each call, callback, kind of image, font "
+    app.add_flag("--versions", options->versions, "tell the versions of the interfaces, too");
+    app.add_flag("--json", options->json, "write an object instead, with all versions");
+    app.footer("Tells whether the log is plain or coded, whole or cut short, in which mode it was "
+               "written, the size of its pages, and how often it has each call, callback, kind of image, font "
                "engine, kind of glyph, ticket, comment and warning, and where it is damaged. A log of any size needs "
                "little memory.");
     return [options] { return print_info(*options); };

@@ -1,7 +1,14 @@
 // orvlog ls: a line for each call of a log.
 
 #include "clients/command-line/number-range.h"
+#include "reader/look/call-address.h"
+#include "reader/look/call-in-flight.h"
 #include "reader/look/call-summary.h"
+#include "reader/look/call-text.h"
+#include "tools/ls/call-values.h"
+#include "tools/ls/columns.h"
+#include "tools/ls/log-tail.h"
+#include "tools/ls/terminal.h"
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
 
@@ -17,8 +24,8 @@ namespace orvlog::tool
 namespace
 {
 
-using nlohmann::ordered_json;
 using orvlog::reader::CallSummary;
+using orvlog::reader::Element;
 
 struct LsOptions
 {
@@ -28,6 +35,9 @@ struct LsOptions
     std::vector<std::string> kinds;
     bool places = false;
     bool json = false;
+    bool follow = false;
+    std::string columns;  // empty: those by default
+    std::string colour = "auto";
 };
 
 // What is listed.
@@ -55,39 +65,6 @@ struct Filter
     }
 };
 
-std::string text_line(const CallSummary& call, bool places)
-{
-    std::string line;
-    char text[200];
-    if (places)
-    {
-        std::snprintf(text, sizeof text, "%12llu %9llu ", static_cast<unsigned long long>(call.place.byte),
-                      static_cast<unsigned long long>(call.place.line));
-        line += text;
-    }
-    const std::string id = call.id ? std::to_string(*call.id) : "-";
-    const std::string page = call.page != 0 ? std::to_string(call.page) : "-";
-    const std::string kind(call.kind.substr(0, 60));
-    const std::string op = call.op.empty() ? "-" : call.op;
-    std::snprintf(text, sizeof text, "%8s %5s %-23s %-22s %-14s ", id.c_str(), page.c_str(), printable(kind).c_str(),
-                  box_text(call.box).c_str(), op.c_str());
-    return line + text + (call.colour.empty() ? "-" : printable(call.colour)) + "\n";
-}
-
-std::string json_line(const CallSummary& call)
-{
-    ordered_json object;
-    object["id"] = call.id ? ordered_json(*call.id) : ordered_json(nullptr);
-    object["page"] = call.page != 0 ? ordered_json(call.page) : ordered_json(nullptr);
-    object["kind"] = call.kind;
-    object["box"] = box_json(call.box);
-    object["operator"] = call.op.empty() ? ordered_json(nullptr) : ordered_json(call.op);
-    object["colour"] = call.colour.empty() ? ordered_json(nullptr) : ordered_json(call.colour);
-    object["byte"] = call.place.byte;
-    object["line"] = call.place.line;
-    return json_text(object);
-}
-
 // What was asked for and is nowhere in the log; empty if nothing is amiss. Of a range one is enough.
 std::string missing(const LsOptions& options, const Filter& filter, uint32_t pages)
 {
@@ -98,9 +75,79 @@ std::string missing(const LsOptions& options, const Filter& filter, uint32_t pag
     return {};
 }
 
-int list(const LsOptions& options)
+// Writes what is listed as it comes.
+class CallList
 {
-    Filter filter(options);
+public:
+    explicit CallList(const LsOptions& options) : options_(options), filter_(options)
+    {
+        form_.columns = options.columns.empty() ? default_columns(options.places) : read_columns(options.columns);
+        form_.width = terminal_width();
+        form_.colour = wants_colour(options.colour);
+    }
+
+    // False when nothing more can be written.
+    bool add(const Element& element)
+    {
+        if (!orvlog::reader::is_call_name(element.name))
+            return true;
+        const GGO_Matrix* around = summaries_.to_pixels(element);
+        const std::optional<GGO_BoxFloat> clip =
+            around != nullptr ? orvlog::reader::clip_box(element, *around) : std::nullopt;
+        const CallSummary call = summaries_.next(element);
+        filter_.met_id = filter_.met_id || (filter_.by_id && call.id && filter_.ids.holds(*call.id));
+        if (!filter_.holds(call))
+            return true;
+        const CallRow row{call, orvlog::reader::call_address_text(element), clip, orvlog::reader::text_of(element)};
+        if (!options_.json)
+            return begin() && put(row_line(row, form_));
+        // Nothing but ASCII: a text may have marks that turn what stands around it.
+        const std::string object =
+            call_values(row, element).dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
+        if (options_.follow)
+            return put(object + "\n");
+        const bool good = put(begun_ ? ",\n" : "[\n") && put(object);
+        begun_ = true;
+        return good;
+    }
+
+    // The header, if it isn't there yet.
+    bool begin()
+    {
+        const bool good = begun_ || options_.json || put(header_line(form_));
+        begun_ = true;
+        return good;
+    }
+
+    bool finish()
+    {
+        if (options_.json && !options_.follow)
+            return put(begun_ ? "\n]\n" : "[]\n");
+        return begin();
+    }
+
+    // What was asked for and is nowhere in the log; empty if nothing is amiss.
+    std::string missing() const
+    {
+        return tool::missing(options_, filter_, summaries_.pages());
+    }
+
+private:
+    const LsOptions& options_;
+    Filter filter_;
+    LineForm form_;
+    orvlog::reader::CallSummaries summaries_;
+    bool begun_ = false;
+};
+
+int end_list(const LsOptions& options, CallList& list)
+{
+    const std::string none = list.missing();
+    return none.empty() ? EXIT_DONE : fail(options.log + ": " + none);
+}
+
+int list_log(const LsOptions& options)
+{
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
@@ -108,36 +155,106 @@ int list(const LsOptions& options)
     elements.split_nested = true;
     uint64_t damage = 0;
     elements.on_damage = [&damage](const orvlog::reader::Damage&) { ++damage; };
-    orvlog::reader::CallSummaries summaries;
-    bool first = true;
+    orvlog::reader::CallInFlight in_flight;
+    CallList list(options);
     bool good = true;
-    while (const orvlog::reader::Element* element = good ? elements.next() : nullptr)
+    while (const Element* element = good ? elements.next() : nullptr)
     {
         input.show(elements.events().bytes_used());
-        if (!orvlog::reader::is_call_name(element->name))
-            continue;
-        const CallSummary call = summaries.next(*element);
-        filter.met_id = filter.met_id || (filter.by_id && call.id && filter.ids.holds(*call.id));
-        if (!filter.holds(call))
-            continue;
-        if (options.json)
-            good = put(first ? "[\n" : ",\n") && put(json_line(call));
-        else
-            good = put(text_line(call, options.places));
-        first = false;
+        in_flight.next(*element);
+        good = list.add(*element);
     }
     if (good && !elements.events().is_log())
         return input.fail_as_no_log();
-    if (options.json)
-        put(first ? "[]\n" : "\n]\n");
+    if (good)
+        list.finish();
     const int status = finish_output(EXIT_DONE);
     if (status != EXIT_DONE)
         return status;
     if (damage > 0)
         say(options.log + ": damaged in " + std::to_string(damage) + " places" +
             (elements.events().is_cut() ? ", cut short" : ""));
-    const std::string none = missing(options, filter, summaries.pages());
-    return none.empty() ? EXIT_DONE : fail(options.log + ": " + none);
+    if (elements.events().is_cut() && !in_flight.text().empty())
+        say(options.log + ": in flight: " + printable(in_flight.text()));
+    return end_list(options, list);
+}
+
+// The mark of the call in flight: on a terminal it goes when the next line comes.
+class FlightMark
+{
+public:
+    void show(const std::string& call)
+    {
+        if (call == shown_)
+            return;
+        clear();
+        shown_ = call;
+        if (!call.empty())
+            put("in flight: " + printable(call) + (terminal_ ? "" : "\n"));
+    }
+
+    void clear()
+    {
+        if (terminal_ && !shown_.empty())
+            put("\r\x1b[K");
+        shown_.clear();
+    }
+
+private:
+    bool terminal_ = is_terminal();
+    std::string shown_;
+};
+
+int follow_log(const LsOptions& options)
+{
+    CallList list(options);
+    FlightMark mark;
+    LogTail tail(options.log);
+    tail.on_call = [&](const Element& call)
+    {
+        mark.clear();
+        return list.add(call);
+    };
+    tail.on_wait = [&](const std::string& call)
+    {
+        if (!options.json && list.begin())
+            mark.show(call);
+        return std::fflush(stdout) == 0;
+    };
+    const bool whole = tail.follow();
+    mark.clear();
+    if (whole)
+        list.finish();
+    const int status = finish_output(EXIT_DONE);
+    if (status != EXIT_DONE)
+        return status;
+    if (!whole)
+        return fail(options.log + ": " + tail.why());
+    return end_list(options, list);
+}
+
+std::string check_columns(const std::string& columns)
+{
+    return read_columns(columns).empty() ? "columns are some of " + column_names() + ", with commas between them" : "";
+}
+
+// What can be followed is a file.
+std::string check_followed(const LsOptions& options)
+{
+    if (!options.follow || (options.log != "-" && options.log.find("://") == std::string::npos))
+        return {};
+    return "--follow: a file alone can be followed, not " +
+           std::string(options.log == "-" ? "the standard input" : "a URL");
+}
+
+int list(const LsOptions& options)
+{
+    if (const std::string why = check_followed(options); !why.empty())
+    {
+        std::fprintf(stderr, "orvlog ls: %s (see orvlog ls --help)\n", why.c_str());
+        return EXIT_BAD_USE;
+    }
+    return options.follow ? follow_log(options) : list_log(options);
 }
 
 }  // namespace
@@ -159,14 +276,29 @@ Run declare_ls(CLI::App& app)
         ->transform(without_prefix)
         ->check(CLI::IsMember(std::vector<std::string>(kinds.begin(), kinds.end())));
     app.add_option("--id", options->ids, "only paints of these ids")->type_name("A-B")->check(command_line::check_ids);
-    app.add_flag("--places", options->places, "begin each line with the call's byte and line in the log's text");
-    app.add_flag("--json", options->json, "write an array of objects instead, with unrounded boxes");
-    app.footer("A line has the id of a paint, the page, the kind of the call, the box that it paints, in whole pixels "
-               "around it (minimum x, minimum y, maximum x, maximum y), the operator, and what paints: a colour, a "
-               "gradient or an image. A - stands for what a call doesn't have, or the log doesn't tell. Clips don't "
-               "narrow boxes, but of calls without a shape; mitered corners and what stands in resources have none. "
-               "Of a damaged or cut log it lists what can be read. Pages and paints that the log doesn't have are an "
-               "error.");
+    CLI::Option* places =
+        app.add_flag("--places", options->places, "begin each line with the call's byte and line in the log's text");
+    app.add_option("--columns", options->columns, "these columns instead, in this order: " + column_names())
+        ->type_name("LIST")
+        ->check(check_columns)
+        ->excludes(places);
+    app.add_option("--colour", options->colour, "colours: on a terminal, unless NO_COLOR is set, always or never")
+        ->type_name("WHEN")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    app.add_flag("--json", options->json, "write an array of objects instead, with values as the log has them");
+    app.add_flag("--follow", options->follow,
+                 "go on while a job writes the log, to the log's end; with --json an object a line");
+    app.footer(
+        "Behind a header a line for each call: its id, or line:N for what has none; the page; the kind of the "
+        "call; the box that it paints, in whole pixels around it (minimum x, minimum y, maximum x, maximum y); the "
+        "box that its clips leave; the operator; what paints: a colour, a gradient or an image; and what a text "
+        "says. A - stands for what a call doesn't have, or the log doesn't tell. Clips don't narrow boxes, but "
+        "of calls without a shape; mitered corners and what stands in resources have none. On a terminal lines "
+        "end at its edge. Of a damaged or cut log it lists what can be read, and names the call that was in "
+        "flight. Pages and paints that the log doesn't have are an error.\n\nWith --follow calls come as the job "
+        "makes them, and the one in flight is named when nothing has come for a tenth of a second; the log is "
+        "a plain one in a file. It ends with the log, with a signal, and with status 1 when the file is gone, "
+        "replaced or shorter than before.");
     return [options] { return list(*options); };
 }
 

@@ -4,6 +4,7 @@
 #include "clients/command-line/number-range.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/session/logged-session.h"
+#include "inspect/drawing/glyph-form.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/shared/address.h"
@@ -154,19 +155,10 @@ private:
         }
         options.page_number = [this](const cairo_renderer::Page&) { return page_; };
         options.keep_images = kind_.kept_images;
-        options.glyph_form = glyph_form();
+        options.glyph_form = orvlog::inspect::glyph_form(kind_);
         options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
         options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
         renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
-    }
-
-    // That of the job's renderer, by what it has asked for.
-    cairo_renderer::GlyphForm glyph_form() const
-    {
-        if (kind_.rendered_fixed)
-            return cairo_renderer::GlyphForm::in_turn;
-        const bool bitmaps = (kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0;
-        return bitmaps ? cairo_renderer::GlyphForm::bitmap : cairo_renderer::GlyphForm::path;
     }
 
     // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.

@@ -254,7 +254,7 @@ Run declare_trim(CLI::App& app)
         "documents, drawings and groups, the resources that they paint, their tickets. A call that starts a document, "
         "a drawing or a group stands for all up to its end. Numbers count again from the beginning, so that the new "
         "log is one as the logger makes it.\n\n"
-        "Files with image data are copied to beside NEWLOG under names that begin like it; kNone is overwritten. On "
+        "Files with image data are copied to beside NEWLOG under names that begin like it; none is overwritten. On "
         "standard output the bytes stand in the log itself, as do the logs of kept images in any case.\n\n"
         "A log that is cut short or damaged gives what it has, and the exit status is then 1.");
     return [command] { return trim(*command); };

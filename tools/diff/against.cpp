@@ -1,6 +1,7 @@
 #include "tools/diff/against.h"
 
 #include "clients/replay/replay.h"
+#include "inspect/drawing/glyph-form.h"
 #include "inspect/pixels/pictures.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
@@ -110,10 +111,7 @@ private:
         std::vector<cairo_renderer::PagePixels> pages;
         cairo_renderer::Options drawing;
         drawing.complaint_sink = [](const std::string&) {};
-        if (kind_.rendered_fixed)
-            drawing.glyph_form = cairo_renderer::GlyphForm::in_turn;
-        else if ((kind_.rendered_first & 1U << GFI_GDT_BITMAP) != 0)
-            drawing.glyph_form = cairo_renderer::GlyphForm::bitmap;
+        drawing.glyph_form = orvlog::inspect::glyph_form(kind_);
         drawing.page_sink = [&](const cairo_renderer::Page& page)
         {
             cairo_renderer::collect_pixels(page, pages);

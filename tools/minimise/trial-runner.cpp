@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -40,8 +41,12 @@ std::string hash_of(const std::string& text)
     return digits.data();
 }
 
+// As it is where the shell takes it so: then {} may stand in quotes.
 std::string quoted(const std::string& path)
 {
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/._-+,";
+    if (path.find_first_not_of(kPlain) == std::string::npos)
+        return path;
     std::string result = "'";
     for (const char c : path)
         result += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -62,6 +67,19 @@ std::string command_line(const std::string& command, const std::string& path)
 bool is_before(const timespec& one, const timespec& other)
 {
     return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
+}
+
+// What is thrown here would end the command's own work, in the new process: it would take the folders away.
+bool replays(const std::string& log) noexcept
+{
+    try
+    {
+        return check_replay(log).good;
+    }
+    catch (const std::exception&)
+    {
+        return false;
+    }
 }
 
 timespec now()
@@ -116,9 +134,17 @@ bool TrialRunner::open(const std::string& log)
 {
     const std::string header =
         "orvlog-minimise 1 " + hash_of(log + '\n' + options_.command + '\n' + std::to_string(options_.timeout));
+    // A pipe would be waited for.
+    std::error_code none;
+    const fs::file_status status = fs::status(options_.state, none);
+    if (fs::exists(status) && !fs::is_regular_file(status))
+    {
+        why_ = options_.state + ": is no ordinary file";
+        return false;
+    }
     if (!read_state(header))
         return false;
-    const bool fresh = !fs::exists(options_.state) || fs::file_size(options_.state) == 0;
+    const bool fresh = !fs::exists(status) || fs::file_size(options_.state) == 0;
     state_ = std::fopen(options_.state.c_str(), "ab");
     if (state_ == nullptr)
     {
@@ -155,7 +181,7 @@ void TrialRunner::forget()
 void TrialRunner::become_command(const std::string& log, const std::string& path, bool show_errors) const
 {
     setpgid(0, 0);
-    if (!check_replay(log).good)
+    if (!replays(log))
         _exit(kDoesNotReplay);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
         std::signal(signal, SIG_DFL);

@@ -1,5 +1,8 @@
 #include "tools/shared/new-log.h"
 
+#include "tools/shared/signals.h"
+#include "tools/shared/unfinished.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -27,6 +30,17 @@ bool copy(std::istream& from, std::FILE* to)
     return true;
 }
 
+// A file that wasn't there, and that a signal takes away. Null with the error number set.
+std::FILE* make_noted(const std::string& path)
+{
+    const SignalsHeld held;
+    errno = 0;
+    std::FILE* file = std::fopen(path.c_str(), "wbx");
+    if (file != nullptr)
+        note_file_beside(path);
+    return file;
+}
+
 }  // namespace
 
 FilesBeside::FilesBeside(const std::string& new_log, const orvlog::reader::LogFiles& files)
@@ -40,6 +54,7 @@ FilesBeside::~FilesBeside()
     std::error_code none;
     for (const std::string& name : made_)
         fs::remove(folder_ / name, none);
+    forget_files_beside();
 }
 
 std::string FilesBeside::take(const std::string& name, const std::string& kind, uint64_t number)
@@ -56,8 +71,7 @@ std::string FilesBeside::take(const std::string& name, const std::string& kind, 
         taken = stem_ + "-" + kind + "-" + std::to_string(number++) + ".bin";
     while (made_.contains(taken));
     const std::string path = (folder_ / taken).string();
-    errno = 0;
-    std::FILE* to = std::fopen(path.c_str(), "wbx");
+    std::FILE* to = make_noted(path);
     if (to == nullptr)
         throw std::runtime_error(path + ": " + std::strerror(errno) + "; nothing was written");
     made_.insert(taken);

@@ -1,12 +1,12 @@
 #include "tools/shared/output.h"
 
 #include "clients/command-line/progress-bar.h"
+#include "tools/shared/signals.h"
+#include "tools/shared/unfinished.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <unistd.h>
 
 namespace orvlog::tool
 {
@@ -15,27 +15,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-// What a signal that ends the program takes away first.
-char unfinished[4096];
-
-void end_by_signal(int signal)
-{
-    if (unfinished[0] != '\0')
-        unlink(unfinished);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
-void set_unfinished(const std::string& part)
-{
-    if (part.size() >= sizeof unfinished)
-        return;
-    std::strcpy(unfinished, part.c_str());
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        if (!part.empty() && std::signal(signal, end_by_signal) == SIG_IGN)
-            std::signal(signal, SIG_IGN);
-}
 
 // Where a link leads; a name that is none stays as it is.
 std::string resolved(const std::string& name)
@@ -126,9 +105,12 @@ bool Output::finish()
         return true;
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
+    // A signal takes all away or nothing.
+    const SignalsHeld held;
     if (closed && (part_.empty() || std::rename(part_.c_str(), name_.c_str()) == 0))
     {
         set_unfinished("");
+        forget_files_beside();
         return true;
     }
     const int reason = errno;

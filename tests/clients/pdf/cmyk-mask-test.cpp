@@ -13,7 +13,7 @@ namespace orvlog
 namespace
 {
 
-using namespace small_document;
+using namespace orvlog::small_document;
 
 // Black ink darkens by its square, down to a lightness of 20; all inks together come to 8.
 cmsInt32Number lab_of(const cmsUInt16Number* ink, cmsUInt16Number* lab, void*)

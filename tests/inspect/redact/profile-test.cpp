@@ -83,6 +83,32 @@ TEST(RedactProfile, TakesTextsOutAndLeavesNumbers)
     EXPECT_EQ(text_of(bytes, 180, 4), "desc");
 }
 
+TEST(RedactProfile, TakesNoTextForNumbers)
+{
+    // A curve that says to reach over the text behind a mluc's.
+    Bytes overlapping = profile();
+    put(overlapping, 180, "curv");
+    put_u32(overlapping, 140, 44);
+    orvlog::inspect::redact_profile(overlapping);
+    EXPECT_EQ(overlapping, Bytes(300));
+    // A table of translations that says to be as long as all of it.
+    Bytes table = profile();
+    put_u32(table, 232, 2);
+    put_u32(table, 256, 1);
+    put(table, 248, "Secret");
+    orvlog::inspect::redact_profile(table);
+    EXPECT_EQ(text_of(table, 248, 6), std::string("\0x\0x\0x", 6));
+    Bytes bytes = profile();
+    put(bytes, 204, "ui08");
+    put(bytes, 100, "reserved");
+    put_u32(bytes, 24, 0x07E90506);
+    orvlog::inspect::redact_profile(bytes);
+    EXPECT_EQ(text_of(bytes, 212, 6), std::string(6, '\0'));
+    EXPECT_EQ(text_of(bytes, 100, 8), std::string(8, '\0'));
+    EXPECT_EQ(text_of(bytes, 24, 4), std::string(4, '\0'));
+    EXPECT_EQ(text_of(bytes, 260, 4), "curv");
+}
+
 TEST(RedactProfile, TellsNothingOfOneThatIsNotWhole)
 {
     for (const size_t size : {0, 3, 127, 128, 131, 179, 299})

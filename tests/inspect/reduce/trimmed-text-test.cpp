@@ -169,6 +169,43 @@ TEST(TrimmedText, KeepsACutLogCut)
     EXPECT_EQ(text.damage(), 0U);
 }
 
+// Such logs could lead back to themselves.
+TEST(TrimmedText, ReadsNoLogThatTheLogOfAKeptImageNames)
+{
+    const std::string keep =
+        "  <GOP_ImageKeepFn Id=\"10\" async_img_log_file_name=\"one.tmp\">\n  </GOP_ImageKeepFn>\n";
+    std::istringstream source("<ORV LoggingMode=\"transparent\">\n" + keep + "</ORV>\n");
+    TrimOptions options;
+    int opened = 0;
+    std::string said;
+    options.open_file = [&](const std::string&, orvlog::reader::LogFileKind) -> orvlog::reader::LogFile
+    {
+        // The last one is of no account: it is there so that this ends.
+        return {std::make_unique<std::istringstream>(++opened < 5 ? keep : ""), "", "", false};
+    };
+    options.complain = [&said](const std::string& line) { said += line + "\n"; };
+    TrimmedText text(source, std::move(options));
+    const std::string log(std::istreambuf_iterator<char>(&text), {});
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(text.missing(), 1U);
+    EXPECT_EQ(said, "the log one.tmp of a kept image is not read: it is named by that of another one\n");
+    EXPECT_NE(log.find("async_img_log_file_name=\"one.tmp\""), std::string::npos);
+}
+
+// More numbers than are remembered, none of them in order.
+TEST(TrimmedText, TakesNumbersThatNoLoggerGives)
+{
+    std::string log = "<ORV LoggingMode=\"transparent\">\n  <ORV_object_paint id=\"0\" drawing_context=\"0\">\n";
+    for (uint32_t number = 70000; number > 0; --number)
+        log += "    <GFI_StringStartFn GfpId=\"" + std::to_string(number) + "\" orvlog_font_spec_id=\"" +
+               std::to_string(number) + "\"/>\n";
+    log += "  </ORV_object_paint>\n</ORV>\n";
+    const std::string made = trimmed(log);
+    EXPECT_NE(made.find("<GFI_StringStartFn GfpId=\"0\" orvlog_font_spec_id=\"0\"/>"), std::string::npos);
+    EXPECT_NE(made.find("<GFI_StringStartFn GfpId=\"1\" orvlog_font_spec_id=\"1\"/>\n  </ORV_object_paint>"),
+              std::string::npos);
+}
+
 TEST(TrimmedText, SaysWhatIsNoLog)
 {
     std::istringstream source("%PDF-1.7");

@@ -95,7 +95,7 @@ TEST(LogCheck, WhatIsNotBegunAndWhatIsNotEnded)
                                "  </ORV_group_finish>\n";
     EXPECT_EQ(check(log_of(kFace + start + kFinish)), "6: the drawing ends with 1 open groups\n");
     EXPECT_EQ(check(log_of(kFace + start + finish + finish + kFinish)),
-              "8: a group is finished that was not started\n");
+              "4: note: nothing is drawn into a group\n8: a group is finished that was not started\n");
     const std::string resource = "  <ORV_resource_paint drawing_context=\"0\" resource_id=\"7\">\n"
                                  "  </ORV_resource_paint>\n";
     EXPECT_EQ(check(log_of(kFace + resource + kFinish)), "4: resource_id 7 was never started\n");
@@ -212,7 +212,8 @@ TEST(LogCheck, DamageIsAFinding)
 {
     EXPECT_EQ(
         check("<ORV ORVLOG_CONTENT_VERSION=\"2\">\n" + kFace + "  <ORV_object_paint id=\"0\" drawing_context=\"0\">\n"),
-        "5: the log ends here, before its end\n2: drawing_context 0 is not finished\n");
+        "5: the log ends here, before its end\n4: in flight: ORV_object_paint 0, line 4\n"
+        "2: drawing_context 0 is not finished\n");
 }
 
 }  // namespace

@@ -55,7 +55,6 @@ TEST(ToolInfo, TellsOfASmallLogThatWasCutShort)
 form        plain, 1363 bytes, cut short
 content     version 2
 mode        base
-versions    ORV 10066, GPA 10057
 pages       1
   page 1: 600x1200 pixels, 2.00x4.00 inches at 300 dpi
 calls       3
@@ -145,6 +144,13 @@ TEST(ToolInfo, WritesAnObject)
 )X");
 }
 
+TEST(ToolInfo, TellsVersionsWhenAsked)
+{
+    const std::string out = run_tool({"info", "-", "--versions"}, kSmall).out;
+    EXPECT_NE(out.find("\nmode        base\nversions    ORV 10066, GPA 10057\npages       1\n"), std::string::npos)
+        << out;
+}
+
 TEST(ToolInfo, TellsOfEveryCall)
 {
     const ToolResult result =
@@ -154,7 +160,6 @@ TEST(ToolInfo, TellsOfEveryCall)
 form        plain, 95024 bytes, whole
 content     version 2
 mode        transparent
-versions    MIRDA_TOLMA 10034, ORV 10066, TPN 10061, TRN 10010, HOLV 10055, GAM 10044, GBT 10003, GCA 10003, GCD 10044, GCM 10099, GER 10017, GFI 10053, GFX 10024, GGO 10021, GHT 10003, GIO 10028, GME 10028, GMM 10031, GNC 10024, GOP 10090, GOS 10052, GPA 10057, GSH 10043, GUT 10003
 pages       2
   pages 1-2: 10x10 pixels, 10.00x10.00 inches at 1 dpi
 calls       32

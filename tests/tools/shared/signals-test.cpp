@@ -186,4 +186,33 @@ TEST_F(BrokenOff, APageMayTakeNoLongerThanItIsGiven)
     EXPECT_TRUE(read_file(log).ends_with("</ORV>\n"));
 }
 
+// The log that came through a pipe, the part of the new one, and the image data that was copied to beside it.
+TEST_F(BrokenOff, TakesAwayWhatTrimHasBegun)
+{
+    std::string log = "<ORV LoggingMode=\"transparent\">\n"
+                      "  <ORV_document_start document_context=\"0\" document_id=\"1\">\n  </ORV_document_start>\n"
+                      "  <ORV_face_start document_context=\"0\" drawing_context=\"0\">\n  </ORV_face_start>\n"
+                      "  <ORV_object_paint id=\"0\" drawing_context=\"0\">\n"
+                      "    <GOP_OperandImagePointer Id=\"10\" imp_DirectImageFileName=\"job-dir-10.bin\">\n"
+                      "    </GOP_OperandImagePointer>\n  </ORV_object_paint>\n";
+    for (int i = 1; i < 300000; ++i)
+        log += "  <ORV_object_paint id=\"" + std::to_string(i) + "\" drawing_context=\"0\">\n  </ORV_object_paint>\n";
+    folder.write("job-dir-10.bin", "bytes");
+    start({"trim", "-", "--pages", "1", "-o", folder.path("new.xml"), "--files-from", folder.path("")});
+    for (size_t at = 0; at < log.size();)
+    {
+        const ssize_t written = write(input[1], log.data() + at, log.size() - at);
+        ASSERT_GT(written, 0);
+        at += static_cast<size_t>(written);
+    }
+    close(input[1]);
+    input[1] = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    wait_until([this] { return fs::exists(folder.path("new-dir-10.bin")); });
+    EXPECT_EQ(status_after(SIGTERM), 128 + SIGTERM);
+    EXPECT_TRUE(no_temporary_folders());
+    EXPECT_FALSE(fs::exists(folder.path("new.xml")));
+    EXPECT_FALSE(fs::exists(folder.path("new.xml.part")));
+    EXPECT_FALSE(fs::exists(folder.path("new-dir-10.bin")));
+}
+
 }  // namespace
