@@ -171,7 +171,7 @@ bool is_hidden(uint32_t code)
                                                                   {0xFEFF, 0xFEFF},
                                                                   {0xFFF0, 0xFFFF},
                                                                   {0xE0000, 0x10FFFF}}};
-    return std::kRanges::any_of(kRanges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
+    return std::ranges::any_of(kRanges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
 }
 
 }  // namespace
