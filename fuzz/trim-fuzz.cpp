@@ -35,7 +35,7 @@ std::string trim(const std::string& log, uint64_t every, bool whole)
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const std::string log(reinterpret_cast<const char*>(data), size);
-    for (const uint64_t every : {1, 2, 5})
+    for (const uint64_t every : {1U, 2U, 5U})
     {
         for (const bool whole : {false, true})
         {

@@ -110,7 +110,7 @@ TEST(Minimiser, GivesTheSameWhateverIsTriedSideBySide)
         return first != std::string::npos && text.find("flag=\"1\"", first) != std::string::npos;
     };
     std::string found;
-    for (const size_t at_once : {1, 2, 3, 8})
+    for (const size_t at_once : {1U, 2U, 3U, 8U})
     {
         Trials trials(good, at_once);
         Minimiser minimiser(log, trials);
