@@ -3,7 +3,9 @@
 #include "reader/tree/values.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
+#include <bit>
+#include <cstdint>
 
 namespace orvlog::replay
 {
@@ -15,7 +17,8 @@ using reader::Element;
 
 bool same(const GGO_Matrix& one, const GGO_Matrix& other)
 {
-    return std::memcmp(&one, &other, sizeof one) == 0;
+    using Bits = std::array<uint64_t, sizeof one / sizeof(uint64_t)>;
+    return std::bit_cast<Bits>(one) == std::bit_cast<Bits>(other);
 }
 
 bool is_fixed(const Element& get)

@@ -206,9 +206,9 @@ private:
         {
             for (int diagonal = -edits; diagonal <= edits; diagonal += 2)
             {
-                int64_t& x = reach[static_cast<size_t>(diagonal + kMostEdits + 1)];
-                const int64_t down = reach[static_cast<size_t>(diagonal + kMostEdits + 2)];
-                const int64_t right = reach[static_cast<size_t>(diagonal + kMostEdits)] + 1;
+                int64_t& x = reach[static_cast<size_t>(diagonal) + kMostEdits + 1];
+                const int64_t down = reach[static_cast<size_t>(diagonal) + kMostEdits + 2];
+                const int64_t right = reach[static_cast<size_t>(diagonal) + kMostEdits] + 1;
                 const bool goes_down = diagonal == -edits || (diagonal != edits && right - 1 < down);
                 x = edits == 0 ? 0 : goes_down ? down : right;
                 while (x < width && x - diagonal < height && x - diagonal >= 0 &&

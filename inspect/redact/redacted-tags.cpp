@@ -90,7 +90,7 @@ std::string RedactedText::text_value(const Attribute& attribute)
     }
     if (attribute.name == "val")
     {
-        const std::string masked = masked_colourant(attribute.value);
+        std::string masked = masked_colourant(attribute.value);
         if (masked != attribute.value)
             count("names of colourants");
         return masked;

@@ -16,10 +16,10 @@ FontEngineWrapper* wrapper_of(void* fe_context)
     return static_cast<FontEngineWrapper*>(fe_context);
 }
 
-void begin(const FontEngineWrapper* wrapper, const char* kElement, uint32_t result)
+void begin(const FontEngineWrapper* wrapper, const char* element, uint32_t result)
 {
     ORVLOG_Writer* writer = &wrapper->session->writer;
-    orvlog_writer_begin_element(writer, kElement);
+    orvlog_writer_begin_element(writer, element);
     orvlog_attr_uint(writer, "GfpId", wrapper->GfpId);
     orvlog_attr_bool(writer, "result", result);
 }
@@ -47,7 +47,7 @@ void close_string_start(ORVLOG_Session* session, const GFI_FontSpecPointer* font
 }
 
 // A glyph as the engine gave it. `changed` says whether a new transform came with it.
-void dump_glyph(ORVLOG_Writer* writer, const char* kElement, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
+void dump_glyph(ORVLOG_Writer* writer, const char* element, const uint32_t* changed, const GGO_Matrix* to_face_pixel,
                 const uint32_t* flags, GFI_GlyphDescPointer* const* glyph)
 {
     orvlog_attr_bool(writer, "glyphdesc_transform_changed", value_of(changed));
@@ -56,7 +56,7 @@ void dump_glyph(ORVLOG_Writer* writer, const char* kElement, const uint32_t* cha
         ggo_attr_matrix(writer, "glyphdesc_to_face_pixel", to_face_pixel);
         ggo_attr_transform_flags(writer, "glyphdesc_transform_flags", value_of(flags));
     }
-    const ORVLOG_Content content(writer, kElement);
+    const ORVLOG_Content content(writer, element);
     dump_GFI_GlyphDescPointer(writer, glyph != nullptr ? *glyph : nullptr);
 }
 

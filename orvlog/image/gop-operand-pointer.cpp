@@ -16,9 +16,9 @@ bool has_other_color_space(const GOP_Operand* operand)
     return GOP_COLOR_INFO_SPACE(operand->go_ColorInfo) == GOP_OCS_OTHER;
 }
 
-void begin(ORVLOG_Writer* writer, const char* kElement, const GOP_OperandPointer* pointer)
+void begin(ORVLOG_Writer* writer, const char* element, const GOP_OperandPointer* pointer)
 {
-    orvlog_writer_begin_element(writer, kElement);
+    orvlog_writer_begin_element(writer, element);
     orvlog_attr_uint(writer, "op_UniqueId", pointer->op_UniqueId);
 }
 
@@ -28,10 +28,10 @@ void dump_csd_if(ORVLOG_Writer* writer, bool used, const GOP_OperandPointer* poi
         ORVLOG_DumpCsdPointer(writer, &pointer->op_Csd);
 }
 
-void dump_stops(ORVLOG_Writer* writer, const char* kElement, const char* member, const GOP_GradStop* const* stops,
+void dump_stops(ORVLOG_Writer* writer, const char* element, const char* member, const GOP_GradStop* const* stops,
                 uint32_t count)
 {
-    const ORVLOG_Member inside(writer, kElement, member);
+    const ORVLOG_Member inside(writer, element, member);
     for (uint32_t i = 0; i < count; ++i)
         dump_GOP_GradStop(writer, stops[i]);
 }

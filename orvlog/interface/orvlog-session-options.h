@@ -64,7 +64,8 @@ typedef struct ORVLOG_SessionOptions
     uint32_t glyph_fixed_format;
 
     // The form, GFI_GDT_*, in which the logger asks for glyphs in base mode. It goes to the font engine as it stands.
-    // ORVLOG_DLL_set_parameters makes it GFI_GDT_BITMAP, and the three other fields of this kind 0.
+    // ORVLOG_DLL_set_parameters makes it GFI_GDT_BITMAP, makes image_dump_flag and glyph_fixed_format 0, and chooses
+    // mode and second receiver anew.
     uint32_t glyph_get_format;
 
     // A second receiver of document and face calls, as up_SecondInterface; it must live until the shutdown. May be

@@ -127,8 +127,8 @@ bool is_shape_empty(const Element& shape)
     const Element* record = shape_record(shape);
     const bool known = record != nullptr && record->child("GSH_Shape") != nullptr &&
                        (record->name == "GSH_FilledPathShape" || record->name == "GSH_MultiRectShape");
-    constexpr GGO_Matrix identity = {{1, 0, 0, 1, 0, 0}};
-    return known && !shape_box(shape, identity);
+    constexpr GGO_Matrix kIdentity = {{1, 0, 0, 1, 0, 0}};
+    return known && !shape_box(shape, kIdentity);
 }
 
 // A box that holds all that the call paints, with the corners of strokes; nothing if it can't be told for sure.
@@ -237,9 +237,9 @@ void CheckPaints::call(const Element& call)
         if (!drawing.groups.empty())
             drawing.groups.back().used = true;
         const GGO_Matrix* space = summaries_.to_pixels(call);
-        constexpr GGO_Matrix identity = {{1, 0, 0, 1, 0, 0}};
+        constexpr GGO_Matrix kIdentity = {{1, 0, 0, 1, 0, 0}};
         if (call.name != "ORV_resource_paint")
-            paint(call, summary, drawing, space != nullptr ? *space : identity);
+            paint(call, summary, drawing, space != nullptr ? *space : kIdentity);
     }
 }
 

@@ -11,7 +11,7 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view coded_prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
+constexpr std::string_view kCodedPrefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
 // How a log's text begins behind the prefix when there was no memory for a coder.
 constexpr std::string_view kPlainStart = "<ORV MIRDA_TOLMA_VERSION=\"";
 
@@ -19,14 +19,14 @@ constexpr std::string_view kPlainStart = "<ORV MIRDA_TOLMA_VERSION=\"";
 
 CodedInput::CodedInput(std::istream& source) : bytes_(source), text_bytes_(&bytes_), raw_(text_bytes_)
 {
-    const std::string_view head = raw_.look(coded_prefix.size());
-    if (head.starts_with(coded_prefix))
+    const std::string_view head = raw_.look(kCodedPrefix.size());
+    if (head.starts_with(kCodedPrefix))
     {
-        raw_.skip(coded_prefix.size());
+        raw_.skip(kCodedPrefix.size());
         if (!raw_.look(kPlainStart.size()).starts_with(kPlainStart))
             coded_.emplace(raw_);
     }
-    else if (head.size() > 5 && coded_prefix.starts_with(head))
+    else if (head.size() > 5 && kCodedPrefix.starts_with(head))
     {
         // No plain log begins like that: a coded log of which no text is left.
         raw_.skip(head.size());

@@ -15,7 +15,7 @@ namespace orvlog::reader
 namespace
 {
 
-constexpr std::string_view coded_prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
+constexpr std::string_view kCodedPrefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
 constexpr std::string_view kRootTag = "<ORV";
 constexpr size_t kHeadSize = 64;
 constexpr size_t kBlockSize = 65536;
@@ -43,9 +43,9 @@ uint64_t zeros_of_none(std::string_view head)
 {
     if (!head.starts_with(kRootTag))
         return kRootTag.starts_with(head.substr(0, head.find_last_not_of('\0') + 1)) ? 1 : UINT64_MAX;
-    if (!head.starts_with(coded_prefix))
+    if (!head.starts_with(kCodedPrefix))
         return 1;
-    head.remove_prefix(coded_prefix.size());
+    head.remove_prefix(kCodedPrefix.size());
     if (head.starts_with(kRootTag))
         return 1;
     static const std::string coded_root = coded_root_tag();

@@ -131,14 +131,13 @@ void LogEnd::end_line()
 {
     const bool is_short = line_size_ < head_.size();
     const std::string_view line = is_short ? without_return(line_head()) : std::string_view();
-    if (state_ == State::body && line == kClosingTag)
+    const bool ends_comment = without_return(tail_).ends_with(kCommentEnd);
+    if ((state_ == State::body && line == kClosingTag) || (state_ == State::closing_comment && ends_comment))
         state_ = State::between;
     else if (state_ == State::body && line == kCommentStart)
         state_ = State::body_comment;
-    else if (state_ == State::body_comment && without_return(tail_).ends_with(kCommentEnd))
+    else if (state_ == State::body_comment && ends_comment)
         state_ = State::body;
-    else if (state_ == State::closing_comment && without_return(tail_).ends_with(kCommentEnd))
-        state_ = State::between;
     head_size_ = 0;
     line_size_ = 0;
     tail_.clear();

@@ -30,13 +30,13 @@ LogText::LogText(std::istream& source) : bytes_(source), source_(&bytes_), block
 void LogText::start()
 {
     started_ = true;
-    constexpr std::string_view prefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
-    source_.read(block_.data(), prefix.size());
+    constexpr std::string_view kPrefix(ORVLOG_CODED_PREFIX, ORVLOG_CODED_PREFIX_SIZE);
+    source_.read(block_.data(), kPrefix.size());
     end_ = static_cast<size_t>(source_.gcount());
     read_ = end_;
     const std::string_view head = seen();
-    const bool cut_prefix = head.size() > 5 && prefix.starts_with(head);
-    if (!head.starts_with(prefix) && !cut_prefix)
+    const bool cut_prefix = head.size() > 5 && kPrefix.starts_with(head);
+    if (!head.starts_with(kPrefix) && !cut_prefix)
         return;
     rejoined_.emplace(std::string(head), source_);
     whole_.emplace(&*rejoined_);

@@ -139,7 +139,7 @@ PatternPtr ScenePainter::merge_layer(const Group& group, const Level& level)
         const SurfacePtr below = copy_of(level.backdrop.get(), layer);
         remove_backdrop(layer, cairo_get_target(level.alpha.get()), below.get());
     }
-    const PatternPtr layer = own_pattern(cairo_pop_group(cr_));
+    PatternPtr layer = own_pattern(cairo_pop_group(cr_));
     const PatternPtr shape = pattern_of(level.shape);
     Level& around = levels_.back();
     if (around.knockout && shape != nullptr)

@@ -129,9 +129,11 @@ TEST(InspectDamage, LogsWithOtherBytes)
 TEST(InspectDamage, PagesOfLogsWithOtherBytes)
 {
     using namespace orvlog::test;
+    With with;
+    with.clip = clip_of({0, 0, 10, 10});
     const std::string sound = page_of(20, 20,
-                                      group_start() + paint_of(0, {2, 2, 12, 12}, "1 0 0", {clip_of({0, 0, 10, 10})}) +
-                                          paint_of(1, {4, 4, 18, 18}, "0 0 1", {}, "0.5") + group_finish());
+                                      group_start() + paint_of(0, {2, 2, 12, 12}, "1 0 0", with) +
+                                          paint_of(1, {4, 4, 18, 18}, "0 0 1", With(), "0.5") + group_finish());
     const auto side = [](const std::string& log)
     {
         PixelSide made;

@@ -37,7 +37,6 @@ UNSEEN = {'cap', 'dash', 'font-size', 'join', 'object-type', 'page-size', 'text'
 # Kinds that change no pixel, but how many there are.
 PAGE = ('page-size',)
 GROUPS = ('group-type', 'knockout')
-# Kinds whose colour in the pixel comes from nothing but the planted call.
 MINIMISED = ('alpha', 'image-matrix')
 MOST_CALLS = 20
 failures = []

@@ -96,7 +96,6 @@ std::vector<Step> steps(const fs::path& page)
         output
     } in = In::prose;
     for (std::string line; std::getline(file, line);)
-    {
         if (line == "```sh")
         {
             in = In::commands;
@@ -113,7 +112,6 @@ std::vector<Step> steps(const fs::path& page)
             found.back().commands += line + "\n";
         else if (in == In::output)
             found.back().shown += line + "\n";
-    }
     return found;
 }
 

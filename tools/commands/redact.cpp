@@ -8,9 +8,12 @@
 #include "tools/shared/new-log.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace orvlog::tool
@@ -112,6 +115,21 @@ private:
     size_t complaints_ = 0;
 };
 
+// Where a name leads, be there a file or not.
+std::string place_of(const std::string& name)
+{
+    std::error_code none;
+    return name == "-" ? name : std::filesystem::weakly_canonical(name, none).string();
+}
+
+int redact(const RedactCommand& command)
+{
+    if (command.list.empty() || place_of(command.list) != place_of(command.output))
+        return RedactJob(command).run();
+    std::fprintf(stderr, "orvlog redact: the list and the log can't go to the same place (see orvlog redact --help)\n");
+    return EXIT_BAD_USE;
+}
+
 }  // namespace
 
 Run declare_redact(CLI::App& app)
@@ -132,7 +150,7 @@ Run declare_redact(CLI::App& app)
         "The same glyph gets the same stand-in everywhere. What was changed is told on standard error, a line for each "
         "kind.\n\n"
         "Of a log that is damaged only what is understood is written, and the exit status is then 1.");
-    return [command] { return RedactJob(*command).run(); };
+    return [command] { return redact(*command); };
 }
 
 }  // namespace orvlog::tool

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -118,10 +118,8 @@ ordered_json operands_of(const Element& call)
 ordered_json operator_of(const Element& call, std::initializer_list<const char*> names)
 {
     for (const char* name : names)
-    {
         if (const Element* op = in_member(call, name); op != nullptr)
             return operator_values(*op);
-    }
     return nullptr;
 }
 
@@ -149,4 +147,4 @@ ordered_json call_values(const CallRow& row, const Element& element)
     return object;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

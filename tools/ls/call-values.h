@@ -6,10 +6,10 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // An object with the numbers, names and boxes of a call as the log has them; null for what it doesn't have.
 nlohmann::ordered_json call_values(const CallRow& row, const orvlog::reader::Element& element);
 
-}  // namespace tool
+}  // namespace orvlog::tool

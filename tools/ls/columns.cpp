@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdint>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -21,7 +21,7 @@ struct ColumnForm
 };
 
 // In the order of Column.
-constexpr std::array<ColumnForm, 10> FORMS = {{
+constexpr std::array<ColumnForm, 10> kForms = {{
     {"byte", 12, true, ""},
     {"line", 9, true, ""},
     {"call", 12, true, "\x1b[33m"},
@@ -33,14 +33,14 @@ constexpr std::array<ColumnForm, 10> FORMS = {{
     {"colour", 30, false, ""},
     {"text", 24, false, "\x1b[32m"},
 }};
-constexpr std::string_view BOLD = "\x1b[1m";
-constexpr std::string_view PLAIN = "\x1b[0m";
-constexpr size_t LONGEST_KIND = 60;
-constexpr size_t LONGEST_TEXT = 200;
+constexpr std::string_view kBold = "\x1b[1m";
+constexpr std::string_view kPlain = "\x1b[0m";
+constexpr size_t kLongestKind = 60;
+constexpr size_t kLongestText = 200;
 
 const ColumnForm& form_of(Column column)
 {
-    return FORMS[static_cast<size_t>(column)];
+    return kForms[static_cast<size_t>(column)];
 }
 
 // Characters, not bytes.
@@ -56,10 +56,8 @@ std::string cut_to(std::string_view text, size_t length)
         return std::string(text);
     size_t bytes = 0;
     for (size_t left = length; bytes < text.size(); ++bytes)
-    {
         if ((static_cast<unsigned char>(text[bytes]) & 0xC0) != 0x80 && left-- <= 1)
             break;
-    }
     return std::string(text.substr(0, bytes)) + "…";
 }
 
@@ -92,7 +90,7 @@ std::string cell(const CallRow& row, Column column)
     case Column::page:
         return call.page != 0 ? std::to_string(call.page) : "-";
     case Column::kind:
-        return printable(call.kind.substr(0, LONGEST_KIND));
+        return printable(call.kind.substr(0, kLongestKind));
     case Column::box:
         return box_text(call.box);
     case Column::clip:
@@ -104,8 +102,8 @@ std::string cell(const CallRow& row, Column column)
     case Column::text:
         break;
     }
-    const bool cut = row.text.size() > LONGEST_TEXT;
-    return row.text.empty() ? "-" : quoted(std::string_view(row.text).substr(0, LONGEST_TEXT)) + (cut ? "…" : "");
+    const bool cut = row.text.size() > kLongestText;
+    return row.text.empty() ? "-" : quoted(std::string_view(row.text).substr(0, kLongestText)) + (cut ? "…" : "");
 }
 
 template <typename CellOf> std::string line_of(const LineForm& form, std::string_view whole_colour, CellOf cell_of)
@@ -122,7 +120,7 @@ template <typename CellOf> std::string line_of(const LineForm& form, std::string
         room -= std::min(room, length_of(text));
         const std::string_view colour = whole_colour.empty() ? column.colour : whole_colour;
         const bool coloured = form.colour && !colour.empty();
-        line.append(coloured ? colour : "").append(text).append(coloured ? PLAIN : "");
+        line.append(coloured ? colour : "").append(text).append(coloured ? kPlain : "");
     }
     return line + "\n";
 }
@@ -152,28 +150,28 @@ Character next_character(std::string_view text)
             return {};
         code = code << 6 | (byte(i) & 0x3F);
     }
-    constexpr std::array<uint32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
-    const bool good = code >= least[count] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+    constexpr std::array<uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
+    const bool good = code >= kLeast[count] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
     return good ? Character{code, count} : Character{};
 }
 
 // What can't be seen, or turns what stands around it.
 bool is_hidden(uint32_t code)
 {
-    constexpr std::array<std::array<uint32_t, 2>, 13> ranges = {{{0x00, 0x1F},
-                                                                 {0x7F, 0x9F},
-                                                                 {0xAD, 0xAD},
-                                                                 {0x61C, 0x61C},
-                                                                 {0x180B, 0x180F},
-                                                                 {0x200B, 0x200F},
-                                                                 {0x2028, 0x202E},
-                                                                 {0x2060, 0x206F},
-                                                                 {0xE000, 0xF8FF},
-                                                                 {0xFE00, 0xFE0F},
-                                                                 {0xFEFF, 0xFEFF},
-                                                                 {0xFFF0, 0xFFFF},
-                                                                 {0xE0000, 0x10FFFF}}};
-    return std::ranges::any_of(ranges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
+    constexpr std::array<std::array<uint32_t, 2>, 13> kRanges = {{{0x00, 0x1F},
+                                                                  {0x7F, 0x9F},
+                                                                  {0xAD, 0xAD},
+                                                                  {0x61C, 0x61C},
+                                                                  {0x180B, 0x180F},
+                                                                  {0x200B, 0x200F},
+                                                                  {0x2028, 0x202E},
+                                                                  {0x2060, 0x206F},
+                                                                  {0xE000, 0xF8FF},
+                                                                  {0xFE00, 0xFE0F},
+                                                                  {0xFEFF, 0xFEFF},
+                                                                  {0xFFF0, 0xFFFF},
+                                                                  {0xE0000, 0x10FFFF}}};
+    return std::ranges::any_of(kRanges, [code](const auto& range) { return code >= range[0] && code <= range[1]; });
 }
 
 }  // namespace
@@ -185,10 +183,10 @@ std::vector<Column> read_columns(std::string_view list)
     {
         const size_t comma = list.find(',');
         const std::string_view name = list.substr(0, comma);
-        const auto found = std::ranges::find(FORMS, name, &ColumnForm::name);
-        if (found == FORMS.end())
+        const auto found = std::ranges::find(kForms, name, &ColumnForm::name);
+        if (found == kForms.end())
             return {};
-        columns.push_back(static_cast<Column>(found - FORMS.begin()));
+        columns.push_back(static_cast<Column>(found - kForms.begin()));
         if (comma == std::string_view::npos)
             return columns;
         list.remove_prefix(comma + 1);
@@ -198,7 +196,7 @@ std::vector<Column> read_columns(std::string_view list)
 std::string column_names()
 {
     std::string names;
-    for (const ColumnForm& form : FORMS)
+    for (const ColumnForm& form : kForms)
         names.append(names.empty() ? "" : ", ").append(form.name);
     return names;
 }
@@ -215,7 +213,7 @@ std::vector<Column> default_columns(bool places)
 
 std::string header_line(const LineForm& form)
 {
-    return line_of(form, BOLD, [](Column column) { return std::string(form_of(column).name); });
+    return line_of(form, kBold, [](Column column) { return std::string(form_of(column).name); });
 }
 
 std::string row_line(const CallRow& row, const LineForm& form)
@@ -225,7 +223,7 @@ std::string row_line(const CallRow& row, const LineForm& form)
 
 std::string quoted(std::string_view text)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char kDigits[] = "0123456789abcdef";
     std::string shown = "\"";
     while (!text.empty())
     {
@@ -240,11 +238,11 @@ std::string quoted(std::string_view text)
         for (const char c : bytes)
         {
             shown += "\\x";
-            shown += digits[static_cast<unsigned char>(c) >> 4];
-            shown += digits[static_cast<unsigned char>(c) & 15];
+            shown += kDigits[static_cast<unsigned char>(c) >> 4];
+            shown += kDigits[static_cast<unsigned char>(c) & 15];
         }
     }
     return shown + "\"";
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool
+namespace orvlog::tool
 {
 
 struct CallRow
@@ -57,4 +57,4 @@ std::string row_line(const CallRow& row, const LineForm& form);
 // as \x and two digits a byte.
 std::string quoted(std::string_view text);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <thread>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
@@ -20,10 +20,10 @@ namespace
 
 using orvlog::reader::Element;
 
-constexpr std::chrono::milliseconds PAUSE{100};
-constexpr size_t BLOCK = 65536;
-constexpr std::string_view ROOT = "<ORV";
-constexpr std::string_view CALL = "  <ORV_";
+constexpr std::chrono::milliseconds kPause{100};
+constexpr size_t kBlock = 65536;
+constexpr std::string_view kRoot = "<ORV";
+constexpr std::string_view kCall = "  <ORV_";
 
 // "ORV_object_paint" of "  <ORV_object_paint id=...".
 std::string name_of(std::string_view line)
@@ -40,11 +40,11 @@ std::string_view without_blanks(std::string_view line)
 // The id in an opening tag that may not be whole; empty if there is none.
 std::string_view id_of(std::string_view tag)
 {
-    constexpr std::string_view name = " id=\"";
-    const size_t at = tag.find(name);
+    constexpr std::string_view kName = " id=\"";
+    const size_t at = tag.find(kName);
     if (at == std::string_view::npos)
         return {};
-    tag.remove_prefix(at + name.size());
+    tag.remove_prefix(at + kName.size());
     const size_t end = tag.find('"');
     const bool number = end != 0 && end != std::string_view::npos && end <= 10 &&
                         tag.substr(0, end).find_first_not_of("0123456789") == std::string_view::npos;
@@ -90,15 +90,15 @@ bool LogTail::is_whole_file()
 
 bool LogTail::begins_like_a_log() const
 {
-    const std::string_view start = std::string_view(rest_).substr(0, ROOT.size());
-    const bool goes_on = rest_.size() <= ROOT.size() || rest_[ROOT.size()] == ' ' || rest_[ROOT.size()] == '>' ||
-                         rest_[ROOT.size()] == '\n';
-    return start == ROOT.substr(0, start.size()) && goes_on;
+    const std::string_view start = std::string_view(rest_).substr(0, kRoot.size());
+    const bool goes_on = rest_.size() <= kRoot.size() || rest_[kRoot.size()] == ' ' || rest_[kRoot.size()] == '>' ||
+                         rest_[kRoot.size()] == '\n';
+    return start == kRoot.substr(0, start.size()) && goes_on;
 }
 
 LogTail::Step LogTail::read()
 {
-    std::array<char, BLOCK> block{};
+    std::array<char, kBlock> block{};
     const ssize_t count = pread(file_, block.data(), block.size(), position_);
     if (count < 0)
         return fail(std::strerror(errno));
@@ -111,7 +111,7 @@ LogTail::Step LogTail::read()
         return Step::failed;
     if (on_wait && !on_wait(in_flight()))
         return Step::failed;
-    std::this_thread::sleep_for(PAUSE);
+    std::this_thread::sleep_for(kPause);
     return Step::on;
 }
 
@@ -145,7 +145,7 @@ LogTail::Step LogTail::take_line(std::string_view line)
     }
     if (tag.starts_with("</ORV>") && tag.size() == line.size())
         return Step::end;
-    const bool begins = line.starts_with(CALL);
+    const bool begins = line.starts_with(kCall);
     if (begins)
     {
         // One that never came to its end is left aside.
@@ -185,7 +185,7 @@ LogTail::Step LogTail::finish_call()
 std::string LogTail::in_flight() const
 {
     const std::string_view rest = rest_;
-    const bool begins = rest.starts_with(CALL);
+    const bool begins = rest.starts_with(kCall);
     if (name_.empty() && !begins)
         return {};
     const std::string_view first = begins ? rest : std::string_view(call_).substr(0, call_.find('\n'));
@@ -204,4 +204,4 @@ bool LogTail::follow()
     return step == Step::end;
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 class LogTail
@@ -68,4 +68,4 @@ private:
     bool begun_ = false;  // the root's tag has come
 };
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -8,13 +8,13 @@
 #include <cstdlib>
 #include <string_view>
 
-namespace tool
+namespace orvlog::tool
 {
 
 namespace
 {
 
-constexpr size_t NARROWEST = 20;
+constexpr size_t kNarrowest = 20;
 
 std::string_view variable(const char* name)
 {
@@ -40,7 +40,7 @@ size_t terminal_width()
     winsize size = {};
     if (!good)
         width = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
-    return width > 0 ? std::max(width, NARROWEST) : 0;
+    return width > 0 ? std::max(width, kNarrowest) : 0;
 }
 
 bool wants_colour(const std::string& when)
@@ -50,4 +50,4 @@ bool wants_colour(const std::string& when)
     return is_terminal() && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
-}  // namespace tool
+}  // namespace orvlog::tool

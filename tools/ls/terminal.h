@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-namespace tool
+namespace orvlog::tool
 {
 
 // Whether the standard output is a terminal.
@@ -15,4 +15,4 @@ size_t terminal_width();
 // "always", "never", or "auto": on a terminal that isn't dumb, unless NO_COLOR is set to anything.
 bool wants_colour(const std::string& when);
 
-}  // namespace tool
+}  // namespace orvlog::tool

@@ -134,9 +134,17 @@ bool TrialRunner::open(const std::string& log)
 {
     const std::string header =
         "orvlog-minimise 1 " + hash_of(log + '\n' + options_.command + '\n' + std::to_string(options_.timeout));
+    // A pipe would be waited for.
+    std::error_code none;
+    const fs::file_status status = fs::status(options_.state, none);
+    if (fs::exists(status) && !fs::is_regular_file(status))
+    {
+        why_ = options_.state + ": is no ordinary file";
+        return false;
+    }
     if (!read_state(header))
         return false;
-    const bool fresh = !fs::exists(options_.state) || fs::file_size(options_.state) == 0;
+    const bool fresh = !fs::exists(status) || fs::file_size(options_.state) == 0;
     state_ = std::fopen(options_.state.c_str(), "ab");
     if (state_ == nullptr)
     {

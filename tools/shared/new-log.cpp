@@ -1,6 +1,7 @@
 #include "tools/shared/new-log.h"
 
 #include "tools/shared/signals.h"
+#include "tools/shared/unfinished.h"
 
 #include <array>
 #include <cerrno>

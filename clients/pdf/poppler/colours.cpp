@@ -256,7 +256,8 @@ Colour colour_of(GfxColorSpace* space, const GfxColor& value, SpaceStore& spaces
     {
         Colour colour;
         colour.space = spaces.space_of(*space);
-        if (colour.space.definition != nullptr && colour.space.definition->profile.size() > spaces.greatest_flat_profile())
+        if (colour.space.definition != nullptr &&
+            colour.space.definition->profile.size() > spaces.greatest_flat_profile())
             colour.space.definition = nullptr;
         if (colour.space.channels != 1 && colour.space.channels != 3 && colour.space.channels != 4)
             return rgb_of(*space, value);

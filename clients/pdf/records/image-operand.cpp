@@ -275,7 +275,7 @@ std::shared_ptr<ImageOperand> ImageOperand::make(const Image& image, const GGO_M
     return operand;
 }
 
-std::shared_ptr<ImageOperand> ImageOperand::make(std::shared_ptr<const MaskImage> mask, double alpha,
+std::shared_ptr<ImageOperand> ImageOperand::make(const std::shared_ptr<const MaskImage>& mask, double alpha,
                                                  uint32_t unique_id)
 {
     Image image;

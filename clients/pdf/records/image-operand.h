@@ -24,7 +24,8 @@ public:
     static std::shared_ptr<ImageOperand> make(const Image& image, const GGO_Matrix& pixels_to_content, double alpha,
                                               uint32_t unique_id);
     // A mask held in memory.
-    static std::shared_ptr<ImageOperand> make(std::shared_ptr<const MaskImage> mask, double alpha, uint32_t unique_id);
+    static std::shared_ptr<ImageOperand> make(const std::shared_ptr<const MaskImage>& mask, double alpha,
+                                              uint32_t unique_id);
 
     virtual ~ImageOperand() = default;
     // The record. A renderer that keeps the image keeps this object alive until it releases the image.

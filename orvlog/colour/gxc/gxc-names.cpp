@@ -97,9 +97,9 @@ constexpr GXC_EnumRow kColorSpaceFamily[] = {
     {"NamedRenderColorSpace", 3},
 };
 
-template <uint32_t Count> constexpr GXC_EnumFamily family(const char* name, const GXC_EnumRow (&kRows)[Count])
+template <uint32_t Count> constexpr GXC_EnumFamily family(const char* name, const GXC_EnumRow (&rows)[Count])
 {
-    return {name, kRows, Count};
+    return {name, rows, Count};
 }
 
 }  // namespace

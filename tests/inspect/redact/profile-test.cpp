@@ -111,7 +111,7 @@ TEST(RedactProfile, TakesNoTextForNumbers)
 
 TEST(RedactProfile, TellsNothingOfOneThatIsNotWhole)
 {
-    for (const size_t size : {0, 3, 127, 128, 131, 179, 299})
+    for (const size_t size : {0U, 3U, 127U, 128U, 131U, 179U, 299U})
     {
         Bytes bytes = profile();
         bytes.resize(size);

@@ -116,7 +116,7 @@ TEST_F(BandsTest, PngThatCannotBeWrittenIsSaid)
     ORV_DrawingInterface& table = page();
     EXPECT_EQ(table.drawing_finish.fn(&table), 0U);
     EXPECT_FALSE(renderer().all_pages_written());
-    EXPECT_EQ(said_,
+    EXPECT_EQ(lost_,
               std::vector<std::string>{"cairo renderer: the page image /nowhere/at-all-001.png could not be written"});
 }
 

@@ -134,7 +134,7 @@ TEST_F(ClipTest, ListThatLoopsBackEnds)
     extra.clip = &list;
     paint_record(nullptr, Operand::gray(0).record(), extra);
     EXPECT_DOUBLE_EQ(ink(), 100.0);
-    EXPECT_EQ(said_.size(), 1U);
+    EXPECT_EQ(lost_.size(), 1U);
 }
 
 TEST_F(ClipTest, CollectionThatLoopsBackEnds)
@@ -148,7 +148,7 @@ TEST_F(ClipTest, CollectionThatLoopsBackEnds)
     extra.clip = &list;
     paint_record(nullptr, Operand::gray(0).record(), extra);
     EXPECT_DOUBLE_EQ(ink(), 100.0);
-    EXPECT_EQ(said_.size(), 1U);
+    EXPECT_EQ(lost_.size(), 1U);
 }
 
 }  // namespace

@@ -423,7 +423,7 @@ TEST_F(ResourceTest, EachInTheNextIsBounded)
     finish();
     const std::vector<std::string> expected{
         "cairo renderer: resources nested too deep, or painted too often, are left out"};
-    EXPECT_EQ(said_, expected);
+    EXPECT_EQ(lost_, expected);
 }
 
 }  // namespace

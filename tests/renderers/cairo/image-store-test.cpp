@@ -207,7 +207,7 @@ TEST_F(StoredImagesTest, PageThatLacksOneHasFailed)
     ORV_DrawingInterface& table = page();
     EXPECT_EQ(table.drawing_finish.fn(&table), 0U);
     EXPECT_FALSE(renderer().all_pages_written());
-    EXPECT_EQ(said_.size(), 1U);
+    EXPECT_EQ(lost_.size(), 1U);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ TEST_F(RendererTest, FileThatCannotBeWrittenFailsThePage)
     ORV_DrawingInterface& drawing = page();
     EXPECT_EQ(drawing.drawing_finish.fn(&drawing), 0U);
     EXPECT_FALSE(renderer().all_pages_written());
-    EXPECT_EQ(said_.size(), 1U);
+    EXPECT_EQ(lost_.size(), 1U);
 }
 
 TEST_F(RendererTest, SurfacesFromAFactory)
@@ -100,7 +100,7 @@ TEST_F(RendererTest, FactoryThatGivesNothingFailsTheFace)
     const ORV_FaceProperties face = small_face();
     ORV_DrawingInterface drawing{};
     EXPECT_EQ(table->face_start.fn(nullptr, table, document_, &drawing, nullptr, 9, &face, nullptr, 0, 0), 0U);
-    EXPECT_EQ(said_.size(), 1U);
+    EXPECT_EQ(lost_.size(), 1U);
 }
 
 TEST_F(RendererTest, ImpossiblePagesAreRefused)

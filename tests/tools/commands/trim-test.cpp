@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <string>
 
@@ -93,6 +95,19 @@ TEST(ToolRedact, LeavesNothingReadableAndReplays)
     EXPECT_EQ(replay.status, 0) << replay.err;
 }
 
+TEST(ToolRedact, WritesNoListOverTheLog)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const std::string out = folder.path("out.xml");
+    const ToolResult result = run_tool({"redact", log, "-o", out, "--list", folder.path("./out.xml")});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err,
+              "orvlog redact: the list and the log can't go to the same place (see orvlog redact --help)\n");
+    EXPECT_FALSE(std::filesystem::exists(out));
+    EXPECT_EQ(run_tool({"redact", log, "-o", "-", "--list", "-"}).status, 2);
+}
+
 TEST(ToolMinimise, FindsTheCallAndGoesOnWhereItWas)
 {
     const ScratchFolder folder;
@@ -137,6 +152,18 @@ TEST(ToolMinimise, PutsThePathWhereItMayStandInQuotes)
     const ToolResult result = run_tool(
         {"minimise", log, "--while", "grep -q ORV_face_start \"{}\"", "--limit", "1", "-o", folder.path("out.xml")});
     EXPECT_EQ(result.status, 0) << result.err;
+}
+
+TEST(ToolMinimise, WaitsForNoPipeInThePlaceOfItsMemory)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const std::string state = folder.path("out.xml.minimise");
+    ASSERT_EQ(mkfifo(state.c_str(), 0600), 0);
+    const ToolResult result = run_tool({"minimise", log, "--while", "true", "-o", folder.path("out.xml")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "orvlog: " + state + ": is no ordinary file\n");
+    EXPECT_TRUE(std::filesystem::is_fifo(state));
 }
 
 }  // namespace
