@@ -2,8 +2,12 @@
 # exports, the creator that is in the static one alone, the records that go through them, and no function besides.
 
 include(CMakePackageConfigHelpers)
+# A packager may have what programs need to run in a component of its own; all else stays in `library`.
+set(ORVLOG_RUNTIME_COMPONENT library CACHE STRING "Component of the shared library itself")
 install(TARGETS orvlog orvlog-static EXPORT orvlog-targets
-    RUNTIME COMPONENT library LIBRARY COMPONENT library ARCHIVE COMPONENT library)
+    RUNTIME COMPONENT ${ORVLOG_RUNTIME_COMPONENT}
+    LIBRARY COMPONENT ${ORVLOG_RUNTIME_COMPONENT} NAMELINK_COMPONENT library
+    ARCHIVE COMPONENT library)
 install(DIRECTORY orvlog/interface DESTINATION ${ORVLOG_HEADERS}/orvlog COMPONENT library FILES_MATCHING PATTERN "*.h")
 foreach(header gmm/gmm-allocator gio/gio-stream ggo/ggo-records ger/ger-error-record)
     cmake_path(GET header PARENT_PATH room)
