@@ -4,7 +4,7 @@ C++20, they run and write the logs that stand in tests/expected/examples.
 
 usage: examples.py linux CMAKE BUILD-FOLDER C-COMPILER C++-COMPILER
        examples.py windows CMAKE BUILD-FOLDER C-COMPILER C++-COMPILER
-       examples.py msvc CMAKE BUILD-FOLDER CLANG CLANG++ LLD-LINK LLVM-DLLTOOL START
+       examples.py msvc CMAKE BUILD-FOLDER CLANG CLANG++ START LLD-LINK LLVM-DLLTOOL
 
 `windows` builds with MinGW, `msvc` for the ABI of Microsoft's compiler with none of its headers, and with the source
 START for the start of a program; both run under Wine.
@@ -105,11 +105,11 @@ class System:
                    f"-I{os.path.join(check.ROOT, STANDINS)}"]
         commands = (
             [wanted[0], *options, *wanted[1:], "-c", "-o", program + ".obj"],
-            [self.tools[0], *options, "-c", self.tools[4], "-o",
+            [self.tools[0], *options, "-c", self.tools[2], "-o",
              os.path.join(self.folder, "start.obj")],
-            [self.tools[3], "-m", "i386:x86-64", "-d", os.path.join(check.ROOT, STANDINS, "msvcrt.def"), "-l",
+            [self.tools[4], "-m", "i386:x86-64", "-d", os.path.join(check.ROOT, STANDINS, "msvcrt.def"), "-l",
              os.path.join(self.folder, "msvcrt.lib")],
-            [self.tools[2], "/subsystem:console", "/entry:mainCRTStartup", "/nodefaultlib", f"/out:{program}.exe",
+            [self.tools[3], "/subsystem:console", "/entry:mainCRTStartup", "/nodefaultlib", f"/out:{program}.exe",
              program + ".obj", os.path.join(self.folder, "start.obj"), os.path.join(self.libraries, "orvlog.lib"),
              os.path.join(self.folder, "msvcrt.lib")],
         )
