@@ -17,7 +17,7 @@ class CallsPane {
             level: item => items.level[item],
             expanded: item => items.hasChildren(item) ? this.matches !== null || !this.folded.has(item) : null,
             place: item => items.placeAmong(item),
-            fill: (row, item) => this.fillRow(row, item),
+            fill: (row, item, fold) => this.fillRow(row, item, fold),
             choose: item => listener.choose(item),
             toggle: item => this.toggle(item),
         });
@@ -195,7 +195,7 @@ class CallsPane {
         this.tree.setCurrent(item);
     }
 
-    fillRow(row, item) {
+    fillRow(row, item, fold) {
         const log = this.items.log(item);
         const call = this.items.call(item);
         const column = log.column;
@@ -205,7 +205,7 @@ class CallsPane {
         if (difference !== SAME)
             row.classList.add(['', 'changed', 'missing', 'added'][difference]);
         row.append(
-            make('span', {class: 'c-address'}, column.address[call]),
+            make('span', {class: 'c-address'}, fold, column.address[call]),
             make('span', {class: 'c-kind'}, log.kind(call)),
             swatch(column.colour[call] < 0 ? null : hexColour(column.colour[call])),
             make('span', {class: 'c-text'}, rowText(column, call)));
@@ -216,9 +216,8 @@ class CallsPane {
             flags.push(['\u26a0', counted(column.warnings[call].length, 'warning')]);
         if (log.changesNothing(call))
             flags.push(['\u2205', 'changes nothing']);
-        for (const [sign, name] of flags)
-            row.append(make('span', {class: 'flag', title: name}, make('span', {'aria-hidden': 'true'}, sign),
-                make('span', {class: 'visually-hidden'}, name)));
+        row.append(make('span', {class: 'flags'}, flags.map(([sign, name]) => make('span', {title: name},
+            make('span', {'aria-hidden': 'true'}, sign), make('span', {class: 'visually-hidden'}, name)))));
     }
 }
 
