@@ -6,7 +6,7 @@ import assert from 'node:assert/strict';
 import {readFileSync} from 'node:fs';
 import {Browser, changesListed, chooseCall, clickPixel, colours, findBrowser, markedPixels, onReport, rowsShown, runTests,
     showStep, SKIPPED} from './browser.mjs';
-import {HOSTILE, hostileReport, largeReport, smallReport, twoReport} from './made-jobs.mjs';
+import {HOSTILE, hostileReport, largeReport, smallReport, stillReport, twoReport} from './made-jobs.mjs';
 
 const ALL = ['line:2', 'line:4', '0', 'line:20', '1', 'line:30', '2', 'line:50', '3', 'line:70', '4'];
 const POINTS = [[15, 15], [35, 35], [45, 45], [62, 65], [13, 13]];
@@ -225,6 +225,26 @@ const TESTS = [
         await page.click('#tab-figures');
         assert.match(await page.textContent('#panel-figures'), /SHA-256(ab){32}/);
     })],
+    ['a damaged log without steps tells it on top', onReport(stillReport, {}, async page => {
+        const findings = await page.locator('#findings li').allTextContents();
+        assert.deepEqual(findings.filter(text => !/^(a tag|line|odd|strange)/.test(text)), ['The log ends too early.',
+            'It ends in a call: ORV_object_paint 5, line 99 5 object_paint', '1 place of damageWhichline 7, byte 300: a tag is open',
+            'Page 2: not finished', '3 warnings of the loggerWhichodd (2 times)strange']);
+        assert.ok(await page.isDisabled('#step'));
+        await clickPixel(page, 35, 35);
+        assert.match(await page.textContent('#panel-pixel'), /no steps/);
+        await page.click('#findings button.link');
+        assert.match(await page.textContent('#panel-call h2'), /^5 object_paint$/);
+        await page.waitForFunction(() => document.getElementById('page-choice').value === '1');
+        assert.match(await page.textContent('#no-page'), /no picture/);
+        await page.click('#more-filters');
+        await page.check('#filter-page');
+        assert.deepEqual(await rowsShown(page), ['line:2*', 'line:90', '5']);
+        await page.keyboard.press('g');
+        await page.keyboard.press('PageUp');
+        await page.waitForFunction(() => document.getElementById('page-choice').value === '0');
+        assert.equal((await rowsShown(page)).length, 11);
+    })],
     ['two logs: from difference to difference', two(async page => {
         assert.match(await page.textContent('#findings'), /2 calls and 1 page differ\./);
         await page.keyboard.press('n');
@@ -320,6 +340,7 @@ const TESTS = [
             assert.ok((await page.locator('#' + id).boundingBox()).height > 20, id);
     })],
     ['paper gets findings and pages', small(async page => {
+        await page.waitForSelector('#paper img', {state: 'attached'});
         await page.emulateMedia({media: 'print'});
         assert.ok(await page.isVisible('#paper') && !await page.isVisible('main'));
         assert.match(await page.textContent('#paper'), /Findings.*Page 1, 100 by 80 pixels/s);
