@@ -1,6 +1,7 @@
 // All that there is of one call.
 
 const ROWS_AT_ONCE = 300;
+const LONGEST_TEXT = 20000;
 
 class CallPanel {
     /** @param {!Report} report */
@@ -55,12 +56,12 @@ class CallPanel {
         if (around.length > 0)
             add('in', ...around.flatMap((link, index) => index > 0 ? [' in ', link] : [link]));
         if (column.op[call] !== '')
-            add('operator', column.op[call]);
+            add('operator', shortened(column.op[call], LONGEST_TEXT));
         if (column.paint[call] !== '')
             add('paints with', swatch(column.colour[call] < 0 ? null : hexColour(column.colour[call])), ' ',
-                column.paint[call]);
+                shortened(column.paint[call], LONGEST_TEXT));
         if (column.text[call] !== '')
-            add('text', make('q', {}, column.text[call]));
+            add('text', make('q', {}, shortened(column.text[call], LONGEST_TEXT)));
         if (column.box[call])
             add('box', make('span', {class: 'number'}, boxText(column.box[call])));
         if (column.clips[call] > 0)
@@ -68,7 +69,7 @@ class CallPanel {
                 ', which leave ' + boxText(column.clip[call]) : '');
         add('changes', this.effectText(log, call));
         for (const warning of column.warnings[call])
-            add('warning', make('span', {class: 'warning'}, warning));
+            add('warning', make('span', {class: 'warning'}, shortened(warning, LONGEST_TEXT)));
         add('in the log', 'line ' + grouped(column.line[call]) + ', byte ' + grouped(column.byte[call]) + ', ' +
             counted(column.whole[call], 'byte'));
         return list;

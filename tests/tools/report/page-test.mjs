@@ -243,7 +243,8 @@ const TESTS = [
         await page.keyboard.press('g');
         await page.keyboard.press('PageUp');
         await page.waitForFunction(() => document.getElementById('page-choice').value === '0');
-        assert.equal((await rowsShown(page)).length, 11);
+        // Without effects it isn't known on which page the call in the resource is to be seen.
+        assert.deepEqual(await rowsShown(page), ALL.filter(row => row !== '3'));
     })],
     ['two logs: from difference to difference', two(async page => {
         assert.match(await page.textContent('#findings'), /2 calls and 1 page differ\./);
