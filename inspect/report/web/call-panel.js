@@ -129,10 +129,7 @@ class CallPanel {
             notes.push('a clip keeps what lies outside of it');
         replaceContent(place, make('h3', {}, 'Shape and clips'), picture,
             notes.length > 0 ? make('p', {class: 'note'}, notes.join('; ')) : null);
-        const wide = Math.max(0, ...shape.map(one => one.stroke || 0));
-        const box = group.getBBox();
-        const edge = wide / 2 + 0.03 * Math.max(box.width, box.height, 1e-6);
-        picture.setAttribute('viewBox', [box.x - edge, box.y - edge, box.width + 2 * edge, box.height + 2 * edge].join(' '));
+        fitPicture(picture, group, shape.reduce((widest, one) => Math.max(widest, one.stroke || 0), 0));
     }
 
     async showObjects(place, {log, call}, current) {
@@ -211,4 +208,17 @@ class CallPanel {
             make('td', {class: 'value'}, shortened(row.value, 2000),
                 differs ? make('span', {class: 'visually-hidden'}, ' differs') : null));
     }
+}
+
+/** Shows all of a drawing. How large it is, is known when it is laid out, which may be later on small screens. */
+function fitPicture(picture, group, strokeWidth) {
+    const observer = new ResizeObserver(() => {
+        if (picture.clientWidth === 0)
+            return;
+        observer.disconnect();
+        const box = group.getBBox();
+        const edge = strokeWidth / 2 + 0.03 * Math.max(box.width, box.height, 1e-6);
+        picture.setAttribute('viewBox', [box.x - edge, box.y - edge, box.width + 2 * edge, box.height + 2 * edge].join(' '));
+    });
+    observer.observe(picture);
 }

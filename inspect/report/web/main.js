@@ -13,6 +13,7 @@ class Report {
         this.panelNames = index.compare ? ['difference', 'call', 'pixel', 'objects', 'figures'] :
             ['call', 'pixel', 'objects', 'figures'];
         this.describe();
+        followLayout();
     }
 
     describe() {
