@@ -1,5 +1,6 @@
 // The list of calls: a tree that folds, what is searched for in it, and filters.
 
+const MOST_CHOICES = 500;
 const DIFFERENCE_SIGNS = ['', '\u2260', '\u2212', '+'];
 
 class CallsPane {
@@ -76,7 +77,7 @@ class CallsPane {
 
     offer(select, counts) {
         const sorted = Array.from(counts).sort((a, b) => a[0] < b[0] ? -1 : 1);
-        replaceContent(select, make('option', {value: ''}, 'all'), sorted.map(([name, count]) =>
+        replaceContent(select, make('option', {value: ''}, 'all'), sorted.slice(0, MOST_CHOICES).map(([name, count]) =>
             make('option', {value: name}, shortened(name, 60) + ' (' + grouped(count) + ')')));
     }
 

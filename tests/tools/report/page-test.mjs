@@ -6,7 +6,7 @@ import assert from 'node:assert/strict';
 import {readFileSync} from 'node:fs';
 import {Browser, changesListed, chooseCall, clickPixel, colours, findBrowser, markedPixels, onReport, rowsShown, runTests,
     showStep, SKIPPED} from './browser.mjs';
-import {HOSTILE, hostileReport, largeReport, smallReport, twoReport} from './made-jobs.mjs';
+import {HOSTILE, hostileReport, largeReport, smallReport, stillReport, twoReport} from './made-jobs.mjs';
 
 const ALL = ['line:2', 'line:4', '0', 'line:20', '1', 'line:30', '2', 'line:50', '3', 'line:70', '4'];
 const POINTS = [[15, 15], [35, 35], [45, 45], [62, 65], [13, 13]];
@@ -225,6 +225,27 @@ const TESTS = [
         await page.click('#tab-figures');
         assert.match(await page.textContent('#panel-figures'), /SHA-256(ab){32}/);
     })],
+    ['a damaged log without steps tells it on top', onReport(stillReport, {}, async page => {
+        const findings = await page.locator('#findings li').allTextContents();
+        assert.deepEqual(findings.filter(text => !/^(a tag|line|odd|strange)/.test(text)), ['The log ends too early.',
+            'It ends in a call: ORV_object_paint 5, line 99 5 object_paint', '1 place of damageWhichline 7, byte 300: a tag is open',
+            'Page 2: not finished', '3 warnings of the loggerWhichodd (2 times)strange']);
+        assert.ok(await page.isDisabled('#step'));
+        await clickPixel(page, 35, 35);
+        assert.match(await page.textContent('#panel-pixel'), /no steps/);
+        await page.click('#findings button.link');
+        assert.match(await page.textContent('#panel-call h2'), /^5 object_paint$/);
+        await page.waitForFunction(() => document.getElementById('page-choice').value === '1');
+        assert.match(await page.textContent('#no-page'), /no picture/);
+        await page.click('#more-filters');
+        await page.check('#filter-page');
+        assert.deepEqual(await rowsShown(page), ['line:2*', 'line:90', '5']);
+        await page.keyboard.press('g');
+        await page.keyboard.press('PageUp');
+        await page.waitForFunction(() => document.getElementById('page-choice').value === '0');
+        // Without effects it isn't known on which page the call in the resource is to be seen.
+        assert.deepEqual(await rowsShown(page), ['line:2*', ...ALL.slice(1).filter(row => row !== '3')]);
+    })],
     ['two logs: from difference to difference', two(async page => {
         assert.match(await page.textContent('#findings'), /2 calls and 1 page differ\./);
         await page.keyboard.press('n');
@@ -310,16 +331,25 @@ const TESTS = [
         await page.click('#tree-4');
         await page.click('#rooms [data-room=details]');
         assert.match(await page.textContent('#panel-call h2'), /^1 object_paint$/);
+        await page.waitForSelector('.shape-picture svg[viewBox="29.4 29.4 21.2 21.2"]');
     }, {viewport: {width: 360, height: 640}})],
     ['text of twice the size fits', two(async page => {
         await page.evaluate(() => {
             document.documentElement.style.fontSize = '200%';
         });
+        await page.waitForSelector('html[data-layout=one]');
         assert.ok(await overflow(page) <= 0);
-        for (const id of ['search', 'step', 'tree', 'panel-difference'])
-            assert.ok((await page.locator('#' + id).boundingBox()).height > 20, id);
+        for (const [room, ids] of [['page', ['viewport', 'step', 'blend']], ['calls', ['search', 'tree']],
+            ['details', ['panel-difference']]]) {
+            await page.click(`#rooms [data-room=${room}]`);
+            for (const id of ids) {
+                const [box, pane] = await Promise.all(['#' + id, '#' + room].map(name => page.locator(name).boundingBox()));
+                assert.ok(box.height > 20 && box.y + box.height <= pane.y + pane.height + 1, id);
+            }
+        }
     })],
     ['paper gets findings and pages', small(async page => {
+        await page.waitForSelector('#paper img', {state: 'attached'});
         await page.emulateMedia({media: 'print'});
         assert.ok(await page.isVisible('#paper') && !await page.isVisible('main'));
         assert.match(await page.textContent('#paper'), /Findings.*Page 1, 100 by 80 pixels/s);
