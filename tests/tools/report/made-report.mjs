@@ -60,17 +60,21 @@ export class Blocks {
 
 /** The HTML of a report. */
 export function assemble(index, blocks) {
+    const json = JSON.stringify(index).replace(/[<>&]|[^\x20-\x7e]/g,
+        character => '\\u' + character.charCodeAt(0).toString(16).padStart(4, '0'));
+    return assembleParts(blocks.elements.join('\n') + `\n<script type="application/json" id="index">${json}</script>`);
+}
+
+/** The page, with its data as markup. */
+export function assembleParts(data) {
     const list = readFileSync(join(WEB, 'sources.cmake'), 'utf8').match(/[\w-]+\.js/g);
     const script = list.map(name => readFileSync(join(WEB, name), 'utf8')).join('');
     const style = readFileSync(join(WEB, 'report.css'), 'utf8');
     const hash = text => `'sha256-${createHash('sha256').update(text).digest('base64')}'`;
-    const json = JSON.stringify(index).replace(/[<>&]|[^\x20-\x7e]/g,
-        character => '\\u' + character.charCodeAt(0).toString(16).padStart(4, '0'));
     const parts = {
         policy: `<meta http-equiv="Content-Security-Policy" content="default-src 'none'; img-src data: blob:; ` +
             `script-src ${hash(script)}; style-src ${hash(style)}; base-uri 'none'; form-action 'none'">`,
-        title: '<title>Report</title>', style: `<style>${style}</style>`, script: `<script>${script}</script>`,
-        data: blocks.elements.join('\n') + `\n<script type="application/json" id="index">${json}</script>`,
+        title: '<title>Report</title>', style: `<style>${style}</style>`, script: `<script>${script}</script>`, data,
     };
     return readFileSync(join(WEB, 'page.html'), 'utf8').replace(/<!--(\w+)-->/g, (_, name) => parts[name]);
 }
