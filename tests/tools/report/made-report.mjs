@@ -4,7 +4,7 @@
 import {createHash} from 'node:crypto';
 import {readFileSync} from 'node:fs';
 import {join} from 'node:path';
-import {crc32Of} from './crc32.mjs';
+import {pngFile} from './png.mjs';
 import {deflateSync} from 'node:zlib';
 
 const WEB = new URL('../../../inspect/report/web/', import.meta.url).pathname;
@@ -41,20 +41,7 @@ export class Blocks {
                 rows[at + 2] = word & 255;
                 rows[at + 3] = word >>> 24;
             }
-        const chunk = (type, data) => {
-            const head = Buffer.alloc(4);
-            head.writeUInt32BE(data.length);
-            const body = Buffer.concat([Buffer.from(type), data]);
-            const sum = Buffer.alloc(4);
-            sum.writeUInt32BE(crc32Of(body));
-            return Buffer.concat([head, body, sum]);
-        };
-        const head = Buffer.alloc(13);
-        head.writeUInt32BE(width, 0);
-        head.writeUInt32BE(height, 4);
-        head.set([8, 6, 0, 0, 0], 8);
-        return this.add(Buffer.concat([Buffer.from([137, 80, 78, 71, 13, 10, 26, 10]), chunk('IHDR', head),
-            chunk('IDAT', deflateSync(rows)), chunk('IEND', Buffer.alloc(0))]), 'none');
+        return this.add(pngFile(width, height, 6, [], rows), 'none');
     }
 }
 
