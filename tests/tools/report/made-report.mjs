@@ -120,6 +120,7 @@ export class Drawing {
     put(call, by, kind = 2, toPage = (x, y) => [[x, y]]) {
         const top = this.stack.pop();
         this.surfaces.last[top.index] = this.table.kind.length - 1;
+        this.ended = [top];
         const below = this.stack.at(-1);
         const changed = [];
         for (let y = 0; y < top.height; ++y)
@@ -139,6 +140,7 @@ export class Drawing {
     step(kind, call, by, surface, act, changed) {
         if (this.table.kind.length % this.chunkSize === 0)
             this.endChunk();
+        this.ended = [];
         act();
         const area = changed.length === 0 ? null : [Math.min(...changed.map(one => one[0])), changed[0][1],
             Math.max(...changed.map(one => one[0])) + 1, changed.at(-1)[1] + 1];
@@ -182,7 +184,8 @@ export class Drawing {
     endChunk() {
         const first = this.table.kind.length;
         this.finishChunk(first);
-        this.keyed = first === 0 ? null : this.blocks.words(this.stack.flatMap(one => Array.from(one.data)));
+        this.keyed = first === 0 ? null : this.blocks.words(
+            this.stack.concat(this.ended ?? []).flatMap(one => Array.from(one.data)));
         this.chunkFirst = first;
     }
 
@@ -243,7 +246,7 @@ export function callList(blocks, kinds, calls) {
     };
 }
 
-export const NO_OBJECTS = {count: 0, blocks: []};
+export const NO_OBJECTS = {count: 0, left_out: 0, blocks: []};
 
 export function logOf(blocks, kinds, calls, pages, more) {
     return {
