@@ -62,6 +62,23 @@ const std::string& Deflated::finish()
     return bytes_;
 }
 
+std::string base64(std::string_view bytes)
+{
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (size_t at = 0; at < bytes.size(); at += 3)
+    {
+        const size_t count = std::min<size_t>(3, bytes.size() - at);
+        uint32_t group = 0;
+        for (size_t i = 0; i < 3; ++i)
+            group = group << 8U | (i < count ? static_cast<uint8_t>(bytes[at + i]) : 0U);
+        for (size_t i = 0; i < 4; ++i)
+            text += i <= count ? kDigits[group >> (18U - 6U * i) & 63U] : '=';
+    }
+    return text;
+}
+
 void Blocks::write(std::string_view text)
 {
     good_ = good_ && write_(text);
@@ -70,25 +87,9 @@ void Blocks::write(std::string_view text)
 
 void Blocks::put_base64(std::string_view bytes)
 {
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     constexpr size_t kPiece = size_t{48} << 10;  // of whole groups
-    std::string text;
-    while (!bytes.empty())
-    {
-        const std::string_view piece = bytes.substr(0, kPiece);
-        bytes.remove_prefix(piece.size());
-        text.clear();
-        for (size_t at = 0; at < piece.size(); at += 3)
-        {
-            const size_t count = std::min<size_t>(3, piece.size() - at);
-            uint32_t group = 0;
-            for (size_t i = 0; i < 3; ++i)
-                group = group << 8U | (i < count ? static_cast<uint8_t>(piece[at + i]) : 0U);
-            for (size_t i = 0; i < 4; ++i)
-                text += i <= count ? kDigits[group >> (18U - 6U * i) & 63U] : '=';
-        }
-        write(text);
-    }
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size())))
+        write(base64(bytes.substr(0, kPiece)));
 }
 
 std::string Blocks::put(std::string_view bytes, const char* coding)

@@ -51,6 +51,9 @@ private:
     bool finished_ = false;
 };
 
+// Bytes in base64, with its end filled up.
+std::string base64(std::string_view bytes);
+
 // Writes blocks into the file. They are named in the order in which they come: "b0", "b1" and so on.
 class Blocks
 {
