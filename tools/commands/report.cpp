@@ -1,18 +1,10 @@
 // orvlog report: a log as a page for a browser.
 
 #include "clients/command-line/number-range.h"
-#include "inspect/report/columns.h"
-#include "tools/report/report-compare.h"
-#include "tools/report/report-frame.h"
-#include "tools/report/reported-log.h"
+#include "tools/report/report-job.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
-#include "tools/shared/look.h"
-#include "tools/shared/output.h"
-#include "tools/shared/touch-text.h"
 
-#include <cerrno>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,8 +14,6 @@ namespace orvlog::tool
 
 namespace
 {
-
-using orvlog::inspect::text_json;
 
 struct ReportCommand
 {
@@ -35,105 +25,22 @@ struct ReportCommand
     bool no_steps = false;
 };
 
-std::string reasons_json()
+int report(const ReportCommand& command)
 {
-    using cairo_renderer::Unchanged;
-    std::string json = "[";
-    for (uint8_t reason = 0; reason <= static_cast<uint8_t>(Unchanged::faint); ++reason)
-        json.append(text_json(reason_text(static_cast<Unchanged>(reason)))).append(",");
-    json.append(text_json("outside of the page or its clips")).append(",");
-    return json.append(text_json("not looked for")).append("]");
-}
-
-ReportSettings settings_of(const ReportCommand& command)
-{
+    if (command.log == "-" && command.other == "-")
+    {
+        fail("the standard input can be one of the logs, not both");
+        return EXIT_BAD_USE;
+    }
     ReportSettings settings;
     settings.folders = command.folders;
     settings.steps = !command.no_steps;
     for (const std::string& text : command.pages)
         command_line::read_pages(text, &settings.pages.emplace_back());
-    return settings;
-}
-
-class ReportJob
-{
-public:
-    explicit ReportJob(const ReportCommand& command) : command_(command), settings_(settings_of(command))
-    {
-        logs_.push_back(std::make_unique<ReportedLog>(command.log, settings_));
-        if (!command.other.empty())
-            logs_.push_back(std::make_unique<ReportedLog>(command.other, settings_));
-        if (logs_.size() == 2)
-            compare_ = std::make_unique<ReportCompare>(*logs_[0], *logs_[1], settings_);
-    }
-
-    int run()
-    {
-        for (const auto& log : logs_)
-            if (!log->open())
-                return fail(log->why());
-        Output output(command_.output);
-        if (!output.open())
-            return fail_to_write(errno);
-        ReportFrame frame(output);
-        frame.begin(title());
-        for (const auto& log : logs_)
-            if (!log->add(frame.blocks()))
-                return fail(log->why());
-        if (compare_ != nullptr && !compare_->add(frame.blocks()))
-            return fail(compare_->why());
-        const bool good = frame.end(index()) && output.finish();
-        if (!good)
-            return fail_to_write(output.reason() != 0 ? output.reason() : errno);
-        return say_lacks();
-    }
-
-private:
-    std::string title() const
-    {
-        std::string title = logs_[0]->title();
-        if (logs_.size() == 2)
-            title += " and " + logs_[1]->title();
-        return title + " - report";
-    }
-
-    int fail_to_write(int reason) const
-    {
-        const std::string name = command_.output == "-" ? "standard output" : command_.output;
-        return fail(name + ": " + std::strerror(reason != 0 ? reason : EIO));
-    }
-
-    std::string index() const
-    {
-        std::string json = "{\"format\":1,\"program\":\"orvlog\",\"version\":";
-        json.append(text_json(ORVLOG_VERSION)).append(",\n\"logs\":[");
-        for (const auto& log : logs_)
-            json.append(log == logs_[0] ? "" : ",\n").append(log->json());
-        json.append("],\n\"compare\":").append(compare_ != nullptr ? compare_->json() : "null");
-        return json.append(",\n\"reasons\":").append(reasons_json()).append("}");
-    }
-
-    int say_lacks() const
-    {
-        int status = EXIT_DONE;
-        for (const auto& log : logs_)
-            for (const std::string& line : log->lacks())
-                status = fail(log->name() + ": " + line);
-        return status;
-    }
-
-    const ReportCommand& command_;
-    ReportSettings settings_;
-    std::vector<std::unique_ptr<ReportedLog>> logs_;
-    std::unique_ptr<ReportCompare> compare_;
-};
-
-int report(const ReportCommand& command)
-{
-    if (command.log != "-" || command.other != "-")
-        return ReportJob(command).run();
-    fail("the standard input can be one of the logs, not both");
-    return EXIT_BAD_USE;
+    std::vector<std::string> logs = {command.log};
+    if (!command.other.empty())
+        logs.push_back(command.other);
+    return make_report(logs, command.output, settings);
 }
 
 }  // namespace
