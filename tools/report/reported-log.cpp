@@ -179,8 +179,11 @@ std::vector<std::string> ReportedLog::lacks() const
         lines.push_back("lacks data in " + std::to_string(pages_.outcome.missing) +
                         " places; what could be found is drawn");
     if (list_->places().count() < list_->calls() && settings_.pages.empty())
-        lines.push_back("has " + std::to_string(list_->calls()) + " calls, of which " +
-                        std::to_string(list_->places().count()) + " are listed (--pages takes some of its pages)");
+        lines.push_back(std::string("has ")
+                            .append(std::to_string(list_->calls()))
+                            .append(" calls, of which ")
+                            .append(std::to_string(list_->places().count()))
+                            .append(" are listed (--pages takes some of its pages)"));
     if (list_->records_left_out() > 0)
         lines.push_back("the records of " + std::to_string(list_->records_left_out()) +
                         " calls are left out, they would make the report too large (--pages takes some of its pages)");
@@ -224,7 +227,8 @@ std::string ReportedLog::head_json() const
     add_member(json, "form", text_json(info_.coded ? "coded" : info_.compressed ? "compressed" : "plain"));
     add_member(json, "cut", truth(info_.cut));
     add_member(json, "garbled", truth(info_.garbled));
-    std::string damage = "{\"count\":" + std::to_string(info_.damage) + ",\"first\":[";
+    std::string damage("{\"count\":");
+    damage.append(std::to_string(info_.damage)).append(",\"first\":[");
     for (const orvlog::reader::Damage& one : info_.first_damage)
         damage.append(damage.ends_with('[') ? "{\"line\":" : ",{\"line\":")
             .append(std::to_string(one.place.line))
@@ -234,16 +238,19 @@ std::string ReportedLog::head_json() const
             .append(text_json(one.text.substr(0, kLongestNote)))
             .append("}");
     add_member(json, "damage", damage + "]}");
-    std::string flight = "null";
+    std::string flight("null");
     if (info_.cut && !info_.in_flight.empty())
     {
-        const std::string id = info_.in_flight_id.empty() ? "" : " " + info_.in_flight_id;
-        flight = "{\"text\":" + text_json(info_.in_flight + id + ", line " + std::to_string(info_.in_flight_line));
-        flight += ",\"call\":" + (in_flight_ >= 0 ? std::to_string(in_flight_) : "null") + "}";
+        std::string text = info_.in_flight;
+        text.append(info_.in_flight_id.empty() ? "" : " ").append(info_.in_flight_id);
+        text.append(", line ").append(std::to_string(info_.in_flight_line));
+        flight.assign("{\"text\":").append(text_json(text)).append(",\"call\":");
+        flight.append(in_flight_ >= 0 ? std::to_string(in_flight_) : std::string("null")).append("}");
     }
     add_member(json, "in_flight", flight);
-    add_member(json, "warnings",
-               "{\"count\":" + std::to_string(info_.warnings.all()) + ",\"texts\":" + counts_json(info_.warnings) + "}");
+    std::string warnings("{\"count\":");
+    warnings.append(std::to_string(info_.warnings.all())).append(",\"texts\":").append(counts_json(info_.warnings));
+    add_member(json, "warnings", warnings.append("}"));
     return json;
 }
 
@@ -265,7 +272,8 @@ std::string ReportedLog::pages_json() const
         add_member(one, "call", std::to_string(list_->places().of(page.call)));
         add_member(one, "width", std::to_string(page.width));
         add_member(one, "height", std::to_string(page.height));
-        add_member(one, "dpi", "[" + number_json(dpi_x) + "," + number_json(dpi_y) + "]");
+        std::string dpi("[");
+        add_member(one, "dpi", dpi.append(number_json(dpi_x)).append(",").append(number_json(dpi_y)).append("]"));
         add_member(one, "picture", page.picture);
         add_member(one, "note", page.note.empty() ? "null" : text_json(page.note));
         add_member(one, "steps", page.steps);
@@ -284,7 +292,7 @@ std::string ReportedLog::json() const
     for (const std::string& line : lacks())
         add_note(line);
     if (!settings_.pages.empty())
-        add_note("has " + std::to_string(list_->pages()) + " pages, of which some were asked for");
+        add_note(std::string("has ").append(std::to_string(list_->pages())).append(" pages, of which some were asked for"));
     for (const std::string& line : notes_)
         add_note(line);
     add_member(json, "notes", notes + "]");

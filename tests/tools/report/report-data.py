@@ -237,7 +237,7 @@ def check_hostile(folder, log):
     expect(markup.title.startswith('"a<b>&\'\u202e.xml'), f'the title is {markup.title}')
     expect(report.index['logs'][0]['name'] == '"a<b>&\'\u202e.xml', 'the name is as it is')
     engines = next(figure for figure in report.index['logs'][0]['figures'] if figure['title'] == 'engines')
-    expect(engines['rows'][0][0].startswith('</script><script>alert(1)'), 'the name of the engine is text')
+    expect(any(name.startswith('</script><script>alert(1)') for name, _ in engines['rows']), f'{engines}'[:300])
     check_index(report)
 
 
@@ -295,7 +295,7 @@ def check_refusals(folder, log):
 def check_two(folder, log):
     with open(log, 'rb') as file:
         text = file.read()
-    at = text.index(b'<ORV_object_paint id="3"')
+    at = text.index(b' id="3" drawing_context')
     begin = text.index(b'base_n="', at)
     other = os.path.join(folder, 'other.xml')
     with open(other, 'wb') as file:
