@@ -219,7 +219,7 @@ def check_hostile(folder, log):
     evil = '</script><script>alert(1)</script><!--<img src=x onerror=alert(1)>"\'&\u202e\u2028\x01'
     with open(log, 'rb') as file:
         text = file.read()
-    name = (evil + 'x' * (1 << 20)).replace('"', '\\x22').encode()
+    name = ''.join('\\x%02x' % ord(c) if c in '"<>' else c for c in evil + 'x' * (1 << 20)).encode()
     text = re.sub(rb'fp_EngineIdGet="[^"]*"', b'fp_EngineIdGet="' + name.replace(b'\\', b'\\\\') + b'"', text, count=1)
     text = text.replace(b'<ORV_face_start ', b'<!--' + evil.replace('-->', '').encode() + b'\0 -->\n  <ORV_face_start ', 1)
     text = text.replace(b'ImageFileName="', b'ImageFileName="' + name)
