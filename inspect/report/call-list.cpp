@@ -82,9 +82,9 @@ CallList::CallList(Blocks& blocks, CallListOptions options)
 void CallList::begin_block()
 {
     first_ = places_.count();
-    list_ = std::make_unique<Columns>(std::vector<std::string>{
-        "address", "line", "byte", "kind", "page", "parent", "op", "paint", "text", "colour", "box", "clip", "clips",
-        "warnings", "objects", "block", "at", "size", "whole"});
+    list_ = std::make_unique<Columns>(std::vector<std::string>{"address", "line", "byte", "kind", "page", "parent",
+                                                               "op", "paint", "text", "colour", "box", "clip", "clips",
+                                                               "warnings", "objects", "block", "at", "size", "whole"});
     shapes_ = std::make_unique<Columns>(std::vector<std::string>{"shape", "clip"});
     outlines_.clear();
     outline_places_.clear();

@@ -25,7 +25,7 @@ namespace orvlog::inspect
 struct CallListOptions
 {
     uint64_t most_calls = 0;
-    uint64_t most_bytes = 0;  // of the report: behind them records are left out, then outlines
+    uint64_t most_bytes = 0;                    // of the report: behind them records are left out, then outlines
     std::function<bool(uint32_t page)> wanted;  // calls of other pages are left out; 0 is asked for, too
     // The places of the objects that a call uses.
     std::function<std::vector<int64_t>(const reader::Element& call, int64_t place)> objects;

@@ -177,10 +177,9 @@ const Element* in_member(const Element& element, std::string_view name)
 
 GGO_BoxFloat box_of(const Element& one)
 {
-    return {static_cast<double>(reader::read_int(one, "gbi_MinX")),
-            static_cast<double>(reader::read_int(one, "gbi_MinY")),
-            static_cast<double>(reader::read_int(one, "gbi_MaxX")),
-            static_cast<double>(reader::read_int(one, "gbi_MaxY"))};
+    return {
+        static_cast<double>(reader::read_int(one, "gbi_MinX")), static_cast<double>(reader::read_int(one, "gbi_MinY")),
+        static_cast<double>(reader::read_int(one, "gbi_MaxX")), static_cast<double>(reader::read_int(one, "gbi_MaxY"))};
 }
 
 // Shapes of rectangles, of rows, and of the rectangle of an image.

@@ -43,9 +43,9 @@ private:
     std::unique_ptr<Deflated> runs_;
     std::unique_ptr<Deflated> pixels_;
     uint64_t steps_ = 0;
-    uint64_t first_ = 0;        // of the chunk
-    uint64_t in_chunk_ = 0;     // pixels
-    uint64_t since_key_ = 0;    // likewise
+    uint64_t first_ = 0;      // of the chunk
+    uint64_t in_chunk_ = 0;   // pixels
+    uint64_t since_key_ = 0;  // likewise
     std::string numbers_;
 };
 

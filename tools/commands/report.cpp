@@ -49,7 +49,8 @@ Run declare_report(CLI::App& app)
 {
     auto command = std::make_shared<ReportCommand>();
     app.add_option("LOG", command->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
-    app.add_option("OTHERLOG", command->other, "another log of the job, to be held against the first")->type_name("LOG");
+    app.add_option("OTHERLOG", command->other, "another log of the job, to be held against the first")
+        ->type_name("LOG");
     app.add_option("-o,--output", command->output, "the report, or - for standard output")
         ->required()
         ->type_name("FILE.html");

@@ -255,8 +255,7 @@ bool write_png(const TakenImage& taken, const Layout& layout, uint32_t step,
 bool write_png_file(const std::string& path, const TakenImage& taken, const Layout& layout)
 {
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-    return file != nullptr &&
-           write_png(taken, layout, 1, [&file](png_structp png) { png_init_io(png, file.get()); }) &&
+    return file != nullptr && write_png(taken, layout, 1, [&file](png_structp png) { png_init_io(png, file.get()); }) &&
            std::fflush(file.get()) == 0;
 }
 

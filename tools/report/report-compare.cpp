@@ -72,8 +72,7 @@ OpenLog opener(ReportedLog& log)
 
 std::unique_ptr<Columns> new_rows()
 {
-    return std::make_unique<Columns>(
-        std::vector<std::string>{"kind", "a", "b", "moved", "twice", "differences"});
+    return std::make_unique<Columns>(std::vector<std::string>{"kind", "a", "b", "moved", "twice", "differences"});
 }
 
 const char* truth(bool value)
@@ -141,8 +140,7 @@ bool ReportCompare::align(Blocks& blocks)
 {
     Progress progress(2 * a_.log().size());
     AlignOptions options;
-    options.progress = [&](int pass, uint64_t bytes)
-    { progress.show(pass == 1 ? bytes : a_.log().size() + bytes); };
+    options.progress = [&](int pass, uint64_t bytes) { progress.show(pass == 1 ? bytes : a_.log().size() + bytes); };
     const AlignOutcome outcome = align_logs(opener(a_), opener(b_), options,
                                             [&](const Step& step)
                                             {
@@ -208,9 +206,8 @@ bool ReportCompare::compare_pages(Blocks& blocks)
         one.kind = log.kind();
         return one;
     };
-    const PixelDiffOutcome outcome =
-        orvlog::inspect::compare_pages(side(a_), numbers_a_, side(b_), numbers_b_, 0,
-                                       [&](const PageDifference& page) { add_page(blocks, page); });
+    const PixelDiffOutcome outcome = orvlog::inspect::compare_pages(
+        side(a_), numbers_a_, side(b_), numbers_b_, 0, [&](const PageDifference& page) { add_page(blocks, page); });
     if (outcome.no_room)
         why_ = "no room for a temporary file with what each step draws";
     const uint64_t both = std::min(a_.kind().faces, b_.kind().faces);

@@ -18,7 +18,8 @@ std::string source_hash(std::string_view source)
 
 std::string policy()
 {
-    return "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data: blob:; script-src " +
+    return "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data: blob:; "
+           "script-src " +
            source_hash(kReportScript) + "; style-src " + source_hash(kReportStyle) +
            "; base-uri 'none'; form-action 'none'\">";
 }

@@ -294,8 +294,8 @@ std::vector<int64_t> ReportObjects::of(const Element& call, int64_t place)
 
 void ReportObjects::end_block(uint64_t first, uint64_t count)
 {
-    Columns columns({"kind", "label", "call", "uses", "width", "height", "picture", "d", "view", "stops", "content",
-                     "note"});
+    Columns columns(
+        {"kind", "label", "call", "uses", "width", "height", "picture", "d", "view", "stops", "content", "note"});
     for (uint64_t i = first; i < first + count; ++i)
     {
         const Object& object = objects_[i];

@@ -39,7 +39,8 @@ std::string counts_json(const TextCounts& counts)
         rows.emplace_back("others", counts.others);
     std::string json = "[";
     for (const auto& [text, count] : rows)
-        json.append(json.size() > 1 ? ",[" : "[").append(text_json(text)).append(",").append(std::to_string(count)) += ']';
+        json.append(json.size() > 1 ? ",[" : "[").append(text_json(text)).append(",").append(std::to_string(count)) +=
+            ']';
     return json.append("]");
 }
 
@@ -115,7 +116,8 @@ bool ReportedLog::read_calls(Blocks& blocks)
     options.most_calls = kMostCalls;
     options.most_bytes = before + kMostWithRecords;
     options.wanted = [this](uint32_t page) { return wants(page); };
-    options.objects = [&objects](const orvlog::reader::Element& call, int64_t place) { return objects.of(call, place); };
+    options.objects = [&objects](const orvlog::reader::Element& call, int64_t place)
+    { return objects.of(call, place); };
     list_ = std::make_unique<orvlog::inspect::CallList>(blocks, std::move(options));
     orvlog::inspect::KeptText kept(log_.from_start());
     std::istream text(&kept);
@@ -292,13 +294,17 @@ std::string ReportedLog::json() const
     for (const std::string& line : lacks())
         add_note(line);
     if (!settings_.pages.empty())
-        add_note(std::string("has ").append(std::to_string(list_->pages())).append(" pages, of which some were asked for"));
+        add_note(
+            std::string("has ").append(std::to_string(list_->pages())).append(" pages, of which some were asked for"));
     for (const std::string& line : notes_)
         add_note(line);
     add_member(json, "notes", notes + "]");
     std::string versions = "[";
     for (const auto& [name, value] : info_.versions)
-        versions.append(versions.size() > 1 ? ",[" : "[").append(text_json(name)).append(",").append(text_json(value)) += ']';
+        versions.append(versions.size() > 1 ? ",[" : "[")
+            .append(text_json(name))
+            .append(",")
+            .append(text_json(value)) += ']';
     add_member(json, "versions", versions + "]");
     add_member(json, "figures", figures_json());
     std::string kinds = "[";

@@ -22,8 +22,8 @@ namespace orvlog::tool
 
 struct ReportSettings
 {
-    std::vector<std::string> folders;               // with files that the log names
-    std::vector<command_line::NumberRange> pages;   // empty: all
+    std::vector<std::string> folders;              // with files that the log names
+    std::vector<command_line::NumberRange> pages;  // empty: all
     bool steps = true;
 };
 

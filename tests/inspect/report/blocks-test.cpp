@@ -43,10 +43,9 @@ TEST(Blocks, AreNamedInTheirOrder)
         });
     EXPECT_EQ(blocks.add_plain("foo"), "b0");
     EXPECT_EQ(blocks.add_deflated(std::string(3, 'a')), "b1");
-    EXPECT_EQ(file,
-              "<script type=\"application/octet-stream;base64\" id=\"b0\" data-coding=\"none\">Zm9v</script>\n"
-              "<script type=\"application/octet-stream;base64\" id=\"b1\" data-coding=\"deflate\">"
-              "eJxLTEwEAAJJASQ=</script>\n");
+    EXPECT_EQ(file, "<script type=\"application/octet-stream;base64\" id=\"b0\" data-coding=\"none\">Zm9v</script>\n"
+                    "<script type=\"application/octet-stream;base64\" id=\"b1\" data-coding=\"deflate\">"
+                    "eJxLTEwEAAJJASQ=</script>\n");
     EXPECT_EQ(blocks.written(), file.size());
     EXPECT_TRUE(blocks.good());
 }

@@ -21,7 +21,8 @@ TEST(Abridged, KeepsAShortRecordAsItIs)
 
 TEST(Abridged, ShowsTheFirstFourRows)
 {
-    EXPECT_EQ(abridged("<a>\n1\n2\n3\n4\n5\n6\n</a>\n<b>\n7\n</b>\n"), "<a>\n1\n2\n3\n4\n[2 more rows]\n</a>\n<b>\n7\n</b>\n");
+    EXPECT_EQ(abridged("<a>\n1\n2\n3\n4\n5\n6\n</a>\n<b>\n7\n</b>\n"),
+              "<a>\n1\n2\n3\n4\n[2 more rows]\n</a>\n<b>\n7\n</b>\n");
     EXPECT_EQ(abridged("<a>\n1\n2\n3\n4\n5"), "<a>\n1\n2\n3\n4\n[1 more rows]\n");
 }
 
