@@ -1,5 +1,6 @@
 #include "inspect/align/differences.h"
 
+#include "reader/text/character-set.h"
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -19,10 +20,12 @@ using reader::Element;
 constexpr size_t kLongestPiece = 64;   // bytes or characters of data that are shown
 constexpr size_t kMostFound = 100000;  // differences of one call
 
+constexpr reader::CharacterSet kBetweenWords(" \n");
+
 std::string_view next_word(std::string_view& text)
 {
-    text.remove_prefix(std::min(text.find_first_not_of(" \n"), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(" \n"));
+    text.remove_prefix(kBetweenWords.first_not_in(text));
+    const std::string_view word = text.substr(0, kBetweenWords.first_in(text));
     text.remove_prefix(word.size());
     return word;
 }
