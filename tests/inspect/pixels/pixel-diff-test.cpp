@@ -129,17 +129,21 @@ TEST(PixelDiff, DrawsALogTwiceHoweverManyPagesDiffer)
 
 TEST(PixelDiff, TellsOfPagesThatOneLogLacks)
 {
-    const std::string green = square(12, "0 1 0");
-    const Compared compared =
-        compare(log_of({square(2, "1 0 0"), square(4, "1 0 0"), green + square(6, "1 0 0") + square(0, "1 1 0")}),
-                log_of({square(2, "0 0 1"), green + square(6, "0 0 1") + square(0, "1 1 0")}));
-    ASSERT_EQ(compared.pages.size(), 3U);
-    EXPECT_EQ(compared.pages[0].first.pixels, 16U);
-    EXPECT_EQ(compared.pages[1].page_a, 2U);
-    EXPECT_EQ(compared.pages[1].page_b, 0U);
-    EXPECT_EQ(compared.pages[2].page_a, 3U);
-    EXPECT_EQ(compared.pages[2].page_b, 2U);
-    EXPECT_EQ(compared.pages[2].end.box.x0, 6);
+    const std::string longer = log_of({square(2, "1 0 0"), square(4, "1 0 0"), square(6, "1 0 0")});
+    const std::string shorter = log_of({square(2, "0 0 1")});
+    const Compared without = compare(longer, shorter);
+    ASSERT_EQ(without.pages.size(), 3U);
+    EXPECT_EQ(without.pages[0].page_b, 1U);
+    EXPECT_EQ(without.pages[0].end.pixels, 16U);
+    EXPECT_EQ(without.pages[1].page_b, 0U);
+    EXPECT_EQ(without.pages[2].page_a, 3U);
+    EXPECT_EQ(without.pages[2].page_b, 0U);
+    EXPECT_EQ(without.pages[2].end.pixels, 400U);
+    const Compared added = compare(shorter, longer);
+    ASSERT_EQ(added.pages.size(), 3U);
+    EXPECT_EQ(added.pages[2].page_a, 0U);
+    EXPECT_EQ(added.pages[2].page_b, 3U);
+    EXPECT_TRUE(added.pages[2].call_a.empty());
 }
 
 }  // namespace
