@@ -111,17 +111,23 @@ void CallComparer::compare_attributes(const Element& a, const Element& b)
     const auto add = [this](std::string_view name, std::optional<std::string> one, std::optional<std::string> other) {
         found_.push_back({path_, std::string(name), std::move(one), std::move(other), 0, 0});
     };
-    for (const reader::Attribute& one : a.attributes)
+    for (size_t i = 0; i < a.attributes.size(); ++i)
     {
-        const reader::Attribute* other = b.find(one.name);
+        const reader::Attribute& one = a.attributes[i];
+        const bool same_place = i < b.attributes.size() && b.attributes[i].name == one.name;
+        const reader::Attribute* other = same_place ? &b.attributes[i] : b.find(one.name);
         if (other == nullptr)
             add(one.name, std::string(one.value), std::nullopt);
         else if (!same_value(a.name, one.name, one.value, other->value, true))
             add(one.name, std::string(one.value), std::string(other->value));
     }
-    for (const reader::Attribute& other : b.attributes)
-        if (!a.has(other.name))
+    for (size_t i = 0; i < b.attributes.size(); ++i)
+    {
+        const reader::Attribute& other = b.attributes[i];
+        const bool same_place = i < a.attributes.size() && a.attributes[i].name == other.name;
+        if (!same_place && !a.has(other.name))
             add(other.name, std::nullopt, std::string(other.value));
+    }
 }
 
 void CallComparer::compare_bytes(const Element& a, const Element& b)

@@ -317,7 +317,7 @@ bool LogEvents::read_attribute(std::string_view text, size_t& at)
     if (length == 0 || value > text.size() || text[value - 2] != '=' || text[value - 1] != '"')
         return false;
     const size_t end = text.find('"', value);
-    if (end == std::string_view::npos)
+    if (end == std::string_view::npos || attributes_.size() == kMostAttributes)
         return false;
     attributes_.push_back({text.substr(at, length), text.substr(value, end - value)});
     at = end + 1;
