@@ -21,6 +21,7 @@ constexpr CharacterSet kBlanks(" \t");
 constexpr CharacterSet kTagEnds("<>");
 constexpr CharacterSet kRowCharacters("0123456789abcdefinx+-. \r");
 constexpr size_t kCallIndent = 2;
+constexpr size_t kMostAttributes = 1024;  // of a tag; no record has a tenth as many
 
 std::string_view without_return(std::string_view line)
 {

@@ -94,7 +94,6 @@ public:
     static constexpr size_t kLongestLine = size_t{64} << 20;
     static constexpr size_t kLongestComment = size_t{16} << 20;
     static constexpr size_t kDeepest = 4096;
-    static constexpr size_t kMostAttributes = 1024;  // of a tag; no record has a tenth as many
 
 private:
     class Text;
