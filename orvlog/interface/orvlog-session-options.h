@@ -72,7 +72,7 @@ typedef struct ORVLOG_SessionOptions
     // null.
     const ORV_Interface* second_interface;
 
-    // Non-zero: a colour ticket that no family can be told of, by what its colour manager answers, stands in the element
+    // Non-zero: a colour ticket whose family can't be told by what its colour manager answers stands in the element
     // UnknownRenderColorSpace, and the log warns of it. 0: in one that is no XML, which readers of logs know.
     uint32_t name_unknown_families;
 } ORVLOG_SessionOptions;
