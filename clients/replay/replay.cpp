@@ -15,6 +15,9 @@ namespace
 using reader::Children;
 using reader::Element;
 
+// What the logger warns of.
+constexpr const char* kUnknownFamily = "GCM_ColorTicket of an unknown family.";
+
 void examine_callback(const Element& callback, LogKind* kind)
 {
     if (callback.name == "GFI_GlyphGetFixedFormatFn")
@@ -75,6 +78,8 @@ LogKind examine(std::istream& log)
     LogKind kind;
     uint32_t last_number = 0;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
+    elements.on_comment = [&kind](const reader::Comment& one)
+    { kind.names_unknown_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
     while (const Element* call = elements.next())
     {
         examine_call(*call, false, &kind);
