@@ -43,7 +43,9 @@ std::vector<LogPiece> pieces_from_frame(const LogIndex& index, const Frame& fram
 {
     if (frame.byte <= index.head_size)
         return {{0, index.text_size, 1, kNoNumber}};
-    return {{0, index.head_size, 1, kNoNumber}, {frame.byte, index.text_size, frame.line, kNoNumber}};
+    // An index with pages has a copy of what is before the first of them.
+    const uint64_t kept = index.has_pages && index.head_size <= index.kept.size() ? 0 : kNoNumber;
+    return {{0, index.head_size, 1, kept}, {frame.byte, index.text_size, frame.line, kNoNumber}};
 }
 
 // The last frame that begins between two calls and of which `is_before` holds.
