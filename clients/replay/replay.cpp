@@ -93,8 +93,8 @@ LogKind Examination::finish(bool is_log, const Element& root)
 
 std::vector<uint64_t> facts_of(const LogKind& kind)
 {
-    return {kind.base_content,   kind.fixed_formats,  kind.image_attributes, kind.side_files,    kind.rendered,
-            kind.kept_images,    kind.rendered_fixed, kind.rendered_first,   kind.glyph_get_type};
+    return {kind.base_content, kind.fixed_formats,  kind.image_attributes, kind.side_files,    kind.rendered,
+            kind.kept_images,  kind.rendered_fixed, kind.rendered_first,   kind.glyph_get_type};
 }
 
 namespace

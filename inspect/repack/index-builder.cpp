@@ -19,9 +19,8 @@ constexpr size_t kMostRuns = reader::kLargestIndex / 64;
 
 constexpr std::array<std::string_view, 3> kStarts = {"ORV_face_start", "ORV_resource_start",
                                                      "ORV_memory_context_start"};
-constexpr std::array<std::string_view, 5> kOthers = {"ORV_document_start", "ORV_document_finish",
-                                                     "ORV_resource_destroy", "ORV_drawing_finish",
-                                                     "ORV_drawing_discard"};
+constexpr std::array<std::string_view, 5> kOthers = {
+    "ORV_document_start", "ORV_document_finish", "ORV_resource_destroy", "ORV_drawing_finish", "ORV_drawing_discard"};
 
 bool is_start(const Element& element)
 {

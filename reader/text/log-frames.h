@@ -57,8 +57,8 @@ private:
 // The text of a whole frame, which has `size` bytes, and `prefix` before it when it was made. Nothing if it has others.
 std::optional<std::string> frame_text(std::string_view frame, size_t size, std::string_view prefix = {});
 
-// Text as a frame that tells its size and ends in a checksum; nothing where there is no Zstandard. What it has in common
-// with `prefix` takes next to no room.
+// Text as a frame that tells its size and ends in a checksum; nothing where there is no Zstandard. What it has in
+// common with `prefix` takes next to no room.
 std::string compressed_frame(std::string_view text, int level, std::string_view prefix = {});
 
 }  // namespace orvlog::reader

@@ -380,8 +380,8 @@ std::string take_index(std::string_view bytes, std::string_view entries, LogInde
         return "is damaged";
     if (index.has_pages)
         take_pages(words, index);
-    const bool fits = words.at_end() && frames_fit(index) &&
-                      (!index.has_pages || (drawings_fit(index) && runs_fit(index)));
+    const bool fits =
+        words.at_end() && frames_fit(index) && (!index.has_pages || (drawings_fit(index) && runs_fit(index)));
     return fits ? "" : "does not fit the frames";
 }
 
@@ -438,8 +438,7 @@ std::optional<LogIndex> read_log_index(std::istream& file, std::string& why)
     file.clear();
     file.seekg(0, std::ios::end);
     const std::streamoff size = file.tellg();
-    const std::optional<SeekTable> table =
-        size > 0 ? read_seek_table(file, static_cast<uint64_t>(size)) : std::nullopt;
+    const std::optional<SeekTable> table = size > 0 ? read_seek_table(file, static_cast<uint64_t>(size)) : std::nullopt;
     if (!table || table->frames == 0)
         return std::nullopt;
     const std::string bytes = find_index(file, *table);

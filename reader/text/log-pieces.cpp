@@ -114,8 +114,8 @@ public:
     {
         const Frame* last = nullptr;
         for (const LogPiece& piece : pieces_)
-            for (auto frame = frame_at(piece.begin); piece.kept == kNoNumber && frame != index_.frames.end() && most > 0;
-                 ++frame)
+            for (auto frame = frame_at(piece.begin);
+                 piece.kept == kNoNumber && frame != index_.frames.end() && most > 0; ++frame)
             {
                 if (frame->byte >= piece.end)
                     break;

@@ -1,5 +1,5 @@
-// Parts of a repacked log as a stream: its head, and what stands at some pages or from some call on, with what has to be
-// known there of the rest. Memory: the index and the text of one frame.
+// Parts of a repacked log as a stream: its head, and what stands at some pages or from some call on, with what has to
+// be known there of the rest. Memory: the index and the text of one frame.
 
 #pragma once
 
@@ -38,8 +38,8 @@ enum class Resources
 // client's comments. The index must have pages.
 std::vector<LogPiece> pieces_of_pages(const LogIndex& index, uint32_t first, uint32_t last, Resources resources);
 
-// From before the paint with this id on, the call on this line, or at this byte, to the end. Nothing if the index doesn't
-// tell where to begin.
+// From before the paint with this id on, the call on this line, or at this byte, to the end. Nothing if the index
+// doesn't tell where to begin.
 std::vector<LogPiece> pieces_from_id(const LogIndex& index, uint64_t id);
 std::vector<LogPiece> pieces_from_line(const LogIndex& index, uint64_t line);
 std::vector<LogPiece> pieces_from_byte(const LogIndex& index, uint64_t byte);

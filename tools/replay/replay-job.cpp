@@ -72,8 +72,8 @@ std::unique_ptr<std::istream> open_pages(const ReplayOptions& options)
     const bool draws = options.new_log.empty() && options.renderer != "none";
     if (all || options.up_to)
         return nullptr;
-    return IndexedLog(options.log).pages(options.pages.first, options.pages.last,
-                                         draws ? reader::Resources::painted : reader::Resources::all);
+    return IndexedLog(options.log)
+        .pages(options.pages.first, options.pages.last, draws ? reader::Resources::painted : reader::Resources::all);
 }
 
 class ReplayJob
