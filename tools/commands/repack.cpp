@@ -1,6 +1,7 @@
 // orvlog repack: a log in Zstandard frames, with an index of its calls and pages.
 
 #include "inspect/repack/log-repacker.h"
+#include "reader/text/log-frames.h"
 #include "tools/shared/command.h"
 #include "tools/shared/new-log.h"
 #include "tools/shared/output.h"
@@ -80,6 +81,8 @@ int repack(const Options& options)
 {
     if (options.output != "-" && is_same_file(options.log, options.output))
         return fail(options.output + ": is the log to be repacked");
+    if (orvlog::reader::compressed_frame("<ORV", 1).empty())
+        return fail("repack needs Zstandard, which this program was built without");
     Source source(options.log);
     if (!source.open())
         return fail(options.log + ": " + source.why());
