@@ -44,6 +44,8 @@ constexpr std::array kCommands = {
             declare_minimise},
     Command{"redact", "make a log that may be handed on", "orvlog redact letter.orvlog.xml -o redacted.orvlog.xml",
             declare_redact},
+    Command{"to-c", "make a program in C of the calls of a log", "orvlog to-c letter.orvlog.xml -o letter.c",
+            declare_to_c},
     Command{"state", "tell what holds when a call of a log is made", "orvlog state letter.orvlog.xml 17",
             declare_state},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
