@@ -94,7 +94,7 @@ static orvlog_comment_fn_type comment_function;
 static void* comment_context;
 static const char* folder = ".";
 
-extern const uint8_t no_bytes[1];
+
 const uint8_t no_bytes[1] = {0};
 
 void complain(const char* what)
@@ -221,8 +221,8 @@ const void* answer(int kind)
 )c";
 
 const char* const kCFonts = R"c(
-static const GFI_FontSpecPointer stray_font = {NULL};
-static const GFI_StringDescPointer stray_string = {NULL, NULL, NULL};
+const GFI_FontSpecPointer stray_font = {NULL};
+const GFI_StringDescPointer stray_string = {NULL, NULL, NULL};
 static GFI_GlyphDescPointer given;
 
 void give_matrix(GGO_Matrix* to, uint32_t* flags, const GGO_Matrix* matrix, uint32_t value)
@@ -447,7 +447,7 @@ int32_t bytes_seek(void* self, int32_t offset, int32_t origin)
     return 0;
 }
 
-static const GIO_StreamOps byte_operations = {.gio_Read = bytes_read, .gio_Seek = bytes_seek};
+const GIO_StreamOps byte_operations = {.gio_Read = bytes_read, .gio_Seek = bytes_seek};
 )c";
 
 const char* const kCRenderer = R"c(
