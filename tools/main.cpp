@@ -48,6 +48,8 @@ constexpr std::array kCommands = {
             "orvlog compare letter.orvlog.xml --renderer old/driver.so --renderer new/driver.so", declare_compare},
     Command{"regress", "hold what a renderer draws of many logs against a baseline",
             "orvlog regress logs --renderer driver.so --baseline pages", declare_regress},
+    Command{"profile", "tell what the calls of a log cost a renderer",
+            "orvlog profile letter.orvlog.xml --renderer driver.so", declare_profile},
     Command{"to-c", "make a program in C of the calls of a log", "orvlog to-c letter.orvlog.xml -o letter.c",
             declare_to_c},
     Command{"state", "tell what holds when a call of a log is made", "orvlog state letter.orvlog.xml 17",
