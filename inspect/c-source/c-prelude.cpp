@@ -3,15 +3,9 @@
 namespace orvlog::inspect
 {
 
-const char* const kCIncludes = R"c(
-#include <math.h>
-#include <stdarg.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-
-#define LENGTH(array) (sizeof(array) / sizeof((array)[0]))
-)c";
+const char* const kCIncludes = "\n#include <math.h>\n#include <stdarg.h>\n#include <stdio.h>\n#include <stdlib.h>\n"
+                               "#include <string.h>\n\n"
+                               "#define LENGTH(array) (sizeof(array) / sizeof((array)[0]))\n";
 
 const char* const kCRecordTypes = R"c(
 /* Records that end in an array, with room for n. */
