@@ -15,7 +15,6 @@ std::string escaped(const std::string& text)
 {
     std::string result;
     for (const char c : printable(text))
-    {
         if (c == '&')
             result += "&amp;";
         else if (c == '<')
@@ -26,7 +25,6 @@ std::string escaped(const std::string& text)
             result += "&quot;";
         else
             result += c;
-    }
     return result;
 }
 
