@@ -12,13 +12,13 @@ static void draw_triangle(const ORV_DrawingInterface* page)
     static const GSH_ShapePointer shape = {&filled.fps_Shape, {&edges}};
     static const ORVLOG_FLAT_OPERAND(3) red = {
         {{GOP_OPERAND_FLAT, GOP_COLOR_INFO(GOP_OCS_INPUT, GCM_CF_OTHER), 0, 0, GCM_CSF_RGB}, 3, 32, 0, 0, {1, 0, 0}}};
-    GOP_OperandPointer colour = {.op_Operand = &red.record.fl_Operand};
+    GOP_OperandPointer colour = {.op_Operand = &red.record.fl_Operand, .op_UniqueId = 1};
     page->object_paint.fn(page, GCM_OBJ_GRAPHICS, 0, NULL, &shape, GPA_PLACEMENT_PS, NULL, &colour, NULL, NULL);
 }
 
 static void draw_image(const ORV_DrawingInterface* page)
 {
-    static const uint8_t pixels[2][6] = {{255, 0, 0, 0, 255, 0}, {0, 0, 255, 255, 255, 255}};
+    static const uint8_t rows[2][6] = {{255, 0, 0, 0, 255, 0}, {0, 0, 255, 255, 255, 255}};
     static const GOP_OperandImage image = {
         .im_Operand = {GOP_OPERAND_IMAGE, GOP_COLOR_INFO(GOP_OCS_INPUT, GCM_CF_OTHER), GNC_BMP_DEPTH_8, 0, GCM_CSF_RGB},
         .im_NumNonalphaChans = 3,
@@ -26,7 +26,7 @@ static void draw_image(const ORV_DrawingInterface* page)
         .im_ImageWidthPixels = 2,
         .im_ImageHeightPixels = 2,
         .im_Transform = {{1, 0, 0, 1, 5, 5}}};
-    GOP_OperandImagePointer op1 = {.imp_Image = &image, .imp_DirectImage = pixels[0], .imp_RowStep = 6};
+    GOP_OperandImagePointer op1 = {.imp_Image = &image, .op_UniqueId = 2, .imp_DirectImage = rows[0], .imp_RowStep = 6};
     GOP_OperandPointer* head = (GOP_OperandPointer*)&op1;
     page->object_paint.fn(page, GCM_OBJ_IMAGE, 0, NULL, NULL, GPA_PLACEMENT_PS, NULL, head, NULL, NULL);
 }

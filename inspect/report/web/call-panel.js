@@ -1,6 +1,7 @@
 // All that there is of one call.
 
 const ROWS_AT_ONCE = 300;
+const LONGEST_TEXT = 20000;
 
 class CallPanel {
     /** @param {!Report} report */
@@ -55,12 +56,12 @@ class CallPanel {
         if (around.length > 0)
             add('in', ...around.flatMap((link, index) => index > 0 ? [' in ', link] : [link]));
         if (column.op[call] !== '')
-            add('operator', column.op[call]);
+            add('operator', shortened(column.op[call], LONGEST_TEXT));
         if (column.paint[call] !== '')
             add('paints with', swatch(column.colour[call] < 0 ? null : hexColour(column.colour[call])), ' ',
-                column.paint[call]);
+                shortened(column.paint[call], LONGEST_TEXT));
         if (column.text[call] !== '')
-            add('text', make('q', {}, column.text[call]));
+            add('text', make('q', {}, shortened(column.text[call], LONGEST_TEXT)));
         if (column.box[call])
             add('box', make('span', {class: 'number'}, boxText(column.box[call])));
         if (column.clips[call] > 0)
@@ -68,7 +69,7 @@ class CallPanel {
                 ', which leave ' + boxText(column.clip[call]) : '');
         add('changes', this.effectText(log, call));
         for (const warning of column.warnings[call])
-            add('warning', make('span', {class: 'warning'}, warning));
+            add('warning', make('span', {class: 'warning'}, shortened(warning, LONGEST_TEXT)));
         add('in the log', 'line ' + grouped(column.line[call]) + ', byte ' + grouped(column.byte[call]) + ', ' +
             counted(column.whole[call], 'byte'));
         return list;
@@ -128,10 +129,7 @@ class CallPanel {
             notes.push('a clip keeps what lies outside of it');
         replaceContent(place, make('h3', {}, 'Shape and clips'), picture,
             notes.length > 0 ? make('p', {class: 'note'}, notes.join('; ')) : null);
-        const wide = Math.max(0, ...shape.map(one => one.stroke || 0));
-        const box = group.getBBox();
-        const edge = wide / 2 + 0.03 * Math.max(box.width, box.height, 1e-6);
-        picture.setAttribute('viewBox', [box.x - edge, box.y - edge, box.width + 2 * edge, box.height + 2 * edge].join(' '));
+        fitPicture(picture, group, shape.reduce((widest, one) => Math.max(widest, one.stroke || 0), 0));
     }
 
     async showObjects(place, {log, call}, current) {
@@ -210,4 +208,17 @@ class CallPanel {
             make('td', {class: 'value'}, shortened(row.value, 2000),
                 differs ? make('span', {class: 'visually-hidden'}, ' differs') : null));
     }
+}
+
+/** Shows all of a drawing. How large it is, is known when it is laid out, which may be later on small screens. */
+function fitPicture(picture, group, strokeWidth) {
+    const observer = new ResizeObserver(() => {
+        if (picture.clientWidth === 0)
+            return;
+        observer.disconnect();
+        const box = group.getBBox();
+        const edge = strokeWidth / 2 + 0.03 * Math.max(box.width, box.height, 1e-6);
+        picture.setAttribute('viewBox', [box.x - edge, box.y - edge, box.width + 2 * edge, box.height + 2 * edge].join(' '));
+    });
+    observer.observe(picture);
 }

@@ -1,5 +1,6 @@
 // The list of calls: a tree that folds, what is searched for in it, and filters.
 
+const MOST_CHOICES = 500;
 const DIFFERENCE_SIGNS = ['', '\u2260', '\u2212', '+'];
 
 class CallsPane {
@@ -17,7 +18,7 @@ class CallsPane {
             level: item => items.level[item],
             expanded: item => items.hasChildren(item) ? this.matches !== null || !this.folded.has(item) : null,
             place: item => items.placeAmong(item),
-            fill: (row, item) => this.fillRow(row, item),
+            fill: (row, item, fold) => this.fillRow(row, item, fold),
             choose: item => listener.choose(item),
             toggle: item => this.toggle(item),
         });
@@ -76,7 +77,7 @@ class CallsPane {
 
     offer(select, counts) {
         const sorted = Array.from(counts).sort((a, b) => a[0] < b[0] ? -1 : 1);
-        replaceContent(select, make('option', {value: ''}, 'all'), sorted.map(([name, count]) =>
+        replaceContent(select, make('option', {value: ''}, 'all'), sorted.slice(0, MOST_CHOICES).map(([name, count]) =>
             make('option', {value: name}, shortened(name, 60) + ' (' + grouped(count) + ')')));
     }
 
@@ -195,7 +196,7 @@ class CallsPane {
         this.tree.setCurrent(item);
     }
 
-    fillRow(row, item) {
+    fillRow(row, item, fold) {
         const log = this.items.log(item);
         const call = this.items.call(item);
         const column = log.column;
@@ -205,7 +206,7 @@ class CallsPane {
         if (difference !== SAME)
             row.classList.add(['', 'changed', 'missing', 'added'][difference]);
         row.append(
-            make('span', {class: 'c-address'}, column.address[call]),
+            make('span', {class: 'c-address'}, fold, column.address[call]),
             make('span', {class: 'c-kind'}, log.kind(call)),
             swatch(column.colour[call] < 0 ? null : hexColour(column.colour[call])),
             make('span', {class: 'c-text'}, rowText(column, call)));
@@ -216,9 +217,8 @@ class CallsPane {
             flags.push(['\u26a0', counted(column.warnings[call].length, 'warning')]);
         if (log.changesNothing(call))
             flags.push(['\u2205', 'changes nothing']);
-        for (const [sign, name] of flags)
-            row.append(make('span', {class: 'flag', title: name}, make('span', {'aria-hidden': 'true'}, sign),
-                make('span', {class: 'visually-hidden'}, name)));
+        row.append(make('span', {class: 'flags'}, flags.map(([sign, name]) => make('span', {title: name},
+            make('span', {'aria-hidden': 'true'}, sign), make('span', {class: 'visually-hidden'}, name)))));
     }
 }
 

@@ -13,6 +13,7 @@ class Report {
         this.panelNames = index.compare ? ['difference', 'call', 'pixel', 'objects', 'figures'] :
             ['call', 'pixel', 'objects', 'figures'];
         this.describe();
+        followLayout();
     }
 
     describe() {
@@ -42,9 +43,22 @@ class Report {
         this.prepareCompare();
         showFindings(this);
         this.keys = new Keys(this);
-        preparePaper(this);
         await this.showFirstPage();
         document.body.dataset.ready = 'true';
+        this.preparePaper();
+    }
+
+    /** What is printed is made when there is time, or when it is wanted. */
+    preparePaper() {
+        const prepare = () => {
+            if (!byId('paper').hasChildNodes())
+                preparePaper(this);
+        };
+        window.addEventListener('beforeprint', prepare);
+        if (window.requestIdleCallback)
+            requestIdleCallback(prepare);
+        else
+            setTimeout(prepare, 500);
     }
 
     /** The pages that can be looked at: those of the first and of the second log beside one another. */

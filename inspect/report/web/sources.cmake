@@ -21,5 +21,6 @@ set(ORVLOG_REPORT_SCRIPTS
     findings.js
     paper.js
     keys.js
+    layout.js
     main.js
 )

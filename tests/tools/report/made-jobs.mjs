@@ -57,6 +57,19 @@ export function smallReport() {
     return assemble(indexOf([logOf(blocks, job.kinds, job.calls, [job.page], {})]), blocks);
 }
 
+/** Two pages without steps, and a call on the second one. */
+export function stillReport() {
+    const blocks = new Blocks();
+    const job = smallJob(blocks);
+    const still = {...job.page, steps: null, effects: null};
+    const calls = job.calls.concat({kind: 'face_start', address: 'line:90', page: 2, parent: 0},
+        paint(5, [1, 1, 9, 9], 0x123456, {page: 2, parent: 11}));
+    const log = logOf(blocks, job.kinds, calls, [still, {...still, page: 2, picture: null, note: 'not finished'}], {cut: true,
+        in_flight: {text: 'ORV_object_paint 5, line 99', call: 12}, warnings: {count: 3, texts: [['odd', 2], ['strange', 1]]},
+        damage: {count: 1, first: [{line: 7, byte: 300, text: 'a tag is open'}]}});
+    return assemble(indexOf([log]), blocks);
+}
+
 /** Two logs of the small job, of which the second has another colour in its first paint. */
 export function twoReport() {
     const blocks = new Blocks();
@@ -72,7 +85,7 @@ export function twoReport() {
     two.calls.pop();
     const compare = {counts: {same: 9, changed: 1, missing: 1, added: 0}, roots: [], note: null,
         blocks: [{first: 0, count: rows.kind.length, list: blocks.json(rows)}],
-        pages: [{a: 1, b: 1, same: false, pixels: 800, area: [10, 10, 40, 40], first: 900, call_a: '0', call_b: '0',
+        pages: [{a: 1, b: 1, same: false, pixels: 796, area: [10, 10, 40, 40], first: 900, call_a: '0', call_b: '0',
             cause_a: '0', cause_b: '0', in_layer: false, at_end: false, picture: null}]};
     const logs = [[one, 'good.xml'], [two, 'bad.xml']].map(([job, name]) => logOf(blocks, job.kinds, job.calls,
         [job.page], {name}));
