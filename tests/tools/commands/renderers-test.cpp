@@ -118,10 +118,10 @@ protected:
                       0);
     }
 
-    ToolResult regress(const Words& options)
+    ToolResult regress(const Words& options, const std::string& megabytes = "0")
     {
         Words words = {"regress",    folder.path("logs"),     "--renderer", kBlocks,
-                       "--baseline", folder.path("baseline"), "--memory",   "0"};
+                       "--baseline", folder.path("baseline"), "--memory",   megabytes};
         words.insert(words.end(), options.begin(), options.end());
         return run_tool(words);
     }
@@ -182,7 +182,7 @@ TEST_F(ToolRegress, TellsWhatDiffersAndWhatFails)
 #ifndef ORVLOG_INSTRUMENTED
 TEST_F(ToolRegress, EndsWhatTakesTooMuchMemory)
 {
-    const ToolResult fat = regress({"--update", "--renderer-options", "eat=5", "--memory", "600", "--time", "60"});
+    const ToolResult fat = regress({"--update", "--renderer-options", "eat=5", "--time", "60"}, "600");
     EXPECT_EQ(fat.status, 1);
     EXPECT_FALSE(has(fat.out, "updated")) << fat.out;
     EXPECT_FALSE(has(fat.out, "timeout")) << fat.out;
@@ -232,7 +232,10 @@ TEST(ToolProfile, TellsCallsKindsPagesAndATimeline)
 
 TEST(ToolProfile, TellsCallbacksApart)
 {
-    const ToolResult told = run_tool({"profile", sample_log(), "--renderer", ORVLOG_CAIRO_LIBRARY, "--runs", "1"});
+    const ScratchFolder folder;
+    const std::string log = folder.path("drawn.xml");
+    ASSERT_EQ(run_tool({"record", ORVLOG_SOURCE_DIR "/docs/sample.pdf", "-o", log, "--pages", "2"}).status, 0);
+    const ToolResult told = run_tool({"profile", log, "--renderer", ORVLOG_CAIRO_LIBRARY, "--runs", "1"});
     EXPECT_EQ(told.status, 0) << told.err;
     EXPECT_TRUE(has(told.out, "least of 1 run\n")) << told.out;
     EXPECT_TRUE(has(told.out, "  GOP_ImageReadFn\n")) << told.out;

@@ -125,13 +125,13 @@ TEST(ToolToC, LetsNothingOfALogOutOfItsLiteral)
     ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("sample.xml"), "--pages", "1"}).status, 0);
     std::string log = read_file(folder.path("sample.xml"));
     const size_t first = log.find('\n') + 1;
-    const std::string comment = "*/ system(\"x\"); /* ??/\" \\\n??=error \\\n\" %s %n \\x22; \x01\xff 77\n";
+    const std::string comment = "*/ system(\"x\"); /* ?\?/\" \\\n?\?=error \\\n\" %s %n \\x22; \x01\xff 77\n";
     const std::string call = "  <ORV_document_start document_context=\"0\" document_id=\"1\" "
                              "font_engine_functions=\"TRUE\" fp_EngineIdGet=\"";
     ASSERT_EQ(log.compare(first, call.size(), call), 0) << log.substr(first, 200);
     const size_t name = first + call.size();
     const size_t end = log.find('"', name);
-    log.replace(name, end - name, "??/\\x22;exit(3);*/\\\\x0a" + std::string(1U << 20, 'n') + "??/");
+    log.replace(name, end - name, "?\?/\\x22;exit(3);*/\\\\x0a" + std::string(1U << 20, 'n') + "?\?/");
     log.insert(first, "\n<!--\n" + comment + "-->\n");
     folder.write("job.xml", log);
     const ToolResult made = run_tool({"to-c", folder.path("job.xml"), "-o", folder.path("job.c")});
