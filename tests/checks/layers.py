@@ -84,6 +84,8 @@ OTHERS = (
     (re.compile(r"cairo(?:-\w+)?\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"png\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"lcms2\.h"), ("clients/colour/", "renderers/cairo/")),
+    (re.compile(r"zlib\.h"), ("inspect/report/",)),
+    (re.compile(r"nettle/.*"), ("inspect/report/",)),
     (re.compile(r"zstd\.h"), ("clients/stream/", "reader/text/")),
     (re.compile(r"sqlite3\.h"), ("inspect/export/",)),
     (re.compile(r".*"), ("clients/pdf/poppler/",)),
