@@ -67,7 +67,7 @@ class CallPanel {
         if (column.clips[call] > 0)
             add('clips', counted(column.clips[call], 'clip'), column.clip[call] ?
                 ', which leave ' + boxText(column.clip[call]) : '');
-        add('changes', this.effectText(log, call));
+        add('changes', ...this.effectOf(item, log, call));
         for (const warning of column.warnings[call])
             add('warning', make('span', {class: 'warning'}, shortened(warning, LONGEST_TEXT)));
         add('in the log', 'line ' + grouped(column.line[call]) + ', byte ' + grouped(column.byte[call]) + ', ' +
@@ -75,13 +75,15 @@ class CallPanel {
         return list;
     }
 
-    effectText(log, call) {
+    effectOf(item, log, call) {
         const effect = log.why.get(call);
         if (!effect)
-            return 'not told: it paints on no page of this report';
+            return ['not told: it paints on no page of this report'];
         if (effect.pixels > 0)
-            return counted(effect.pixels, 'pixel') + (effect.area ? ' in ' + boxText(effect.area) : '');
-        return 'nothing: ' + (this.report.index.reasons[effect.why] || 'no reason told');
+            return [counted(effect.pixels, 'pixel') + (effect.area ? ' in ' + boxText(effect.area) : '')];
+        const reason = 'nothing: ' + (this.report.index.reasons[effect.why] || 'no reason told');
+        const cause = effect.of >= 0 ? this.report.items.itemOf[this.report.items.which(item)][effect.of] : -1;
+        return cause >= 0 ? [reason, ', because of ', this.report.callLink(cause)] : [reason];
     }
 
     differences(item) {

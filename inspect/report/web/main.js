@@ -130,15 +130,14 @@ class Report {
         byId('page-before').disabled = index === 0;
         byId('page-behind').disabled = index === this.pages.length - 1;
         this.view.viewport.setAttribute('aria-label', this.pageName(this.page));
+        if (byId('filter-page').checked)
+            this.callsPane.refresh();
         this.mask = undefined;
         this.view.clearMarks();
         this.view.outline([], []);
         const shown = await this.stepBar.setPage(this.page.pages, this.active(), page => this.stepsOf(page));
-        if (!shown)
-            return;
-        if (byId('filter-page').checked)
-            this.callsPane.refresh();
-        await this.mark();
+        if (shown)
+            await this.mark();
     }
 
     /** Makes a call the current one. */
