@@ -46,7 +46,7 @@ constexpr std::array kCommands = {
             declare_redact},
     Command{"compare", "tell where two renderers draw a log differently",
             "orvlog compare letter.orvlog.xml --renderer old/driver.so --renderer new/driver.so", declare_compare},
-    Command{"regress", "hold what a renderer draws of many logs against a baseline",
+    Command{"regress", "hold what a renderer draws against a baseline",
             "orvlog regress logs --renderer driver.so --baseline pages", declare_regress},
     Command{"profile", "tell what the calls of a log cost a renderer",
             "orvlog profile letter.orvlog.xml --renderer driver.so", declare_profile},
