@@ -49,7 +49,7 @@ constexpr std::array kCommands = {
     Command{"compare", "tell where two renderers draw a log differently",
             "orvlog compare letter.orvlog.xml --renderer old/driver.so --renderer new/driver.so", declare_compare},
     Command{"regress", "hold what a renderer draws against a baseline",
-            "orvlog regress logs --renderer driver.so --baseline pages", declare_regress},
+            "orvlog regress logs --renderer driver.so --baseline pages --update", declare_regress},
     Command{"profile", "tell what the calls of a log cost a renderer",
             "orvlog profile letter.orvlog.xml --renderer driver.so", declare_profile},
     Command{"to-c", "make a program in C of the calls of a log", "orvlog to-c letter.orvlog.xml -o letter.c",
