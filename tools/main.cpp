@@ -46,7 +46,7 @@ constexpr std::array kCommands = {
             declare_redact},
     Command{"state", "tell what holds when a call of a log is made", "orvlog state letter.orvlog.xml 17",
             declare_state},
-    Command{"report", "make a page for a browser that shows a log: pages, calls, and which call changed which pixel",
+    Command{"report", "make a page for a browser of a log: pages, calls, pixels",
             "orvlog report letter.orvlog.xml -o letter.html", declare_report},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
