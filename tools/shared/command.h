@@ -72,6 +72,10 @@ Run declare_diff(CLI::App& app);
 Run declare_trim(CLI::App& app);
 Run declare_minimise(CLI::App& app);
 Run declare_redact(CLI::App& app);
+Run declare_to_c(CLI::App& app);
+Run declare_compare(CLI::App& app);
+Run declare_regress(CLI::App& app);
+Run declare_profile(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
