@@ -23,6 +23,8 @@ constexpr std::array kCommands = {
             declare_pack},
     Command{"unpack", "bring a coded log back as plain text", "orvlog unpack letter.orvlog -o letter.orvlog.xml",
             declare_unpack},
+    Command{"repack", "make a small log, of which any page can be read alone",
+            "orvlog repack letter.orvlog.xml -o letter.orvlog.xml.zst", declare_repack},
     Command{"merge", "make one log of a temporary log and the logs of its kept images",
             "orvlog merge orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp -o letter.orvlog.xml", declare_merge},
     Command{"replay", "make the calls of a log again, and draw its pages",
