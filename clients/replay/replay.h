@@ -68,6 +68,7 @@ struct LogKind
     bool base_content = false;   // the logger has pulled images or glyphs
     bool fixed_formats = false;  // glyphs in all three forms
     bool image_attributes = false;
+    bool names_unknown_families = false;  // of colour tickets: in their element, and with a warning
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
