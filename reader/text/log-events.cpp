@@ -1,6 +1,7 @@
 #include "reader/text/log-events.h"
 
 #include "reader/text/character-set.h"
+#include "reader/text/log-pieces.h"
 #include "reader/text/log-text.h"
 
 #include <algorithm>
@@ -83,7 +84,11 @@ class LogEvents::Text : public LogText
     using LogText::LogText;
 };
 
-LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form) {}
+LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form)
+{
+    if (const auto* pieces = dynamic_cast<const LogPieces*>(&source); pieces != nullptr)
+        jumps_ = pieces->jumps();
+}
 
 LogEvents::~LogEvents() = default;
 
@@ -120,8 +125,15 @@ uint64_t LogEvents::bytes_used() const
 void LogEvents::step(size_t count, size_t lines)
 {
     text_->skip(count);
+    read_ += count;
     place_.byte += count;
     place_.line += lines;
+}
+
+void LogEvents::jump()
+{
+    while (next_jump_ < jumps_.size() && jumps_[next_jump_].read <= read_)
+        place_ = jumps_[next_jump_++].place;
 }
 
 void LogEvents::damage(std::string text, Place place)
@@ -194,6 +206,7 @@ bool LogEvents::read_event(Event& event)
             return false;
         }
     }
+    jump();
     if (text_->at_end())
         return finish();
     const std::string_view line = text_->line(0, kLongestLine);

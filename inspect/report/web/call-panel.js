@@ -104,13 +104,12 @@ class CallPanel {
             make('p', {}, make('strong', {}, notes.join('; '))),
             detail.length === 0 ? null : make('div', {class: 'wide', tabindex: 0, role: 'region',
                 'aria-label': 'Differing attributes'}, make('table', {},
-                make('thead', {}, make('tr', {}, ...['element', 'attribute', 'A', 'B'].map(
-                    name => make('th', {scope: 'col'}, name)))),
-                make('tbody', {}, detail.slice(0, ROWS_AT_ONCE).map(([path, attribute, a, b, at, count]) => make('tr', {},
-                    make('th', {scope: 'row'}, path === '' ? 'the call' : path),
-                    make('td', {}, attribute !== '' ? attribute : count > 0 ?
+                make('thead', {}, make('tr', {}, ...['attribute', 'A', 'B'].map(name => make('th', {scope: 'col'}, name)))),
+                make('tbody', {}, detail.slice(0, ROWS_AT_ONCE).map(([path, attribute, a, b, at, count]) => [
+                    make('tr', {}, make('th', {scope: 'rowgroup', colspan: 3, class: 'path'}, path === '' ? 'the call' : path)),
+                    make('tr', {}, make('th', {scope: 'row'}, attribute !== '' ? attribute : count > 0 ?
                         'data from ' + grouped(at) + ', ' + grouped(count) + ' differ' : 'the element'),
-                    make('td', {class: 'side-a'}, value(a)), make('td', {class: 'side-b'}, value(b))))))));
+                    make('td', {class: 'side-a'}, value(a)), make('td', {class: 'side-b'}, value(b)))])))));
     }
 
     async showPicture(place, {log, call}, current) {

@@ -73,9 +73,9 @@ class Report {
         this.pages = this.pages.filter(page => page.pages.some(one => one !== null));
         const choice = byId('page-choice');
         replaceContent(choice, this.pages.map((page, index) => make('option', {value: index}, this.pageName(page))));
-        choice.addEventListener('change', () => this.showPage(Number(choice.value)));
-        byId('page-before').addEventListener('click', () => this.showPage(this.pageIndex - 1));
-        byId('page-behind').addEventListener('click', () => this.showPage(this.pageIndex + 1));
+        choice.addEventListener('change', () => this.turnTo(Number(choice.value)));
+        byId('page-before').addEventListener('click', () => this.turnTo(this.pageIndex - 1));
+        byId('page-behind').addEventListener('click', () => this.turnTo(this.pageIndex + 1));
     }
 
     pagesSideBySide() {
@@ -119,6 +119,16 @@ class Report {
         if (!this.stepsByPage.has(page))
             this.stepsByPage.set(page, new PageSteps(page.steps));
         return this.stepsByPage.get(page);
+    }
+
+    /** Shows another page, and where its calls begin. */
+    turnTo(index) {
+        const done = this.showPage(index);
+        const page = this.page.pages[this.active()];
+        const item = page ? this.items.itemOf[this.active()][page.call] : -1;
+        if (item >= 0)
+            this.callsPane.tree.bringUp(item);
+        return done;
     }
 
     async showPage(index) {
