@@ -193,6 +193,13 @@ ordered_json pages_json(const LogInfo& info)
     return list;
 }
 
+ordered_json records_json(const orvlog::reader::RecordCounts& records)
+{
+    return {{"operators", records.operators}, {"operands", records.operands}, {"colours", records.colours},
+            {"paths", records.paths},         {"shapes", records.shapes},     {"clips", records.clips},
+            {"fonts", records.fonts}};
+}
+
 ordered_json info_json(const LogInfo& info, const std::string& name)
 {
     ordered_json object;
@@ -220,6 +227,7 @@ ordered_json info_json(const LogInfo& info, const std::string& name)
     object["image_bytes"] = info.image_bytes;
     object["side_file_bytes"] = info.side_file_bytes;
     object["kept_image_logs"] = info.kept_logs;
+    object["records"] = records_json(info.records);
     object["engines"] = counts_json(info.engines);
     object["strings"] = info.strings;
     object["glyphs"] = counts_json(info.glyphs);

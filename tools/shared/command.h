@@ -71,6 +71,9 @@ Run declare_diff(CLI::App& app);
 Run declare_trim(CLI::App& app);
 Run declare_minimise(CLI::App& app);
 Run declare_redact(CLI::App& app);
+Run declare_export(CLI::App& app);
+Run declare_query(CLI::App& app);
+Run declare_watch(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
