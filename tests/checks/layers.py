@@ -81,7 +81,9 @@ OTHERS = (
     (re.compile(r"cairo(?:-\w+)?\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"png\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"lcms2\.h"), ("clients/colour/", "renderers/cairo/")),
-    (re.compile(r"zstd\.h"), ("clients/stream/", "reader/text/")),
+    (re.compile(r"nettle/.*"), ("inspect/export/",)),
+    (re.compile(r"zlib\.h"), ("inspect/export/",)),
+    (re.compile(r"zstd\.h"), ("clients/stream/", "inspect/export/", "reader/text/")),
     (re.compile(r"sqlite3\.h"), ("inspect/export/",)),
     (re.compile(r".*"), ("clients/pdf/poppler/",)),
 )

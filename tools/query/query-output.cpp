@@ -176,7 +176,7 @@ public:
     {
         std::string line;
         for (const std::string& column : columns)
-            line += (line.empty() ? "" : ",") + quoted(column);
+            line.append(line.empty() ? "" : ",").append(quoted(column));
         put(line + "\n");
     }
 
@@ -185,7 +185,8 @@ public:
         std::string line;
         for (size_t i = 0; i < row.size(); ++i)
         {
-            line += i > 0 ? "," : "";
+            if (i > 0)
+                line += ',';
             line += row[i].kind == QueryValue::Kind::text ? quoted(std::string(row[i].text)) : text_of(row[i]);
         }
         return put(line + "\n");
