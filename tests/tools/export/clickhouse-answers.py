@@ -109,8 +109,7 @@ def main():
             for question in json.loads(jobs.run(ORVLOG, "query", "--list", "--json").stdout):
                 ours = json.loads(jobs.run(ORVLOG, "query", database, question["name"], "--json").stdout)
                 theirs = [json.loads(line) for line in
-                          loader("ask", question["name"], "--format",
-                                 "JSONEachRow SETTINGS output_format_json_quote_64bit_integers=0").splitlines()]
+                          loader("ask", question["name"], "--format", "JSONEachRow").splitlines()]
                 ours, theirs = in_order(ours), in_order(theirs)
                 equal = ours == theirs
                 if not equal:
