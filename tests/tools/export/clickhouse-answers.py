@@ -105,24 +105,22 @@ def main():
             again = loader("load", tables, "--day", "2026-11-22").decode()
             if not again.startswith("0 jobs loaded, 0 rows; 14 there"):
                 raise SystemExit(f"the second load: {again}")
-            answers = 0
             for question in json.loads(jobs.run(ORVLOG, "query", "--list", "--json").stdout):
                 ours = json.loads(jobs.run(ORVLOG, "query", database, question["name"], "--json").stdout)
                 theirs = [json.loads(line) for line in
                           loader("ask", question["name"], "--format", "JSONEachRow").splitlines()]
                 ours, theirs = in_order(ours), in_order(theirs)
                 equal = ours == theirs
+                if not ours:
+                    raise SystemExit(f"{question['name']}: no rows, which prove nothing")
                 if not equal:
                     raise SystemExit(f"{question['name']}: {ours[:3]}... but {theirs[:3]}...")
-                answers += len(ours)
                 print(f"{question['name']}: {len(ours)} rows from both")
             for table in jobs.TABLES:
                 count = int(loader("ask", f"SELECT count() FROM {table}", "--format", "TabSeparated"))
                 wanted = len(jobs.rows_of(tables, table))
                 if count != wanted:
                     raise SystemExit(f"{table}: {count} rows instead of {wanted}")
-            if answers < 50:
-                raise SystemExit(f"{answers} rows in all prove little")
         finally:
             server.terminate()
             try:

@@ -41,9 +41,13 @@ def make_logs(folder):
 def main():
     with tempfile.TemporaryDirectory() as folder:
         logs = make_logs(folder)
-        expected = {os.path.basename(log): jobs.counts_told(ORVLOG, log) for log in logs}
-        # The compressed one is a log that is there.
-        del expected["zstd.xml.zst"]
+        # Logs of the same text are one.
+        texts = {}
+        for log in logs:
+            texts.setdefault(jobs.run(ORVLOG, "unpack", log, "-o", "-", status=None).stdout, log)
+        if len(texts) in (0, len(logs)):
+            raise SystemExit("no two logs have the same text")
+        expected = {os.path.basename(log): jobs.counts_told(ORVLOG, log) for log in texts.values()}
         database, tables, again = (os.path.join(folder, name) for name in ("jobs.sqlite", "tables", "again"))
         jobs.run(ORVLOG, "export", *logs, "--sqlite", database)
         jobs.run(ORVLOG, "export", *logs, "--jsonl", tables, "--content", "--texts", "--threads", "1")

@@ -12,6 +12,30 @@ TABLES = ("jobs", "pages", "calls", "operators", "operands", "colours", "paths",
           "fonts", "texts", "glyphs", "tickets", "warnings", "damage")
 
 
+# A page on which a clip without rectangles shuts the only paint out.
+SHUT_PAGE = b"""  <ORV_face_start document_context="0" drawing_context="900" font_engine_functions="FALSE" face_seq_number="900">
+    <ORV_FaceProperties fp_FaceInchToPixels="100 0 0 100 0 0 " fp_WidthInPixels="200" fp_HeightInPixels="300">
+    </ORV_FaceProperties>
+  </ORV_face_start>
+  <ORV_object_paint id="90000" drawing_context="900" object_type_and_flag="4">
+    <ORV_object_paint.clip>
+      <GSH_ShapeList sl_Hints="[0] GSH_SLH_NONE " sl_ClipIn="TRUE" sl_UniqueId="1">
+        <GSH_ShapeList.sl_Shape>
+          <GSH_ShapePointer>
+            <GSH_ShapePointer.sp_HeaderPtr>
+              <GSH_MultiRectShape mrs_RectCount="0">
+                <GSH_Shape sh_ShapeType="GSH_SHAPE_MULTI_RECT" sh_Hints="[0] GSH_SH_NO_HINT " sh_Transform="1 0 0 1 0 0 "/>
+              </GSH_MultiRectShape>
+            </GSH_ShapePointer.sp_HeaderPtr>
+          </GSH_ShapePointer>
+        </GSH_ShapeList.sl_Shape>
+      </GSH_ShapeList>
+    </ORV_object_paint.clip>
+  </ORV_object_paint>
+"""
+WARNING = b"\n<!--\nORVLOG: WARNING: GPA_PathPointer without a path.\n-->\n"
+
+
 def run(*words, status=0, **more):
     done = subprocess.run([str(word) for word in words], capture_output=True, timeout=600, check=False, **more)
     if status is not None and done.returncode != status:
@@ -34,6 +58,12 @@ def vary(log, path, number):
     if number % 10 == 3:
         text = re.sub(rb'op_OperatorType="GOP_ROP_PORTER_DUFF" op_Operator="3"',
                       b'op_OperatorType="GOP_ROP_PDF_SEPARABLE" op_Operator="%d"' % (20 + number % 7), text, count=1)
+    if number % 10 == 1:
+        text += WARNING * (1 + number % 3)
+    if number % 10 == 5:
+        text = re.sub(rb'im_Transform="([^ ]+) ([^ ]+) ([^ ]+) ([^ ]+) ', b'im_Transform="0.001 0 0 0.001 ', text)
+    if number % 10 == 9:
+        text = text.replace(b"</ORV>", SHUT_PAGE + b"</ORV>")
     if number % 10 == 7:
         text = text[:len(text) // 2 + number]
     with open(path, "wb") as file:
