@@ -1,5 +1,6 @@
 // Holds the records of the interface to the layout that clients compiled elsewhere rely on. Nothing here runs.
 
+#include "orvlog/interface/orvlog-renderer.h"
 #include "orvlog/interface/orvlog.h"
 
 #include <cstddef>
@@ -414,3 +415,23 @@ AT(ORVLOG_TicketFunctions, query, 11 * 8);
 AT(ORVLOG_TicketFunctions, csd_list, 18 * 8);
 AT(ORVLOG_TicketFunctions, key, 33 * 8);
 AT(ORVLOG_TicketSerialFunctions, serialise, 4 * 8);
+
+AT(ORVLOG_RendererPage, face_seq_number, 0);
+AT(ORVLOG_RendererPage, width, 4);
+AT(ORVLOG_RendererPage, height, 8);
+AT(ORVLOG_RendererPage, first_row, 12);
+AT(ORVLOG_RendererPage, rows, 16);
+AT(ORVLOG_RendererPage, row_pixels, 20);
+AT(ORVLOG_RendererPage, pixels, 24);
+SIZE(ORVLOG_RendererPage, 32);
+AT(ORVLOG_RendererHost, version, 0);
+AT(ORVLOG_RendererHost, context, 8);
+AT(ORVLOG_RendererHost, take_page, 16);
+AT(ORVLOG_RendererHost, complain, 24);
+SIZE(ORVLOG_RendererHost, 32);
+AT(ORVLOG_Renderer, version, 0);
+AT(ORVLOG_Renderer, context, 8);
+AT(ORVLOG_Renderer, table, 16);
+AT(ORVLOG_Renderer, end, 128);
+AT(ORVLOG_Renderer, look, 136);
+SIZE(ORVLOG_Renderer, 144);

@@ -1,26 +1,14 @@
 // orvlog replay: the job of a log once more, from the log alone.
 
-#include "clients/replay/replay.h"
 #include "clients/command-line/number-range.h"
-#include "clients/replay/replay-tickets.h"
-#include "clients/session/logged-session.h"
-#include "inspect/drawing/glyph-form.h"
-#include "reader/text/log-files.h"
-#include "renderers/cairo/cairo-renderer.h"
+#include "tools/replay/replay-job.h"
+#include "tools/replay/replay-options.h"
 #include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
-#include "tools/shared/look.h"
-#include "tools/shared/source.h"
-#include "tools/shared/vector-pages.h"
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <set>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace orvlog::tool
 {
@@ -28,238 +16,23 @@ namespace orvlog::tool
 namespace
 {
 
-namespace fs = std::filesystem;
-using orvlog::replay::LogKind;
-
-struct ReplayOptions
-{
-    std::string log;
-    std::string new_log;
-    std::string image_prefix;
-    bool compressed = false;
-    bool via_temporary_log = false;
-    bool allow_missing = false;
-    std::string png;
-    std::string svg;
-    std::string pdf;
-    std::string renderer;
-    std::vector<std::string> folders;
-    command_line::NumberRange pages = {1, UINT32_MAX};
-    unsigned dpi = 0;
-    std::optional<orvlog::reader::CallAddress> up_to;
-};
-
-// Lines for the user, each once.
-class Complaints
-{
-public:
-    void say(const std::string& line)
-    {
-        constexpr size_t kMost = 100;
-        if (said_.size() < kMost && said_.insert(line).second)
-            tool::say(printable(line));
-    }
-
-private:
-    std::set<std::string> said_;
-};
-
-// What the files of pages begin with.
-std::string page_name(const ReplayOptions& options)
-{
-    fs::path name = options.log == "-" ? "log" : options.log;
-    if (name.extension() == ".zst")
-        name.replace_extension();
-    return name.stem().string();
-}
-
-// A log is read twice, once to see what it is and once to play it.
-std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& source)
-{
-    if (auto* file = dynamic_cast<std::ifstream*>(&source.stream()); file != nullptr && options.log != "-")
-        return std::make_unique<std::ifstream>(options.log, std::ios::binary);
-    auto held = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
-    *held << source.stream().rdbuf();
-    return held;
-}
-
-class ReplayJob
-{
-public:
-    explicit ReplayJob(const ReplayOptions& options)
-        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
-    {
-    }
-
-    int run()
-    {
-        orvlog::replay::Options play;
-        play.first_page = options_.pages.first;
-        play.last_page = options_.pages.last;
-        // The job may be played in another folder than the present one.
-        play.files = orvlog::reader::LogFiles(options_.log, options_.folders);
-        if (!play.files.why().empty())
-            return fail(play.files.why());
-        Source source(options_.log);
-        if (!source.open())
-            return fail(options_.log + ": " + source.why());
-        std::unique_ptr<std::istream> log = open_again(options_, source);
-        kind_ = orvlog::replay::examine(*log);
-        if (!kind_.is_log)
-            return fail(options_.log + ": is not a log");
-        if (options_.pages.first > kind_.faces && kind_.faces > 0)
-            return fail(options_.log + ": has no page " + std::to_string(options_.pages.first) + ", but " +
-                        std::to_string(kind_.faces) + " in all");
-        if (vectors_.would_replace(options_.log))
-            return fail(options_.pdf + ": is the log to be replayed");
-        log->clear();
-        log->seekg(0);
-        make_renderer();
-        if (const int status = open_log(); status != EXIT_DONE)
-            return status;
-        Progress progress(source.size());
-        play.dpi = options_.dpi;
-        play.up_to = options_.up_to;
-        play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
-        play.progress = [&progress](uint64_t done) { progress.show(done); };
-        play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
-        if (session_ != nullptr)
-            play.comment = [this](const std::string& text) { session_->comment(text); };
-        const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_->interface();
-        orvlog::replay::ReplayTickets tickets;
-        const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
-        return finish(outcome);
-    }
-
-private:
-    void make_renderer()
-    {
-        const bool pictures = !options_.png.empty() || vectors_.wanted();
-        const bool wanted = pictures || options_.renderer == "cairo" || (options_.renderer.empty() && kind_.rendered);
-        if (!wanted)
-            return;
-        cairo_renderer::Options options;
-        if (!options_.png.empty())
-        {
-            fs::create_directories(options_.png);
-            options.png_prefix = (fs::absolute(options_.png) / page_name(options_)).string();
-        }
-        if (vectors_.wanted())
-        {
-            if (!options_.svg.empty())
-                fs::create_directories(options_.svg);
-            const double dpi = options_.dpi > 0 ? options_.dpi : kind_.dpi;
-            options.surface_factory = [this, dpi](const cairo_renderer::Page& page)
-            { return vectors_.surface(page, dpi); };
-            options.page_sink = [this](const cairo_renderer::Page& page) { vectors_.finish(page); };
-        }
-        options.page_number = [this](const cairo_renderer::Page&) { return page_; };
-        options.keep_images = kind_.kept_images;
-        options.glyph_form = orvlog::inspect::glyph_form(kind_);
-        options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
-        options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
-        renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
-    }
-
-    // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
-    int open_log()
-    {
-        if (options_.new_log.empty() && renderer_ != nullptr)
-            return EXIT_DONE;
-        std::error_code none;
-        const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
-        if (!target.empty() && fs::equivalent(target, options_.log, none))
-            return fail(options_.new_log + ": is the log to be replayed");
-        session_ = std::make_unique<client_session::LoggedSession>(session_options());
-        std::string why;
-        const bool begun =
-            session_->open_log(&why) && session_->begin(renderer_ != nullptr ? renderer_->interface() : nullptr, &why);
-        return begun ? EXIT_DONE : fail(why);
-    }
-
-    // Those of the log that is replayed.
-    client_session::LoggedSessionOptions session_options() const
-    {
-        client_session::LoggedSessionOptions session;
-        session.log = options_.new_log;
-        session.image_prefix = options_.image_prefix;
-        session.compressed = options_.compressed;
-        session.via_temporary_log = options_.via_temporary_log;
-        session.keeps_images = renderer_ != nullptr && kind_.kept_images;
-        session.base_mode = kind_.base_mode;
-        session.base_content = kind_.base_content;
-        session.fixed_glyph_forms = kind_.fixed_formats;
-        session.glyph_form = kind_.glyph_get_type;
-        session.image_attributes = kind_.image_attributes;
-        session.ticket_functions = orvlog::replay::ReplayTickets::functions();
-        session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
-        return session;
-    }
-
-    // Says all that is wrong, a line each.
-    int finish(const orvlog::replay::Outcome& outcome)
-    {
-        std::vector<std::string> wrong = losses_;
-        if (session_ != nullptr)
-            for (const std::string& line : session_->close())
-                wrong.push_back(line);
-        const bool drawn = renderer_ == nullptr || renderer_->all_pages_written();
-        if (!vectors_.close() || !drawn)
-            wrong.emplace_back("a page could not be written");
-        std::string done = std::to_string(outcome.calls) + " calls, " + std::to_string(outcome.pages) + " pages";
-        if (outcome.not_played > 0)
-            done += ", " + std::to_string(outcome.not_played) + " not played";
-        std::fprintf(stderr, "%s\n", done.c_str());
-        for (const std::string& line : what_lacks(outcome))
-            wrong.push_back(options_.log + ": " + line);
-        for (const std::string& line : wrong)
-            fail(line);
-        return wrong.empty() ? EXIT_DONE : EXIT_FAILED;
-    }
-
-    // Of the log, and of what was made from it.
-    std::vector<std::string> what_lacks(const orvlog::replay::Outcome& outcome) const
-    {
-        std::vector<std::string> lacks;
-        if (outcome.pages_refused > 0)
-            lacks.push_back(std::to_string(outcome.pages_refused) + " pages could not be drawn");
-        if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
-            lacks.emplace_back("has no page");
-        if (!outcome.reached)
-            lacks.push_back("has no " + orvlog::reader::describe(*options_.up_to));
-        if (outcome.missing > 0 && !options_.allow_missing)
-            lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
-                            " places; what could be found is played (--allow-missing is content with that)");
-        if (outcome.cut)
-            lacks.emplace_back("is cut short; what it has is played");
-        else if (outcome.damage > 0)
-            lacks.push_back("is damaged in " + std::to_string(outcome.damage) +
-                            " places; what could be read is played");
-        return lacks;
-    }
-
-    const ReplayOptions& options_;
-    Complaints complaints_;
-    std::vector<std::string> losses_;  // what is missing on the pages, each kind once
-    VectorPages vectors_;
-    LogKind kind_;
-    uint32_t page_ = 0;  // the number of the page that is begun
-    std::unique_ptr<cairo_renderer::Renderer> renderer_;
-    std::unique_ptr<client_session::LoggedSession> session_;
-};
-
 // Empty if the options go together.
 std::string contradiction(const ReplayOptions& options)
 {
     const bool pictures = !options.png.empty() || !options.svg.empty() || !options.pdf.empty();
-    return pictures && options.renderer == "none" ? "--renderer none draws no pages for --png, --svg or --pdf" : "";
+    if (pictures && options.renderer == "none")
+        return "--renderer none draws no pages for --png, --svg or --pdf";
+    if (has_library(options) && (!options.svg.empty() || !options.pdf.empty()))
+        return "a renderer that is a library draws no pages for --svg or --pdf";
+    return options.renderer_options && !has_library(options) ? "--renderer-options is for a renderer that is a library"
+                                                             : "";
 }
 
 int replay(const ReplayOptions& options)
 {
     const std::string wrong = contradiction(options);
     if (wrong.empty())
-        return ReplayJob(options).run();
+        return run_replay(options);
     std::fprintf(stderr, "orvlog replay: %s (see orvlog replay --help)\n", wrong.c_str());
     return EXIT_BAD_USE;
 }
@@ -291,8 +64,12 @@ Run declare_replay(CLI::App& app)
         ->type_name("N")
         ->check(CLI::Range(1u, 2400u));
     add_address(app, "--up-to", options->up_to, "stop behind this call: the id of a paint, line:N or byte:N");
-    app.add_option("--renderer", options->renderer, "draw on this one; without it as the job was drawn")
-        ->check(CLI::IsMember({"cairo", "none"}));
+    app.add_option(
+           "--renderer", options->renderer,
+           "draw on cairo, on none, or on the shared library FILE, or FILE:SYMBOL; without it as the job was drawn")
+        ->type_name("FILE");
+    app.add_option("--renderer-options", options->renderer_options, "a text that is given to the library's renderer")
+        ->type_name("TEXT");
     app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")
         ->type_name("PREFIX");
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");

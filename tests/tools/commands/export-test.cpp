@@ -283,7 +283,7 @@ TEST(ToolQuery, OnlyReads)
     ASSERT_EQ(run_tool({"export", folder.write("job.xml", small_log()), "--sqlite", file}).status, 0);
     const std::string before = read_file(file);
     for (const std::string sql :
-         {"DELETE FROM jobs", "DROP TABLE jobs", "ATTACH '" + folder.path("x") + "' AS x",
+         {std::string("DELETE FROM jobs"), std::string("DROP TABLE jobs"), "ATTACH '" + folder.path("x") + "' AS x",
           std::string("PRAGMA user_version = 7"), std::string("SELECT load_extension('x')"),
           std::string("CREATE TEMP TABLE t (x)"), std::string("VACUUM INTO 'y'"), std::string("SELECT 1; SELECT 2")})
     {

@@ -1,0 +1,31 @@
+#include "clients/renderer-library/loaded-file.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+
+namespace orvlog::renderer_library
+{
+
+// A name without a slash would be searched for.
+std::unique_ptr<LoadedFile> LoadedFile::open(const std::string& path, std::string* why)
+{
+    void* handle = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle != nullptr)
+        return std::unique_ptr<LoadedFile>(new LoadedFile(handle));
+    const char* reason = dlerror();
+    *why = reason != nullptr ? reason : "can't be loaded";
+    return nullptr;
+}
+
+LoadedFile::~LoadedFile()
+{
+    dlclose(handle_);
+}
+
+LoadedFile::Function LoadedFile::function(const std::string& name) const
+{
+    return reinterpret_cast<Function>(dlsym(handle_, name.c_str()));
+}
+
+}  // namespace orvlog::renderer_library

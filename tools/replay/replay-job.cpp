@@ -1,0 +1,286 @@
+#include "tools/replay/replay-job.h"
+
+#include "clients/renderer-library/renderer-library.h"
+#include "clients/replay/replay-tickets.h"
+#include "clients/replay/replay.h"
+#include "clients/session/logged-session.h"
+#include "inspect/drawing/glyph-form.h"
+#include "reader/text/log-files.h"
+#include "renderers/cairo/cairo-renderer.h"
+#include "tools/replay/library-pages.h"
+#include "tools/shared/command.h"
+#include "tools/shared/look.h"
+#include "tools/shared/source.h"
+#include "tools/shared/vector-pages.h"
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orvlog::tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using orvlog::replay::LogKind;
+
+// Lines for the user, each once.
+class Complaints
+{
+public:
+    void say(const std::string& line)
+    {
+        constexpr size_t kMost = 100;
+        if (said_.size() < kMost && said_.insert(line).second)
+            tool::say(printable(line));
+    }
+
+private:
+    std::set<std::string> said_;
+};
+
+// What the files of pages begin with.
+std::string page_name(const ReplayOptions& options)
+{
+    fs::path name = options.log == "-" ? "log" : options.log;
+    if (name.extension() == ".zst")
+        name.replace_extension();
+    return name.stem().string();
+}
+
+// A log is read twice, once to see what it is and once to play it.
+std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& source)
+{
+    if (auto* file = dynamic_cast<std::ifstream*>(&source.stream()); file != nullptr && options.log != "-")
+        return std::make_unique<std::ifstream>(options.log, std::ios::binary);
+    auto held = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
+    *held << source.stream().rdbuf();
+    return held;
+}
+
+class ReplayJob
+{
+public:
+    explicit ReplayJob(const ReplayOptions& options)
+        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
+    {
+    }
+
+    int run()
+    {
+        orvlog::replay::Options play;
+        play.first_page = options_.pages.first;
+        play.last_page = options_.pages.last;
+        // The job may be played in another folder than the present one.
+        play.files = orvlog::reader::LogFiles(options_.log, options_.folders);
+        if (!play.files.why().empty())
+            return fail(play.files.why());
+        Source source(options_.log);
+        if (!source.open())
+            return fail(options_.log + ": " + source.why());
+        std::unique_ptr<std::istream> log = open_again(options_, source);
+        kind_ = orvlog::replay::examine(*log);
+        if (!kind_.is_log)
+            return fail(options_.log + ": is not a log");
+        if (options_.pages.first > kind_.faces && kind_.faces > 0)
+            return fail(options_.log + ": has no page " + std::to_string(options_.pages.first) + ", but " +
+                        std::to_string(kind_.faces) + " in all");
+        if (vectors_.would_replace(options_.log))
+            return fail(options_.pdf + ": is the log to be replayed");
+        log->clear();
+        log->seekg(0);
+        if (std::string why; !make_renderer(&why))
+            return fail(why);
+        if (const int status = open_log(); status != EXIT_DONE)
+            return status;
+        Progress progress(source.size());
+        play.dpi = options_.dpi;
+        play.up_to = options_.up_to;
+        play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
+        play.progress = [&progress](uint64_t done) { progress.show(done); };
+        play.page_begins = [this](uint32_t page, uint32_t number) { page_ = kind_.numbered ? number : page; };
+        if (session_ != nullptr)
+            play.comment = [this](const std::string& text) { session_->comment(text); };
+        const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_table();
+        orvlog::replay::ReplayTickets tickets;
+        const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
+        return finish(outcome);
+    }
+
+private:
+    // False with the reason in `why`.
+    bool make_renderer(std::string* why)
+    {
+        if (!has_library(options_))
+            make_cairo_renderer();
+        return !has_library(options_) || load_renderer(why);
+    }
+
+    bool load_renderer(std::string* why)
+    {
+        pages_ = std::make_unique<LibraryPages>(page_prefix(), [this] { return page_; });
+        renderer_library::Host host;
+        host.take_page = [this](const ORVLOG_RendererPage& page) { return pages_->take(page); };
+        host.complain = [this](const std::string& line) { complaints_.say(options_.renderer + ": " + line); };
+        library_ = std::make_unique<renderer_library::RendererLibrary>(std::move(host));
+        const bool opened = library_->open(
+            options_.renderer, options_.renderer_options ? options_.renderer_options->c_str() : nullptr, why);
+        *why = options_.renderer + ": " + *why;
+        return opened;
+    }
+
+    const ORV_Interface* renderer_table() const
+    {
+        if (library_ != nullptr)
+            return library_->interface();
+        return renderer_ != nullptr ? renderer_->interface() : nullptr;
+    }
+
+    // What the files of pages begin with, in a folder that is there; empty if none are wanted.
+    std::string page_prefix() const
+    {
+        if (options_.png.empty())
+            return "";
+        fs::create_directories(options_.png);
+        return (fs::absolute(options_.png) / page_name(options_)).string();
+    }
+
+    void make_cairo_renderer()
+    {
+        const bool pictures = !options_.png.empty() || vectors_.wanted();
+        const bool wanted = pictures || options_.renderer == "cairo" || (options_.renderer.empty() && kind_.rendered);
+        if (!wanted)
+            return;
+        cairo_renderer::Options options;
+        options.png_prefix = page_prefix();
+        if (vectors_.wanted())
+        {
+            if (!options_.svg.empty())
+                fs::create_directories(options_.svg);
+            const double dpi = options_.dpi > 0 ? options_.dpi : kind_.dpi;
+            options.surface_factory = [this, dpi](const cairo_renderer::Page& page)
+            { return vectors_.surface(page, dpi); };
+            options.page_sink = [this](const cairo_renderer::Page& page) { vectors_.finish(page); };
+        }
+        options.page_number = [this](const cairo_renderer::Page&) { return page_; };
+        options.keep_images = kind_.kept_images;
+        options.glyph_form = orvlog::inspect::glyph_form(kind_);
+        options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
+        options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
+        renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
+    }
+
+    // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
+    int open_log()
+    {
+        if (options_.new_log.empty() && renderer_table() != nullptr)
+            return EXIT_DONE;
+        std::error_code none;
+        const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
+        if (!target.empty() && fs::equivalent(target, options_.log, none))
+            return fail(options_.new_log + ": is the log to be replayed");
+        session_ = std::make_unique<client_session::LoggedSession>(session_options());
+        std::string why;
+        const bool begun = session_->open_log(&why) && session_->begin(renderer_table(), &why);
+        return begun ? EXIT_DONE : fail(why);
+    }
+
+    // Those of the log that is replayed.
+    client_session::LoggedSessionOptions session_options() const
+    {
+        client_session::LoggedSessionOptions session;
+        session.log = options_.new_log;
+        session.image_prefix = options_.image_prefix;
+        session.compressed = options_.compressed;
+        session.via_temporary_log = options_.via_temporary_log;
+        session.keeps_images = renderer_table() != nullptr && kind_.kept_images;
+        session.base_mode = kind_.base_mode;
+        session.base_content = kind_.base_content;
+        session.fixed_glyph_forms = kind_.fixed_formats;
+        session.glyph_form = kind_.glyph_get_type;
+        session.image_attributes = kind_.image_attributes;
+        session.ticket_functions = orvlog::replay::ReplayTickets::functions();
+        session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
+        return session;
+    }
+
+    // Says all that is wrong, a line each.
+    int finish(const orvlog::replay::Outcome& outcome)
+    {
+        std::vector<std::string> wrong = losses_;
+        if (session_ != nullptr)
+            for (const std::string& line : session_->close())
+                wrong.push_back(line);
+        const bool drawn = (renderer_ == nullptr || renderer_->all_pages_written()) && end_library(&wrong);
+        if (!vectors_.close() || !drawn)
+            wrong.emplace_back("a page could not be written");
+        std::string done = std::to_string(outcome.calls) + " calls, " + std::to_string(outcome.pages) + " pages";
+        if (outcome.not_played > 0)
+            done += ", " + std::to_string(outcome.not_played) + " not played";
+        std::fprintf(stderr, "%s\n", done.c_str());
+        for (const std::string& line : what_lacks(outcome))
+            wrong.push_back(options_.log + ": " + line);
+        for (const std::string& line : wrong)
+            fail(line);
+        return wrong.empty() ? EXIT_DONE : EXIT_FAILED;
+    }
+
+    // False if its pages couldn't be written.
+    bool end_library(std::vector<std::string>* wrong)
+    {
+        if (library_ == nullptr)
+            return true;
+        if (!library_->end())
+            wrong->push_back(options_.renderer + ": the renderer could not make all");
+        if (!options_.png.empty() && pages_->count() == 0)
+            wrong->push_back(options_.renderer + ": the renderer gave no pixels");
+        return pages_->close();
+    }
+
+    // Of the log, and of what was made from it.
+    std::vector<std::string> what_lacks(const orvlog::replay::Outcome& outcome) const
+    {
+        std::vector<std::string> lacks;
+        if (outcome.pages_refused > 0)
+            lacks.push_back(std::to_string(outcome.pages_refused) + " pages could not be drawn");
+        if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
+            lacks.emplace_back("has no page");
+        if (!outcome.reached)
+            lacks.push_back("has no " + orvlog::reader::describe(*options_.up_to));
+        if (outcome.missing > 0 && !options_.allow_missing)
+            lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
+                            " places; what could be found is played (--allow-missing is content with that)");
+        if (outcome.cut)
+            lacks.emplace_back("is cut short; what it has is played");
+        else if (outcome.damage > 0)
+            lacks.push_back("is damaged in " + std::to_string(outcome.damage) +
+                            " places; what could be read is played");
+        return lacks;
+    }
+
+    const ReplayOptions& options_;
+    Complaints complaints_;
+    std::vector<std::string> losses_;  // what is missing on the pages, each kind once
+    VectorPages vectors_;
+    LogKind kind_;
+    uint32_t page_ = 0;  // the number of the page that is begun
+    std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<LibraryPages> pages_;
+    std::unique_ptr<renderer_library::RendererLibrary> library_;
+    std::unique_ptr<client_session::LoggedSession> session_;
+};
+
+}  // namespace
+
+int run_replay(const ReplayOptions& options)
+{
+    return ReplayJob(options).run();
+}
+
+}  // namespace orvlog::tool

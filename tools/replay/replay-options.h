@@ -1,0 +1,40 @@
+// What a replay was asked for.
+
+#pragma once
+
+#include "clients/command-line/number-range.h"
+#include "reader/look/call-address.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvlog::tool
+{
+
+struct ReplayOptions
+{
+    std::string log;
+    std::string new_log;
+    std::string image_prefix;
+    bool compressed = false;
+    bool via_temporary_log = false;
+    bool allow_missing = false;
+    std::string png;
+    std::string svg;
+    std::string pdf;
+    std::string renderer;  // "cairo", "none", or a shared library as FILE or FILE:SYMBOL; empty: as the job was drawn
+    std::optional<std::string> renderer_options;
+    std::vector<std::string> folders;
+    command_line::NumberRange pages = {1, UINT32_MAX};
+    unsigned dpi = 0;
+    std::optional<reader::CallAddress> up_to;
+};
+
+// A renderer that is a shared library.
+inline bool has_library(const ReplayOptions& options)
+{
+    return !options.renderer.empty() && options.renderer != "cairo" && options.renderer != "none";
+}
+
+}  // namespace orvlog::tool
