@@ -65,10 +65,14 @@ void JsonRows::put_integer(const Column& column, int64_t value)
     append_number(line_, value);
 }
 
+// Whoever guesses a column's type from its values shall find no whole number in it.
 void JsonRows::put_real(const Column& column, double value)
 {
     name(column);
+    const size_t begin = line_.size();
     append_number(line_, value);
+    if (line_.find_first_of(".e", begin) == std::string::npos)
+        line_.append(".0");
 }
 
 void JsonRows::put_text(const Column& column, std::string_view value)

@@ -72,7 +72,7 @@ def vary(log, path, number):
 
 def counts_told(orvlog, log):
     """What orvlog info says of a log, as the rows that each table has to have."""
-    info = json.loads(run(orvlog, "info", "--json", log).stdout)
+    info = json.loads(run(orvlog, "info", "--json", "--records", log).stdout)
     total = lambda name: sum(info[name].values())
     return {"jobs": 1, "pages": info["page_count"], "calls": total("calls"), "images": total("images"),
             "engines": total("engines"), "texts": info["strings"], "glyphs": total("glyphs"),
