@@ -50,6 +50,8 @@ constexpr std::array kCommands = {
             "orvlog export spool/*.xml --sqlite jobs.sqlite", declare_export},
     Command{"query", "ask a database of tables in SQL", "orvlog query jobs.sqlite fonts", declare_query},
     Command{"watch", "export the logs of a folder as they come", "orvlog watch spool --jsonl tables", declare_watch},
+    Command{"report", "make a page for a browser that shows a log: pages, calls, and which call changed which pixel",
+            "orvlog report letter.orvlog.xml -o letter.html", declare_report},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",
             "orvlog ticket job-1.ticket --family rgb", declare_ticket},
     Command{"help", "show what a command does and which options it takes", "orvlog help record", declare_help},

@@ -39,7 +39,7 @@ struct ExportResult
     Kind kind = Kind::failed;
     std::string why;
     std::string key;
-    LogState state = LogState::whole;
+    JobState state = JobState::whole;
     uint64_t damage = 0;
     uint64_t rows = 0;  // that were added
 };

@@ -89,9 +89,9 @@ public:
         outcome.damage = damage_;
         outcome.text_bytes = elements_.events().text_bytes();
         const bool garbled = elements_.events().is_coded() && elements_.events().is_garbled();
-        outcome.state = garbled || (damage_ > 0 && !elements_.events().is_cut()) ? LogState::damaged
-                        : elements_.events().is_cut()                            ? LogState::cut
-                                                                                 : LogState::whole;
+        outcome.state = garbled || (damage_ > 0 && !elements_.events().is_cut()) ? JobState::damaged
+                        : elements_.events().is_cut()                            ? JobState::cut
+                                                                                 : JobState::whole;
         if (outcome.is_log)
             job(key, name, outcome.state);
         return outcome;
@@ -188,7 +188,7 @@ private:
         rows.integer(call.implied_end ? 0 : 1).end();
     }
 
-    void job(const LogKey& key, const std::string& name, LogState state)
+    void job(const LogKey& key, const std::string& name, JobState state)
     {
         constexpr std::array<std::string_view, 3> kStates = {"whole", "cut", "damaged"};
         const Element& root = elements_.root();

@@ -25,7 +25,7 @@ struct LogKey
 // Reads the log from where it stands to its end.
 LogKey read_log_key(std::istream& log);
 
-enum class LogState
+enum class JobState
 {
     whole,
     cut,
@@ -35,7 +35,7 @@ enum class LogState
 struct RowsOutcome
 {
     bool is_log = false;
-    LogState state = LogState::whole;
+    JobState state = JobState::whole;
     uint64_t damage = 0;      // places
     uint64_t text_bytes = 0;  // that were read: others than the key's where the log has changed meanwhile
 };

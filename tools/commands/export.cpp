@@ -80,8 +80,8 @@ int tell(const std::string& log, const ExportResult& result, Counts& counts)
     case ExportResult::Kind::added:
         ++counts.logs;
         counts.rows += result.rows;
-        if (result.state != orvlog::inspect::LogState::whole)
-            say(log + (result.state == orvlog::inspect::LogState::cut ? ": is cut short" : ": is damaged") +
+        if (result.state != orvlog::inspect::JobState::whole)
+            say(log + (result.state == orvlog::inspect::JobState::cut ? ": is cut short" : ": is damaged") +
                 "; what is whole was exported");
         return EXIT_DONE;
     case ExportResult::Kind::known:

@@ -21,7 +21,7 @@ namespace
 {
 
 using orvlog::inspect::ExportResult;
-using orvlog::inspect::LogState;
+using orvlog::inspect::JobState;
 using orvlog::inspect::SpoolLog;
 using orvlog::inspect::SpoolView;
 
@@ -92,8 +92,8 @@ private:
         {
         case ExportResult::Kind::added:
             lines_ += printable(log.name) + ": " + std::to_string(result.rows) + " rows" +
-                      (result.state == LogState::whole ? ""
-                       : result.state == LogState::cut ? "; the log is cut short"
+                      (result.state == JobState::whole ? ""
+                       : result.state == JobState::cut ? "; the log is cut short"
                                                        : "; the log is damaged") +
                       "\n";
             return true;

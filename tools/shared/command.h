@@ -60,6 +60,7 @@ Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
 Run declare_replay(CLI::App& app);
+Run declare_report(CLI::App& app);
 Run declare_info(CLI::App& app);
 Run declare_ls(CLI::App& app);
 Run declare_show(CLI::App& app);
