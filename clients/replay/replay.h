@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvlog::replay
 {
@@ -79,6 +80,23 @@ struct LogKind
     uint32_t glyph_get_type = GFI_GDT_BITMAP;
 };
 LogKind examine(std::istream& log);
+
+// The same call by call, for one who reads the log for other things as well.
+class Examination
+{
+public:
+    // In the order of the log.
+    void add(const reader::Element& call);
+    // Once it has ended.
+    LogKind finish(bool is_log, const reader::Element& root);
+
+private:
+    LogKind kind_;
+    uint32_t last_number_ = 0;
+};
+
+// What is known of a log, as numbers, for the index of a repacked one. Of parts of it `examine` gives what these tell.
+std::vector<uint64_t> facts_of(const LogKind& kind);
 
 // Plays `log` on `table`. The tickets must live as long as the table's session.
 Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options);

@@ -1,5 +1,6 @@
 #include "reader/text/log-events.h"
 
+#include "reader/text/log-pieces.h"
 #include "reader/text/log-text.h"
 
 #include <algorithm>
@@ -78,7 +79,11 @@ class LogEvents::Text : public LogText
     using LogText::LogText;
 };
 
-LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form) {}
+LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form)
+{
+    if (const auto* pieces = dynamic_cast<const LogPieces*>(&source); pieces != nullptr)
+        jumps_ = pieces->jumps();
+}
 
 LogEvents::~LogEvents() = default;
 
@@ -115,8 +120,15 @@ uint64_t LogEvents::bytes_used() const
 void LogEvents::step(size_t count, size_t lines)
 {
     text_->skip(count);
+    read_ += count;
     place_.byte += count;
     place_.line += lines;
+}
+
+void LogEvents::jump()
+{
+    while (next_jump_ < jumps_.size() && jumps_[next_jump_].read <= read_)
+        place_ = jumps_[next_jump_++].place;
 }
 
 void LogEvents::damage(std::string text, Place place)
@@ -189,6 +201,7 @@ bool LogEvents::read_event(Event& event)
             return false;
         }
     }
+    jump();
     if (text_->at_end())
         return finish();
     const std::string_view line = text_->line(0, kLongestLine);

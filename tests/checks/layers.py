@@ -62,6 +62,7 @@ ROOMS = {
     "clients/stream/": LIBRARY + MERGE,
     "clients/pdf/": LIBRARY + PDF,
     "clients/pdf/content/": LIBRARY,
+    "python/": LIBRARY + ("reader/", "clients/replay/", "inspect/drawing/", "renderers/cairo/"),
     "inspect/": LIBRARY + ("reader/", "clients/replay/", "renderers/cairo/"),
     "tools/": LIBRARY + CODED_LOGS + MERGE + TICKETS + IMAGES + (
         "tools/", "inspect/", "reader/", "renderers/cairo/", "clients/command-line/", "clients/renderer-library/",
@@ -76,7 +77,7 @@ KEPT = (
 )
 
 # Headers of the systems, and those of other libraries with the rooms that touch them.
-SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
+SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|malloc|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
                     r"|sys/\w+\.h|ext/stdio_filebuf\.h")
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),
@@ -87,6 +88,7 @@ OTHERS = (
     (re.compile(r"zlib\.h"), ("inspect/export/", "inspect/report/")),
     (re.compile(r"nettle/.*"), ("inspect/export/", "inspect/report/")),
     (re.compile(r"zstd\.h"), ("clients/stream/", "inspect/export/", "reader/text/")),
+    (re.compile(r"pybind11/.*"), ("python/",)),
     (re.compile(r"sqlite3\.h"), ("inspect/export/",)),
     (re.compile(r".*"), ("clients/pdf/poppler/",)),
 )

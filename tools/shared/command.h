@@ -59,6 +59,7 @@ Run declare_record(CLI::App& app);
 Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
+Run declare_repack(CLI::App& app);
 Run declare_replay(CLI::App& app);
 Run declare_report(CLI::App& app);
 Run declare_info(CLI::App& app);
@@ -75,6 +76,10 @@ Run declare_redact(CLI::App& app);
 Run declare_export(CLI::App& app);
 Run declare_query(CLI::App& app);
 Run declare_watch(CLI::App& app);
+Run declare_to_c(CLI::App& app);
+Run declare_compare(CLI::App& app);
+Run declare_regress(CLI::App& app);
+Run declare_profile(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 
