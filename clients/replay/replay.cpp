@@ -16,6 +16,9 @@ namespace
 using reader::Children;
 using reader::Element;
 
+// What the logger warns of.
+constexpr const char* kUnknownFamily = "GCM_ColorTicket of an unknown family.";
+
 void examine_callback(const Element& callback, LogKind* kind)
 {
     if (callback.name == "GFI_GlyphGetFixedFormatFn")
@@ -122,6 +125,8 @@ LogKind examine(std::istream& log)
 {
     Examination examination;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
+    elements.on_comment = [&kind](const reader::Comment& one)
+    { kind.names_unknown_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
     while (const Element* call = elements.next())
         examination.add(*call);
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());

@@ -219,6 +219,7 @@ private:
         session.fixed_glyph_forms = kind_.fixed_formats;
         session.glyph_form = kind_.glyph_get_type;
         session.image_attributes = kind_.image_attributes;
+        session.name_unknown_families = kind_.names_unknown_families;
         session.ticket_functions = orvlog::replay::ReplayTickets::functions();
         session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
         return session;
