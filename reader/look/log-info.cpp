@@ -17,7 +17,7 @@ constexpr size_t kMostDamage = 100;
 constexpr size_t kMostComments = 20;
 constexpr size_t kMostCommentSize = 200;
 constexpr size_t kMostText = 1000;
-constexpr uint32_t kMostDepth = 1000;
+constexpr uint32_t kMostDepth = LogEvents::kDeepest;
 
 class Counter
 {
@@ -32,7 +32,11 @@ public:
             info_.engines.add(to_text(call.value("fp_EngineIdGet")));
         if (call.name == "ORV_face_start")
             page(call);
-        inside(call, 0);
+        // What stands in the root and is no call belongs to the call before it.
+        if (is_call_name(call.name))
+            inside(call, 0);
+        else
+            element(call, 0);
     }
 
 private:
@@ -56,19 +60,40 @@ private:
             info_.sizes.push_back(run);
     }
 
-    void inside(const Element& element, uint32_t depth)
+    void inside(const Element& around, uint32_t depth)
     {
-        for (const Element& child : Children(element))
-            if (child.name.ends_with("Fn"))
-                callback(child);
-            else if (child.name == "GCM_ColorTicket")
-                ticket(child);
-            else if (child.name == "GOP_OperandImagePointer")
-                image(child);
-            else if (child.name == "GSH_ShapePointer")
-                info_.strings += child.member("sp_U.glyph") != nullptr ? 1 : 0;
-            else if (depth < kMostDepth && !child.name.starts_with("GOP_"))
-                inside(child, depth + 1);
+        for (const Element& child : Children(around))
+            element(child, depth);
+    }
+
+    void element(const Element& element, uint32_t depth)
+    {
+        if (element.name.ends_with("Fn"))
+        {
+            callback(element);
+            return;
+        }
+        if (element.name == "GCM_ColorTicket")
+            ticket(element);
+        else if (element.name == "GOP_OperandImagePointer")
+            image(element);
+        else if (element.name == "GSH_ShapePointer")
+            info_.strings += element.member("sp_U.glyph") != nullptr ? 1 : 0;
+        record(element.name);
+        if (depth < kMostDepth)
+            inside(element, depth + 1);
+    }
+
+    void record(std::string_view name)
+    {
+        RecordCounts& records = info_.records;
+        records.operators += name == "GOP_Operator" ? 1 : 0;
+        records.operands += name.starts_with("GOP_Operand") && name.ends_with("Pointer") ? 1 : 0;
+        records.colours += name == "GBC_Color" ? 1 : 0;
+        records.paths += name == "GPA_PathPointer" ? 1 : 0;
+        records.shapes += name == "GSH_ShapePointer" ? 1 : 0;
+        records.clips += name == "GSH_ShapeList" ? 1 : 0;
+        records.fonts += name == "GFI_FontSpecPointer" ? 1 : 0;
     }
 
     void callback(const Element& element)

@@ -40,6 +40,18 @@ struct PageRun
     bool same_size(const PageRun& other) const;
 };
 
+// How often a log has what the tables of an export have a row for, callbacks left aside.
+struct RecordCounts
+{
+    uint64_t operators = 0;
+    uint64_t operands = 0;
+    uint64_t colours = 0;
+    uint64_t paths = 0;
+    uint64_t shapes = 0;
+    uint64_t clips = 0;
+    uint64_t fonts = 0;
+};
+
 struct LogInfo
 {
     bool is_log = false;
@@ -72,6 +84,7 @@ struct LogInfo
     TextCounts warnings;
     uint64_t damage = 0;
     std::vector<Damage> first_damage;  // 100 at most
+    RecordCounts records;
 };
 
 // `progress` is told how many bytes of the file have been used, and may be empty.

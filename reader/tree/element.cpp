@@ -170,6 +170,8 @@ void ElementReader::open(const Event& event)
         (parent.last != nullptr ? parent.last->next : parent.element->first) = level.element;
         parent.last = level.element;
     }
+    if (on_open)
+        on_open(*level.element, depth_);
     ++depth_;
 }
 
@@ -212,6 +214,8 @@ void ElementReader::row(const Event& event)
     if (depth_ == 0)
         return;
     Level& level = levels_[depth_ - 1];
+    if (on_row)
+        on_row(*level.element, event.text);
     std::vector<uint8_t>& data = level.data;
     if (level.element->name != "BufferUInt8")
     {

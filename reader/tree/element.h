@@ -165,6 +165,10 @@ public:
     // Told as they are met, before the element that they stand in is given.
     std::function<void(const Damage&)> on_damage;
     std::function<void(const Comment&)> on_comment;
+    // Told while an element is read, for who wants more than is kept of it: an element as its tag is met, with its
+    // attributes and how many elements are around it within the root; and each row in it as it stands.
+    std::function<void(const Element&, size_t depth)> on_open;
+    std::function<void(const Element&, std::string_view row)> on_row;
 
     // Gives calls that stand in another call as elements of their own. The outer call comes before them, with what it
     // holds up to there; what it holds behind them comes as elements, too. So a call whose end is missing doesn't take
@@ -174,6 +178,11 @@ public:
     const LogEvents& events() const
     {
         return events_;
+    }
+    // Where the element that next() has given ends in the log's text.
+    uint64_t end_of_element() const
+    {
+        return nested_ ? nested_->place.byte : events_.text_bytes();
     }
 
 private:

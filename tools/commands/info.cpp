@@ -31,6 +31,7 @@ struct InfoOptions
     std::string log;
     bool versions = false;
     bool json = false;
+    bool records = false;
 };
 
 // Counts, the largest first.
@@ -193,6 +194,21 @@ ordered_json pages_json(const LogInfo& info)
     return list;
 }
 
+ordered_json records_json(const orvlog::reader::RecordCounts& records)
+{
+    return {{"operators", records.operators}, {"operands", records.operands}, {"colours", records.colours},
+            {"paths", records.paths},         {"shapes", records.shapes},     {"clips", records.clips},
+            {"fonts", records.fonts}};
+}
+
+std::string records_text(const ordered_json& records)
+{
+    std::string text;
+    for (const auto& [name, count] : records.items())
+        append_line(text, name, count.dump());
+    return text;
+}
+
 ordered_json info_json(const LogInfo& info, const std::string& name)
 {
     ordered_json object;
@@ -268,8 +284,13 @@ int print_info(const InfoOptions& options)
         return info.text_bytes == 0 && info.bytes == 0 && tell_temporary_logs(options.log) ? EXIT_FAILED
                                                                                            : input.fail_as_no_log();
     const std::string name = options.log == "-" ? "standard input" : options.log;
-    put(options.json ? json_text(info_json(info, name), 2) + "\n"
-                     : head_text(info, name) + (options.versions ? version_text(info) : "") + body_text(info));
+    const ordered_json records = records_json(info.records);
+    ordered_json object = options.json ? info_json(info, name) : ordered_json();
+    if (options.records && options.json)
+        object["records"] = records;
+    put(options.json ? json_text(object, 2) + "\n"
+                     : head_text(info, name) + (options.versions ? version_text(info) : "") + body_text(info) +
+                           (options.records ? records_text(records) : ""));
     return finish_output(EXIT_DONE);
 }
 
@@ -281,6 +302,8 @@ Run declare_info(CLI::App& app)
     app.add_option("LOG", options->log, "the log, plain or coded: a path, a URL, or - for standard input")->required();
     app.add_flag("--versions", options->versions, "tell the versions of the interfaces, too");
     app.add_flag("--json", options->json, "write an object instead, with all versions");
+    app.add_flag("--records", options->records,
+                 "count operators, operands, colours, paths, shapes, clips and fonts, too");
     app.footer("Tells whether the log is plain or coded, whole or cut short, in which mode it was "
                "written, the size of its pages, and how often it has each call, callback, kind of image, font "
                "engine, kind of glyph, ticket, comment and warning, and where it is damaged. A log of any size needs "

@@ -239,4 +239,31 @@ TEST(ToolInfo, NamesTheTemporaryLogOfAnEmptyOne)
                               ": orvlog merge " + temporary + " -o " + log + "\n");
 }
 
+TEST(ToolInfo, CountsRecordsWhereAsked)
+{
+    const std::string log = "<ORV ORVLOG_CONTENT_VERSION=\"2\">\n"
+                            "  <ORV_object_paint id=\"0\" drawing_context=\"0\">\n"
+                            "    <ORV_object_paint.clip>\n"
+                            "      <GSH_ShapeList sl_ClipIn=\"TRUE\">\n"
+                            "        <GSH_ShapeList.sl_Shape>\n"
+                            "          <GSH_ShapePointer>\n"
+                            "          </GSH_ShapePointer>\n"
+                            "        </GSH_ShapeList.sl_Shape>\n"
+                            "      </GSH_ShapeList>\n"
+                            "    </ORV_object_paint.clip>\n"
+                            "  </ORV_object_paint>\n"
+                            "  <GFI_GlyphIndexGetFn GfpId=\"0\" result=\"FALSE\"/>\n"
+                            "</ORV>\n";
+    const ToolResult result = run_tool({"info", "-", "--records"}, log);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(
+        result.out.find("operators   0\noperands    0\ncolours     0\npaths       0\nshapes      1\nclips       1\n"
+                        "fonts       0\n"),
+        std::string::npos)
+        << result.out;
+    // A callback that stands between calls counts, too.
+    EXPECT_NE(result.out.find("callbacks   1\n"), std::string::npos) << result.out;
+    EXPECT_EQ(run_tool({"info", "-"}, log).out.find("shapes"), std::string::npos);
+}
+
 }  // namespace
