@@ -1,5 +1,6 @@
 #include "clients/replay/replay.h"
 
+#include "clients/replay/call-stream.h"
 #include "clients/replay/player.h"
 #include "holv-core/ggo/ggo-geometry.h"
 #include "reader/tree/values.h"
@@ -73,11 +74,13 @@ double resolution(const GGO_Matrix& inch_to_pixels)
 LogKind examine(std::istream& log)
 {
     LogKind kind;
+    FactFinder facts(kind.script);
     uint32_t last_number = 0;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
     while (const Element* call = elements.next())
     {
         examine_call(*call, false, &kind);
+        facts.add(*call);
         if (call->name != "ORV_face_start")
             continue;
         const uint32_t number = reader::read_uint(*call, "face_seq_number");
@@ -94,33 +97,21 @@ LogKind examine(std::istream& log)
 
 Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
 {
-    reader::ElementReader elements(log);
-    uint64_t damage = 0;
-    elements.on_damage = [&](const reader::Damage& one)
-    {
-        ++damage;
-        if (options.complain)
-            options.complain("line " + std::to_string(one.place.line) + ": " + one.text);
-    };
-    elements.on_comment = [&](const reader::Comment& one)
-    {
-        if (options.comment && !one.warning && !one.inside)
-            options.comment(one.text);
-    };
-    Player player(table, tickets, options);
+    CallStream calls(log, options);
+    Player player(table, tickets, options, calls);
     bool going = true;
-    while (const Element* call = going ? elements.next() : nullptr)
+    while (const Element* call = going ? calls.take() : nullptr)
     {
         going = (!options.before_call || options.before_call(*call)) && player.play(*call);
         if (options.progress)
-            options.progress(elements.events().bytes_used());
+            options.progress(calls.bytes_used());
     }
     player.finish_all();
     Outcome outcome = player.outcome();
-    outcome.is_log = elements.events().is_log();
-    outcome.cut = going && elements.events().is_cut();
+    outcome.is_log = calls.is_log();
+    outcome.cut = going && calls.is_cut();
     outcome.reached = !options.up_to || !going;
-    outcome.damage += damage;
+    outcome.damage += calls.damage();
     return outcome;
 }
 

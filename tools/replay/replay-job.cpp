@@ -1,6 +1,7 @@
 #include "tools/replay/replay-job.h"
 
 #include "clients/renderer-library/renderer-library.h"
+#include "clients/replay/as-logged.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
 #include "clients/session/logged-session.h"
@@ -100,6 +101,8 @@ public:
         if (const int status = open_log(); status != EXIT_DONE)
             return status;
         Progress progress(source.size());
+        play.as_logged = as_logged_.get();
+        play.differ = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
         play.dpi = options_.dpi;
         play.up_to = options_.up_to;
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
@@ -117,6 +120,11 @@ private:
     // False with the reason in `why`.
     bool make_renderer(std::string* why)
     {
+        if (wants_as_logged(options_))
+        {
+            as_logged_ = std::make_unique<replay::AsLogged>(kind_.script);
+            return true;
+        }
         if (!has_library(options_))
             make_cairo_renderer();
         return !has_library(options_) || load_renderer(why);
@@ -137,6 +145,8 @@ private:
 
     const ORV_Interface* renderer_table() const
     {
+        if (as_logged_ != nullptr)
+            return as_logged_->renderer.interface();
         if (library_ != nullptr)
             return library_->interface();
         return renderer_ != nullptr ? renderer_->interface() : nullptr;
@@ -198,7 +208,10 @@ private:
         session.log = options_.new_log;
         session.image_prefix = options_.image_prefix;
         session.compressed = options_.compressed;
-        session.via_temporary_log = options_.via_temporary_log;
+        // Where the logs of kept images have been put in, this is how.
+        session.via_temporary_log = options_.via_temporary_log || (as_logged_ != nullptr && kind_.script.merged);
+        if (as_logged_ != nullptr)
+            session.number = replay::session_number(kind_.script.session);
         session.keeps_images = renderer_table() != nullptr && kind_.kept_images;
         session.base_mode = kind_.base_mode;
         session.base_content = kind_.base_content;
@@ -271,6 +284,7 @@ private:
     LogKind kind_;
     uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<replay::AsLogged> as_logged_;
     std::unique_ptr<LibraryPages> pages_;
     std::unique_ptr<renderer_library::RendererLibrary> library_;
     std::unique_ptr<client_session::LoggedSession> session_;

@@ -28,6 +28,7 @@ struct ReplayOptions
     std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
+    bool as_logged = false;
     std::optional<reader::CallAddress> up_to;
 };
 
@@ -35,6 +36,12 @@ struct ReplayOptions
 inline bool has_library(const ReplayOptions& options)
 {
     return !options.renderer.empty() && options.renderer != "cairo" && options.renderer != "none";
+}
+
+// What renders is what the log says that the job's renderer did.
+inline bool wants_as_logged(const ReplayOptions& options)
+{
+    return options.as_logged || (options.renderer == "none" && !options.new_log.empty());
 }
 
 }  // namespace orvlog::tool
