@@ -44,7 +44,7 @@ void Script::gather(const Element& element, bool own, std::vector<Item>& items)
     }
 }
 
-// Each before what follows it; those behind a call within belong to that one.
+// Each before what follows it; those in a call within belong to that one.
 void Script::add_comments(Frame& frame)
 {
     for (const reader::Comment& comment : frame.comments)
@@ -52,7 +52,8 @@ void Script::add_comments(Frame& frame)
         if (comment.warning || comment.place.byte < frame.call->place.byte)
             continue;
         const auto behind = std::ranges::upper_bound(frame.items, comment.place.byte, {}, &Item::byte);
-        if (behind != frame.items.begin() && std::prev(behind)->kind == Kind::call)
+        const Item* before = behind != frame.items.begin() ? &*std::prev(behind) : nullptr;
+        if (before != nullptr && before->kind == Kind::call && comment.place.byte < before->element->end_byte)
             continue;
         frame.items.insert(behind, {Kind::comment, false, comment.place.byte, nullptr, comment.text});
     }
@@ -84,10 +85,8 @@ std::vector<reader::Comment> Script::comments_within(const Element& nested) cons
     std::vector<reader::Comment> within;
     if (frames_.empty())
         return within;
-    const Frame& frame = *frames_.back();
-    const uint64_t end = frame.next < frame.items.size() ? frame.items[frame.next].byte : UINT64_MAX;
-    for (const reader::Comment& comment : frame.comments)
-        if (comment.place.byte > nested.place.byte && comment.place.byte < end)
+    for (const reader::Comment& comment : frames_.back()->comments)
+        if (comment.place.byte > nested.place.byte && comment.place.byte < nested.end_byte)
             within.push_back(comment);
     return within;
 }
