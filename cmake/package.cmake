@@ -1,5 +1,6 @@
 # The package: what a client includes, links and finds the library by. Its headers declare what the shared library
-# exports, the creator that is in the static one alone, the records that go through them, and no function besides.
+# exports, the creator that is in the static one alone, and the records that go through them; what a program brings
+# along is there with its body.
 
 include(CMakePackageConfigHelpers)
 install(TARGETS orvlog orvlog-static EXPORT orvlog-targets
@@ -9,6 +10,14 @@ foreach(header gmm/gmm-allocator gio/gio-stream ggo/ggo-records ger/ger-error-re
     cmake_path(GET header PARENT_PATH room)
     install(FILES holv-core/${header}.h DESTINATION ${ORVLOG_HEADERS}/holv-core/${room} COMPONENT library)
 endforeach()
+if(ORVLOG_IMPORT_LIBRARY)
+    install(FILES ${ORVLOG_IMPORT_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library)
+endif()
+
+# What a program brings along, ready made: included as <orvlog-host.h>, with its parts where the project has them.
+install(FILES clients/host/orvlog-host.h DESTINATION ${ORVLOG_HEADERS} COMPONENT library)
+install(DIRECTORY clients/host DESTINATION ${ORVLOG_HEADERS}/clients COMPONENT library
+    FILES_MATCHING PATTERN "*.h" PATTERN "orvlog-host.h" EXCLUDE)
 
 set(ORVLOG_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/orvlog)
 install(EXPORT orvlog-targets NAMESPACE orvlog:: DESTINATION ${ORVLOG_PACKAGE} COMPONENT library)

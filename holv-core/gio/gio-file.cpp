@@ -5,7 +5,6 @@
 #include "holv-core/gio/gio-utf8.h"
 #include "holv-core/gmm/gmm-typed.h"
 
-#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -33,7 +32,7 @@ FILE* file_of(void* c)
 {
     auto* instance = static_cast<GIO_FileInstance*>(c);
     if (instance != nullptr && instance->tag <= GIO_FILE_STANDARD)
-        if (FILE* file = std::atomic_ref(instance->file).load(std::memory_order_relaxed))
+        if (FILE* file = __atomic_load_n(&instance->file, __ATOMIC_RELAXED))
             return file;
     gio_set_error(GIO_ERR_BAD_HANDLE);
     return nullptr;
@@ -261,11 +260,12 @@ constinit StandardStreams standard = {
     {&standard.error, GIO_KIND_FILE, &kFileOps},
 };
 
-// Whoever comes first puts it there; nobody writes to it again.
+// Whoever comes first puts it there; nobody writes to it again. By the compilers' own operations, since not every
+// standard library has atomic_ref.
 void set_file(GIO_FileInstance* instance, FILE* file)
 {
     FILE* nothing = nullptr;
-    std::atomic_ref(instance->file).compare_exchange_strong(nothing, file, std::memory_order_relaxed);
+    __atomic_compare_exchange_n(&instance->file, &nothing, file, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
 }
 
 struct PathLook

@@ -76,7 +76,7 @@ bool copy_all(GIO_Stream* source, GIO_Stream* target, char* block)
     }
 }
 
-char* find(char* from, const char* end, std::string_view wanted)
+char* find_text(char* from, const char* end, std::string_view wanted)
 {
     const size_t at = std::string_view(from, static_cast<size_t>(end - from)).find(wanted);
     return at != std::string_view::npos ? from + at : nullptr;
@@ -117,11 +117,11 @@ char* skip_line_end(char* at)
 // False where the element up to `element_end` does not name a log. No element of ours lacks it.
 bool find_image_log(char* from, char* element_end, KeptImage* image)
 {
-    image->attribute = find(from, element_end, kNameAttribute);
+    image->attribute = find_text(from, element_end, kNameAttribute);
     if (image->attribute == nullptr || element_end - image->attribute < static_cast<ptrdiff_t>(kToFileName))
         return false;
     image->file_name = image->attribute + kToFileName;
-    char* quote = find(image->file_name, element_end, "\"");
+    char* quote = find_text(image->file_name, element_end, "\"");
     if (quote == nullptr)
         return false;
     *quote = '\0';
@@ -149,7 +149,7 @@ bool merge_image(Merge* merge, char* closing_tag)
 
 bool merge_block(Merge* merge)
 {
-    while (char* closing_tag = find(merge->next, merge->end, kKeepEnd))
+    while (char* closing_tag = find_text(merge->next, merge->end, kKeepEnd))
         if (!merge_image(merge, closing_tag))
             return false;
     if (merge->at_end)

@@ -21,7 +21,7 @@ def compile_alone(job):
 
 
 def jobs(c, cxx):
-    for header in check.files(".h", under=check.LIBRARY_FOLDERS):
+    for header in check.files(".h", under=check.LIBRARY_FOLDERS + ("clients/host/",)):
         for_c = "#pragma once" not in check.text(header)
         if for_c:
             yield (c, "c", "c11", header)

@@ -55,6 +55,7 @@ ROOMS = {
     "renderers/cairo/": LIBRARY,
     "clients/colour/": LIBRARY,
     "clients/command-line/": (),
+    "clients/host/": ("orvlog/interface/", "holv-core/gio/gio-stream.h", "holv-core/gmm/gmm-allocator.h"),
     "clients/renderer-library/": LIBRARY,
     "clients/replay/": LIBRARY + IMAGES + ("reader/",),
     "clients/session/": LIBRARY + ("clients/stream/", "reader/check/"),
@@ -75,7 +76,8 @@ KEPT = (
 )
 
 # Headers of the systems, and those of other libraries with the rooms that touch them.
-SYSTEM = re.compile(r"(?:dlfcn|fcntl|poll|spawn|stdint|termios|unistd|windows)\.h|sys/\w+\.h|ext/stdio_filebuf\.h")
+SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
+                    r"|sys/\w+\.h|ext/stdio_filebuf\.h")
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),
     (re.compile(r"nlohmann/.*"), ("clients/pdf/", "inspect/", "tools/")),

@@ -30,7 +30,7 @@ function fill(element, attributes, content) {
         else
             element.setAttribute(key, value === true ? '' : String(value));
     }
-    for (const part of content.flat())
+    for (const part of content.flat(Infinity))
         if (part !== null && part !== undefined)
             element.append(part instanceof Node ? part : printable(String(part)));
     return element;
@@ -42,7 +42,7 @@ function byId(id) {
 }
 
 function replaceContent(element, ...content) {
-    element.replaceChildren(...content.flat().filter(part => part !== null && part !== undefined));
+    element.replaceChildren(...content.flat(Infinity).filter(part => part !== null && part !== undefined));
 }
 
 // Characters that would hide, reorder or break what stands around them: controls, and those that turn the direction

@@ -4,5 +4,23 @@ set(ORVLOG_REPORT_SCRIPTS
     blocks.js
     log-model.js
     compare-model.js
+    surfaces.js
+    marks.js
+    step-player.js
+    pixel-history.js
+    record-text.js
     virtual-tree.js
+    page-view.js
+    step-bar.js
+    calls-pane.js
+    call-panel.js
+    pixel-panel.js
+    objects-panel.js
+    figures-panel.js
+    difference-panel.js
+    findings.js
+    paper.js
+    keys.js
+    layout.js
+    main.js
 )

@@ -8,9 +8,9 @@ class VirtualTree {
     /**
      * @param {HTMLElement} container has the role of a tree and is scrolled
      * @param {{level: function(number): number, expanded: function(number): ?boolean, place: function(number):
-     *     !Array<number>, fill: function(HTMLElement, number), choose: function(number), toggle: function(number)}}
+     *     !Array<number>, fill: function(HTMLElement, number, HTMLElement), choose: function(number), toggle: function(number)}}
      *     source what there is of an item; `expanded` is null for one without others below it, `place` is its place
-     *     among its neighbours, from 1, and their number
+     *     among its neighbours, from 1, and their number; `fill` is given the row and the sign that folds it
      */
     constructor(container, source) {
         this.container = container;
@@ -116,9 +116,8 @@ class VirtualTree {
         element.style.transform = 'translateY(' + top + 'px)';
         element.style.height = this.rowHeight + 'px';
         element.style.setProperty('--level', Math.min(level, 12));
-        element.append(make('span', {'class': 'fold', 'aria-hidden': 'true'},
+        this.source.fill(element, item, make('span', {'class': 'fold', 'aria-hidden': 'true'},
             expanded === null ? '' : expanded ? '\u25be' : '\u25b8'));
-        this.source.fill(element, item);
         return element;
     }
 

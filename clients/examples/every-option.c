@@ -1,6 +1,6 @@
 /* A client of the static library, which opens its session by named options. It's C and C++ alike.
  *
- * usage: static-client LOG KIND
+ * usage: every-option LOG KIND
  *
  * Draws a document with a page, to no renderer, into LOG. KIND is "base" (base mode, as the root says), "content" (base
  * mode, which the root doesn't say), "coded" (coded on the fly) or "merged" (coded, by way of a temporary log). */

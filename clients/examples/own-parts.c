@@ -1,6 +1,6 @@
 /* A whole client, with all that it brings: a renderer, an allocator, a stream and an identity. It's C and C++ alike.
  *
- * usage: client LOG [WHAT-IS-REFUSED]
+ * usage: own-parts LOG [WHAT-IS-REFUSED]
  *
  * Draws a document with a page, logged into LOG, and prints the calls that reached the renderer. The second argument
  * lets the logger's beginning fail: "allocator", "memory", "identity" or "number". The job is drawn all the same. */

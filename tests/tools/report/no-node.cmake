@@ -1,0 +1,1 @@
+message("skipped: node missing; scripts/setup installs it")
