@@ -62,17 +62,15 @@ const Element* Player::next_between()
     return callback ? calls_.take() : nullptr;
 }
 
-// Texts are known by their records: those of calls between which the logger forgets nothing are kept together.
+// Texts are known by their records: those of calls between which the logger forgets nothing are kept together, and
+// those of a call with those of the calls within.
 void Player::begin_call_as_logged(const Element& call)
 {
     AsLogged& as_logged = *options_.as_logged;
     if (clears_texts(call))
-    {
         as_logged.renderer.forget_texts();
-        memory_.reset();
-    }
     if (clears_texts(call) && depth_ == 0)
-        within_.clear();
+        memory_.reset();
     if (memory_ == nullptr)
     {
         new_memory();
@@ -87,12 +85,7 @@ void Player::play_within(const Element& call)
     if (depth_ >= kDeepestCall)
         return options_.as_logged->script.differ(call, "stands in too many calls");
     ++depth_;
-    std::unique_ptr<CallMemory> outer = std::move(memory_);
     make(call);
-    if (memory_ != nullptr)
-        within_.push_back(std::move(memory_));
-    memory_ = std::move(outer);
-    options_.as_logged->renderer.set_owner(memory_.get());
     --depth_;
 }
 
@@ -136,7 +129,7 @@ void Player::begin_scope(const Element& call, Drawing& drawing)
     GroupScope& scope = drawing.scopes.emplace_back();
     scope.engine = engine_number(call);
     if (!memory_->scripted.empty())
-        scope.memory = std::move(memory_);
+        scope.memory = memory_;
 }
 
 void Player::end_scopes(Drawing& drawing, size_t left)
@@ -144,7 +137,7 @@ void Player::end_scopes(Drawing& drawing, size_t left)
     for (; drawing.scopes.size() > left; drawing.scopes.pop_back())
     {
         forget_engine(drawing.scopes.back().engine);
-        const std::unique_ptr<CallMemory>& memory = drawing.scopes.back().memory;
+        const std::shared_ptr<CallMemory>& memory = drawing.scopes.back().memory;
         if (memory != nullptr && options_.as_logged->renderer.has_kept(memory.get()))
             drawing.kept.push_back(std::move(drawing.scopes.back().memory));
     }

@@ -124,7 +124,7 @@ void Player::begin_call(const Element& call)
 
 void Player::new_memory()
 {
-    memory_ = std::make_unique<CallMemory>();
+    memory_ = std::make_shared<CallMemory>();
     memory_->records.on_image = [this](GOP_OperandImagePointer* image, const Element& element)
     { on_image(image, element); };
     memory_->records.on_text = [this](const GSH_ShapePointer& shape, const Element& element)
@@ -146,10 +146,13 @@ void Player::end_call(Drawing& drawing)
 {
     outcome_.unknown += memory_->records.unknown() - memory_->unknown_before;
     memory_->unknown_before = memory_->records.unknown();
-    const bool kept = options_.as_logged != nullptr
-                          ? options_.as_logged->renderer.has_kept(memory_.get())
-                          : std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); });
-    if (kept)
+    if (options_.as_logged != nullptr)
+    {
+        if (options_.as_logged->renderer.has_kept(memory_.get()))
+            drawing.kept.push_back(memory_);
+        return;
+    }
+    if (std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); }))
         drawing.kept.push_back(std::move(memory_));
 }
 

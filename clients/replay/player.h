@@ -62,7 +62,7 @@ private:
     struct GroupScope
     {
         std::optional<uint32_t> engine;
-        std::unique_ptr<CallMemory> memory;
+        std::shared_ptr<CallMemory> memory;
     };
 
     struct Drawing
@@ -75,7 +75,7 @@ private:
         std::optional<uint32_t> engine;
         std::vector<GroupScope> scopes;
         // Records and images of calls that kept images came with, alive until the drawing ends.
-        std::vector<std::unique_ptr<CallMemory>> kept;
+        std::vector<std::shared_ptr<CallMemory>> kept;
     };
 
     void start_document(const reader::Element& call);
@@ -123,10 +123,9 @@ private:
     ReplayTickets& tickets_;
     const Options& options_;
     Outcome outcome_;
-    std::unique_ptr<CallMemory> memory_;
+    std::shared_ptr<CallMemory> memory_;
     ReplayFonts fonts_;
     CallStream& calls_;
-    std::vector<std::unique_ptr<CallMemory>> within_;  // of calls from within others, up to the next call
     uint32_t depth_ = 0;
     std::map<uint32_t, std::optional<uint32_t>> document_engines_;
     bool collecting_ = false;

@@ -3,6 +3,7 @@
 #include "clients/replay/script.h"
 #include "reader/tree/values.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -54,13 +55,18 @@ void FactFinder::engine(const Element& element, bool wrapped_now)
         return;
     const uint32_t number = reader::read_uint(element, "GfpId");
     const uint32_t end = wrapped_now ? number : number + 1;
-    for (; next_engine_ < end && !memory_contexts_.empty(); ++next_engine_)
+    while (next_engine_ < end && !memory_contexts_.empty())
     {
-        facts_.memory_engines[memory_contexts_.front()] = next_engine_;
-        memory_contexts_.erase(memory_contexts_.begin());
+        // One that is asked is open. Those before it, which are not, had none.
+        const auto open = std::ranges::find(memory_contexts_, true, &MemoryContext::open);
+        const auto chosen = wrapped_now || open == memory_contexts_.end() ? memory_contexts_.begin() : open;
+        facts_.memory_engines[chosen->number] = next_engine_++;
+        memory_contexts_.erase(memory_contexts_.begin(), chosen + 1);
     }
-    if (wrapped_now)
-        next_engine_ = number + 1;
+    if (!wrapped_now)
+        return;
+    next_engine_ = number + 1;
+    memory_contexts_.clear();
 }
 
 void FactFinder::callback(const Element& callback)
@@ -91,7 +97,10 @@ void FactFinder::call(const Element& call)
 {
     engine(call, true);
     if (call.name == "ORV_memory_context_start")
-        memory_contexts_.push_back(reader::read_uint(call, "drawing_context"));
+        memory_contexts_.push_back({reader::read_uint(call, "drawing_context"), true});
+    if (call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard")
+        for (MemoryContext& context : memory_contexts_)
+            context.open &= context.number != reader::read_uint(call, "drawing_context");
     if (call.name.starts_with("ORV_resource_"))
         resource(call);
     for (const Element& child : Children(call))

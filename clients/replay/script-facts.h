@@ -48,8 +48,13 @@ private:
     void resource(const reader::Element& call);
 
     ScriptFacts& facts_;
-    std::set<uint32_t> resources_;           // that have been started and not been destroyed
-    std::vector<uint32_t> memory_contexts_;  // of which it's not yet known whether they had an engine
+    std::set<uint32_t> resources_;  // that have been started and not been destroyed
+    struct MemoryContext
+    {
+        uint32_t number;
+        bool open;
+    };
+    std::vector<MemoryContext> memory_contexts_;  // of which it's not yet known whether they had an engine
     uint32_t next_engine_ = 0;
 };
 

@@ -9,6 +9,7 @@
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/replay/library-pages.h"
+#include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
@@ -68,8 +69,9 @@ std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& s
 class ReplayJob
 {
 public:
-    explicit ReplayJob(const ReplayOptions& options)
-        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
+    // `place` is told of each call; may be null.
+    ReplayJob(const ReplayOptions& options, WorkPlace* place)
+        : options_(options), place_(place), vectors_(options.svg, options.pdf, page_name(options))
     {
     }
 
@@ -112,7 +114,15 @@ public:
             play.comment = [this](const std::string& text) { session_->comment(text); };
         const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_table();
         orvlog::replay::ReplayTickets tickets;
+        if (place_ != nullptr)
+            play.before_call = [this](const reader::Element& call)
+            {
+                place_->enter_call(call.name, call.place.line);
+                return true;
+            };
         const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
+        if (place_ != nullptr)
+            place_->leave_calls();
         return finish(outcome);
     }
 
@@ -278,6 +288,7 @@ private:
     }
 
     const ReplayOptions& options_;
+    WorkPlace* const place_;
     Complaints complaints_;
     std::vector<std::string> losses_;  // what is missing on the pages, each kind once
     VectorPages vectors_;
@@ -294,7 +305,17 @@ private:
 
 int run_replay(const ReplayOptions& options)
 {
-    return ReplayJob(options).run();
+    if (!has_library(options))
+        return ReplayJob(options, nullptr).run();
+    std::string why;
+    const int status = run_watched([&options](WorkPlace& place) { return ReplayJob(options, &place).run(); },
+                                   options.call_limit, &why);
+    if (why.empty())
+        return status;
+    fail(options.renderer + ": " + why);
+    if (!options.new_log.empty() && options.new_log != "-")
+        fail(options.new_log + ": is cut short there");
+    return EXIT_FAILED;
 }
 
 }  // namespace orvlog::tool

@@ -29,6 +29,7 @@ struct ReplayOptions
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
     bool as_logged = false;
+    unsigned call_limit = 60;  // seconds that a library may take for a call; 0: as long as it likes
     std::optional<reader::CallAddress> up_to;
 };
 

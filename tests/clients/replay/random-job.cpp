@@ -361,6 +361,9 @@ const GFI_FontEngineTable* RandomJob::maybe_engine()
     {
         auto* self = static_cast<Engine*>(context);
         self->job->draw_within();
+        const GGO_Matrix none{};
+        if (matrix == nullptr)
+            matrix = &none;
         return self->inner.table.GFI_StringStartFn(self->inner.table.fe_Context, font, matrix, flags, scaled, string,
                                                    unique, glyph, glyph_flags);
     };
