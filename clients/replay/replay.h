@@ -2,7 +2,7 @@
 // the log has.
 //
 // What a log doesn't tell is not played: operands that an operator doesn't use, the parameters of a memory context and
-// what is drawn in it, calls that a client made from within a callback.
+// what is drawn in it. Calls that a client made from within a callback are played as logged only.
 
 #pragma once
 

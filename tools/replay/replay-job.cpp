@@ -21,6 +21,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvlog::tool
@@ -104,7 +105,11 @@ public:
             return status;
         Progress progress(source.size());
         play.as_logged = as_logged_.get();
-        play.differ = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
+        play.differ = [this](const std::string& line)
+        {
+            if (!std::exchange(differs_, true))
+                complaints_.say(options_.log + ": " + line);
+        };
         play.dpi = options_.dpi;
         play.up_to = options_.up_to;
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
@@ -279,6 +284,9 @@ private:
         if (outcome.missing > 0 && !options_.allow_missing)
             lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
                             " places; what could be found is played (--allow-missing is content with that)");
+        if (outcome.differences > 0)
+            lacks.push_back("can't be repeated as it was in " + std::to_string(outcome.differences) +
+                            " places; the first is told above");
         if (outcome.cut)
             lacks.emplace_back("is cut short; what it has is played");
         else if (outcome.damage > 0)
@@ -293,6 +301,7 @@ private:
     std::vector<std::string> losses_;  // what is missing on the pages, each kind once
     VectorPages vectors_;
     LogKind kind_;
+    bool differs_ = false;
     uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
     std::unique_ptr<replay::AsLogged> as_logged_;

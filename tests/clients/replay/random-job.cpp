@@ -429,7 +429,9 @@ GOP_OperandPointer* RandomJob::maybe_image()
 void RandomJob::took(GOP_OperandPointer* operand)
 {
     const auto* record = reinterpret_cast<const GOP_OperandImagePointer*>(operand);
-    if (record != nullptr)
+    // What the logger passes on as it is, in a memory context, isn't logged.
+    const bool raw = std::ranges::any_of(images_, [&](const auto& image) { return &image->record == record; });
+    if (record != nullptr && !raw)
         held_.push_back({*record, false});
 }
 
