@@ -165,6 +165,17 @@ const Element* Script::answer(std::string_view name)
     return nullptr;
 }
 
+bool Script::next_is(std::string_view name) const
+{
+    if (frames_.empty())
+        return false;
+    const Frame& frame = *frames_.back();
+    for (size_t i = frame.next; i < frame.items.size(); ++i)
+        if (frame.items[i].kind == Kind::callback)
+            return frame.items[i].own && frame.items[i].element->name == name;
+    return false;
+}
+
 void Script::differ(const Element& element, const std::string& what) const
 {
     if (tasks_.differ)

@@ -71,6 +71,9 @@ public:
     // own. Null if the log has none.
     const reader::Element* answer(std::string_view name);
 
+    // Whether the logger's next callback in the present call has that name.
+    bool next_is(std::string_view name) const;
+
     void differ(const reader::Element& element, const std::string& what) const;
     const ScriptTasks& tasks() const
     {

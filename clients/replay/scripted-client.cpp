@@ -211,7 +211,9 @@ struct ScriptedClient::FontFunctions
         const Element* told = client->script_.answer("GFI_GlyphGetFixedFormatFn");
         const bool good = told != nullptr && reader::read_bool(*told, "result") != 0;
         const bool returned = good && reader::read_bool(*told, "glyph_returned") != 0;
-        give(glyph_returned, returned ? 1U : 0U);
+        // What a call that failed left there isn't told, but by whether the logger went on to ask in another way.
+        const bool left = !good && !client->script_.next_is("GFI_GlyphGetFn");
+        give(glyph_returned, returned || left ? 1U : 0U);
         if (returned)
             client->hand_out(*told, changed, matrix, flags, glyph);
         return good ? 1 : 0;

@@ -52,8 +52,6 @@ struct RandomJob::Renderer
     static uint32_t start(RandomJob* job, ORV_DrawingInterface* out, const GFI_FontEngineTable* engine)
     {
         fill(out, job);
-        if (job->chance(20))
-            out->resource_paint.fn = nullptr;
         if (engine != nullptr)
             job->tables_.push_back(engine);
         return called(job);
@@ -69,7 +67,8 @@ struct RandomJob::Renderer
                                    const ORV_ResourceProperties*, void*, uint32_t* id)
     {
         *id = of(&table->resource_start)->below(1000);
-        return start(of(&table->resource_start), out, engine);
+        start(of(&table->resource_start), out, engine);
+        return 1;
     }
     static uint32_t memory_context_start(void*, const ORV_Interface* table, void*, ORV_DrawingInterface* out, uintptr_t,
                                          uintptr_t, uintptr_t, uintptr_t, uintptr_t, const GFI_FontEngineTable* engine,
@@ -276,9 +275,9 @@ void RandomJob::paint(Drawing& drawing)
         table->object_paint_and_stroke.fn(table, 1, 2, 0, &op_, &op_, text(below(3)), nullptr, nullptr, 0, clip,
                                           below(4), &pen, maybe_image(), maybe_image(), nullptr, maybe_image(), nullptr,
                                           nullptr);
-    else
-        table->resource_paint.fn(table, below(4), 0, 0, nullptr, &op_, maybe_image(), clip, 0, 1, 2, nullptr, nullptr,
-                                 0);
+    else if (!resources_.empty())
+        table->resource_paint.fn(table, resources_[below(static_cast<uint32_t>(resources_.size()))], 0, 0, nullptr,
+                                 &op_, maybe_image(), clip, 0, 1, 2, nullptr, nullptr, 0);
     forget_call();
 }
 
@@ -323,7 +322,7 @@ void RandomJob::draw_within()
         ORV_DrawingInterface resource{};
         uint32_t id = 0;
         orv_.resource_start.fn(nullptr, &orv_, document_, &resource, nullptr, nullptr, nullptr, nullptr, &id);
-        resource.object_paint.fn(&resource, 4, 0, &op_, text(1), 0, nullptr, nullptr, nullptr, nullptr);
+        resource.object_paint.fn(&resource, 4, 0, &op_, nullptr, 0, nullptr, nullptr, nullptr, nullptr);
         resource.drawing_finish.fn(&resource);
     }
     text_ = table;
