@@ -203,7 +203,7 @@ void RandomJob::step()
         return paint(drawing);
     if (kind == 8)
         return start_group(drawing);
-    if (kind == 9 && !drawing.in_memory)
+    if (kind == 9)
     {
         uint32_t again = 0;
         forget_call();
@@ -244,21 +244,17 @@ void RandomJob::start_drawing()
     ORV_FaceProperties properties{};
     properties.fp_FaceInchToPixels = {{100, 0, 0, 100, 0, 0}};
     properties.fp_WidthInPixels = 850;
-    const uint32_t kind = below(5);
+    const uint32_t kind = below(4);
     const ORV_DrawingInterface* parent = drawings_.empty() ? nullptr : &drawings_[0]->table;
     void* ticket = chance(3) ? &ticket_ : nullptr;
     uint32_t id = 0;
     if (kind <= 1)
         orv_.face_start.fn(nullptr, &orv_, document_, &drawing->table, maybe_engine(), below(9), &properties, ticket, 0,
                            0);
-    else if (kind <= 3)
+    else
         orv_.resource_start.fn(nullptr, &orv_, document_, &drawing->table, parent, maybe_engine(), nullptr, ticket,
                                &id);
-    else
-        orv_.memory_context_start.fn(nullptr, &orv_, document_, &drawing->table, 1, 2, 3, 4, 5, maybe_engine(), ticket,
-                                     8, 9, 10, 11, 12, 13);
-    drawing->in_memory = kind == 4;
-    if (kind > 1 && kind <= 3)
+    if (kind > 1)
         resources_.push_back(id);
     drawings_.push_back(std::move(drawing));
 }
@@ -266,8 +262,6 @@ void RandomJob::start_drawing()
 void RandomJob::paint(Drawing& drawing)
 {
     const ORV_DrawingInterface* table = &drawing.table;
-    if (drawing.in_memory)
-        return;
     GGO_Point pen{};
     forget_call();
     const GSH_ShapeList* clip = chance(4) ? &clip_ : nullptr;
@@ -287,8 +281,6 @@ void RandomJob::paint(Drawing& drawing)
 void RandomJob::start_group(Drawing& drawing)
 {
     const ORV_DrawingInterface* table = &drawing.table;
-    if (drawing.in_memory)
-        return;
     forget_call();
     table->group_start.fn(table, below(9), nullptr, maybe_engine(), 0, 0, 0, 0, chance(4) ? &ticket_ : nullptr, 0, 0, 0,
                           nullptr, &op_, maybe_image(), chance(4) ? &clip_ : nullptr, 0, 0, 0, nullptr, nullptr,
@@ -319,7 +311,7 @@ void RandomJob::draw_within()
     const auto held = held_;
     if (chance(3))
         say();
-    else if (!drawings_.empty() && !drawings_[0]->in_memory && chance(2))
+    else if (!drawings_.empty() && chance(2))
         drawings_[0]->table.object_paint.fn(&drawings_[0]->table, 3, 0, nullptr, nullptr, 0, nullptr, nullptr, nullptr,
                                             nullptr);
     else

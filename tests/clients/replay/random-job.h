@@ -45,7 +45,6 @@ private:
     {
         ORV_DrawingInterface table{};
         uint32_t groups = 0;
-        bool in_memory = false;  // what is drawn there isn't logged, though it may change what is logged behind it
     };
     // An image of the client's, and what the renderer holds of it.
     struct Held
