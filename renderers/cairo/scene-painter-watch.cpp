@@ -337,6 +337,8 @@ Watch ScenePainter::tell_cell_begins(const Group& group, cairo_surface_t* cell, 
             step.cells.push_back({x0, y0, x1, y1});
     step.cell_x = wrapped(at.x0, wide);
     step.cell_y = wrapped(at.y0, high);
+    step.to_cell = to_cell;
+    step.reach = margin;
     watch_->step(step);
     Watch inner = *watch_;
     inner.box = {0, 0, wide, high};

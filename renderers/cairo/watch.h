@@ -76,6 +76,10 @@ struct WatchStep
     std::vector<PixelBox> cells;  // cell_begins: the pixels of the cell that the watched pixels are made from
     int cell_x = 0;               // cell_begins: the one in which the middle of the first watched pixel lies
     int cell_y = 0;
+    // cell_begins: from pixels of the page, or of the cell around it, to those of the cell without its repetition, and
+    // how far from the middle of a pixel, so mapped, the pixels lie that it is made from.
+    cairo_matrix_t to_cell{};
+    double reach = 0;
     // painted, group_ends, cell_ends: why the pixel (x, y) of `target`, which covers it, is what it was before. Good
     // while the watch is told.
     std::function<WhyUnchanged(int x, int y)> why;

@@ -76,7 +76,7 @@ KEPT = (
 )
 
 # Headers of the systems, and those of other libraries with the rooms that touch them.
-SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
+SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|malloc|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
                     r"|sys/\w+\.h|ext/stdio_filebuf\.h")
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),
@@ -84,6 +84,8 @@ OTHERS = (
     (re.compile(r"cairo(?:-\w+)?\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"png\.h"), ("renderers/cairo/", "inspect/", "tools/")),
     (re.compile(r"lcms2\.h"), ("clients/colour/", "renderers/cairo/")),
+    (re.compile(r"zlib\.h"), ("inspect/report/",)),
+    (re.compile(r"nettle/.*"), ("inspect/report/",)),
     (re.compile(r"zstd\.h"), ("clients/stream/", "reader/text/")),
     (re.compile(r"sqlite3\.h"), ("inspect/export/",)),
     (re.compile(r".*"), ("clients/pdf/poppler/",)),

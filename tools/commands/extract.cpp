@@ -7,6 +7,7 @@
 #include "tools/extract/extract-images.h"
 #include "tools/extract/extract-output.h"
 #include "tools/extract/extract-shapes.h"
+#include "tools/extract/job-files.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/look.h"
@@ -16,7 +17,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 
 namespace orvlog::tool
@@ -50,8 +50,8 @@ public:
     Extract(const ExtractOptions& options, const orvlog::reader::LogFiles& files, ExtractOutput& output)
         : options_(options), files_(files), output_(output),
           images_([this](const std::string& name, uint64_t begin, uint64_t count)
-                  { return side_file(name, begin, count); },
-                  [this](const std::string& name) { return open(name, LogFileKind::image_log); })
+                  { return files_.read(name, begin, count); },
+                  [this](const std::string& name) { return files_.open(name, LogFileKind::image_log); })
     {
     }
 
@@ -77,15 +77,9 @@ public:
             extract_paths(call);
     }
 
-    // Files that were not to be had, with the reason.
-    const std::set<std::string>& missing() const
+    const JobFiles& files() const
     {
-        return missing_;
-    }
-    // Whether some of them are not to be read.
-    bool refused() const
-    {
-        return refused_;
+        return files_;
     }
 
 private:
@@ -96,35 +90,6 @@ private:
         entry.update(call_);
         entry.update(more);
         output_.list(entry);
-    }
-
-    std::unique_ptr<std::istream> open(const std::string& name, LogFileKind kind)
-    {
-        orvlog::reader::LogFile file = files_.open(name, kind);
-        refused_ = refused_ || file.refused;
-        if (file.stream == nullptr && missing_.size() < 1000)
-            missing_.insert(name + " " + file.why);
-        return std::move(file.stream);
-    }
-
-    std::vector<uint8_t> side_file(const std::string& name, uint64_t begin, uint64_t count)
-    {
-        if (name != side_file_name_)
-        {
-            side_file_ = open(name, LogFileKind::image_data);
-            side_file_name_ = name;
-        }
-        std::istream* file = side_file_.get();
-        if (file == nullptr)
-            return {};
-        file->clear();
-        file->seekg(0, std::ios::end);
-        const auto size = static_cast<uint64_t>(std::max<std::streamoff>(file->tellg(), 0));
-        std::vector<uint8_t> bytes(begin < size ? std::min(count, size - begin) : 0);
-        file->seekg(static_cast<std::streamoff>(std::min(begin, size)));
-        file->read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        bytes.resize(static_cast<size_t>(file->gcount()));
-        return bytes;
     }
 
     void extract_images(const Element& call)
@@ -277,7 +242,7 @@ private:
     }
 
     const ExtractOptions& options_;
-    const orvlog::reader::LogFiles& files_;
+    JobFiles files_;
     ExtractOutput& output_;
     orvlog::reader::CallSummaries summaries_;
     TakenImages images_;
@@ -289,10 +254,6 @@ private:
     uint32_t glyph_ = 0;
     uint32_t last_ticket_ = 0;
     std::map<std::pair<size_t, size_t>, std::string> profiles_;
-    std::string side_file_name_;
-    std::unique_ptr<std::istream> side_file_;  // the last one; null if it was not to be had
-    std::set<std::string> missing_;
-    bool refused_ = false;
 };
 
 int extract(const ExtractOptions& options)
@@ -320,7 +281,7 @@ int extract(const ExtractOptions& options)
     }
     if (!output.finish())
         return fail(output.why());
-    for (const std::string& missing : job.missing())
+    for (const std::string& missing : job.files().missing())
         say(options.log + ": the file " + printable(missing));
     if (damage > 0)
         say(options.log + ": damaged in " + std::to_string(damage) + " places");
@@ -328,7 +289,7 @@ int extract(const ExtractOptions& options)
         put(json_text({{"files", output.files()}, {"manifest", output.path("manifest.json")}}) + "\n");
     else
         put(std::to_string(output.files()) + " " + options.what + " in " + output.path("manifest.json") + "\n");
-    return finish_output(job.refused() ? EXIT_FAILED : EXIT_DONE);
+    return finish_output(job.files().refused() ? EXIT_FAILED : EXIT_DONE);
 }
 
 }  // namespace

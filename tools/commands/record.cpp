@@ -1,5 +1,6 @@
 #include "clients/command-line/number-range.h"
 #include "clients/command-line/progress-bar.h"
+#include "tools/report/report-job.h"
 #include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
 #include "tools/shared/input.h"
@@ -44,6 +45,7 @@ struct RecordOptions
     std::string png_folder;
     std::string ticket_folder;
     std::string page_timeout;
+    std::string report;
     std::optional<std::string> password;
     std::string password_file;
     unsigned dpi = 96;
@@ -99,6 +101,9 @@ void declare_options(CLI::App& app, RecordOptions& options)
     app.add_option("--page-timeout", options.page_timeout, "break off a page that takes longer than S seconds")
         ->type_name("S")
         ->check(CLI::Range(0.001, 1e6));
+    app.add_option("--report", options.report, "make a page for a browser of the log, as orvlog report does")
+        ->type_name("FILE.html")
+        ->excludes(no_log);
     app.add_option("--save-tickets", options.ticket_folder, "save the job's colour tickets in DIR")->type_name("DIR");
     auto* password = app.add_option("--password", options.password, "open a protected document with this password")
                          ->type_name("TEXT");
@@ -110,6 +115,8 @@ void declare_options(CLI::App& app, RecordOptions& options)
         {
             if (options.document == "-" && options.password_file == "-")
                 throw CLI::ValidationError("--password-file", "standard input is the document already");
+            if (options.log == "-" && options.report == "-")
+                throw CLI::ValidationError("--report", "standard output is the log already");
         });
 }
 
@@ -220,6 +227,17 @@ bool bring(RecordOptions& options, const TemporaryFolder& folder, std::string* w
     return whole;
 }
 
+// A page for a browser of the log that the job left.
+int report_on(const RecordOptions& options, const std::string& log)
+{
+    ReportSettings settings;
+    const int status = make_report({log}, options.report, settings);
+    if (status == EXIT_DONE)
+        std::fprintf(options.log == "-" || options.report == "-" ? stderr : stdout, "report in %s\n",
+                     options.report.c_str());
+    return status;
+}
+
 // Starts the program that draws. What writes a log goes back and forth in it, so that one for the standard output is
 // a file first.
 int draw(const RecordOptions& options)
@@ -237,6 +255,10 @@ int draw(const RecordOptions& options)
         return fail(std::string("standard output: ") + std::strerror(errno));
     const int signal = signal_received();
     print_summary(options, summary, status == EXIT_DONE && signal == 0);
+    if (!options.report.empty() && status == EXIT_DONE && signal == 0)
+        return report_on(options, log);
+    if (!options.report.empty())
+        say(options.report + ": not made, as the job failed");
     return signal != 0 ? EXIT_SIGNAL + signal : status;
 }
 

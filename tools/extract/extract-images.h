@@ -64,4 +64,8 @@ private:
 // which is `stem` with an ending, and empty if there are no bytes or the file could not be written.
 std::string write_image(ExtractOutput& output, const std::string& stem, const TakenImage& image);
 
+// The image as the bytes of a PNG file, made smaller by leaving out rows and columns until no side is longer than
+// `longest`. Empty if it isn't one of gray, RGB or CMYK, or nothing of it is there.
+std::string image_png(const TakenImage& image, uint32_t longest);
+
 }  // namespace orvlog::tool

@@ -11,6 +11,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <memory>
 
 namespace orvlog::tool
@@ -204,12 +205,22 @@ struct CloseFile
     }
 };
 
-// Everything that is to be freed stands in front of the jump.
-bool write_png(const std::string& path, const TakenImage& taken, const Layout& layout)
+// Every so manieth pixel of a row.
+void thin_out(std::vector<uint16_t>& samples, uint32_t count, uint32_t step)
 {
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-    if (file == nullptr)
-        return false;
+    if (step == 1)
+        return;
+    size_t to = 0;
+    for (size_t from = 0; from + count <= samples.size(); from += size_t{count} * step)
+        for (size_t i = 0; i < count; ++i)
+            samples[to++] = samples[from + i];
+    samples.resize(to);
+}
+
+// Writes every `step`th row and column. Everything that is to be freed stands in front of the jump.
+bool write_png(const TakenImage& taken, const Layout& layout, uint32_t step,
+               const std::function<void(png_structp)>& begin)
+{
     png_structp png =
         png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
     png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
@@ -224,19 +235,38 @@ bool write_png(const std::string& path, const TakenImage& taken, const Layout& l
     const bool gray = layout.channels == 1;
     const int type = (gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB) | (layout.alpha ? PNG_COLOR_MASK_ALPHA : 0);
     png_set_user_limits(png, INT32_MAX, INT32_MAX);
-    png_init_io(png, file.get());
-    png_set_IHDR(png, info, layout.width, static_cast<uint32_t>(layout.height), static_cast<int>(layout.depth()), type,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    begin(png);
+    png_set_IHDR(png, info, (layout.width + step - 1) / step, static_cast<uint32_t>((layout.height + step - 1) / step),
+                 static_cast<int>(layout.depth()), type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
-    for (uint64_t y = 0; y < layout.height; ++y)
+    for (uint64_t y = 0; y < layout.height; y += step)
     {
         rows.read(y, samples);
+        thin_out(samples, layout.samples(), step);
         convert(samples, layout, bytes);
         png_write_row(png, bytes.data());
     }
     png_write_end(png, info);
     png_destroy_write_struct(&png, &info);
-    return std::fflush(file.get()) == 0;
+    return true;
+}
+
+bool write_png_file(const std::string& path, const TakenImage& taken, const Layout& layout)
+{
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
+    return file != nullptr && write_png(taken, layout, 1, [&file](png_structp png) { png_init_io(png, file.get()); }) &&
+           std::fflush(file.get()) == 0;
+}
+
+void add_png_bytes(png_structp png, png_bytep data, size_t size)
+{
+    static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<const char*>(data), size);
+}
+
+bool is_shown(const Layout& layout)
+{
+    return layout.channels == 1 || layout.channels == 3 || layout.channels == 4;
 }
 
 // All channels as they are, alpha last.
@@ -270,10 +300,24 @@ std::string write_image(ExtractOutput& output, const std::string& stem, const Ta
     Layout layout;
     if (!lay_out(image, &layout))
         return output.write(stem + ".bin", image.bytes) ? stem + ".bin" : std::string();
-    const bool shown = layout.channels == 1 || layout.channels == 3 || layout.channels == 4;
+    const bool shown = is_shown(layout);
     const std::string name = stem + (shown ? ".png" : ".pam");
-    const bool good = shown ? write_png(output.path(name), image, layout) : write_pam(output.path(name), image, layout);
+    const bool good =
+        shown ? write_png_file(output.path(name), image, layout) : write_pam(output.path(name), image, layout);
     return good ? name : std::string();
+}
+
+std::string image_png(const TakenImage& image, uint32_t longest)
+{
+    Layout layout;
+    if (image.bytes.empty() || !lay_out(image, &layout) || !is_shown(layout))
+        return {};
+    const uint64_t side = std::max<uint64_t>(layout.width, layout.height);
+    const auto step = static_cast<uint32_t>((side + longest - 1) / longest);
+    std::string png;
+    const bool good = write_png(image, layout, step,
+                                [&png](png_structp writer) { png_set_write_fn(writer, &png, add_png_bytes, nullptr); });
+    return good ? png : std::string();
 }
 
 }  // namespace orvlog::tool

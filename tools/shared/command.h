@@ -60,6 +60,7 @@ Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
 Run declare_replay(CLI::App& app);
+Run declare_report(CLI::App& app);
 Run declare_info(CLI::App& app);
 Run declare_ls(CLI::App& app);
 Run declare_show(CLI::App& app);
@@ -71,6 +72,10 @@ Run declare_diff(CLI::App& app);
 Run declare_trim(CLI::App& app);
 Run declare_minimise(CLI::App& app);
 Run declare_redact(CLI::App& app);
+Run declare_to_c(CLI::App& app);
+Run declare_compare(CLI::App& app);
+Run declare_regress(CLI::App& app);
+Run declare_profile(CLI::App& app);
 Run declare_ticket(CLI::App& app);
 Run declare_help(CLI::App& app);
 

@@ -29,6 +29,11 @@ public:
     {
         return size_;
     }
+    // Where its bytes stand while this is there.
+    const std::string& path() const
+    {
+        return path_;
+    }
     // The log from its beginning; null with the reason in why(). What it reads from lives as long as this.
     std::unique_ptr<std::istream> pass();
     // The same, kept here: good until the next call. Throws std::system_error if it can't be opened again.

@@ -11,7 +11,6 @@ namespace orvlog::tool
 namespace
 {
 
-using cairo_renderer::Unchanged;
 using nlohmann::ordered_json;
 using orvlog::inspect::CallDescription;
 using orvlog::inspect::ClipEntry;
@@ -23,34 +22,6 @@ const CallDescription& description(const Descriptions& calls, uint64_t call)
     static const CallDescription unknown{"-", 0, "-", 0, "", "", std::nullopt, {}};
     const auto found = calls.find(call);
     return found != calls.end() ? found->second : unknown;
-}
-
-const char* reason_text(Unchanged reason)
-{
-    switch (reason)
-    {
-    case Unchanged::not_covered:
-        return "not covered";
-    case Unchanged::clipped:
-        return "clipped away";
-    case Unchanged::group_clipped:
-        return "clipped away by a group";
-    case Unchanged::hidden:
-        return "in a group that isn't painted";
-    case Unchanged::nothing:
-        return "nothing to paint with";
-    case Unchanged::transparent:
-        return "transparent";
-    case Unchanged::masked:
-        return "masked out";
-    case Unchanged::same_colour:
-        return "same colour";
-    case Unchanged::by_operator:
-        return "kept by the operator";
-    case Unchanged::faint:
-        return "too faint";
-    }
-    return "";
 }
 
 std::string pixel_box_text(const PixelBox& box)
@@ -82,6 +53,35 @@ const CallDescription& painter(const TouchView& view)
 }
 
 }  // namespace
+
+const char* reason_text(cairo_renderer::Unchanged reason)
+{
+    using cairo_renderer::Unchanged;
+    switch (reason)
+    {
+    case Unchanged::not_covered:
+        return "not covered";
+    case Unchanged::clipped:
+        return "clipped away";
+    case Unchanged::group_clipped:
+        return "clipped away by a group";
+    case Unchanged::hidden:
+        return "in a group that isn't painted";
+    case Unchanged::nothing:
+        return "nothing to paint with";
+    case Unchanged::transparent:
+        return "transparent";
+    case Unchanged::masked:
+        return "masked out";
+    case Unchanged::same_colour:
+        return "same colour";
+    case Unchanged::by_operator:
+        return "kept by the operator";
+    case Unchanged::faint:
+        return "too faint";
+    }
+    return "";
+}
 
 std::string colour_text(std::optional<uint32_t> colour, bool alpha)
 {

@@ -26,6 +26,9 @@ struct TouchView
     bool one_pixel;
 };
 
+// Why a pixel stayed as it was.
+const char* reason_text(cairo_renderer::Unchanged reason);
+
 // "#rrggbb", with two more digits where there is alpha; "-" for nothing. Colours without their alpha.
 std::string colour_text(std::optional<uint32_t> colour, bool alpha);
 

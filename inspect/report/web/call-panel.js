@@ -67,7 +67,7 @@ class CallPanel {
         if (column.clips[call] > 0)
             add('clips', counted(column.clips[call], 'clip'), column.clip[call] ?
                 ', which leave ' + boxText(column.clip[call]) : '');
-        add('changes', this.effectText(log, call));
+        add('changes', ...this.effectOf(item, log, call));
         for (const warning of column.warnings[call])
             add('warning', make('span', {class: 'warning'}, shortened(warning, LONGEST_TEXT)));
         add('in the log', 'line ' + grouped(column.line[call]) + ', byte ' + grouped(column.byte[call]) + ', ' +
@@ -75,13 +75,15 @@ class CallPanel {
         return list;
     }
 
-    effectText(log, call) {
+    effectOf(item, log, call) {
         const effect = log.why.get(call);
         if (!effect)
-            return 'not told: it paints on no page of this report';
+            return ['not told: it paints on no page of this report'];
         if (effect.pixels > 0)
-            return counted(effect.pixels, 'pixel') + (effect.area ? ' in ' + boxText(effect.area) : '');
-        return 'nothing: ' + (this.report.index.reasons[effect.why] || 'no reason told');
+            return [counted(effect.pixels, 'pixel') + (effect.area ? ' in ' + boxText(effect.area) : '')];
+        const reason = 'nothing: ' + (this.report.index.reasons[effect.why] || 'no reason told');
+        const cause = effect.of >= 0 ? this.report.items.itemOf[this.report.items.which(item)][effect.of] : -1;
+        return cause >= 0 ? [reason, ', because of ', this.report.callLink(cause)] : [reason];
     }
 
     differences(item) {
@@ -102,13 +104,12 @@ class CallPanel {
             make('p', {}, make('strong', {}, notes.join('; '))),
             detail.length === 0 ? null : make('div', {class: 'wide', tabindex: 0, role: 'region',
                 'aria-label': 'Differing attributes'}, make('table', {},
-                make('thead', {}, make('tr', {}, ...['element', 'attribute', 'A', 'B'].map(
-                    name => make('th', {scope: 'col'}, name)))),
-                make('tbody', {}, detail.slice(0, ROWS_AT_ONCE).map(([path, attribute, a, b, at, count]) => make('tr', {},
-                    make('th', {scope: 'row'}, path === '' ? 'the call' : path),
-                    make('td', {}, attribute !== '' ? attribute : count > 0 ?
+                make('thead', {}, make('tr', {}, ...['attribute', 'A', 'B'].map(name => make('th', {scope: 'col'}, name)))),
+                make('tbody', {}, detail.slice(0, ROWS_AT_ONCE).map(([path, attribute, a, b, at, count]) => [
+                    make('tr', {}, make('th', {scope: 'rowgroup', colspan: 3, class: 'path'}, path === '' ? 'the call' : path)),
+                    make('tr', {}, make('th', {scope: 'row'}, attribute !== '' ? attribute : count > 0 ?
                         'data from ' + grouped(at) + ', ' + grouped(count) + ' differ' : 'the element'),
-                    make('td', {class: 'side-a'}, value(a)), make('td', {class: 'side-b'}, value(b))))))));
+                    make('td', {class: 'side-a'}, value(a)), make('td', {class: 'side-b'}, value(b)))])))));
     }
 
     async showPicture(place, {log, call}, current) {

@@ -238,7 +238,7 @@ function rowText(column, call) {
     if (column.op[call] !== '' && column.op[call] !== 'source-over')
         parts.push(shortened(column.op[call], 60));
     if (column.paint[call] !== '')
-        parts.push(shortened(column.paint[call], 60));
+        parts.push(shortened(rounded(column.paint[call]), 60));
     if (column.clips[call] > 0)
         parts.push(counted(column.clips[call], 'clip') + (column.clip[call] ? ' ' + boxText(column.clip[call]) : ''));
     return parts.join(' \u00b7 ');
@@ -250,6 +250,11 @@ function swatch(colour) {
     if (colour !== null)
         field.style.setProperty('--colour', colour);
     return field;
+}
+
+/** A text with its numbers to three places. */
+function rounded(text) {
+    return text.length > 1000 ? text : text.replace(/\d+\.\d{4,}/g, number => String(Math.round(Number(number) * 1000) / 1000));
 }
 
 function boxText(box) {

@@ -27,7 +27,7 @@ function pageDifferences(report, pages) {
     const row = (page, index) => {
         const name = page.a === page.b ? 'page ' + page.a : 'page ' + (page.a || '-') + ' / ' + (page.b || '-');
         return make('tr', {}, make('th', {scope: 'row'}, make('button', {type: 'button', class: 'link',
-            onclick: () => report.showPage(index)}, name)),
+            onclick: () => report.turnTo(index)}, name)),
         make('td', {}, page.same ? 'the same' : pageText(page)),
         make('td', {}, causeOf(report, page)));
     };

@@ -10,7 +10,7 @@ class LogModel {
         this.log = log;
         this.count = log.calls.count;
         this.column = {};
-        this.why = new Map();  // what a call did to its pages, by call: {pixels, why, page}
+        this.why = new Map();  // what a call did to its pages, by call: {pixels, why, of, area, page}
         this.pageOf = new Map(log.pages.map(page => [page.page, page]));
     }
 
@@ -45,7 +45,7 @@ class LogModel {
             const before = this.why.get(call);
             const pixels = effects.pixels[row] + (before ? before.pixels : 0);
             const why = pixels > 0 ? -1 : effects.why[row];
-            this.why.set(call, {page: page.page, pixels, why, area: effects.area[row]});
+            this.why.set(call, {page: page.page, pixels, why, of: effects.of ? effects.of[row] : -1, area: effects.area[row]});
         }
     }
 

@@ -73,9 +73,9 @@ class Report {
         this.pages = this.pages.filter(page => page.pages.some(one => one !== null));
         const choice = byId('page-choice');
         replaceContent(choice, this.pages.map((page, index) => make('option', {value: index}, this.pageName(page))));
-        choice.addEventListener('change', () => this.showPage(Number(choice.value)));
-        byId('page-before').addEventListener('click', () => this.showPage(this.pageIndex - 1));
-        byId('page-behind').addEventListener('click', () => this.showPage(this.pageIndex + 1));
+        choice.addEventListener('change', () => this.turnTo(Number(choice.value)));
+        byId('page-before').addEventListener('click', () => this.turnTo(this.pageIndex - 1));
+        byId('page-behind').addEventListener('click', () => this.turnTo(this.pageIndex + 1));
     }
 
     pagesSideBySide() {
@@ -121,6 +121,16 @@ class Report {
         return this.stepsByPage.get(page);
     }
 
+    /** Shows another page, and where its calls begin. */
+    turnTo(index) {
+        const done = this.showPage(index);
+        const page = this.page.pages[this.active()];
+        const item = page ? this.items.itemOf[this.active()][page.call] : -1;
+        if (item >= 0)
+            this.callsPane.tree.bringUp(item);
+        return done;
+    }
+
     async showPage(index) {
         if (index < 0 || index >= this.pages.length)
             return;
@@ -130,15 +140,14 @@ class Report {
         byId('page-before').disabled = index === 0;
         byId('page-behind').disabled = index === this.pages.length - 1;
         this.view.viewport.setAttribute('aria-label', this.pageName(this.page));
+        if (byId('filter-page').checked)
+            this.callsPane.refresh();
         this.mask = undefined;
         this.view.clearMarks();
         this.view.outline([], []);
         const shown = await this.stepBar.setPage(this.page.pages, this.active(), page => this.stepsOf(page));
-        if (!shown)
-            return;
-        if (byId('filter-page').checked)
-            this.callsPane.refresh();
-        await this.mark();
+        if (shown)
+            await this.mark();
     }
 
     /** Makes a call the current one. */

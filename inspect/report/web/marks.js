@@ -10,34 +10,44 @@ function markWord([red, green, blue, alpha]) {
 /** Marks the pixels that a call changed on a page, at the end of its group or resource, too. */
 async function markChanged(context, steps, call, boxOf) {
     await steps.load();
-    const surfaces = new Map();
-    for (const step of steps.stepsOf.get(call) || []) {
-        if (steps.table.pixels[step] === 0)
-            continue;
+    const changing = (steps.stepsOf.get(call) || []).filter(step => steps.table.pixels[step] > 0);
+    const masks = new Map();
+    for (const step of changing) {
         const index = steps.table.surface[step];
-        if (!surfaces.has(index))
-            surfaces.set(index, new SurfaceMask(steps.surface(index)));
+        if (!masks.has(index))
+            masks.set(index, new SurfaceMask(steps, index, changing));
         const chunk = await steps.chunk(steps.chunkOf(step));
-        surfaces.get(index).add(steps, chunk, step);
+        masks.get(index).add(steps, chunk, step);
     }
     return () => {
-        for (const mask of surfaces.values())
+        for (const mask of masks.values())
             mask.draw(context, steps, boxOf);
     };
 }
 
+/** Marks on one surface: on as much of it as is marked, or on a cell that repeats, whole. */
 class SurfaceMask {
-    constructor(surface) {
-        this.surface = surface;
-        this.picture = new ImageData(Math.max(1, surface.width), Math.max(1, surface.height));
+    constructor(steps, index, changing) {
+        const surface = steps.surface(index);
+        this.cells = [];
+        for (let one = surface; one.kind !== PAGE_SURFACE && one.below >= 0; one = steps.surface(one.below))
+            if (one.kind === CELL)
+                this.cells.unshift(one);
+        const areas = changing.filter(step => steps.table.surface[step] === index).map(step => steps.table.area[step]);
+        const side = (of, place) => areas.reduce((far, area) => of(far, area[place]), areas[0][place]);
+        this.box = this.cells.length > 0 ?
+            [surface.x, surface.y, surface.x + surface.width, surface.y + surface.height] :
+            [side(Math.min, 0), side(Math.min, 1), side(Math.max, 2), side(Math.max, 3)];
+        this.width = this.box[2] - this.box[0];
+        this.picture = new ImageData(this.width, this.box[3] - this.box[1]);
         this.words = new Uint32Array(this.picture.data.buffer);
     }
 
     add(steps, chunk, step) {
-        const {x: left, y: top, width} = this.surface;
+        const [left, top] = this.box;
         const word = markWord(CHANGED_MARK);
         steps.eachRun(chunk, step, (x, y, length) => {
-            const at = (y - top) * width + (x - left);
+            const at = (y - top) * this.width + (x - left);
             this.words.fill(word, at, at + length);
         });
     }
@@ -45,16 +55,13 @@ class SurfaceMask {
     draw(context, steps, boxOf) {
         const canvas = make('canvas', {width: this.picture.width, height: this.picture.height});
         canvas.getContext('2d').putImageData(this.picture, 0, 0);
-        const cells = [];
-        for (let one = this.surface; one && one.kind !== PAGE_SURFACE; one = one.below >= 0 ? steps.surface(one.below) : null)
-            if (one.kind === CELL)
-                cells.unshift(one);
-        if (cells.length === 0) {
-            context.drawImage(canvas, this.surface.x, this.surface.y);
+        if (this.cells.length === 0) {
+            context.drawImage(canvas, this.box[0], this.box[1]);
             return;
         }
-        const toPage = cells.reduce((matrix, cell) => matrix.multiply(new DOMMatrix(cell.toCell).inverse()), new DOMMatrix());
-        drawRepeated(context, canvas, toPage, boxOf(steps.table.call[cells[0].first]));
+        const toPage = this.cells.reduce((matrix, cell) => matrix.multiply(new DOMMatrix(cell.toCell).inverse()),
+            new DOMMatrix());
+        drawRepeated(context, canvas, toPage, boxOf(steps.table.call[this.cells[0].first]));
     }
 }
 

@@ -54,7 +54,9 @@ class ObjectsPanel {
         replaceContent(this.panel, make('h2', {}, 'What calls use'), this.kinds(), this.report.logs.map(
             (log, which) => make('section', {}, this.report.logs.length > 1 ? make('h3', {}, 'AB'[which]) : null,
                 make('p', {class: 'count'}), make('div', {class: 'gallery'}),
-                make('button', {type: 'button', class: 'more'}))));
+                make('button', {type: 'button', class: 'more'}), log.log.objects.left_out > 0 ?
+                    make('p', {class: 'note'}, counted(log.log.objects.left_out, 'more use') +
+                        ' of objects for which there was no room in the report') : null)));
         await this.fill();
     }
 

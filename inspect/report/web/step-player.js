@@ -71,18 +71,19 @@ class StepPlayer {
         const pixels = await keptBlock(chunk.key, 'key',
             bytes => new Uint32Array(bytes.buffer, bytes.byteOffset, bytes.length >> 2));
         let at = 0;
-        for (const surface of this.surfacesBefore(chunk.first)) {
+        for (const surface of this.surfacesBehind(chunk.first - 1)) {
             const size = surface.width * surface.height;
             this.push(surface, pixels.slice(at, at + size));
             at += size;
         }
     }
 
-    surfacesBefore(step) {
+    /** The surfaces that are there behind a step, the page first. */
+    surfacesBehind(step) {
         const found = [];
         for (let index = 0; index < this.steps.surfaces.kind.length; ++index) {
             const surface = this.steps.surface(index);
-            if (surface.first < step && surface.last >= step)
+            if (surface.first <= step && surface.last >= step)
                 found.push(surface);
         }
         return found;

@@ -46,6 +46,18 @@ class VirtualTree {
         this.draw(true);
     }
 
+    /** Brings an item to the top of what is in sight. */
+    bringUp(item) {
+        const row = this.rowOf.get(item);
+        if (row === undefined)
+            return;
+        this.measure();
+        this.space.style.height = this.height + 'px';
+        const room = this.full - this.view;
+        const top = Math.min(row * this.rowHeight, Math.max(0, room));
+        this.container.scrollTop = this.full === this.height ? top : top * (this.height - this.view) / room;
+    }
+
     measure() {
         const rem = parseFloat(getComputedStyle(document.documentElement).fontSize) || 16;
         this.rowHeight = Math.max(16, Math.round(rem * 1.75));

@@ -111,7 +111,7 @@ uint32_t how_many(uint32_t usual)
 TEST(AsLogged, GivesTheLogsOfJobsByChance)
 {
     TempFolder folder;
-    for (uint32_t seed = 0; seed < how_many(60); ++seed)
+    for (uint32_t seed = 0; seed < how_many(25); ++seed)
     {
         fs::create_directories("job");
         fs::create_directories("again");

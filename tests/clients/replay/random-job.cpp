@@ -301,30 +301,12 @@ void RandomJob::print_comment(const char* format, ...)
     va_end(args);
 }
 
-// What a client draws from within a callback.
+// What a client says from within a callback.
 void RandomJob::draw_within()
 {
     if (within_ > 0 || !chance(12))
         return;
-    ++within_;
-    const auto table = text_;
-    const auto held = held_;
-    if (chance(3))
-        say();
-    else if (!drawings_.empty() && chance(2))
-        drawings_[0]->table.object_paint.fn(&drawings_[0]->table, 3, 0, nullptr, nullptr, 0, nullptr, nullptr, nullptr,
-                                            nullptr);
-    else
-    {
-        ORV_DrawingInterface resource{};
-        uint32_t id = 0;
-        orv_.resource_start.fn(nullptr, &orv_, document_, &resource, nullptr, nullptr, nullptr, nullptr, &id);
-        resource.object_paint.fn(&resource, 4, 0, &op_, nullptr, 0, nullptr, nullptr, nullptr, nullptr);
-        resource.drawing_finish.fn(&resource);
-    }
-    text_ = table;
-    held_ = held;
-    --within_;
+    say();
 }
 
 const GSH_ShapePointer* RandomJob::text(uint32_t which)

@@ -4,7 +4,7 @@ import assert from 'node:assert/strict';
 import {existsSync, mkdtempSync, rmSync, writeFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {tmpdir} from 'node:os';
-import {join} from 'node:path';
+import {join, resolve} from 'node:path';
 
 export const SKIPPED = 77;
 
@@ -13,7 +13,7 @@ export function findBrowser(modules) {
     const program = ['/usr/bin/chromium', '/usr/bin/chromium-browser'].find(existsSync);
     if (!program)
         return 'chromium';
-    const require = createRequire(join(modules, 'modules.js'));
+    const require = createRequire(resolve(modules, 'modules.js'));
     try {
         return {program, chromium: require('playwright-core').chromium, axe: require.resolve('axe-core/axe.min.js')};
     } catch {
@@ -62,19 +62,21 @@ export class Browser {
 
 /** Clicks on a pixel of the page, and gives the list of changes: address, colour before and after. */
 export async function clickPixel(page, x, y) {
-    const [left, top, zoom] = await page.evaluate(() => {
-        const frame = document.getElementById('sheet').getBoundingClientRect();
-        return [frame.left, frame.top, frame.width / document.getElementById('picture').width];
-    });
-    await page.evaluate(() => delete document.getElementById('panel-pixel').dataset.pixel);
-    const at = [left + (x + 0.5) * zoom, top + (y + 0.5) * zoom];
     // A mouse reaches whole pixels of the screen only.
-    if (zoom >= 2)
-        await page.mouse.click(...at);
-    else
-        await page.evaluate(([clientX, clientY]) => document.getElementById('sheet').dispatchEvent(
-            new PointerEvent('click', {clientX, clientY, bubbles: true})), at);
-    await page.waitForSelector(`#panel-pixel[data-pixel="${x},${y}"]`);
+    while (await page.evaluate(() => document.getElementById('sheet').offsetWidth < 2 * document.getElementById('picture').width))
+        await page.click('#larger');
+    const at = await page.evaluate(([column, row]) => {
+        const view = document.getElementById('viewport');
+        const sheet = document.getElementById('sheet');
+        const zoom = sheet.offsetWidth / document.getElementById('picture').width;
+        view.scrollLeft = column * zoom - view.clientWidth / 2;
+        view.scrollTop = row * zoom - view.clientHeight / 2;
+        delete document.getElementById('panel-pixel').dataset.pixel;
+        const frame = sheet.getBoundingClientRect();
+        return [frame.left + (column + 0.5) * zoom, frame.top + (row + 0.5) * zoom];
+    }, [x, y]);
+    await page.mouse.click(...at);
+    await page.waitForSelector(`#panel-pixel[data-pixel="${x},${y}"]`, {timeout: 10000});
     return changesListed(page, 0);
 }
 

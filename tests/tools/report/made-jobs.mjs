@@ -47,7 +47,8 @@ export function smallJob(blocks, change = {}) {
     ];
     const effects = {call: [2, 4, 5, 6, 7, 8, 10], pixels: [900, 400, 400, 0, 30, 10, 4],
         area: [[10, 10, 40, 40], [30, 30, 50, 50], [30, 30, 50, 50], null, [62, 60, 83, 70], [2, 0, 3, 10],
-            [12, 12, 14, 14]], why: [-1, -1, -1, 1, -1, -1, -1]};
+            [12, 12, 14, 14]], why: [-1, -1, -1, 1, -1, -1, -1],
+        of: [-1, -1, -1, 3, -1, -1, -1]};
     return {calls, page: drawing.page(1, 1, effects), kinds: KINDS};
 }
 
@@ -103,7 +104,7 @@ export function hostileReport() {
     const calls = job.calls.map(call => ({...call, kind: call.kind === 'object_paint' ? HOSTILE : call.kind,
         op: HOSTILE, paint: HOSTILE, text: huge, warnings: [HOSTILE], objects: [0, 1],
         record: '  <ORV_x a="' + HOSTILE + '" b="&lt;script&gt;">\n' + HOSTILE + '\n  </ORV_x>\n' + HOSTILE}));
-    const objects = {count: 2, blocks: [{first: 0, count: 2, list: blocks.json({kind: ['ticket', 'image'],
+    const objects = {count: 2, left_out: 5, blocks: [{first: 0, count: 2, list: blocks.json({kind: ['ticket', 'image'],
         label: [HOSTILE, huge], call: [2, 2], uses: [1, 1], width: [0, 0], height: [0, 0], picture: [null, null],
         d: [null, null], view: [null, null], stops: [null, null], content: [HOSTILE, null], note: [null, HOSTILE]})}]};
     const log = logOf(blocks, kinds, calls, [{...job.page, note: HOSTILE}], {name: huge, cut: true, garbled: true, objects,
@@ -118,7 +119,7 @@ export function largeReport(count) {
     const blocks = new Blocks();
     const drawing = new Drawing(blocks, 400, 300, 4096);
     const calls = [{kind: 'document_start'}, {kind: 'face_start', page: 1, parent: 0}];
-    const effects = {call: [], pixels: [], area: [], why: []};
+    const effects = {call: [], pixels: [], area: [], why: [], of: []};
     for (let i = 0; i < count; ++i) {
         const box = [i % 380, (i * 7) % 280, i % 380 + 12, (i * 7) % 280 + 12];
         const colour = (i * 2654435761) & 0xffffff;
@@ -128,6 +129,7 @@ export function largeReport(count) {
         effects.pixels.push(144);
         effects.area.push(box);
         effects.why.push(-1);
+        effects.of.push(-1);
     }
     const page = drawing.page(1, 1, effects);
     return assemble(indexOf([logOf(blocks, KINDS, calls, [page], {})]), blocks);

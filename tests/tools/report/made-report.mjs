@@ -4,7 +4,7 @@
 import {createHash} from 'node:crypto';
 import {readFileSync} from 'node:fs';
 import {join} from 'node:path';
-import {crc32Of} from './crc32.mjs';
+import {pngFile} from './png.mjs';
 import {deflateSync} from 'node:zlib';
 
 const WEB = new URL('../../../inspect/report/web/', import.meta.url).pathname;
@@ -41,36 +41,27 @@ export class Blocks {
                 rows[at + 2] = word & 255;
                 rows[at + 3] = word >>> 24;
             }
-        const chunk = (type, data) => {
-            const head = Buffer.alloc(4);
-            head.writeUInt32BE(data.length);
-            const body = Buffer.concat([Buffer.from(type), data]);
-            const sum = Buffer.alloc(4);
-            sum.writeUInt32BE(crc32Of(body));
-            return Buffer.concat([head, body, sum]);
-        };
-        const head = Buffer.alloc(13);
-        head.writeUInt32BE(width, 0);
-        head.writeUInt32BE(height, 4);
-        head.set([8, 6, 0, 0, 0], 8);
-        return this.add(Buffer.concat([Buffer.from([137, 80, 78, 71, 13, 10, 26, 10]), chunk('IHDR', head),
-            chunk('IDAT', deflateSync(rows)), chunk('IEND', Buffer.alloc(0))]), 'none');
+        return this.add(pngFile(width, height, 6, [], rows), 'none');
     }
 }
 
 /** The HTML of a report. */
 export function assemble(index, blocks) {
+    const json = JSON.stringify(index).replace(/[<>&]|[^\x20-\x7e]/g,
+        character => '\\u' + character.charCodeAt(0).toString(16).padStart(4, '0'));
+    return assembleParts(blocks.elements.join('\n') + `\n<script type="application/json" id="index">${json}</script>`);
+}
+
+/** The page, with its data as markup. */
+export function assembleParts(data) {
     const list = readFileSync(join(WEB, 'sources.cmake'), 'utf8').match(/[\w-]+\.js/g);
     const script = list.map(name => readFileSync(join(WEB, name), 'utf8')).join('');
     const style = readFileSync(join(WEB, 'report.css'), 'utf8');
     const hash = text => `'sha256-${createHash('sha256').update(text).digest('base64')}'`;
-    const json = JSON.stringify(index).replace(/[<>&]|[^\x20-\x7e]/g,
-        character => '\\u' + character.charCodeAt(0).toString(16).padStart(4, '0'));
     const parts = {
         policy: `<meta http-equiv="Content-Security-Policy" content="default-src 'none'; img-src data: blob:; ` +
             `script-src ${hash(script)}; style-src ${hash(style)}; base-uri 'none'; form-action 'none'">`,
-        title: '<title>Report</title>', style: `<style>${style}</style>`, script: `<script>${script}</script>`,
-        data: blocks.elements.join('\n') + `\n<script type="application/json" id="index">${json}</script>`,
+        title: '<title>Report</title>', style: `<style>${style}</style>`, script: `<script>${script}</script>`, data,
     };
     return readFileSync(join(WEB, 'page.html'), 'utf8').replace(/<!--(\w+)-->/g, (_, name) => parts[name]);
 }
@@ -129,6 +120,7 @@ export class Drawing {
     put(call, by, kind = 2, toPage = (x, y) => [[x, y]]) {
         const top = this.stack.pop();
         this.surfaces.last[top.index] = this.table.kind.length - 1;
+        this.ended = [top];
         const below = this.stack.at(-1);
         const changed = [];
         for (let y = 0; y < top.height; ++y)
@@ -148,6 +140,7 @@ export class Drawing {
     step(kind, call, by, surface, act, changed) {
         if (this.table.kind.length % this.chunkSize === 0)
             this.endChunk();
+        this.ended = [];
         act();
         const area = changed.length === 0 ? null : [Math.min(...changed.map(one => one[0])), changed[0][1],
             Math.max(...changed.map(one => one[0])) + 1, changed.at(-1)[1] + 1];
@@ -191,7 +184,8 @@ export class Drawing {
     endChunk() {
         const first = this.table.kind.length;
         this.finishChunk(first);
-        this.keyed = first === 0 ? null : this.blocks.words(this.stack.flatMap(one => Array.from(one.data)));
+        this.keyed = first === 0 ? null : this.blocks.words(
+            this.stack.concat(this.ended ?? []).flatMap(one => Array.from(one.data)));
         this.chunkFirst = first;
     }
 
@@ -252,7 +246,7 @@ export function callList(blocks, kinds, calls) {
     };
 }
 
-export const NO_OBJECTS = {count: 0, blocks: []};
+export const NO_OBJECTS = {count: 0, left_out: 0, blocks: []};
 
 export function logOf(blocks, kinds, calls, pages, more) {
     return {

@@ -1,0 +1,409 @@
+#include "inspect/c-source/c-call.h"
+#include "inspect/c-source/c-text.h"
+#include "orvlog/names/orvlog-names.h"
+#include "reader/tree/values.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orvlog::inspect
+{
+
+namespace
+{
+
+using reader::Element;
+
+std::string number(const Element& element, const char* name)
+{
+    return c_uint(reader::read_uint(element, name));
+}
+
+std::string boolean(const Element& element, const char* name)
+{
+    return c_uint(reader::read_bool(element, name));
+}
+
+std::string named(const Element& element, const char* name, const ORVLOG_EnumTable& names)
+{
+    return c_enum(names, reader::read_enum(element, name));
+}
+
+std::string flags(const Element& element, const char* name, const ORVLOG_FlagTable& names)
+{
+    return c_flags(names, reader::read_flags(element, name));
+}
+
+std::string decimal(const Element& element, const char* name)
+{
+    return c_double(reader::read_double(element, name));
+}
+
+// A stream that takes what a ticket's serialiser writes.
+class Bytes
+{
+public:
+    Bytes()
+    {
+        ops_.gio_Write = [](const void* data, uint64_t size, uint64_t count, void* self) -> uint64_t
+        {
+            const auto* from = static_cast<const uint8_t*>(data);
+            auto& taken = static_cast<Bytes*>(self)->bytes;
+            taken.insert(taken.end(), from, from + size * count);
+            return count;
+        };
+        ops_.gio_Seek = [](void*, int32_t, int32_t) -> int32_t { return 0; };
+    }
+    Bytes(const Bytes&) = delete;
+    Bytes& operator=(const Bytes&) = delete;
+
+    GIO_Stream* stream()
+    {
+        return &stream_;
+    }
+
+    std::vector<uint8_t> bytes;
+
+private:
+    GIO_StreamOps ops_{};
+    GIO_Stream stream_{this, 0, &ops_};
+};
+
+}  // namespace
+
+std::string CProgram::engine(const Element& element, Call& made, uint32_t* id)
+{
+    *id = 0;
+    if (reader::read_bool(element, "font_engine_functions") == 0)
+        return "NULL";
+    const bool is_named = element.has("fp_EngineIdGet");
+    const std::string name = is_named ? c_string(reader::to_text(element.value("fp_EngineIdGet"))) : "";
+    const std::string table = records_.define("const GFI_FontEngineTable", "engine",
+                                              is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
+    const uint32_t place = steps_.bring_engine(reader::read_uint(element, "GfpId"));
+    *id = reader::read_uint(element, "GfpId") + 1;
+    made.fields += ", .engine = " + std::to_string(place);
+    return table;
+}
+
+std::string CProgram::ticket(const Element& element, Call&)
+{
+    void* ticket = tickets_.ticket(element);
+    if (ticket == nullptr)
+        return "NULL";
+    has_tickets_ = true;
+    const auto known = ticket_names_.find(ticket);
+    if (known != ticket_names_.end())
+        return known->second;
+    uint32_t space[5] = {};
+    uint32_t render[4] = {};
+    const GCM_Csd* const* list = nullptr;
+    Bytes text;
+    replay::ReplayTickets::functions()->query(ticket, space, render);
+    replay::ReplayTickets::functions()->csd_list(ticket, &list, 0, 0);
+    replay::ReplayTickets::serial_functions()->serialise(ticket, text.stream(), 1, 0);
+    const std::string data =
+        text.bytes.empty() ? "no_bytes" : records_.bytes(CDataKind::profiles, text.bytes, "ticket");
+    const std::string name =
+        records_.define("Ticket", "ticket",
+                        CFields()
+                            .add("key", c_uint(space[4]))
+                            .add("kind", c_uint(space[0]))
+                            .add("channels", c_uint(space[3]))
+                            .add("bytes", data)
+                            .add("size", std::to_string(text.bytes.size()))
+                            .add("first", "{.csd_Type = " + c_enum(ORVLOG_CSD_TYPE, list[0]->csd_Type) +
+                                              ", .csd_NumBaseChans = " + c_uint(list[0]->csd_NumBaseChans) + "}")
+                            .text());
+    return ticket_names_[ticket] = name;
+}
+
+std::string CProgram::document(const Element& element) const
+{
+    const auto known = documents_.find(reader::read_uint(element, "document_context"));
+    const bool there = element.has("document_context") && known != documents_.end();
+    return there ? "documents[" + std::to_string(known->second) + "]" : "NULL";
+}
+
+std::string CProgram::parent(const Element& element) const
+{
+    const auto known = drawings_.find(reader::read_uint(element, "parent_drawing"));
+    const bool there = element.has("parent_drawing") && known != drawings_.end() && known->second.open;
+    return there ? "&drawings[" + std::to_string(known->second.place) + "]" : "NULL";
+}
+
+std::vector<uint8_t> CProgram::direct_bytes(const Element& element)
+{
+    const Element* data = element.child("imp_DirectImageData");
+    const Element* buffer = data != nullptr ? data->child("BufferUInt8") : nullptr;
+    if (buffer != nullptr)
+        return {buffer->bytes.begin(), buffer->bytes.end()};
+    if (!element.has("imp_DirectImageFileName"))
+        return {};
+    note_prefix(element.value("imp_DirectImageFileName"));
+    return side_file(reader::to_text(element.value("imp_DirectImageFileName")), 0, UINT64_MAX);
+}
+
+std::string CProgram::image(const Element& element, const GOP_OperandImagePointer* record, const char* base, Call& made)
+{
+    GOP_OperandImagePointer told = *record;
+    if (reader::read_bool(element, "imp_ImageResetFn") != 0)
+        told.imp_ImageResetFn = [](GOP_OperandImagePointer*, void*) { return 0U; };
+    const std::vector<uint32_t> table = reader::to_uints(element.value("imp_IndexColorTable"));
+    const std::vector<uint8_t> colors(table.begin(), table.end());
+    const bool direct = reader::read_bool(element, "imp_DirectImage") != 0;
+    const std::string name = records_.image(base, &told, direct ? "no_bytes" : "NULL", colors);
+    const std::vector<uint8_t> bytes = direct ? direct_bytes(element) : std::vector<uint8_t>();
+    if (!bytes.empty())
+        made.loads += "    " + name.substr(1) + ".imp_DirectImage = loaded(&call, " + std::to_string(bytes.size()) +
+                      ", IMAGES, " + c_uint64(options_.put(CDataKind::images, bytes)) + ");\n";
+    return "(GOP_OperandPointer*)" + name;
+}
+
+std::string CProgram::operand(const Element& element, const char* member, size_t slot, Call& made)
+{
+    const Element* holder = element.member(member);
+    const Element* told = holder != nullptr ? holder->first : nullptr;
+    reader::RecordReader& records = made.memory->records;
+    if (told == nullptr || told->name != "GOP_OperandImagePointer")
+        return records_.operand(member, records.operand_member(element, member));
+    const auto* record = records.image(told);
+    if (record == nullptr)
+        return "NULL";
+    const uint32_t place = steps_.bring_image(*told, record);
+    if (place != 0)
+        made.fields += ", .images[" + std::to_string(slot) + "] = " + std::to_string(place);
+    return image(*told, record, member, made);
+}
+
+bool CProgram::document_start(const Element& element, Call& made)
+{
+    uint32_t engine_id = 0;
+    const std::string table = engine(element, made, &engine_id);
+    const uint32_t context = reader::read_uint(element, "document_context");
+    const auto place = documents_.try_emplace(context, document_places_);
+    document_places_ += place.second ? 1 : 0;
+    document_engines_[context] = engine_id;
+    made.body = "    orv.document_start.fn(NULL, &orv, &documents[" + std::to_string(place.first->second) + "], " +
+                number(element, "document_id") + ", " + table + ", NULL);\n";
+    return true;
+}
+
+bool CProgram::document_finish(const Element& element, Call& made)
+{
+    const uint32_t context = reader::read_uint(element, "document_context");
+    made.body = "    orv.document_finish.fn(&orv, " + document(element) + ");\n";
+    if (const uint32_t id = document_engines_[context]; id != 0)
+        dying_engines_.push_back(id - 1);
+    documents_.erase(context);
+    document_engines_.erase(context);
+    return true;
+}
+
+bool CProgram::resource_destroy(const Element& element, Call& made)
+{
+    const uint32_t id = reader::read_uint(element, "resource_id");
+    const auto known = resources_.find(id);
+    const std::string resource =
+        known != resources_.end() ? "resources[" + std::to_string(known->second) + "]" : c_uint(id);
+    made.body = "    orv.resource_destroy.fn(NULL, &orv, " + document(element) + ", " + parent(element) + ", " +
+                resource + ");\n";
+    if (known != resources_.end())
+        resources_.erase(known);
+    return true;
+}
+
+bool CProgram::drawing_start(const Element& element, Call& made)
+{
+    const std::string doc = document(element);
+    const std::string outer = parent(element);
+    const auto [known, added] = drawings_.try_emplace(reader::read_uint(element, "drawing_context"));
+    Drawing& drawing = known->second;
+    if (added)
+        drawing.place = drawing_places_++;
+    drawing.open = true;
+    drawing.engines.clear();
+    const std::string place = "&drawings[" + std::to_string(drawing.place) + "]";
+    if (element.name == "ORV_memory_context_start")
+    {
+        made.body = "    orv.memory_context_start.fn(NULL, &orv, " + doc + ", " + place +
+                    ", 0, 0, 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, 0);\n";
+        return true;
+    }
+    uint32_t engine_id = 0;
+    const std::string table = engine(element, made, &engine_id);
+    drawing.engines.push_back(engine_id);
+    const std::string colours = ticket(element, made);
+    reader::RecordReader& records = made.memory->records;
+    if (element.name == "ORV_face_start")
+    {
+        const std::string face = records_.face(records.face_properties(element.child("ORV_FaceProperties")));
+        made.body = "    orv.face_start.fn(NULL, &orv, " + doc + ", " + place + ", " + table + ", " +
+                    number(element, "face_seq_number") + ", " + face + ", " + colours + ",\n                      " +
+                    named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ", " +
+                    named(element, "pixel_placement", ORVLOG_PLACEMENT) + ");\n";
+        return true;
+    }
+    const uint32_t id = reader::read_uint(element, "resource_id");
+    const auto resource = resources_.try_emplace(id, resource_places_);
+    resource_places_ += resource.second ? 1 : 0;
+    const std::string properties =
+        records_.resource(records.resource_properties(element.child("ORV_ResourceProperties")));
+    made.body = "    orv.resource_start.fn(NULL, &orv, " + doc + ", " + place + ", " + outer + ", " + table + ", " +
+                properties + ", " + colours + ",\n                          &resources[" +
+                std::to_string(resource.first->second) + "]);\n";
+    return true;
+}
+
+void CProgram::group_start(const Element& element, Call& made)
+{
+    reader::RecordReader& records = made.memory->records;
+    uint32_t engine_id = 0;
+    const std::string table = engine(element, made, &engine_id);
+    drawings_[reader::read_uint(element, "drawing_context")].engines.push_back(engine_id);
+    const std::string colours = ticket(element, made);
+    const std::string retransform = records_.matrix("retransform", records.matrix_attribute(element, "retransform"));
+    const std::string op = records_.op("op", records.op_member(element, "op"));
+    const std::string operand2 = operand(element, "operand2", 0, made);
+    const std::string clip = records_.clip("group_clip", records.clip_member(element, "group_clip"));
+    const std::string mask = records_.color("mask", records.color_member(element, "separation_mask"));
+    const std::string color = records_.color("color", records.color_member(element, "separation_color"));
+    const std::string box = records_.box("bounding_box", records.box_attribute(element, "bounding_box_hint"));
+    made.body += "    uint32_t group = 0;\n    drawing->group_start.fn(drawing, " + number(element, "group_unique_id") +
+                 ", &group, " + table + ", " + flags(element, "hints", ORVLOG_GROUP_HINTS) + ", " +
+                 named(element, "group_type", ORVLOG_GROUP_TYPE) + ", " + boolean(element, "is_knockout") + ", " +
+                 boolean(element, "is_replayable") + ", " + colours + ",\n                            " +
+                 named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ", " +
+                 boolean(element, "has_pixel_placement") + ", " + named(element, "pixel_placement", ORVLOG_PLACEMENT) +
+                 ", " + retransform + ", " + op + ", " + operand2 + ", " + clip + ",\n                            " +
+                 flags(element, "tiling_flags", ORVLOG_TILING_FLAGS) + ", " +
+                 decimal(element, "x_repetition_interval") + ", " + decimal(element, "y_repetition_interval") + ", " +
+                 mask + ", " + color + ", " + box + ");\n";
+}
+
+void CProgram::group_finish(const Element& element, Drawing& drawing, Call& made)
+{
+    const bool again = reader::read_bool(element, "replay_group") != 0;
+    made.fields += again ? ", .again = 1" : "";
+    made.body += "    uint32_t again = 0;\n    drawing->group_finish.fn(drawing, &again);\n";
+    if (again || drawing.engines.size() < 2)
+        return;
+    if (drawing.engines.back() != 0)
+        dying_engines_.push_back(drawing.engines.back() - 1);
+    drawing.engines.pop_back();
+}
+
+void CProgram::paint(const Element& element, Call& made)
+{
+    reader::RecordReader& records = made.memory->records;
+    const std::string op = records_.op("op", records.op_member(element, "op"));
+    const std::string path = records_.shape("paint_path", records.shape_member(element, "paint_path"));
+    const std::string clip = records_.clip("clip", records.clip_member(element, "clip"));
+    const std::string operand1 = operand(element, "operand1", 0, made);
+    const std::string operand2 = operand(element, "operand2", 1, made);
+    const std::string operand3 = operand(element, "operand3", 2, made);
+    made.body += "    drawing->object_paint.fn(drawing, " + c_uint(reader::read_uint(element, "object_type_and_flag")) +
+                 ", " + flags(element, "object_hints", ORVLOG_OBJECT_HINTS) + ", " + op + ", " + path + ", " +
+                 named(element, "path_pixel_placement", ORVLOG_PLACEMENT) + ", " + clip +
+                 ",\n                             " + operand1 + ", " + operand2 + ", " + operand3 + ");\n";
+}
+
+void CProgram::paint_and_stroke(const Element& element, Call& made)
+{
+    reader::RecordReader& records = made.memory->records;
+    const std::string fill_op = records_.op("fill_op", records.op_member(element, "fill_op"));
+    const std::string stroke_op = records_.op("stroke_op", records.op_member(element, "stroke_op"));
+    const std::string path = records_.shape("paint_path", records.shape_member(element, "paint_path"));
+    const std::string stroke = records_.stroke("stroking", records.stroke_member(element, "stroking_params"));
+    const std::string transform =
+        records_.matrix("stroking_transform", records.matrix_attribute(element, "stroking_transform"));
+    const std::string clip = records_.clip("clip", records.clip_member(element, "clip"));
+    std::string operands;
+    size_t slot = 0;
+    for (const char* name :
+         {"fill_operand1", "fill_operand2", "fill_operand3", "stroke_operand1", "stroke_operand2", "stroke_operand3"})
+        operands += ", " + operand(element, name, slot++, made);
+    made.body += "    GGO_Point end_point = {0, 0};\n    drawing->object_paint_and_stroke.fn(drawing, " +
+                 number(element, "fill_object_type") + ", " + number(element, "stroke_object_type") + ", " +
+                 flags(element, "object_hints", ORVLOG_OBJECT_HINTS) + ", " + fill_op + ", " + stroke_op + ", " + path +
+                 ",\n                                        " + stroke + ", " + transform + ", " +
+                 named(element, "path_pixel_placement", ORVLOG_PLACEMENT) + ", " + clip + ", " +
+                 flags(element, "paint_flags", ORVLOG_PAINT_FLAGS) +
+                 ", &end_point\n                                        " + operands + ");\n";
+}
+
+void CProgram::resource_paint(const Element& element, Call& made)
+{
+    reader::RecordReader& records = made.memory->records;
+    const uint32_t id = reader::read_uint(element, "resource_id");
+    const auto known = resources_.find(id);
+    const std::string resource =
+        known != resources_.end() ? "resources[" + std::to_string(known->second) + "]" : c_uint(id);
+    const std::string retransform = records_.matrix("retransform", records.matrix_attribute(element, "retransform"));
+    const std::string op = records_.op("op", records.op_member(element, "op"));
+    const std::string operand2 = operand(element, "operand2", 0, made);
+    const std::string clip = records_.clip("group_clip", records.clip_member(element, "group_clip"));
+    const std::string mask = records_.color("mask", records.color_member(element, "separation_mask"));
+    const std::string color = records_.color("color", records.color_member(element, "separation_color"));
+    made.body += "    drawing->resource_paint.fn(drawing, " + resource + ", " +
+                 flags(element, "hints", ORVLOG_GROUP_HINTS) + ", " + named(element, "group_type", ORVLOG_GROUP_TYPE) +
+                 ", " + retransform + ", " + op + ", " + operand2 + ", " + clip + ",\n                               " +
+                 number(element, "tiling_flags") + ", " + decimal(element, "x_repetition_interval") + ", " +
+                 decimal(element, "y_repetition_interval") + ", " + mask + ", " + color + ", " +
+                 named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ");\n";
+}
+
+bool CProgram::drawing_call(const Element& element, Call& made)
+{
+    const auto known = drawings_.find(reader::read_uint(element, "drawing_context"));
+    if (known == drawings_.end() || !known->second.open)
+        return false;
+    Drawing& drawing = known->second;
+    made.body = "    const ORV_DrawingInterface* drawing = &drawings[" + std::to_string(drawing.place) + "];\n";
+    if (element.name == "ORV_object_paint")
+        paint(element, made);
+    else if (element.name == "ORV_object_paint_and_stroke")
+        paint_and_stroke(element, made);
+    else if (element.name == "ORV_group_start")
+        group_start(element, made);
+    else if (element.name == "ORV_group_finish")
+        group_finish(element, drawing, made);
+    else if (element.name == "ORV_resource_paint")
+        resource_paint(element, made);
+    else if (element.name == "ORV_drawing_finish" || element.name == "ORV_drawing_discard")
+    {
+        made.body += "    drawing->" + std::string(element.name.substr(4)) + ".fn(drawing);\n";
+        drawing.open = false;
+        for (const uint32_t engine : drawing.engines)
+            if (engine != 0)
+                dying_engines_.push_back(engine - 1);
+        drawing.engines.clear();
+    }
+    else
+        return false;
+    return true;
+}
+
+bool CProgram::statement(const Element& element, Call& made)
+{
+    bool can = true;
+    if (element.name == "ORV_document_start")
+        can = document_start(element, made);
+    else if (element.name == "ORV_document_finish")
+        can = document_finish(element, made);
+    else if (element.name == "ORV_resource_destroy")
+        can = resource_destroy(element, made);
+    else if (element.name == "ORV_face_start" || element.name == "ORV_resource_start" ||
+             element.name == "ORV_memory_context_start")
+        can = drawing_start(element, made);
+    else
+        can = drawing_call(element, made);
+    if (can)
+    {
+        walk(element, false, made);
+        comments_before(UINT64_MAX, false, made);
+    }
+    return can;
+}
+
+}  // namespace orvlog::inspect

@@ -1,0 +1,447 @@
+#include "inspect/c-source/c-prelude.h"
+
+namespace orvlog::inspect
+{
+
+const char* const kCIncludes = "\n#include <math.h>\n#include <stdarg.h>\n#include <stdio.h>\n#include <stdlib.h>\n"
+                               "#include <string.h>\n\n"
+                               "#define LENGTH(array) (sizeof(array) / sizeof((array)[0]))\n";
+
+const char* const kCRecordTypes = R"c(
+/* Records that end in an array, with room for n. */
+
+#define PATH(n) struct { uint32_t pa_NumEdges; uint16_t pa_PathHints; GGO_BoxFloat pa_EnclosingBox; GGO_Point pa_EdgeStart[n]; }
+#define PATH_POINTER(n) struct { const GPA_Path* lpp_Path; uint32_t lpp_PixelPlacement, lpp_EnablePixelPlacement, lpp_PathOwned; GPA_EdgePointer lpp_EdgePointer[n]; }
+#define EDGE(type, n) struct { GPA_Edge edge; uint32_t positive; type segments[n]; }
+#define STRAIGHT(n) EDGE(GGO_Vector, n)
+#define BEZIER(n) EDGE(GPA_BezierSegment, n)
+#define QUAD_BEZIER(n) EDGE(GPA_QuadBezierSegment, n)
+#define STAIRCASE(n) EDGE(GPA_StaircaseSegment, n)
+#define ELLIPTICAL(n) EDGE(GPA_EllipticalSegment, n)
+#define STROKE(n) struct { uint16_t psp_Flags, psp_DashCount; uint8_t psp_DashCaps; float psp_StrokeWidth, psp_MiterLimit, psp_DashStart, psp_DashLength[n]; }
+#define STROKE_FLAGS(start, end, join, adjust, z) ((start) | (end) << 4 | (join) << 8 | (adjust) << 12 | (z) << 15)
+#define STROKED_PATH_SHAPE(n) struct { GSH_Shape shape; uint32_t winding; STROKE(n) stroke; }
+#define STROKED_GLYPH_SHAPE(n) struct { GSH_Shape shape; GGO_Matrix transform; STROKE(n) stroke; }
+#define MULTI_RECT_SHAPE(n) struct { GSH_Shape shape; uint32_t count; GGO_BoxInt boxes[n]; }
+#define SCANLINE_SHAPE(n) struct { GSH_Shape shape; GGO_BoxInt box; int32_t start; uint32_t height; GSH_XLimits limits[n]; }
+#define COLOR(type, n) struct { uint16_t num_chans; uint8_t bit_depth, has_alpha; uint32_t empty_chans; type channels[n]; }
+#define FLAT(type, n) struct { GOP_Operand operand; COLOR(type, n) color; }
+#define STOP(type, n) struct { double position; COLOR(type, n) color; }
+#define RADIAL(type, n) struct { GOP_Operand operand; GGO_Matrix transform; GGO_Point center_1; double radius_1; GGO_Point center_2; double radius_2; uint8_t interpolate, extend, rounding; COLOR(type, n) color; }
+#define STOPS_POINTER(n) struct { GOP_OperandPointer pointer; const GOP_GradStop* stops[n]; }
+#define GLYPH_FBE(n) struct { GFI_GlyphDesc desc; uint16_t width, height; uint32_t size; uint8_t payload[n]; }
+#define GLYPH_BITMAP(n) struct { GFI_GlyphDesc desc; uint16_t width, height, row_step, black_is_one; uint8_t payload[n]; }
+#define GLYPH_TRUETYPE(n) struct { GFI_GlyphDesc desc; uint16_t size; uint8_t payload[n]; }
+#define GLYPH_RLE(n) struct { GFI_GlyphDesc desc; uint16_t width, height, size; uint8_t payload[n]; }
+)c";
+
+const char* const kCSteps = R"c(
+/* What a renderer, or the logger itself, asks while a call is made, and what the client answers. */
+
+typedef struct StringStart { uint32_t engine, result; const GGO_Matrix* to_pixels; uint32_t flags, scaled; const GFI_FontSpecPointer* font; const GFI_StringDescPointer* string; int32_t font_id; const GGO_Matrix* glyph_to_pixels; uint32_t glyph_flags; } StringStart;
+typedef struct GlyphIndex { uint32_t engine, result, returned, index; uint16_t variant; const GGO_Vector* advance; const GGO_BoxFloat* box; } GlyphIndex;
+typedef struct Glyph { uint32_t engine, result, type, returned, changed; const GGO_Matrix* to_pixels; uint32_t flags; const GFI_GlyphDescPointer* glyph; } Glyph;
+typedef struct Prepare { uint32_t image, now, result, replaced, object_type, decompress, rescale; float max_width, min_width, max_height, min_height; uint32_t render_space, depth, attributes; GOP_OperandImagePointer* left; } Prepare;
+typedef struct Read { uint32_t times, image, result, skip; int32_t row_step; uint32_t size; int32_t returned; uint32_t bytes; uint64_t from; uint32_t with_attributes; int32_t attr_row_step; uint32_t attr_size; int32_t attr_returned; uint32_t attr_bytes; uint64_t attr_from; } Read;
+typedef struct Plain { uint32_t image, result; } Plain;
+
+enum { STRING_START_STEP, GLYPH_INDEX_STEP, GLYPH_FIXED_STEP, GLYPH_STEP, PREPARE_STEP, READ_STEP, FINISH_STEP, RESET_STEP, KEEP_STEP, RELEASE_STEP, COMMENT_STEP, CALL_STEP };
+
+typedef struct Step { int kind; const void* about; void (*call)(void); } Step;
+
+#define STRING_START(...) {STRING_START_STEP, &(const StringStart){__VA_ARGS__}, NULL}
+#define GLYPH_INDEX(...) {GLYPH_INDEX_STEP, &(const GlyphIndex){__VA_ARGS__}, NULL}
+#define GLYPH_FIXED(...) {GLYPH_FIXED_STEP, &(const Glyph){__VA_ARGS__}, NULL}
+#define GLYPH(...) {GLYPH_STEP, &(const Glyph){__VA_ARGS__}, NULL}
+#define PREPARE(...) {PREPARE_STEP, &(const Prepare){__VA_ARGS__}, NULL}
+#define READ(...) {READ_STEP, &(const Read){__VA_ARGS__}, NULL}
+#define FINISH(...) {FINISH_STEP, &(const Plain){__VA_ARGS__}, NULL}
+#define RESET(...) {RESET_STEP, &(const Plain){__VA_ARGS__}, NULL}
+#define KEEP(...) {KEEP_STEP, &(const Plain){__VA_ARGS__}, NULL}
+#define RELEASE(...) {RELEASE_STEP, &(const Plain){__VA_ARGS__}, NULL}
+#define COMMENT(text) {COMMENT_STEP, text, NULL}
+#define CALL(function) {CALL_STEP, NULL, function}
+
+/* A call that is being made. Images and engines are places in the tables below, from 1. */
+typedef struct Call
+{
+    const char* name;
+    const Step* by_logger;
+    size_t logger_steps;
+    const Step* by_renderer;
+    size_t renderer_steps;
+    uint32_t images[6], engine, again;
+    size_t next;       /* of by_logger */
+    uint32_t repeated; /* reads of the present step that have been made */
+    const Step* asked; /* by the renderer */
+    void* loaded[6];
+    size_t loaded_count;
+    struct Call* outer;
+} Call;
+)c";
+
+const char* const kCState = R"c(
+static ORV_Interface orv;
+static Call* present;
+static int failed;
+static orvlog_comment_fn_type comment_function;
+static void* comment_context;
+static const char* folder = ".";
+
+
+const uint8_t no_bytes[1] = {0};
+
+void complain(const char* what)
+{
+    fprintf(stderr, "%s: %s\n", present != NULL ? present->name : "the job", what);
+    failed = 1;
+}
+
+void transfer(void)
+{
+}
+
+/* Bytes that lie in files beside the source. */
+
+void load(void* to, size_t size, const char* name, uint64_t from)
+{
+    static FILE* file;
+    static const char* open_name;
+    static uint64_t place;
+    if (open_name != name)
+    {
+        char path[4096];
+        if (file != NULL)
+            fclose(file);
+        snprintf(path, sizeof path, "%s/%s", folder, name);
+        file = fopen(path, "rb");
+        open_name = name;
+        place = 0;
+        if (file == NULL)
+            complain(path);
+    }
+    memset(to, 0, size);
+    if (file == NULL || size == 0)
+        return;
+    if (from < place)
+    {
+        rewind(file);
+        place = 0;
+    }
+    while (place < from)
+    {
+        const uint64_t step = from - place < 1000000000 ? from - place : 1000000000;
+        fseek(file, (long)step, SEEK_CUR);
+        place += step;
+    }
+    place += size;
+    if (fread(to, 1, size, file) != size)
+        complain("a file with data is too short");
+}
+
+/* Until the end of the call. */
+const uint8_t* loaded(Call* call, size_t size, const char* name, uint64_t from)
+{
+    uint8_t* bytes = malloc(size);
+    if (bytes == NULL)
+    {
+        complain("no memory");
+        return no_bytes;
+    }
+    load(bytes, size, name, from);
+    call->loaded[call->loaded_count++] = bytes;
+    return bytes;
+}
+)c";
+
+const char* const kCComment = R"c(
+void comment_with(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    comment_function(comment_context, format, args);
+    va_end(args);
+}
+
+void comment(const char* text)
+{
+    comment_with("%s", text);
+}
+)c";
+
+const char* const kCNoComment = R"c(
+void comment(const char* text)
+{
+    (void)text;
+}
+)c";
+
+const char* const kCClient = R"c(
+/* The client's answers. */
+
+int is_aside(const Step* step)
+{
+    if (step->kind == COMMENT_STEP)
+        comment(step->about);
+    else if (step->kind == CALL_STEP)
+        step->call();
+    return step->kind == COMMENT_STEP || step->kind == CALL_STEP;
+}
+
+void make_asides(Call* call)
+{
+    while (call->next < call->logger_steps && (call->by_logger[call->next].kind == COMMENT_STEP || call->by_logger[call->next].kind == CALL_STEP))
+        is_aside(&call->by_logger[call->next++]);
+}
+
+/* What is to be answered now: to the renderer, or to the logger. Null, and said, where something else was to be asked. */
+const void* answer(int kind)
+{
+    const Step* step = present != NULL ? present->asked : NULL;
+    if (present != NULL && step == NULL)
+    {
+        make_asides(present);
+        step = present->next < present->logger_steps ? &present->by_logger[present->next] : NULL;
+        if (step != NULL && step->kind == kind && (kind != READ_STEP || present->repeated + 1 >= ((const Read*)step->about)->times))
+            ++present->next;
+    }
+    if (step == NULL || step->kind != kind)
+    {
+        complain("the client is asked for what it wasn't asked for");
+        return NULL;
+    }
+    return step->about;
+}
+)c";
+
+const char* const kCFonts = R"c(
+const GFI_FontSpecPointer stray_font = {NULL};
+const GFI_StringDescPointer stray_string = {NULL, NULL, NULL};
+static GFI_GlyphDescPointer given;
+
+void give_matrix(GGO_Matrix* to, uint32_t* flags, const GGO_Matrix* matrix, uint32_t value)
+{
+    if (to != NULL && matrix != NULL)
+        *to = *matrix;
+    if (flags != NULL)
+        *flags = value;
+}
+
+uint32_t string_start(void* context, const GFI_FontSpecPointer* font, const GGO_Matrix* to_pixels, uint32_t flags, uint32_t scaled, const GFI_StringDescPointer* string, int32_t* font_id, GGO_Matrix* glyph_to_pixels, uint32_t* glyph_flags)
+{
+    const StringStart* step = answer(STRING_START_STEP);
+    (void)context, (void)font, (void)to_pixels, (void)flags, (void)scaled, (void)string;
+    if (step == NULL)
+        return 0;
+    *font_id = step->font_id;
+    give_matrix(glyph_to_pixels, glyph_flags, step->glyph_to_pixels, step->glyph_flags);
+    return step->result;
+}
+
+uint32_t glyph_index_get(void* context, uint32_t* returned, uint32_t* index, uint16_t* variant, GGO_Vector* advance, GGO_BoxFloat* box)
+{
+    const GlyphIndex* step = answer(GLYPH_INDEX_STEP);
+    (void)context;
+    *returned = 0;
+    if (step == NULL)
+        return 0;
+    *returned = step->returned;
+    *index = step->index;
+    *variant = step->variant;
+    if (advance != NULL && step->advance != NULL)
+        *advance = *step->advance;
+    if (box != NULL && step->box != NULL)
+        *box = *step->box;
+    return step->result;
+}
+
+uint32_t give_glyph(const Glyph* step, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
+{
+    if (step == NULL)
+        return 0;
+    *changed = step->changed;
+    if (step->changed)
+        give_matrix(matrix, flags, step->to_pixels, step->flags);
+    if (step->glyph != NULL)
+        given = *step->glyph;
+    *glyph = step->glyph != NULL ? &given : NULL;
+    return step->result;
+}
+
+uint32_t glyph_get_fixed(void* context, uint32_t type, uint32_t* returned, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
+{
+    const Glyph* step = answer(GLYPH_FIXED_STEP);
+    (void)context, (void)type;
+    *returned = step != NULL ? step->returned : 0;
+    return give_glyph(step, changed, matrix, flags, glyph);
+}
+
+uint32_t glyph_get(void* context, uint32_t type, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
+{
+    (void)context, (void)type;
+    return give_glyph(answer(GLYPH_STEP), changed, matrix, flags, glyph);
+}
+
+const char* engine_name(void* context)
+{
+    return context;
+}
+
+#define NAMED_ENGINE(name) {string_start, glyph_index_get, glyph_get_fixed, glyph_get, engine_name, NULL, (void*)name}
+#define ENGINE {string_start, glyph_index_get, glyph_get_fixed, glyph_get, NULL, NULL, NULL}
+)c";
+
+const char* const kCImages = R"c(
+uint32_t image_prepare(GOP_OperandImagePointer** operand, uint32_t object_type, uint32_t decompress, uint32_t rescale, float max_width, float min_width, float max_height, float min_height, uint32_t render_space, uint32_t depth, uint32_t attributes)
+{
+    const Prepare* step = answer(PREPARE_STEP);
+    (void)object_type, (void)decompress, (void)rescale, (void)max_width, (void)min_width, (void)max_height;
+    (void)min_height, (void)render_space, (void)depth, (void)attributes;
+    if (step == NULL)
+        return 0;
+    if (step->left != NULL && step->replaced)
+        *operand = step->left;
+    else if (step->left != NULL)
+    {
+        const uint8_t* direct = (*operand)->imp_DirectImage;
+        **operand = *step->left;
+        if (direct != NULL && step->left->imp_DirectImage != NULL)
+            (*operand)->imp_DirectImage = direct;
+    }
+    return step->result;
+}
+
+uint32_t image_read(GOP_OperandImagePointer* operand, void* context, uint32_t skip, uint8_t* image, uint32_t size, int32_t row_step, int32_t* returned, uint8_t* attributes, uint32_t attr_size, int32_t attr_row_step, int32_t* attr_returned)
+{
+    const Read* step = answer(READ_STEP);
+    (void)operand, (void)context, (void)skip, (void)row_step, (void)attr_row_step;
+    if (step == NULL)
+        return 0;
+    load(image, step->bytes < size ? step->bytes : size, IMAGES, step->from + (uint64_t)present->repeated * step->bytes);
+    *returned = step->returned;
+    if (attributes != NULL)
+    {
+        load(attributes, step->attr_bytes < attr_size ? step->attr_bytes : attr_size, IMAGES, step->attr_from);
+        *attr_returned = step->attr_returned;
+    }
+    if (present->asked == NULL)
+        present->repeated = present->repeated + 1 < step->times ? present->repeated + 1 : 0;
+    return step->result;
+}
+
+uint32_t plain_answer(int kind)
+{
+    const Plain* step = answer(kind);
+    return step != NULL ? step->result : 0;
+}
+
+uint32_t image_finish(GOP_OperandImagePointer* operand, void* context)
+{
+    (void)operand, (void)context;
+    return plain_answer(FINISH_STEP);
+}
+
+uint32_t image_reset(GOP_OperandImagePointer* operand, void* context)
+{
+    (void)operand, (void)context;
+    return plain_answer(RESET_STEP);
+}
+
+uint32_t image_keep(GOP_OperandImagePointer* operand)
+{
+    (void)operand;
+    return plain_answer(KEEP_STEP);
+}
+
+void* image_release(GOP_OperandImagePointer* operand)
+{
+    (void)operand;
+    plain_answer(RELEASE_STEP);
+    return NULL;
+}
+)c";
+
+const char* const kCTickets = R"c(
+/* The client's colour manager. */
+
+typedef struct Ticket
+{
+    uint32_t key, kind, channels;
+    const uint8_t* bytes;
+    size_t size;
+    GCM_Csd first;
+    const GCM_Csd* list[2];
+} Ticket;
+
+uint32_t ticket_nothing(void* ticket)
+{
+    (void)ticket;
+    return 1;
+}
+
+uint32_t ticket_query(void* ticket, void* space, void* render)
+{
+    const Ticket* told = ticket;
+    const uint32_t numbers[5] = {told->kind, 8, 0, told->channels, told->key};
+    const uint32_t keys[4] = {told->key, 0, 0, 0};
+    memcpy(space, numbers, sizeof numbers);
+    memcpy(render, keys, sizeof keys);
+    return 1;
+}
+
+uint32_t ticket_csd_list(void* ticket, const GCM_Csd* const** list, uintptr_t zero1, uintptr_t zero2)
+{
+    Ticket* told = ticket;
+    (void)zero1, (void)zero2;
+    told->list[0] = &told->first;
+    *list = told->list;
+    return 1;
+}
+
+uint32_t ticket_key(void* ticket, uint32_t* key)
+{
+    *key = ((const Ticket*)ticket)->key;
+    return *key != 0;
+}
+
+uint32_t ticket_serialise(void* ticket, GIO_Stream* stream, uintptr_t one, uintptr_t zero)
+{
+    const Ticket* told = ticket;
+    (void)one, (void)zero;
+    if (stream->ops->gio_Write(told->bytes, 1, told->size, stream->instance) != told->size)
+        return 0;
+    return stream->ops->gio_Seek(stream->instance, (int32_t)told->size, GIO_SEEK_SET) == 0;
+}
+
+static const ORVLOG_TicketFunctions ticket_functions = {.retain = ticket_nothing, .release = ticket_nothing, .query = ticket_query, .csd_list = ticket_csd_list, .key = ticket_key};
+static const ORVLOG_TicketSerialFunctions ticket_serial_functions = {.serialise = ticket_serialise};
+)c";
+
+const char* const kCStreams = R"c(
+/* A stream over bytes, for profiles that come by one. */
+
+typedef struct Bytes { const uint8_t* bytes; size_t size, place; } Bytes;
+
+uint64_t bytes_read(void* to, uint64_t item_size, uint64_t count, void* self)
+{
+    Bytes* from = self;
+    const uint64_t left = (from->size - from->place) / (item_size != 0 ? item_size : 1);
+    count = count < left ? count : left;
+    memcpy(to, from->bytes + from->place, (size_t)(count * item_size));
+    from->place += (size_t)(count * item_size);
+    return count;
+}
+
+int32_t bytes_seek(void* self, int32_t offset, int32_t origin)
+{
+    Bytes* from = self;
+    if (origin != GIO_SEEK_SET || offset < 0 || (size_t)offset > from->size)
+        return -1;
+    from->place = (size_t)offset;
+    return 0;
+}
+
+const GIO_StreamOps byte_operations = {.gio_Read = bytes_read, .gio_Seek = bytes_seek};
+)c";
+
+}  // namespace orvlog::inspect

@@ -1,0 +1,137 @@
+#include "tools/render/page-folders.h"
+
+#include "inspect/pixels/pictures.h"
+#include "renderers/cairo/cairo-renderer.h"
+#include "tools/diff/pixel-report.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <system_error>
+
+namespace orvlog::tool
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using orvlog::inspect::PixelArea;
+using orvlog::inspect::PixelCopy;
+
+std::optional<uint32_t> number_of(const fs::path& file)
+{
+    constexpr size_t kMostDigits = 9;
+    const std::string name = file.stem().string();
+    const size_t dash = name.rfind('-');
+    const std::string digits = dash != std::string::npos ? name.substr(dash + 1) : "";
+    const bool good = file.extension() == ".png" && digits.size() >= 3 && digits.size() <= kMostDigits &&
+                      digits.find_first_not_of("0123456789") == std::string::npos;
+    if (!good)
+        return std::nullopt;
+    return static_cast<uint32_t>(std::stoul(digits));
+}
+
+PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
+{
+    PixelArea area;
+    for (int y = 0; y < std::max(a.height, b.height); ++y)
+    {
+        for (int x = 0; x < std::max(a.width, b.width); ++x)
+        {
+            if (!orvlog::inspect::differ(a.at(x, y), b.at(x, y), tolerance))
+                continue;
+            if (area.pixels++ == 0)
+                area.box = {x, y, x + 1, y + 1};
+            area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),
+                        std::max(area.box.y1, y + 1)};
+        }
+    }
+    return area;
+}
+
+PixelCopy picture(const std::string& file)
+{
+    const cairo_renderer::PagePixels pixels = cairo_renderer::read_png(file);
+    return pixels.pixels.empty() ? PixelCopy{} : orvlog::inspect::picture_of(pixels);
+}
+
+std::string sizes_of(const PixelCopy& a, const PixelCopy& b)
+{
+    const auto size = [](const PixelCopy& one) { return std::to_string(one.width) + "x" + std::to_string(one.height); };
+    return size(a) + " and " + size(b) + " pixels";
+}
+
+// Empty if the page is the same in both.
+std::string fault_of(const PixelCopy& a, const PixelCopy& b, const PageFolders& folders, PixelArea* area)
+{
+    if (a.pixels.empty() || b.pixels.empty())
+        return (a.pixels.empty() ? folders.name_a : folders.name_b) + "'s picture can't be read";
+    *area = area_between(a, b, folders.tolerance);
+    if (a.width != b.width || a.height != b.height)
+        return "sizes differ: " + sizes_of(a, b);
+    return area->pixels > 0 ? area_text(*area) + " differ" : "";
+}
+
+}  // namespace
+
+std::map<uint32_t, std::string> pages_in(const std::string& folder, std::string* why)
+{
+    std::map<uint32_t, std::string> pages;
+    std::error_code failed;
+    for (fs::directory_iterator file(folder, failed), end; !failed && file != end; file.increment(failed))
+        if (const std::optional<uint32_t> number = number_of(file->path()))
+            pages[*number] = file->path().string();
+    *why = failed ? folder + ": " + failed.message() : "";
+    return pages;
+}
+
+bool page_differs(const std::string& a, const std::string& b, uint32_t tolerance)
+{
+    PageFolders folders;
+    folders.tolerance = tolerance;
+    PixelArea area;
+    return !fault_of(picture(a), picture(b), folders, &area).empty();
+}
+
+std::vector<PageFault> compare_folders(const PageFolders& folders)
+{
+    std::vector<PageFault> faults;
+    std::set<uint32_t> numbers;
+    for (const auto* pages : {&folders.a, &folders.b})
+        for (const auto& [number, file] : *pages)
+            numbers.insert(number);
+    for (const uint32_t number : numbers)
+    {
+        PageFault fault;
+        fault.page = number;
+        const auto a = folders.a.find(number);
+        const auto b = folders.b.find(number);
+        fault.has_both = a != folders.a.end() && b != folders.b.end();
+        if (fault.has_both)
+            fault.what = fault_of(picture(a->second), picture(b->second), folders, &fault.area);
+        else
+            fault.what = (a == folders.a.end() ? folders.name_a : folders.name_b) + " has no such page";
+        if (!fault.what.empty())
+            faults.push_back(fault);
+    }
+    return faults;
+}
+
+bool write_pictures(const PageFolders& folders, const PageFault& fault, const std::string& prefix)
+{
+    if (!fault.has_both)
+        return true;
+    const PixelCopy a = picture(folders.a.at(fault.page));
+    const PixelCopy b = picture(folders.b.at(fault.page));
+    char number[16];
+    std::snprintf(number, sizeof number, "-%03u", fault.page);
+    const std::string name = prefix + number;
+    return orvlog::inspect::write_picture(a, name + "-a.png") && orvlog::inspect::write_picture(b, name + "-b.png") &&
+           orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, folders.tolerance),
+                                          name + "-marked.png");
+}
+
+}  // namespace orvlog::tool

@@ -1,0 +1,196 @@
+#include "tools/render/render-processes.h"
+
+#include "tools/shared/command.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace orvlog::tool
+{
+
+namespace
+{
+
+constexpr size_t kMostLines = 20;
+
+timespec now()
+{
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time;
+}
+
+bool is_past(const timespec& due)
+{
+    const timespec time = now();
+    return time.tv_sec != due.tv_sec ? time.tv_sec > due.tv_sec : time.tv_nsec >= due.tv_nsec;
+}
+
+}  // namespace
+
+// The signals that end the work are waited for, but for those that are ignored.
+RenderProcesses::RenderProcesses()
+{
+    sigemptyset(&waited_);
+    sigaddset(&waited_, SIGCHLD);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    {
+        struct sigaction known = {};
+        sigaction(signal, nullptr, &known);
+        if (known.sa_handler != SIG_IGN)
+            sigaddset(&waited_, signal);
+    }
+    sigprocmask(SIG_BLOCK, &waited_, &before_);
+}
+
+RenderProcesses::~RenderProcesses()
+{
+    stop_all();
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+// In the new process. It leads a group of its own, so that all that it starts can be ended.
+void RenderProcesses::become(const RenderJob& job) const
+{
+    setpgid(0, 0);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_DFL);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    const rlim_t bytes = job.megabytes << 20U;
+    const rlimit memory = {bytes, bytes};
+    const rlimit no_core = {0, 0};
+    if (job.megabytes > 0)
+        setrlimit(RLIMIT_AS, &memory);
+    setrlimit(RLIMIT_CORE, &no_core);
+    const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    const int errors = ::open(job.errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    dup2(nothing, STDIN_FILENO);
+    dup2(nothing, STDOUT_FILENO);
+    dup2(errors >= 0 ? errors : nothing, STDERR_FILENO);
+    std::vector<char*> words;
+    std::string name = "orvlog";
+    words.push_back(name.data());
+    for (const std::string& word : job.words)
+        words.push_back(const_cast<char*>(word.c_str()));
+    words.push_back(nullptr);
+    execv("/proc/self/exe", words.data());
+    _exit(127);
+}
+
+bool RenderProcesses::start(const RenderJob& job, size_t number)
+{
+    Running one;
+    one.job = number;
+    one.due = now();
+    one.due.tv_sec += job.seconds > 0 ? static_cast<time_t>(job.seconds) : 1 << 30;
+    one.process = fork();
+    if (one.process == 0)
+        become(job);
+    if (one.process < 0)
+    {
+        why_ = std::string("no process for a job: ") + std::strerror(errno);
+        return false;
+    }
+    setpgid(one.process, one.process);
+    running_.push_back(one);
+    return true;
+}
+
+// True if the process has ended.
+bool RenderProcesses::collect(Running& one, RenderJob& job)
+{
+    int status = 0;
+    const pid_t ended = waitpid(one.process, &status, WNOHANG);
+    if (ended == 0 && !is_past(one.due))
+        return false;
+    // With all that it has started.
+    kill(-one.process, SIGKILL);
+    if (ended == 0)
+        kill(one.process, SIGKILL);
+    while (ended == 0 && waitpid(one.process, &status, 0) < 0 && errno == EINTR)
+        continue;
+    job.timed_out = ended == 0;
+    job.status = WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_SIGNAL + WTERMSIG(status);
+    return true;
+}
+
+void RenderProcesses::stop_all()
+{
+    for (const Running& one : running_)
+    {
+        kill(-one.process, SIGKILL);
+        kill(one.process, SIGKILL);
+        while (waitpid(one.process, nullptr, 0) < 0 && errno == EINTR)
+            continue;
+    }
+    running_.clear();
+}
+
+void RenderProcesses::wait()
+{
+    const timespec most{0, 100'000'000};
+    const int signal = sigtimedwait(&waited_, nullptr, &most);
+    if (signal > 0 && signal != SIGCHLD)
+        signal_ = signal;
+}
+
+bool RenderProcesses::run(std::vector<RenderJob>& jobs, size_t at_once, const std::function<void(size_t)>& on_end)
+{
+    std::fflush(nullptr);
+    size_t next = 0;
+    while ((next < jobs.size() || !running_.empty()) && signal_ == 0)
+    {
+        while (next < jobs.size() && running_.size() < std::max<size_t>(at_once, 1))
+        {
+            if (!start(jobs[next], next))
+                return false;
+            ++next;
+        }
+        bool ended = false;
+        for (size_t i = running_.size(); i-- > 0;)
+        {
+            const size_t job = running_[i].job;
+            if (!collect(running_[i], jobs[job]))
+                continue;
+            running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(i));
+            ended = true;
+            on_end(job);
+        }
+        if (!ended)
+            wait();
+    }
+    stop_all();
+    return signal_ == 0;
+}
+
+std::vector<std::string> lines_said(const std::string& errors)
+{
+    constexpr const char* kName = "orvlog: ";
+    constexpr size_t kLongest = 1000;
+    std::vector<std::string> lines;
+    std::ifstream file(errors, std::ios::binary);
+    for (std::string line; lines.size() < kMostLines && std::getline(file, line);)
+        if (line.starts_with(kName))
+            lines.push_back(line.substr(std::strlen(kName), kLongest));
+    return lines;
+}
+
+std::string what_became(const RenderJob& job)
+{
+    const std::vector<std::string> said = lines_said(job.errors);
+    const std::string last = said.empty() ? "" : ": " + said.back();
+    if (job.timed_out)
+        return "took more than " + std::to_string(job.seconds) + " seconds" + last;
+    if (job.status >= EXIT_SIGNAL)
+        return "ended by signal " + std::to_string(job.status - EXIT_SIGNAL) + last;
+    return (job.status == 0 ? "is done" : "failed") + last;
+}
+
+}  // namespace orvlog::tool

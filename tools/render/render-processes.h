@@ -1,0 +1,79 @@
+// Jobs drawn by processes of their own: each is `orvlog` with other words, so that a renderer that crashes, hangs or
+// takes all memory ends its process and nothing else.
+
+#pragma once
+
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace orvlog::tool
+{
+
+struct RenderJob
+{
+    std::vector<std::string> words;  // behind "orvlog"
+    std::string errors;              // the file that takes what it says on standard error
+    unsigned seconds = 0;            // of time that it may take; 0: as long as it takes
+    uint64_t megabytes = 0;          // of memory that it may map; 0: as much as there is
+
+    // What came of it.
+    int status = -1;  // exit status; 128 and the signal that ended it
+    bool timed_out = false;
+};
+
+class RenderProcesses
+{
+public:
+    RenderProcesses();
+    RenderProcesses(const RenderProcesses&) = delete;
+    RenderProcesses& operator=(const RenderProcesses&) = delete;
+    ~RenderProcesses();
+
+    // Runs all jobs, `at_once` side by side at most, and tells of each that has ended. False when a signal broke the
+    // work off, or there was no process to be had; what ran has been ended then.
+    bool run(std::vector<RenderJob>& jobs, size_t at_once, const std::function<void(size_t)>& on_end);
+
+    // The signal that broke the work off; 0 if none did.
+    int signal_received() const
+    {
+        return signal_;
+    }
+    const std::string& why() const
+    {
+        return why_;
+    }
+
+private:
+    struct Running
+    {
+        size_t job = 0;
+        pid_t process = 0;
+        timespec due{};
+    };
+
+    bool start(const RenderJob& job, size_t number);
+    [[noreturn]] void become(const RenderJob& job) const;
+    bool collect(Running& one, RenderJob& job);
+    void stop_all();
+    void wait();
+
+    std::vector<Running> running_;
+    std::string why_;
+    int signal_ = 0;
+    sigset_t waited_{};
+    sigset_t before_{};
+};
+
+// The lines of such a file, without "orvlog: " in front and without those that count what was done; 20 at most.
+std::vector<std::string> lines_said(const std::string& errors);
+
+// "ended by signal 11", "took more than 30 seconds", "failed", and what it said last.
+std::string what_became(const RenderJob& job);
+
+}  // namespace orvlog::tool
