@@ -17,16 +17,6 @@ using reader::Children;
 using reader::Element;
 using reader::RecordReader;
 
-bool is_image_callback(const Element& element)
-{
-    return element.name.starts_with("GOP_Image") && element.name.ends_with("Fn");
-}
-
-bool is_font_callback(const Element& element)
-{
-    return element.name.starts_with("GFI_") && element.name.ends_with("Fn");
-}
-
 // Records that hold no callbacks.
 bool is_closed_record(const Element& element)
 {
@@ -45,9 +35,11 @@ bool ends_at(const Element& call, const reader::CallAddress& address)
 
 }  // namespace
 
-Player::Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
-    : table_(table), tickets_(tickets), options_(options)
+Player::Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options, CallStream& calls)
+    : table_(table), tickets_(tickets), options_(options), calls_(calls)
 {
+    if (options.as_logged != nullptr)
+        set_tasks();
 }
 
 void Player::complain(const std::string& line) const
@@ -98,6 +90,8 @@ void Player::on_image(GOP_OperandImagePointer* image, const Element& element)
     const uint32_t id = reader::read_uint(element, "Id");
     ReplayImage* made = memory_->images.emplace_back(std::make_unique<ReplayImage>(image, element)).get();
     memory_->by_id[id] = made;
+    if (options_.as_logged != nullptr)
+        make_scripted(image, element);
     if (reader::read_bool(element, "imp_DirectImage") == 0)
         return;
     const Element* data = element.child("imp_DirectImageData");
@@ -114,34 +108,52 @@ void Player::on_image(GOP_OperandImagePointer* image, const Element& element)
     complain("image " + std::to_string(id) + " has fewer bytes than pixels");
 }
 
-void Player::begin_call()
+void Player::begin_call(const Element& call)
 {
+    if (options_.as_logged != nullptr)
+        return begin_call_as_logged(call);
     if (memory_ == nullptr)
-        memory_ = std::make_unique<CallMemory>();
+        new_memory();
     CallMemory& memory = *memory_;
     memory.by_id.clear();
     memory.images.clear();
     memory.records.start_call();
     memory.arena.clear();
-    memory.records.on_image = [this](GOP_OperandImagePointer* image, const Element& element)
-    { on_image(image, element); };
-    memory.records.on_text = [this](const GSH_ShapePointer& shape, const Element& element)
-    {
-        fonts_.add_string(shape.sp_U.glyph.string_desc, reader::read_uint(element, "orvlog_font_spec_id"),
-                          reader::read_uint(element, "orvlog_string_desc_id"));
-    };
     fonts_.start_call(memory.records);
+}
+
+void Player::new_memory()
+{
+    memory_ = std::make_shared<CallMemory>();
+    memory_->records.on_image = [this](GOP_OperandImagePointer* image, const Element& element)
+    { on_image(image, element); };
+    memory_->records.on_text = [this](const GSH_ShapePointer& shape, const Element& element)
+    { on_text(shape, element); };
+}
+
+void Player::on_text(const GSH_ShapePointer& shape, const Element& element)
+{
+    const uint32_t font_id = reader::read_uint(element, "orvlog_font_spec_id");
+    const uint32_t string_id = reader::read_uint(element, "orvlog_string_desc_id");
+    if (options_.as_logged == nullptr)
+        fonts_.add_string(shape.sp_U.glyph.string_desc, font_id, string_id);
+    else
+        options_.as_logged->renderer.note_text(font_id, string_id, shape.sp_U.glyph.font_spec_ptr,
+                                               shape.sp_U.glyph.string_desc);
 }
 
 void Player::end_call(Drawing& drawing)
 {
-    const bool kept = std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); });
-    outcome_.unknown += memory_->records.unknown() - unknown_before_;
-    unknown_before_ = memory_->records.unknown();
-    if (!kept)
+    outcome_.unknown += memory_->records.unknown() - memory_->unknown_before;
+    memory_->unknown_before = memory_->records.unknown();
+    if (options_.as_logged != nullptr)
+    {
+        if (options_.as_logged->renderer.has_kept(memory_.get()))
+            drawing.kept.push_back(memory_);
         return;
-    drawing.kept.push_back(std::move(memory_));
-    unknown_before_ = 0;
+    }
+    if (std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); }))
+        drawing.kept.push_back(std::move(memory_));
 }
 
 void Player::collect_image(const Element& callback)
@@ -182,6 +194,8 @@ void Player::follow_kept(const Element& callback)
 // The callbacks of a call, in their order, to those who answer them.
 void Player::collect(const Element& element)
 {
+    if (options_.as_logged != nullptr)
+        return;
     collecting_ = true;
     for (const Element& child : Children(element))
         if (is_image_callback(child))
@@ -209,15 +223,24 @@ const ORV_DrawingInterface* Player::parent(const Element& call)
 void Player::start_document(const Element& call)
 {
     void* handle = nullptr;
-    note(table_->document_start.fn(nullptr, table_, &handle, reader::read_uint(call, "document_id"),
-                                   fonts_.engine(call), nullptr));
-    documents_[reader::read_uint(call, "document_context")] = handle;
+    // Behind its call the element may be gone.
+    const uint32_t number = reader::read_uint(call, "document_context");
+    document_engines_[number] = engine_number(call);
+    note(table_->document_start.fn(nullptr, table_, &handle, reader::read_uint(call, "document_id"), engine(call),
+                                   nullptr));
+    documents_[number] = handle;
 }
 
 void Player::finish_document(const Element& call)
 {
+    const uint32_t number = reader::read_uint(call, "document_context");
+    const bool known = call.has("document_context");
     note(table_->document_finish.fn(table_, document(call)));
-    documents_.erase(reader::read_uint(call, "document_context"));
+    if (!known)
+        return;
+    forget_engine(document_engines_[number]);
+    document_engines_.erase(number);
+    documents_.erase(number);
 }
 
 void Player::scale(ORV_FaceProperties* face) const
@@ -239,6 +262,7 @@ void Player::start_face(const Element& call)
     ++outcome_.faces;
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
+    drawing.engine = engine_number(call);
     drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page ||
                       (options_.wants_page && !options_.wants_page(outcome_.faces));
     if (drawing.skipped)
@@ -249,8 +273,8 @@ void Player::start_face(const Element& call)
     ORV_FaceProperties face = told != nullptr ? *told : ORV_FaceProperties{};
     scale(&face);
     drawing.open = note(table_->face_start.fn(
-        nullptr, table_, document(call), &drawing.table, fonts_.engine(call),
-        reader::read_uint(call, "face_seq_number"), told != nullptr ? &face : nullptr, tickets_.ticket(call),
+        nullptr, table_, document(call), &drawing.table, engine(call), reader::read_uint(call, "face_seq_number"),
+        told != nullptr ? &face : nullptr, tickets_.ticket(call),
         reader::read_enum(call, "pixel_placement_orientation"), reader::read_enum(call, "pixel_placement")));
     outcome_.pages += drawing.open ? 1 : 0;
     outcome_.pages_refused += drawing.open ? 0 : 1;
@@ -260,30 +284,34 @@ void Player::start_resource(const Element& call)
 {
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
+    drawing.engine = engine_number(call);
+    const uint32_t number = reader::read_uint(call, "resource_id");
     uint32_t id = 0;
     drawing.open = note(table_->resource_start.fn(
-        nullptr, table_, document(call), &drawing.table, parent(call), fonts_.engine(call),
+        nullptr, table_, document(call), &drawing.table, parent(call), engine(call),
         memory_->records.resource_properties(call.child("ORV_ResourceProperties")), tickets_.ticket(call), &id));
-    resources_[reader::read_uint(call, "resource_id")] = id;
+    drawing.open |= options_.as_logged != nullptr;
+    resources_[number] = id;
 }
 
 void Player::start_memory_context(const Element& call)
 {
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
-    ++outcome_.not_played;
+    drawing.engine = engine_number(call);
+    // What it was begun with isn't told; as logged, there is nothing more to it.
+    outcome_.not_played += options_.as_logged != nullptr ? 0 : 1;
     drawing.open = note(table_->memory_context_start.fn(nullptr, table_, document(call), &drawing.table, 0, 0, 0, 0, 0,
-                                                        nullptr, nullptr, 0, 0, 0, 0, 0, 0));
+                                                        engine(call), nullptr, 0, 0, 0, 0, 0, 0));
 }
 
 void Player::destroy_resource(const Element& call)
 {
     const auto known = resources_.find(reader::read_uint(call, "resource_id"));
-    note(table_->resource_destroy.fn(nullptr, table_, document(call), parent(call),
-                                     known != resources_.end() ? known->second
-                                                               : reader::read_uint(call, "resource_id")));
+    const uint32_t id = known != resources_.end() ? known->second : reader::read_uint(call, "resource_id");
     if (known != resources_.end())
         resources_.erase(known);
+    note(table_->resource_destroy.fn(nullptr, table_, document(call), parent(call), id));
 }
 
 void Player::start_group(const Element& call, Drawing& drawing)
@@ -296,7 +324,7 @@ void Player::start_group(const Element& call, Drawing& drawing)
     const GSH_ShapeList* clip = records.clip_member(call, "group_clip");
     collect(call);
     note(drawing.table.group_start.fn(
-        &drawing.table, reader::read_uint(call, "group_unique_id"), &group, fonts_.engine(call),
+        &drawing.table, reader::read_uint(call, "group_unique_id"), &group, engine(call),
         reader::read_flags(call, "hints"), reader::read_enum(call, "group_type"),
         reader::read_bool(call, "is_knockout"), reader::read_bool(call, "is_replayable"), tickets_.ticket(call),
         reader::read_enum(call, "pixel_placement_orientation"), reader::read_bool(call, "has_pixel_placement"),
@@ -305,6 +333,8 @@ void Player::start_group(const Element& call, Drawing& drawing)
         reader::read_double(call, "y_repetition_interval"), records.color_member(call, "separation_mask"),
         records.color_member(call, "separation_color"), records.box_attribute(call, "bounding_box_hint")));
     ++drawing.groups;
+    if (options_.as_logged != nullptr)
+        begin_scope(call, drawing);
 }
 
 void Player::finish_group(const Element&, Drawing& drawing)
@@ -313,6 +343,7 @@ void Player::finish_group(const Element&, Drawing& drawing)
     note(drawing.table.group_finish.fn(&drawing.table, &again));
     if (again == 0 && drawing.groups > 0)
         --drawing.groups;
+    end_scopes(drawing, drawing.groups);
 }
 
 void Player::paint(const Element& call, Drawing& drawing)
@@ -380,6 +411,8 @@ void Player::end_drawing(Drawing& drawing, bool discard)
         note(drawing.table.drawing_finish.fn(&drawing.table));
     drawing.open = false;
     drawing.groups = 0;
+    end_scopes(drawing, 0);
+    forget_engine(drawing.engine);
     drawing.kept.clear();
 }
 
@@ -406,14 +439,24 @@ void Player::drawing_call(const Element& call)
         end_drawing(drawing, call.name == "ORV_drawing_discard");
     else
         ++outcome_.not_played;
-    end_call(drawing);
+    if (memory_ != nullptr)
+        end_call(drawing);
 }
 
 bool Player::play(const Element& call)
 {
-    if (!call.name.starts_with("ORV_"))
-        return true;
-    begin_call();
+    const bool last = options_.up_to && ends_at(call, *options_.up_to);
+    if (reader::is_call_name(call.name))
+        make(call);
+    else if (options_.as_logged != nullptr && (is_image_callback(call) || is_font_callback(call)))
+        options_.as_logged->renderer.perform(call);
+    return !last;
+}
+
+void Player::make(const Element& call)
+{
+    begin_call(call);
+    const bool unended = call.implied_end && options_.as_logged != nullptr;
     if (call.name == "ORV_document_start")
         start_document(call);
     else if (call.name == "ORV_document_finish")
@@ -428,7 +471,10 @@ bool Player::play(const Element& call)
         destroy_resource(call);
     else
         drawing_call(call);
-    return !(options_.up_to && ends_at(call, *options_.up_to));
+    if (unended)
+        options_.as_logged->renderer.run_rest();
+    if (options_.as_logged != nullptr)
+        options_.as_logged->script.end_call();
 }
 
 void Player::finish_all()

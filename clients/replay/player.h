@@ -2,14 +2,18 @@
 
 #pragma once
 
+#include "clients/replay/as-logged.h"
+#include "clients/replay/call-stream.h"
 #include "clients/replay/replay-fonts.h"
 #include "clients/replay/replay-image.h"
 #include "clients/replay/replay.h"
 #include "reader/records/records.h"
 
 #include <istream>
+#include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,17 +28,23 @@ double resolution(const GGO_Matrix& inch_to_pixels);
 struct CallMemory
 {
     CallMemory() : records(arena) {}
+    ~CallMemory();
+    CallMemory(const CallMemory&) = delete;
+    CallMemory& operator=(const CallMemory&) = delete;
 
     reader::Arena arena;
     reader::RecordReader records;
     std::vector<std::unique_ptr<ReplayImage>> images;
     std::map<uint32_t, ReplayImage*> by_id;
+    uint64_t unknown_before = 0;
+    ScriptedRenderer* renderer = nullptr;  // that may hold images of this
+    std::list<ScriptedClient::Image> scripted;
 };
 
 class Player
 {
 public:
-    Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options);
+    Player(const ORV_Interface* table, ReplayTickets& tickets, const Options& options, CallStream& calls);
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
@@ -49,14 +59,23 @@ public:
     }
 
 private:
+    struct GroupScope
+    {
+        std::optional<uint32_t> engine;
+        std::shared_ptr<CallMemory> memory;
+    };
+
     struct Drawing
     {
         ORV_DrawingInterface table{};
         bool open = false;
         bool skipped = false;
         uint32_t groups = 0;
+        // As logged: the numbers of the engines of the drawing and of its open groups, and what the groups came with.
+        std::optional<uint32_t> engine;
+        std::vector<GroupScope> scopes;
         // Records and images of calls that kept images came with, alive until the drawing ends.
-        std::vector<std::unique_ptr<CallMemory>> kept;
+        std::vector<std::shared_ptr<CallMemory>> kept;
     };
 
     void start_document(const reader::Element& call);
@@ -81,7 +100,21 @@ private:
     void* document(const reader::Element& call);
     const ORV_DrawingInterface* parent(const reader::Element& call);
     void scale(ORV_FaceProperties* face) const;
-    void begin_call();
+    void set_tasks();
+    void make(const reader::Element& call);
+    void play_within(const reader::Element& call);
+    const reader::Element* next_between();
+    const GFI_FontEngineTable* engine(const reader::Element& call);
+    std::optional<uint32_t> engine_number(const reader::Element& call) const;
+    void forget_engine(const std::optional<uint32_t>& number);
+    void end_scopes(Drawing& drawing, size_t left);
+    void begin_scope(const reader::Element& call, Drawing& drawing);
+    void begin_call(const reader::Element& call);
+    void begin_call_as_logged(const reader::Element& call);
+    void on_text(const GSH_ShapePointer& shape, const reader::Element& element);
+    void follow_keep(const reader::Element& keep);
+    void new_memory();
+    void make_scripted(GOP_OperandImagePointer* image, const reader::Element& element);
     void end_call(Drawing& drawing);
     bool note(uint32_t result);
     void complain(const std::string& line) const;
@@ -90,9 +123,11 @@ private:
     ReplayTickets& tickets_;
     const Options& options_;
     Outcome outcome_;
-    std::unique_ptr<CallMemory> memory_ = std::make_unique<CallMemory>();
+    std::shared_ptr<CallMemory> memory_;
     ReplayFonts fonts_;
-    uint64_t unknown_before_ = 0;
+    CallStream& calls_;
+    uint32_t depth_ = 0;
+    std::map<uint32_t, std::optional<uint32_t>> document_engines_;
     bool collecting_ = false;
     std::map<uint32_t, void*> documents_;
     std::map<uint32_t, Drawing> drawings_;

@@ -1,5 +1,6 @@
 #include "clients/replay/replay.h"
 
+#include "clients/replay/call-stream.h"
 #include "clients/replay/player.h"
 #include "holv-core/ggo/ggo-geometry.h"
 #include "reader/text/log-pieces.h"
@@ -87,6 +88,11 @@ void Examination::add(const Element& call)
         kind_.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));
 }
 
+void Examination::add(const reader::Comment& one)
+{
+    kind_.names_unknown_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos;
+}
+
 LogKind Examination::finish(bool is_log, const Element& root)
 {
     kind_.is_log = is_log;
@@ -96,8 +102,9 @@ LogKind Examination::finish(bool is_log, const Element& root)
 
 std::vector<uint64_t> facts_of(const LogKind& kind)
 {
-    return {kind.base_content, kind.fixed_formats,  kind.image_attributes, kind.side_files,    kind.rendered,
-            kind.kept_images,  kind.rendered_fixed, kind.rendered_first,   kind.glyph_get_type};
+    return {kind.base_content,   kind.fixed_formats,         kind.image_attributes, kind.side_files,
+            kind.rendered,       kind.kept_images,           kind.rendered_fixed,   kind.rendered_first,
+            kind.glyph_get_type, kind.names_unknown_families};
 }
 
 namespace
@@ -117,6 +124,7 @@ void add_facts(const std::vector<uint64_t>& facts, LogKind* kind)
     kind->rendered_fixed |= facts[6] != 0;
     kind->rendered_first |= static_cast<uint32_t>(facts[7]);
     kind->glyph_get_type = static_cast<uint32_t>(facts[8]);
+    kind->names_unknown_families |= facts[9] != 0;
 }
 
 }  // namespace
@@ -124,12 +132,17 @@ void add_facts(const std::vector<uint64_t>& facts, LogKind* kind)
 LogKind examine(std::istream& log)
 {
     Examination examination;
+    ScriptFacts script;
+    FactFinder facts(script);
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
-    elements.on_comment = [&kind](const reader::Comment& one)
-    { kind.names_unknown_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
+    elements.on_comment = [&examination](const reader::Comment& one) { examination.add(one); };
     while (const Element* call = elements.next())
+    {
         examination.add(*call);
+        facts.add(*call);
+    }
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
+    kind.script = script;
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
         add_facts(pieces->index().facts, &kind);
     return kind;
@@ -137,33 +150,21 @@ LogKind examine(std::istream& log)
 
 Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options)
 {
-    reader::ElementReader elements(log);
-    uint64_t damage = 0;
-    elements.on_damage = [&](const reader::Damage& one)
-    {
-        ++damage;
-        if (options.complain)
-            options.complain("line " + std::to_string(one.place.line) + ": " + one.text);
-    };
-    elements.on_comment = [&](const reader::Comment& one)
-    {
-        if (options.comment && !one.warning && !one.inside)
-            options.comment(one.text);
-    };
-    Player player(table, tickets, options);
+    CallStream calls(log, options);
+    Player player(table, tickets, options, calls);
     bool going = true;
-    while (const Element* call = going ? elements.next() : nullptr)
+    while (const Element* call = going ? calls.take() : nullptr)
     {
         going = (!options.before_call || options.before_call(*call)) && player.play(*call);
         if (options.progress)
-            options.progress(elements.events().bytes_used());
+            options.progress(calls.bytes_used());
     }
     player.finish_all();
     Outcome outcome = player.outcome();
-    outcome.is_log = elements.events().is_log();
-    outcome.cut = going && elements.events().is_cut();
+    outcome.is_log = calls.is_log();
+    outcome.cut = going && calls.is_cut();
     outcome.reached = !options.up_to || !going;
-    outcome.damage += damage;
+    outcome.damage += calls.damage();
     return outcome;
 }
 

@@ -2,11 +2,12 @@
 // the log has.
 //
 // What a log doesn't tell is not played: operands that an operator doesn't use, the parameters of a memory context and
-// what is drawn in it, calls that a client made from within a callback.
+// what is drawn in it. Calls that a client made from within a callback are played as logged only.
 
 #pragma once
 
 #include "clients/replay/replay-tickets.h"
+#include "clients/replay/script-facts.h"
 #include "orvlog/interface/orvlog.h"
 #include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
@@ -23,8 +24,12 @@
 namespace orvlog::replay
 {
 
+struct AsLogged;
+
 struct Options
 {
+    // Not null: images and fonts answer each callback as the log says, and its renderer makes each as the log says.
+    AsLogged* as_logged = nullptr;
     reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
@@ -33,7 +38,10 @@ struct Options
     std::optional<reader::CallAddress> up_to;       // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
-    // Told of each comment of the client's between two calls, as it stands; may be empty.
+    // As logged: told of each callback or call that could not be made as it was; may be empty.
+    std::function<void(const std::string& line)> differ;
+    // Told of each comment of the client's between two calls, as it stands, and as logged of those within calls; may be
+    // empty.
     std::function<void(const std::string& text)> comment;
     // Told of each face that is about to be begun: its place in the log, counted from 1, and its own number,
     // face_seq_number; may be empty.
@@ -54,15 +62,17 @@ struct Outcome
     uint32_t faces = 0;   // in the log, as far as it was played
     uint32_t pages = 0;   // of them, those that were begun
     uint32_t pages_refused = 0;
-    uint64_t missing = 0;     // places where data is not there, neither in the log nor beside it
-    uint64_t damage = 0;      // places where the log is not as a log should be
-    uint64_t unknown = 0;     // elements that no record could be made from
-    uint64_t not_played = 0;  // calls that cannot be made again
+    uint64_t missing = 0;      // places where data is not there, neither in the log nor beside it
+    uint64_t damage = 0;       // places where the log is not as a log should be
+    uint64_t unknown = 0;      // elements that no record could be made from
+    uint64_t not_played = 0;   // calls that cannot be made again
+    uint64_t differences = 0;  // as logged: what could not be made as it was
 };
 
 // What has to be known of a log before it is played: how its session was opened.
 struct LogKind
 {
+    ScriptFacts script;
     bool is_log = false;
     bool base_mode = false;      // the root says so
     bool base_content = false;   // the logger has pulled images or glyphs
@@ -89,6 +99,7 @@ class Examination
 public:
     // In the order of the log.
     void add(const reader::Element& call);
+    void add(const reader::Comment& one);
     // Once it has ended.
     LogKind finish(bool is_log, const reader::Element& root);
 

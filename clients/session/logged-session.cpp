@@ -26,6 +26,12 @@ std::string file_of(const std::string& log)
 
 }  // namespace
 
+LoggedSession::LoggedSession(LoggedSessionOptions options)
+    : options_(std::move(options)),
+      identity_(options_.number ? client_stream::RandomIdentity(*options_.number) : client_stream::RandomIdentity())
+{
+}
+
 LoggedSession::~LoggedSession()
 {
     shut_down();

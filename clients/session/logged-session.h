@@ -10,6 +10,7 @@
 #include "clients/stream/temporary-log.h"
 #include "orvlog/interface/orvlog.h"
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -29,6 +30,8 @@ struct LoggedSessionOptions
     bool compressed = false;
     bool via_temporary_log = false;
     bool keeps_images = false;  // the renderer does
+    // The number of the session, in the names of the logs of kept images; without one it is made by chance.
+    std::optional<std::array<uint8_t, 16>> number;
 
     bool base_mode = false;     // the root says so
     bool base_content = false;  // base mode, whatever the root says
@@ -47,7 +50,7 @@ struct LoggedSessionOptions
 class LoggedSession
 {
 public:
-    explicit LoggedSession(LoggedSessionOptions options) : options_(std::move(options)) {}
+    explicit LoggedSession(LoggedSessionOptions options);
     LoggedSession(const LoggedSession&) = delete;
     LoggedSession& operator=(const LoggedSession&) = delete;
     // Ends a session that was not closed, and doesn't look at its files.

@@ -1,5 +1,6 @@
 #include "clients/stream/random-identity.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <random>
@@ -21,11 +22,22 @@ const ORVLOG_IdentityTable table = {{}, give_number};
 }  // namespace
 
 RandomIdentity::RandomIdentity()
+    : RandomIdentity(
+          []
+          {
+              std::random_device random;
+              std::array<uint8_t, 16> number{};
+              for (uint8_t& byte : number)
+                  byte = static_cast<uint8_t>(random());
+              return number;
+          }())
+{
+}
+
+RandomIdentity::RandomIdentity(const std::array<uint8_t, 16>& number)
 {
     static_assert(offsetof(Object, number) == sizeof(ORVLOG_IdentityObject));
-    std::random_device random;
-    for (uint8_t& byte : object_.number)
-        byte = static_cast<uint8_t>(random());
+    std::ranges::copy(number, object_.number);
     object_.head.functions = &table;
     source_.object = &object_.head;
 }

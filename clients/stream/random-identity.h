@@ -1,9 +1,10 @@
-// An identity to bring along: a number by chance.
+// An identity to bring along: a number by chance, or a given one.
 
 #pragma once
 
 #include "orvlog/interface/orvlog.h"
 
+#include <array>
 #include <cstdint>
 
 namespace orvlog::client_stream
@@ -14,6 +15,8 @@ class RandomIdentity
 {
 public:
     RandomIdentity();
+    // This number instead.
+    explicit RandomIdentity(const std::array<uint8_t, 16>& number);
     RandomIdentity(const RandomIdentity&) = delete;
     RandomIdentity& operator=(const RandomIdentity&) = delete;
 

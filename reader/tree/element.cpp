@@ -195,6 +195,7 @@ bool ElementReader::close(const Event& event)
         return false;
     Level& level = levels_[--depth_];
     level.element->implied_end = event.implied;
+    level.element->end_byte = event.place.byte;
     if (!level.data.empty())
     {
         auto* bytes = static_cast<uint8_t*>(arena_.take(level.data.size()));

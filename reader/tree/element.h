@@ -68,6 +68,7 @@ struct Element
     std::string_view rows;
     uint64_t data_size = 0;  // of bytes or rows, told even if they are not kept
     bool implied_end = false;
+    uint64_t end_byte = 0;  // where its end stands in the text
 
     // Null for what there is not.
     const Attribute* find(std::string_view attribute) const;

@@ -22,6 +22,8 @@ std::string contradiction(const ReplayOptions& options)
     const bool pictures = !options.png.empty() || !options.svg.empty() || !options.pdf.empty();
     if (pictures && options.renderer == "none")
         return "--renderer none draws no pages for --png, --svg or --pdf";
+    if (options.as_logged && (pictures || (!options.renderer.empty() && options.renderer != "none")))
+        return "--as-logged draws nothing, and takes no other renderer";
     if (has_library(options) && (!options.svg.empty() || !options.pdf.empty()))
         return "a renderer that is a library draws no pages for --svg or --pdf";
     return options.renderer_options && !has_library(options) ? "--renderer-options is for a renderer that is a library"
@@ -70,6 +72,11 @@ Run declare_replay(CLI::App& app)
         ->type_name("FILE");
     app.add_option("--renderer-options", options->renderer_options, "a text that is given to the library's renderer")
         ->type_name("TEXT");
+    app.add_option("--call-limit", options->call_limit, "end a library that takes longer for one call; 0 for never")
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    app.add_flag("--as-logged", options->as_logged,
+                 "do what the job's renderer did; with --renderer none and --log anyhow");
     app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")
         ->type_name("PREFIX");
     app.add_flag("--compressed", options->compressed, "write NEWLOG coded");

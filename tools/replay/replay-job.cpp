@@ -1,6 +1,7 @@
 #include "tools/replay/replay-job.h"
 
 #include "clients/renderer-library/renderer-library.h"
+#include "clients/replay/as-logged.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
 #include "clients/session/logged-session.h"
@@ -8,6 +9,7 @@
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/replay/library-pages.h"
+#include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
 #include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
@@ -20,6 +22,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvlog::tool
@@ -79,8 +82,9 @@ std::unique_ptr<std::istream> open_pages(const ReplayOptions& options)
 class ReplayJob
 {
 public:
-    explicit ReplayJob(const ReplayOptions& options)
-        : options_(options), vectors_(options.svg, options.pdf, page_name(options))
+    // `place` is told of each call; may be null.
+    ReplayJob(const ReplayOptions& options, WorkPlace* place)
+        : options_(options), place_(place), vectors_(options.svg, options.pdf, page_name(options))
     {
     }
 
@@ -114,6 +118,12 @@ public:
         if (const int status = open_log(); status != EXIT_DONE)
             return status;
         Progress progress(source.size());
+        play.as_logged = as_logged_.get();
+        play.differ = [this](const std::string& line)
+        {
+            if (!std::exchange(differs_, true))
+                complaints_.say(options_.log + ": " + line);
+        };
         play.dpi = options_.dpi;
         play.up_to = options_.up_to;
         play.complain = [this](const std::string& line) { complaints_.say(options_.log + ": " + line); };
@@ -123,7 +133,15 @@ public:
             play.comment = [this](const std::string& text) { session_->comment(text); };
         const ORV_Interface* table = session_ != nullptr ? session_->table() : renderer_table();
         orvlog::replay::ReplayTickets tickets;
+        if (place_ != nullptr)
+            play.before_call = [this](const reader::Element& call)
+            {
+                place_->enter_call(call.name, call.place.line);
+                return true;
+            };
         const orvlog::replay::Outcome outcome = orvlog::replay::play(*log, table, tickets, play);
+        if (place_ != nullptr)
+            place_->leave_calls();
         return finish(outcome);
     }
 
@@ -131,6 +149,11 @@ private:
     // False with the reason in `why`.
     bool make_renderer(std::string* why)
     {
+        if (wants_as_logged(options_))
+        {
+            as_logged_ = std::make_unique<replay::AsLogged>(kind_.script);
+            return true;
+        }
         if (!has_library(options_))
             make_cairo_renderer();
         return !has_library(options_) || load_renderer(why);
@@ -151,6 +174,8 @@ private:
 
     const ORV_Interface* renderer_table() const
     {
+        if (as_logged_ != nullptr)
+            return as_logged_->renderer.interface();
         if (library_ != nullptr)
             return library_->interface();
         return renderer_ != nullptr ? renderer_->interface() : nullptr;
@@ -212,7 +237,10 @@ private:
         session.log = options_.new_log;
         session.image_prefix = options_.image_prefix;
         session.compressed = options_.compressed;
-        session.via_temporary_log = options_.via_temporary_log;
+        // Where the logs of kept images have been put in, this is how.
+        session.via_temporary_log = options_.via_temporary_log || (as_logged_ != nullptr && kind_.script.merged);
+        if (as_logged_ != nullptr)
+            session.number = replay::session_number(kind_.script.session);
         session.keeps_images = renderer_table() != nullptr && kind_.kept_images;
         session.base_mode = kind_.base_mode;
         session.base_content = kind_.base_content;
@@ -271,6 +299,9 @@ private:
         if (outcome.missing > 0 && !options_.allow_missing)
             lacks.push_back("lacks data in " + std::to_string(outcome.missing) +
                             " places; what could be found is played (--allow-missing is content with that)");
+        if (outcome.differences > 0)
+            lacks.push_back("can't be repeated as it was in " + std::to_string(outcome.differences) +
+                            " places; the first is told above");
         if (outcome.cut)
             lacks.emplace_back("is cut short; what it has is played");
         else if (outcome.damage > 0)
@@ -280,12 +311,15 @@ private:
     }
 
     const ReplayOptions& options_;
+    WorkPlace* const place_;
     Complaints complaints_;
     std::vector<std::string> losses_;  // what is missing on the pages, each kind once
     VectorPages vectors_;
     LogKind kind_;
+    bool differs_ = false;
     uint32_t page_ = 0;  // the number of the page that is begun
     std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<replay::AsLogged> as_logged_;
     std::unique_ptr<LibraryPages> pages_;
     std::unique_ptr<renderer_library::RendererLibrary> library_;
     std::unique_ptr<client_session::LoggedSession> session_;
@@ -295,7 +329,17 @@ private:
 
 int run_replay(const ReplayOptions& options)
 {
-    return ReplayJob(options).run();
+    if (!has_library(options))
+        return ReplayJob(options, nullptr).run();
+    std::string why;
+    const int status = run_watched([&options](WorkPlace& place) { return ReplayJob(options, &place).run(); },
+                                   options.call_limit, &why);
+    if (why.empty())
+        return status;
+    fail(options.renderer + ": " + why);
+    if (!options.new_log.empty() && options.new_log != "-")
+        fail(options.new_log + ": is cut short there");
+    return EXIT_FAILED;
 }
 
 }  // namespace orvlog::tool

@@ -28,6 +28,8 @@ struct ReplayOptions
     std::vector<std::string> folders;
     command_line::NumberRange pages = {1, UINT32_MAX};
     unsigned dpi = 0;
+    bool as_logged = false;
+    unsigned call_limit = 60;  // seconds that a library may take for a call; 0: as long as it likes
     std::optional<reader::CallAddress> up_to;
 };
 
@@ -35,6 +37,12 @@ struct ReplayOptions
 inline bool has_library(const ReplayOptions& options)
 {
     return !options.renderer.empty() && options.renderer != "cairo" && options.renderer != "none";
+}
+
+// What renders is what the log says that the job's renderer did.
+inline bool wants_as_logged(const ReplayOptions& options)
+{
+    return options.as_logged || (options.renderer == "none" && !options.new_log.empty());
 }
 
 }  // namespace orvlog::tool

@@ -75,4 +75,92 @@ TEST_F(ReplayIntoALibrary, TakesNoOptionsThatAreForOthers)
     EXPECT_FALSE(fs::exists(scratch.path("x.pdf")));
 }
 
+// A library that ends badly, and what is said of it.
+struct BadEnd
+{
+    const char* symbol;
+    const char* said;
+};
+
+class ReplayIntoABadLibrary : public ReplayIntoALibrary, public testing::WithParamInterface<BadEnd>
+{
+};
+
+TEST_P(ReplayIntoABadLibrary, IsToldByTheCallAndItsLine)
+{
+    const std::string library = std::string(ORVLOG_ROW_RENDERER) + ":" + GetParam().symbol;
+    const ToolResult played = replay(library, {"--log", "again.xml", "--png", "again", "--call-limit", "2"});
+    EXPECT_EQ(played.status, 1);
+    const std::string tenth = "orvlog: " + library + ": " + GetParam().said + ", in ORV_object_paint_and_stroke, line 6090\n" +
+                              "orvlog: again.xml: is cut short there\n";
+    EXPECT_TRUE(played.err.ends_with(tenth)) << played.err;
+    EXPECT_NE(read_file(scratch.path("again.xml")).find("<ORV_object_paint id=\"9\""), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, ReplayIntoABadLibrary,
+                         testing::Values(BadEnd{"crashing_renderer", "ended by signal 6 (Aborted)"},
+                                         BadEnd{"hanging_renderer", "did not come back within 2 s"},
+                                         BadEnd{"leaving_renderer", "ended the process with the status 0"}));
+
+// The log of a job with one of three renderers that share no code, and its replay as logged.
+class AsLoggedOf : public ReplayIntoALibrary, public testing::WithParamInterface<const char*>
+{
+protected:
+    static std::string renderer()
+    {
+        const std::string name = GetParam();
+        return name.empty() ? ORVLOG_CAIRO_LIBRARY : ORVLOG_ROW_RENDERER + std::string(":") + name;
+    }
+
+    // The log of `source`, drawn by the renderer: in a folder, with what lies beside it.
+    void draw(const std::string& source, const Words& options)
+    {
+        fs::remove_all(scratch.path("one"));
+        fs::remove_all(scratch.path("two"));
+        fs::create_directories(scratch.path("one"));
+        fs::create_directories(scratch.path("two"));
+        Words words = {ORVLOG_TOOL, "replay", scratch.path(source), "--renderer", renderer(), "--log", "job.xml"};
+        words.insert(words.end(), options.begin(), options.end());
+        const ToolResult drawn = run_in(scratch.path("one"), words);
+        ASSERT_EQ(drawn.status, 0) << drawn.err;
+    }
+
+    void expect_the_log_again(const Words& options)
+    {
+        Words words = {ORVLOG_TOOL, "replay", "../one/job.xml", "--renderer", "none", "--log", "job.xml"};
+        words.insert(words.end(), options.begin(), options.end());
+        const ToolResult played = run_in(scratch.path("two"), words);
+        EXPECT_EQ(played.status, 0) << played.err;
+        EXPECT_TRUE(files_of(scratch.path("one")) == files_of(scratch.path("two")));
+        EXPECT_GT(read_file(scratch.path("two/job.xml")).size(), 10000U);
+    }
+
+    void try_each_way(const std::string& source)
+    {
+        draw(source, {});
+        expect_the_log_again({});
+        draw(source, {"--images-beside", "side"});
+        expect_the_log_again({"--images-beside", "side"});
+        draw(source, {"--via-temporary-log"});
+        expect_the_log_again({});
+        draw(source, {"--via-temporary-log", "--compressed"});
+        expect_the_log_again({"--compressed"});
+    }
+};
+
+TEST_P(AsLoggedOf, GivesTheLogInTransparentMode)
+{
+    try_each_way("job.xml");
+}
+
+TEST_P(AsLoggedOf, GivesTheLogInBaseMode)
+{
+    const ToolResult recorded =
+        run_in(scratch.path(""), {ORVLOG_RECORD_PROGRAM, sample(), "-o", "base.xml", "--mode", "base", "--pages", "1"});
+    ASSERT_EQ(recorded.status, 0) << recorded.err;
+    try_each_way("base.xml");
+}
+
+INSTANTIATE_TEST_SUITE_P(Renderers, AsLoggedOf, testing::Values("", "orvlog_renderer", "fumbling_renderer"));
+
 }  // namespace

@@ -1,0 +1,96 @@
+// A renderer that does what the log says the job's renderer did: each callback in its turn with its arguments, within
+// the call in which it was made, or between two calls. It draws nothing.
+
+#pragma once
+
+#include "clients/replay/script-facts.h"
+#include "clients/replay/script.h"
+#include "clients/replay/scripted-client.h"
+#include "orvlog/interface/orvlog.h"
+#include "reader/records/records.h"
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvlog::replay
+{
+
+class ScriptedRenderer
+{
+public:
+    ScriptedRenderer(Script& script, ScriptedClient& client, const ScriptFacts& facts);
+    ScriptedRenderer(const ScriptedRenderer&) = delete;
+    ScriptedRenderer& operator=(const ScriptedRenderer&) = delete;
+
+    const ORV_Interface* interface() const
+    {
+        return &table_;
+    }
+
+    // Makes a callback of the log.
+    void perform(const reader::Element& callback);
+    // Makes what the present call has left over, since the logger didn't pass it on.
+    void run_rest();
+
+    // A text of the calls that come, by the numbers that the log has for its font and its string; good until
+    // forget_texts().
+    void note_text(uint32_t font_id, uint32_t string_id, const GFI_FontSpecPointer* font,
+                   const GFI_StringDescPointer* string);
+    void forget_texts();
+
+    // What the call that follows brings isn't there beyond `owner`, by which it is forgotten: images that were not
+    // kept.
+    void set_owner(const void* owner)
+    {
+        owner_ = owner;
+    }
+    void forget_images(const void* owner);
+    // Whether one of them has been kept and not released.
+    bool has_kept(const void* owner) const;
+
+    // Of a scope that has ended.
+    void forget_engine(uint32_t number);
+
+private:
+    struct Calls;
+
+    // A record that the renderer holds: a copy, by which the logger knows the image as well.
+    struct Live
+    {
+        uint32_t id = 0;
+        bool kept = false;
+        const void* owner = nullptr;
+        GOP_OperandImagePointer record{};
+    };
+
+    void perform_between();
+    void note_operand(std::string_view member, const GOP_OperandPointer* operand);
+    void note_engine(const GFI_FontEngineTable* engine);
+    Live* find(const reader::Element& callback);
+
+    void image(const reader::Element& callback);
+    void prepare(const reader::Element& callback, Live& live);
+    void read(const reader::Element& callback, Live& live);
+    void finish(const reader::Element& callback, Live& live);
+    void font(const reader::Element& callback);
+    void start_string(const reader::Element& callback, const GFI_FontEngineTable* engine);
+    void get_index(const reader::Element& callback, const GFI_FontEngineTable* engine);
+    void get_glyph(const reader::Element& callback, const GFI_FontEngineTable* engine);
+    void fill(ORV_DrawingInterface* drawing);
+
+    Script& script_;
+    ScriptedClient& client_;
+    const ScriptFacts& facts_;
+    ORV_Interface table_{};
+    const void* owner_ = nullptr;
+    std::vector<Live> images_;
+    std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId
+    std::map<std::pair<uint32_t, uint32_t>, std::pair<const GFI_FontSpecPointer*, const GFI_StringDescPointer*>> texts_;
+    reader::Arena finish_arena_;
+    reader::RecordReader finish_records_{finish_arena_};
+};
+
+}  // namespace orvlog::replay
