@@ -125,11 +125,13 @@ LogKind examine(std::istream& log)
 {
     Examination examination;
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
-    elements.on_comment = [&kind](const reader::Comment& one)
-    { kind.names_unknown_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
+    bool names_families = false;
+    elements.on_comment = [&names_families](const reader::Comment& one)
+    { names_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
     while (const Element* call = elements.next())
         examination.add(*call);
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
+    kind.names_unknown_families = names_families;
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
         add_facts(pieces->index().facts, &kind);
     return kind;
