@@ -239,7 +239,8 @@ void Player::start_face(const Element& call)
     ++outcome_.faces;
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
-    drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page;
+    drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page ||
+                      (options_.wants_page && !options_.wants_page(outcome_.faces));
     if (drawing.skipped)
         return;
     if (options_.page_begins)

@@ -28,8 +28,9 @@ struct Options
     reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
-    double dpi = 0;                            // above 0: pages of this resolution instead of their own
-    std::optional<reader::CallAddress> up_to;  // the last call to make; all that is open then is finished
+    std::function<bool(uint32_t page)> wants_page;  // of these; all of them if it is empty
+    double dpi = 0;                                 // above 0: pages of this resolution instead of their own
+    std::optional<reader::CallAddress> up_to;       // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
     // Told of each comment of the client's between two calls, as it stands; may be empty.

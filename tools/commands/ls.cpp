@@ -82,8 +82,9 @@ class CallList
 public:
     explicit CallList(const LsOptions& options) : options_(options), filter_(options)
     {
-        form_.columns = options.columns.empty() ? default_columns(options.places) : read_columns(options.columns);
         form_.width = terminal_width();
+        form_.columns =
+            options.columns.empty() ? default_columns(options.places, form_.width) : read_columns(options.columns);
         form_.colour = wants_colour(options.colour);
     }
 
