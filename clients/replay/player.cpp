@@ -263,7 +263,8 @@ void Player::start_face(const Element& call)
     Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
     drawing = {};
     drawing.engine = engine_number(call);
-    drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page;
+    drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page ||
+                      (options_.wants_page && !options_.wants_page(outcome_.faces));
     if (drawing.skipped)
         return;
     if (options_.page_begins)

@@ -3,6 +3,7 @@
 #include "clients/replay/call-stream.h"
 #include "clients/replay/player.h"
 #include "holv-core/ggo/ggo-geometry.h"
+#include "reader/text/log-pieces.h"
 #include "reader/tree/values.h"
 
 #include <cmath>
@@ -15,6 +16,9 @@ namespace
 
 using reader::Children;
 using reader::Element;
+
+// What the logger warns of.
+constexpr const char* kUnknownFamily = "GCM_ColorTicket of an unknown family.";
 
 void examine_callback(const Element& callback, LogKind* kind)
 {
@@ -71,27 +75,72 @@ double resolution(const GGO_Matrix& inch_to_pixels)
     return std::isfinite(found) ? found : 0;
 }
 
+void Examination::add(const Element& call)
+{
+    examine_call(call, false, &kind_);
+    if (call.name != "ORV_face_start")
+        return;
+    const uint32_t number = reader::read_uint(call, "face_seq_number");
+    kind_.numbered = kind_.numbered && number > last_number_;
+    last_number_ = number;
+    const Element* face = call.child("ORV_FaceProperties");
+    if (kind_.faces++ == 0 && face != nullptr)
+        kind_.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));
+}
+
+LogKind Examination::finish(bool is_log, const Element& root)
+{
+    kind_.is_log = is_log;
+    kind_.base_mode = root.value("LoggingMode") == "base";
+    return kind_;
+}
+
+std::vector<uint64_t> facts_of(const LogKind& kind)
+{
+    return {kind.base_content, kind.fixed_formats,  kind.image_attributes, kind.side_files,    kind.rendered,
+            kind.kept_images,  kind.rendered_fixed, kind.rendered_first,   kind.glyph_get_type};
+}
+
+namespace
+{
+
+// What the index of the whole log tells besides what its parts do.
+void add_facts(const std::vector<uint64_t>& facts, LogKind* kind)
+{
+    if (facts.size() != facts_of({}).size())
+        return;
+    kind->base_content |= facts[0] != 0;
+    kind->fixed_formats |= facts[1] != 0;
+    kind->image_attributes |= facts[2] != 0;
+    kind->side_files |= facts[3] != 0;
+    kind->rendered |= facts[4] != 0;
+    kind->kept_images |= facts[5] != 0;
+    kind->rendered_fixed |= facts[6] != 0;
+    kind->rendered_first |= static_cast<uint32_t>(facts[7]);
+    kind->glyph_get_type = static_cast<uint32_t>(facts[8]);
+}
+
+}  // namespace
+
 LogKind examine(std::istream& log)
 {
-    LogKind kind;
-    FactFinder facts(kind.script);
-    uint32_t last_number = 0;
+    Examination examination;
+    ScriptFacts script;
+    FactFinder facts(script);
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
+    bool names_families = false;
+    elements.on_comment = [&names_families](const reader::Comment& one)
+    { names_families |= one.warning && one.text.find(kUnknownFamily) != std::string::npos; };
     while (const Element* call = elements.next())
     {
-        examine_call(*call, false, &kind);
+        examination.add(*call);
         facts.add(*call);
-        if (call->name != "ORV_face_start")
-            continue;
-        const uint32_t number = reader::read_uint(*call, "face_seq_number");
-        kind.numbered = kind.numbered && number > last_number;
-        last_number = number;
-        const Element* face = call->child("ORV_FaceProperties");
-        if (kind.faces++ == 0 && face != nullptr)
-            kind.dpi = resolution(reader::read_matrix(*face, "fp_FaceInchToPixels"));
     }
-    kind.is_log = elements.events().is_log();
-    kind.base_mode = elements.root().value("LoggingMode") == "base";
+    LogKind kind = examination.finish(elements.events().is_log(), elements.root());
+    kind.names_unknown_families = names_families;
+    if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
+        add_facts(pieces->index().facts, &kind);
+    kind.script = std::move(script);
     return kind;
 }
 

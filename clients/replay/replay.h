@@ -19,6 +19,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvlog::replay
 {
@@ -32,8 +33,9 @@ struct Options
     reader::LogFiles files = reader::LogFiles("-");  // side files, the logs of kept images
     uint32_t first_page = 1;                         // pages are faces, counted from 1
     uint32_t last_page = UINT32_MAX;
-    double dpi = 0;                            // above 0: pages of this resolution instead of their own
-    std::optional<reader::CallAddress> up_to;  // the last call to make; all that is open then is finished
+    std::function<bool(uint32_t page)> wants_page;  // of these; all of them if it is empty
+    double dpi = 0;                                 // above 0: pages of this resolution instead of their own
+    std::optional<reader::CallAddress> up_to;       // the last call to make; all that is open then is finished
     // Told of what could not be made again, a line each; may be empty.
     std::function<void(const std::string& line)> complain;
     // As logged: told of each callback or call that could not be made as it was; may be empty.
@@ -76,6 +78,7 @@ struct LogKind
     bool base_content = false;   // the logger has pulled images or glyphs
     bool fixed_formats = false;  // glyphs in all three forms
     bool image_attributes = false;
+    bool names_unknown_families = false;  // of colour tickets: in their element, and with a warning
     bool side_files = false;
     bool rendered = false;  // a renderer has pulled images or glyphs
     bool kept_images = false;
@@ -89,6 +92,23 @@ struct LogKind
     uint32_t glyph_get_type = GFI_GDT_BITMAP;
 };
 LogKind examine(std::istream& log);
+
+// The same call by call, for one who reads the log for other things as well.
+class Examination
+{
+public:
+    // In the order of the log.
+    void add(const reader::Element& call);
+    // Once it has ended.
+    LogKind finish(bool is_log, const reader::Element& root);
+
+private:
+    LogKind kind_;
+    uint32_t last_number_ = 0;
+};
+
+// What is known of a log, as numbers, for the index of a repacked one. Of parts of it `examine` gives what these tell.
+std::vector<uint64_t> facts_of(const LogKind& kind);
 
 // Plays `log` on `table`. The tickets must live as long as the table's session.
 Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& tickets, const Options& options);

@@ -87,6 +87,7 @@ bool LoggedSession::begin(const ORV_Interface* renderer, std::string* why)
     session.mode = options_.base_mode ? ORVLOG_MODE_BASE : ORVLOG_MODE_TRANSPARENT;
     session.base_content = options_.base_content ? 1 : 0;
     session.image_dump_flag = options_.image_attributes ? 1 : 0;
+    session.name_unknown_families = options_.name_unknown_families ? 1 : 0;
     session.glyph_fixed_format = options_.fixed_glyph_forms ? 1 : 0;
     session.glyph_get_format = options_.glyph_form;
     if (orvlog_create_session_with(&session) != 0)

@@ -39,6 +39,7 @@ struct LoggedSessionOptions
     bool fixed_glyph_forms = false;
     uint32_t glyph_form = GFI_GDT_BITMAP;  // GFI_GDT_*
     bool image_attributes = false;
+    bool name_unknown_families = false;  // of colour tickets
 
     // Must live until the session ends; may be null.
     const ORVLOG_TicketFunctions* ticket_functions = nullptr;

@@ -1,5 +1,6 @@
 #include "inspect/align/differences.h"
 
+#include "reader/text/character-set.h"
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -19,10 +20,12 @@ using reader::Element;
 constexpr size_t kLongestPiece = 64;   // bytes or characters of data that are shown
 constexpr size_t kMostFound = 100000;  // differences of one call
 
+constexpr reader::CharacterSet kBetweenWords(" \n");
+
 std::string_view next_word(std::string_view& text)
 {
-    text.remove_prefix(std::min(text.find_first_not_of(" \n"), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(" \n"));
+    text.remove_prefix(kBetweenWords.first_not_in(text));
+    const std::string_view word = text.substr(0, kBetweenWords.first_in(text));
     text.remove_prefix(word.size());
     return word;
 }
@@ -108,17 +111,23 @@ void CallComparer::compare_attributes(const Element& a, const Element& b)
     const auto add = [this](std::string_view name, std::optional<std::string> one, std::optional<std::string> other) {
         found_.push_back({path_, std::string(name), std::move(one), std::move(other), 0, 0});
     };
-    for (const reader::Attribute& one : a.attributes)
+    for (size_t i = 0; i < a.attributes.size(); ++i)
     {
-        const reader::Attribute* other = b.find(one.name);
+        const reader::Attribute& one = a.attributes[i];
+        const bool same_place = i < b.attributes.size() && b.attributes[i].name == one.name;
+        const reader::Attribute* other = same_place ? &b.attributes[i] : b.find(one.name);
         if (other == nullptr)
             add(one.name, std::string(one.value), std::nullopt);
         else if (!same_value(a.name, one.name, one.value, other->value, true))
             add(one.name, std::string(one.value), std::string(other->value));
     }
-    for (const reader::Attribute& other : b.attributes)
-        if (!a.has(other.name))
+    for (size_t i = 0; i < b.attributes.size(); ++i)
+    {
+        const reader::Attribute& other = b.attributes[i];
+        const bool same_place = i < a.attributes.size() && a.attributes[i].name == other.name;
+        if (!same_place && !a.has(other.name))
             add(other.name, std::nullopt, std::string(other.value));
+    }
 }
 
 void CallComparer::compare_bytes(const Element& a, const Element& b)

@@ -5,7 +5,9 @@
 #include "inspect/pixels/page-steps.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace orvlog::inspect
 {
@@ -22,9 +24,18 @@ struct PageLook
     uint32_t height = 0;
 };
 
-// `number` and `cause` are those of the calls to name.
-PageLook look_at_page(const PixelSide& side, NumberFile& numbers, double dpi, uint32_t page, uint32_t place,
-                      uint64_t number, uint64_t cause);
+struct WantedLook
+{
+    uint32_t page = 0;    // from 1; 0: none
+    uint32_t place = 0;   // of the step among those of the page
+    uint64_t number = 0;  // of the call to name
+    uint64_t cause = 0;   // and of its cause
+};
+
+// Draws the log once, and tells of each look in the order of `wanted`, in which pages rise. A page that isn't there
+// has an empty look. False from `on_look` ends it.
+void look_at_pages(const PixelSide& side, NumberFile& numbers, double dpi, const std::vector<WantedLook>& wanted,
+                   const std::function<bool(PageLook&&)>& on_look);
 
 // Where two pictures differ.
 struct PixelArea

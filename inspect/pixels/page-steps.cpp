@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace orvlog::inspect
 {
@@ -118,7 +119,7 @@ void PageDrawing::take(const WatchStep& step)
         on_step(told);
 }
 
-replay::Outcome PageDrawing::draw(uint32_t first_page, uint32_t last_page)
+replay::Outcome PageDrawing::draw(uint32_t last_page, std::function<bool(uint32_t page)> wants_page)
 {
     last_page_ = last_page;
     constexpr int kFar = 1 << 22;
@@ -143,8 +144,8 @@ replay::Outcome PageDrawing::draw(uint32_t first_page, uint32_t last_page)
     cairo_renderer::Renderer renderer(std::move(drawing));
     replay::Options play;
     play.files = side_.files;
-    play.first_page = first_page;
     play.last_page = last_page;
+    play.wants_page = std::move(wants_page);
     play.dpi = dpi_;
     play.page_begins = [this](uint32_t page, uint32_t) { page_ = page; };
     play.before_call = [this](const reader::Element& call) { return begin_call(call); };
@@ -165,7 +166,7 @@ bool record_steps(const PixelSide& side, NumberFile& numbers, double dpi, StepFi
         steps.add(step);
         sums.clear();
     };
-    outcome = drawing.draw(1, std::numeric_limits<uint32_t>::max());
+    outcome = drawing.draw(std::numeric_limits<uint32_t>::max());
     return steps.rewind();
 }
 

@@ -80,7 +80,7 @@ struct PixelSide
     replay::LogKind kind;
 };
 
-// Draws one page of a log, or all, and tells of each step with the surface that was drawn to.
+// Draws pages of a log and tells of each step with the surface that was drawn to.
 class PageDrawing
 {
 public:
@@ -98,7 +98,8 @@ public:
     std::function<void(const cairo_renderer::Page&, const PageStep& end)> on_page;
     std::function<void(const reader::Element& call, uint64_t number)> on_call;
 
-    replay::Outcome draw(uint32_t first_page, uint32_t last_page);
+    // Of the pages up to the last one those that are wanted; all of them if `wants_page` is empty.
+    replay::Outcome draw(uint32_t last_page, std::function<bool(uint32_t page)> wants_page = nullptr);
 
 private:
     void take(const cairo_renderer::WatchStep& step);

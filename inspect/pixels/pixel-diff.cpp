@@ -1,8 +1,14 @@
 #include "inspect/pixels/pixel-diff.h"
 
+#include "inspect/align/temporary-file.h"
 #include "inspect/pixels/first-differences.h"
 
+#include <condition_variable>
 #include <future>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace orvlog::inspect
 {
@@ -10,21 +16,64 @@ namespace orvlog::inspect
 namespace
 {
 
-PageDifference look_at(const FirstDifference& found, const PixelSide& a, NumberFile& numbers_a, const PixelSide& b,
-                       NumberFile& numbers_b, double dpi)
+// Pages that are looked at in one pass over the logs.
+constexpr size_t kMostAtOnce = 4096;
+
+using FoundFile = RecordFile<FirstDifference>;
+
+// Looks that come from another thread, one at a time.
+class Handover
+{
+public:
+    // Waits until the look before it has been taken. False if no more are taken.
+    bool give(PageLook&& look)
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return !look_ || over_; });
+        if (over_)
+            return false;
+        look_ = std::move(look);
+        changed_.notify_all();
+        return true;
+    }
+    // Waits for the next one; an empty one if no more come.
+    PageLook take()
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return look_ || over_; });
+        PageLook look = look_ ? std::move(*look_) : PageLook{};
+        look_.reset();
+        changed_.notify_all();
+        return look;
+    }
+    void end()
+    {
+        const std::lock_guard lock(mutex_);
+        over_ = true;
+        changed_.notify_all();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::optional<PageLook> look_;
+    bool over_ = false;
+};
+
+struct EndAtLast
+{
+    Handover& handover;
+    ~EndAtLast()
+    {
+        handover.end();
+    }
+};
+
+PageDifference difference(const FirstDifference& found, PageLook&& a, PageLook&& b)
 {
     PageDifference page;
-    std::future<PageLook> other =
-        std::async(std::launch::async,
-                   [&]
-                   {
-                       if (found.page_b == 0)
-                           return PageLook{};
-                       return look_at_page(b, numbers_b, dpi, found.page_b, found.place_b, found.call, found.cause);
-                   });
-    if (found.page_a != 0)
-        page.a = look_at_page(a, numbers_a, dpi, found.page_a, found.place_a, found.call, found.cause);
-    page.b = other.get();
+    page.a = std::move(a);
+    page.b = std::move(b);
     page.page_a = found.page_a;
     page.page_b = found.page_b;
     page.call_a = page.a.address;
@@ -39,6 +88,53 @@ PageDifference look_at(const FirstDifference& found, const PixelSide& a, NumberF
     page.end = area_between(picture_of(page.a.end), picture_of(page.b.end));
     return page;
 }
+
+// Both logs are drawn at the same time, and each of these pages once.
+class Looks
+{
+public:
+    Looks(const PixelSide& a, NumberFile& numbers_a, const PixelSide& b, NumberFile& numbers_b, double dpi)
+        : a_(a), numbers_a_(numbers_a), b_(b), numbers_b_(numbers_b), dpi_(dpi)
+    {
+    }
+
+    void run(const std::vector<FirstDifference>& found, const std::function<void(const PageDifference&)>& on_page)
+    {
+        std::vector<WantedLook> wanted_a;
+        std::vector<WantedLook> wanted_b;
+        for (const FirstDifference& one : found)
+        {
+            wanted_a.push_back({one.page_a, one.place_a, one.call, one.cause});
+            wanted_b.push_back({one.page_b, one.place_b, one.call, one.cause});
+        }
+        Handover handover;
+        std::future<void> other =
+            std::async(std::launch::async,
+                       [&]
+                       {
+                           const EndAtLast end{handover};
+                           look_at_pages(b_, numbers_b_, dpi_, wanted_b,
+                                         [&handover](PageLook&& look) { return handover.give(std::move(look)); });
+                       });
+        const EndAtLast end{handover};
+        size_t next = 0;
+        look_at_pages(a_, numbers_a_, dpi_, wanted_a,
+                      [&](PageLook&& look)
+                      {
+                          on_page(difference(found[next++], std::move(look), handover.take()));
+                          return true;
+                      });
+        handover.end();
+        other.get();
+    }
+
+private:
+    const PixelSide& a_;
+    NumberFile& numbers_a_;
+    const PixelSide& b_;
+    NumberFile& numbers_b_;
+    double dpi_;
+};
 
 }  // namespace
 
@@ -55,9 +151,16 @@ PixelDiffOutcome compare_pages(const PixelSide& a, NumberFile& numbers_a, const 
     outcome.no_room = !room_a || !room_b || !numbers_a.good() || !numbers_b.good();
     if (outcome.no_room)
         return outcome;
-    find_first_differences(steps_a, steps_b,
-                           [&](const FirstDifference& found)
-                           { on_page(look_at(found, a, numbers_a, b, numbers_b, dpi)); });
+    FoundFile all_found;
+    find_first_differences(steps_a, steps_b, [&](const FirstDifference& found) { all_found.add(found); });
+    outcome.no_room = !all_found.rewind();
+    Looks looks(a, numbers_a, b, numbers_b, dpi);
+    std::vector<FirstDifference> found;
+    while (all_found.read(found, kMostAtOnce) > 0)
+    {
+        looks.run(found, on_page);
+        found.clear();
+    }
     return outcome;
 }
 

@@ -40,8 +40,8 @@ struct PixelDiffOutcome
     replay::Outcome b;
 };
 
-// `numbers_a` and `numbers_b` are those of the aligned calls. Each log is drawn once as a whole, and the pages that
-// differ once more; both logs at the same time.
+// `numbers_a` and `numbers_b` are those of the aligned calls. Each log is drawn once as a whole, and once more as far
+// as pages differ; both logs at the same time.
 PixelDiffOutcome compare_pages(const PixelSide& a, NumberFile& numbers_a, const PixelSide& b, NumberFile& numbers_b,
                                double dpi, const std::function<void(const PageDifference&)>& on_page);
 

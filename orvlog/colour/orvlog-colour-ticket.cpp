@@ -33,6 +33,14 @@ uint32_t add_entry(ORVLOG_Session* session, uint32_t key)
     return entry->id;
 }
 
+int32_t without_family(ORVLOG_Session* session)
+{
+    if (session->name_unknown_families == 0)
+        return kNoFamily;
+    orvlog_writer_warn(&session->writer, "GCM_ColorTicket of an unknown family.");
+    return GXC_FAMILY_UNKNOWN;
+}
+
 // The text goes to the log's stream as plain bytes, even into a coded log: readers of the log rely on it.
 void write_content(ORVLOG_Session* session, void* ticket)
 {
@@ -42,7 +50,7 @@ void write_content(ORVLOG_Session* session, void* ticket)
     if (session->ticket_serial_functions->serialise != nullptr)
         session->ticket_serial_functions->serialise(ticket, &memory.stream, 1, 0);
     if (gxc_family_of_ticket(session->ticket_functions, ticket, &family) == 0)
-        family = kNoFamily;
+        family = without_family(session);
     gxc_deserialise_ticket(session->allocator, &memory.stream, family, orvlog_writer_stream(&session->writer),
                            orvlog_writer_indent(orvlog_writer_depth(&session->writer)));
     orvlog_ticket_stream_close(&memory);

@@ -71,6 +71,10 @@ typedef struct ORVLOG_SessionOptions
     // A second receiver of document and face calls, as up_SecondInterface; it must live until the shutdown. May be
     // null.
     const ORV_Interface* second_interface;
+
+    // Non-zero: a colour ticket whose family can't be told by what its colour manager answers stands in the element
+    // UnknownRenderColorSpace, and the log warns of it. 0: in one that is no XML, which readers of logs know.
+    uint32_t name_unknown_families;
 } ORVLOG_SessionOptions;
 
 // Opens a log. Gives 1; or 0, with no session, no memory held and nothing logged, for the reasons that

@@ -81,6 +81,7 @@ bool set_up(ORVLOG_Session* session, const ORVLOG_SessionOptions* options)
     session->glyph_fixed_format = options->glyph_fixed_format;
     session->glyph_get_format = options->glyph_get_format;
     session->second_interface = options->second_interface;
+    session->name_unknown_families = options->name_unknown_families;
     return true;
 }
 
@@ -158,6 +159,7 @@ uint32_t orvlog_create_session(ORV_Interface* interface_out, const ORV_Interface
         .glyph_fixed_format = 0,
         .glyph_get_format = 0,
         .second_interface = nullptr,
+        .name_unknown_families = 0,
     };
     return orvlog_create_session_with(&options);
 }

@@ -105,6 +105,7 @@ struct ORVLOG_Session
     ORVLOG_DocumentContext* live_documents;  // all that have not been finished
     ORVLOG_DrawingContext* live_drawings;    // all that have not been finished or discarded
     ORVLOG_ColourFrame* unreleased_frames;   // popped frames whose ticket could not be released
+    uint32_t name_unknown_families;          // non-zero: tickets without a family have an element with a name
     ORVLOG_ImageSlots image_slots;           // where the records of wrapped images stand
 };
 

@@ -3,6 +3,7 @@
 #include "orvlog/log/ahc-coder.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "reader/text/log-frames.h"
+#include "reader/text/log-repeats.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -81,7 +82,9 @@ void LogBytes::start()
     if (Frames::begin_with(head))
     {
         head_ = std::move(head);
-        frames_ = std::make_unique<Frames>([this](char* bytes, size_t size) { return read_source(bytes, size); });
+        frames_ = std::make_unique<Frames>([this](char* bytes, size_t size) { return read_source(bytes, size); },
+                                           [this](uint64_t place, std::string_view frame)
+                                           { return read_repeat(place, frame); });
         head = take_head();
         fewest_zeros_ = zeros_of_none(head);
         behind_ = std::move(head);
@@ -101,6 +104,19 @@ size_t LogBytes::read_source(char* bytes, size_t size)
     const auto count = static_cast<size_t>(source_.gcount());
     source_read_ += count;
     return from_head + count;
+}
+
+// What stands before in the file, which is no pipe then.
+std::optional<std::string> LogBytes::read_repeat(uint64_t place, std::string_view frame)
+{
+    source_.clear();
+    const auto present = source_.tellg();
+    if (present < 0)
+        return std::nullopt;
+    std::optional<std::string> text = repeat_text(source_, place, frame);
+    source_.clear();
+    source_.seekg(present);
+    return text;
 }
 
 size_t LogBytes::read_text(char* bytes, size_t size)

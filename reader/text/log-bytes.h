@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <streambuf>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvlog::reader
@@ -47,6 +49,7 @@ private:
     size_t take(char* bytes, size_t size);
     size_t read_text(char* bytes, size_t size);
     size_t read_source(char* bytes, size_t size);
+    std::optional<std::string> read_repeat(uint64_t place, std::string_view frame);
 
     std::istream& source_;
     std::unique_ptr<Frames> frames_;

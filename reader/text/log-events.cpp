@@ -1,5 +1,7 @@
 #include "reader/text/log-events.h"
 
+#include "reader/text/character-set.h"
+#include "reader/text/log-pieces.h"
 #include "reader/text/log-text.h"
 
 #include <algorithm>
@@ -16,7 +18,11 @@ constexpr std::string_view kTicketEnd = "</GXC_ColorTickets>";
 constexpr std::string_view kTicketHolder = "</GCM_ColorTicket>";
 constexpr std::string_view kCommentStart = "<!--";
 constexpr std::string_view kCommentEnd = "-->";
+constexpr CharacterSet kBlanks(" \t");
+constexpr CharacterSet kTagEnds("<>");
+constexpr CharacterSet kRowCharacters("0123456789abcdefinx+-. \r");
 constexpr size_t kCallIndent = 2;
+constexpr size_t kMostAttributes = 1024;  // of a tag; no record has a tenth as many
 
 std::string_view without_return(std::string_view line)
 {
@@ -27,7 +33,7 @@ std::string_view without_return(std::string_view line)
 
 size_t blanks(std::string_view line)
 {
-    return std::min(line.find_first_not_of(" \t"), line.size());
+    return kBlanks.first_not_in(line);
 }
 
 bool starts_name(char c)
@@ -45,7 +51,7 @@ size_t name_length(std::string_view text)
 
 bool is_row(std::string_view line)
 {
-    return line.find_first_not_of("0123456789abcdefinx+-. \r") == std::string_view::npos;
+    return kRowCharacters.first_not_in(line) == line.size();
 }
 
 // Calls stand right in the root; no other element there has such a name.
@@ -78,7 +84,11 @@ class LogEvents::Text : public LogText
     using LogText::LogText;
 };
 
-LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form) {}
+LogEvents::LogEvents(std::istream& source, LogForm form) : text_(std::make_unique<Text>(source)), form_(form)
+{
+    if (const auto* pieces = dynamic_cast<const LogPieces*>(&source); pieces != nullptr)
+        jumps_ = pieces->jumps();
+}
 
 LogEvents::~LogEvents() = default;
 
@@ -115,8 +125,15 @@ uint64_t LogEvents::bytes_used() const
 void LogEvents::step(size_t count, size_t lines)
 {
     text_->skip(count);
+    read_ += count;
     place_.byte += count;
     place_.line += lines;
+}
+
+void LogEvents::jump()
+{
+    while (next_jump_ < jumps_.size() && jumps_[next_jump_].read <= read_)
+        place_ = jumps_[next_jump_++].place;
 }
 
 void LogEvents::damage(std::string text, Place place)
@@ -189,6 +206,7 @@ bool LogEvents::read_event(Event& event)
             return false;
         }
     }
+    jump();
     if (text_->at_end())
         return finish();
     const std::string_view line = text_->line(0, kLongestLine);
@@ -313,7 +331,7 @@ bool LogEvents::read_attribute(std::string_view text, size_t& at)
     if (length == 0 || value > text.size() || text[value - 2] != '=' || text[value - 1] != '"')
         return false;
     const size_t end = text.find('"', value);
-    if (end == std::string_view::npos)
+    if (end == std::string_view::npos || attributes_.size() == kMostAttributes)
         return false;
     attributes_.push_back({text.substr(at, length), text.substr(value, end - value)});
     at = end + 1;
@@ -353,8 +371,8 @@ bool LogEvents::read_open(Event& event, std::string_view line, size_t indent)
         return false;
     }
     event.indent = indent;
-    const size_t end = tag.find_first_of("<>", name_size);
-    if (end == std::string_view::npos)
+    const size_t end = kTagEnds.first_in(tag, name_size);
+    if (end == tag.size())
         return read_open_in_parts(event, line, indent);
     if (tag[end] == '<')
         return read_unended(event, tag.substr(0, end), indent);

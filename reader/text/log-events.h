@@ -28,6 +28,13 @@ struct Place
     bool operator==(const Place&) const = default;
 };
 
+// Where the text that is read goes on elsewhere in the log's: for one who reads parts of it.
+struct Jump
+{
+    uint64_t read = 0;  // bytes of what is read before it
+    Place place;        // where it goes on, at the beginning of a tag's or a comment's line
+};
+
 struct Attribute
 {
     std::string_view name;
@@ -65,11 +72,18 @@ enum class LogForm
 class LogEvents
 {
 public:
-    // `source` must be in binary mode, and lives as long as this. Nothing is read before the first next().
+    // `source` must be in binary mode, and lives as long as this. Nothing is read before the first next(). Of LogPieces
+    // places are those in the whole log.
     explicit LogEvents(std::istream& source, LogForm form = LogForm::log);
     ~LogEvents();
     LogEvents(const LogEvents&) = delete;
     LogEvents& operator=(const LogEvents&) = delete;
+
+    // What is read are parts of a log; before the first next().
+    void set_jumps(std::vector<Jump> jumps)
+    {
+        jumps_ = std::move(jumps);
+    }
 
     // False when the log has ended. A file that is no log gives false at once.
     bool next(Event& event);
@@ -85,7 +99,7 @@ public:
     bool is_compressed() const;  // in Zstandard frames
     // Bytes of the file that have been used, which for a coded log are fewer than those of its text.
     uint64_t bytes_used() const;
-    // Bytes of the text that have been read.
+    // Bytes of the text that have been read; of parts of a log, those before the place that reading has come to.
     uint64_t text_bytes() const
     {
         return place_.byte;
@@ -118,6 +132,7 @@ private:
     bool may_follow_comment(size_t at);
     bool finish();
     void step(size_t count, size_t lines);
+    void jump();
     void damage(std::string text, Place place);
     void strange(std::string text, Place place);
     void imply_closes(size_t depth, Place place);
@@ -136,6 +151,9 @@ private:
     std::string closed_;   // the last element that closed itself
     bool close_next_ = false;
     Place place_;
+    std::vector<Jump> jumps_;
+    size_t next_jump_ = 0;
+    uint64_t read_ = 0;  // bytes of the text, whatever their place
     bool began_ = false;
     bool root_closed_ = false;
     bool ended_ = false;

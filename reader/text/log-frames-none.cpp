@@ -9,7 +9,7 @@ struct Frames::Decoder
 {
 };
 
-Frames::Frames(Source source) : source_(std::move(source)) {}
+Frames::Frames(Source source, Repeats repeats) : source_(std::move(source)), repeats_(std::move(repeats)) {}
 
 Frames::~Frames() = default;
 
@@ -21,6 +21,16 @@ bool Frames::begin_with(std::string_view)
 size_t Frames::read(char*, size_t)
 {
     return 0;
+}
+
+std::optional<std::string> frame_text(std::string_view, size_t, std::string_view)
+{
+    return std::nullopt;
+}
+
+std::string compressed_frame(std::string_view, int, std::string_view)
+{
+    return {};
 }
 
 }  // namespace orvlog::reader

@@ -2,6 +2,7 @@
 
 #include "orvlog/colour/gxc/gxc-layout.h"
 #include "orvlog/colour/gxc/gxc-names.h"
+#include "orvlog/colour/gxc/gxc-ticket.h"
 #include "reader/tickets/ticket-definitions.h"
 #include "reader/tickets/ticket-text.h"
 #include "reader/tickets/ticket-values.h"
@@ -25,6 +26,11 @@ bool open_family(TicketText& text, TicketReading& reading)
             continue;
         reading.family = family;
         return text.open(name);
+    }
+    if (text.at(joined({"<", gxc_unknown_family, ">\n"})))
+    {
+        reading.family = GXC_FAMILY_UNKNOWN;
+        return text.open(gxc_unknown_family);
     }
     return text.no_such_line("a family of colour spaces");
 }

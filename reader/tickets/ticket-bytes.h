@@ -59,7 +59,7 @@ struct TicketReading
     size_t text_size = 0;
 
     // What the text is written with, besides the bytes: the start of each line, and the family, a value of
-    // GCM_ColorSpaceFamily or -1.
+    // GCM_ColorSpaceFamily, GXC_FAMILY_UNKNOWN, or -1.
     std::string line_prefix;
     int32_t family = -1;
     // The second half of a LUT of 16 bits, which is no part of the ticket, holds other numbers than 0. Writing the

@@ -1,5 +1,6 @@
 #include "reader/tree/values.h"
 
+#include "reader/text/character-set.h"
 #include "reader/tree/enumerators.h"
 
 #include <algorithm>
@@ -10,6 +11,8 @@ namespace orvlog::reader
 
 namespace
 {
+
+constexpr CharacterSet kBetweenWords(" \n");
 
 template <typename Number> Number number(std::string_view value)
 {
@@ -23,10 +26,10 @@ template <typename Take> void for_words(std::string_view value, Take take)
 {
     while (true)
     {
-        value.remove_prefix(std::min(value.find_first_not_of(" \n"), value.size()));
+        value.remove_prefix(kBetweenWords.first_not_in(value));
         if (value.empty())
             return;
-        const std::string_view word = value.substr(0, value.find_first_of(" \n"));
+        const std::string_view word = value.substr(0, kBetweenWords.first_in(value));
         if (!take(word))
             return;
         value.remove_prefix(word.size());

@@ -62,6 +62,7 @@ ROOMS = {
     "clients/stream/": LIBRARY + MERGE,
     "clients/pdf/": LIBRARY + PDF,
     "clients/pdf/content/": LIBRARY,
+    "python/": LIBRARY + ("reader/", "clients/replay/", "inspect/drawing/", "renderers/cairo/"),
     "inspect/": LIBRARY + ("reader/", "clients/replay/", "renderers/cairo/"),
     "tools/": LIBRARY + CODED_LOGS + MERGE + TICKETS + IMAGES + (
         "tools/", "inspect/", "reader/", "renderers/cairo/", "clients/command-line/", "clients/renderer-library/",
@@ -87,6 +88,7 @@ OTHERS = (
     (re.compile(r"zlib\.h"), ("inspect/report/",)),
     (re.compile(r"nettle/.*"), ("inspect/report/",)),
     (re.compile(r"zstd\.h"), ("clients/stream/", "reader/text/")),
+    (re.compile(r"pybind11/.*"), ("python/",)),
     (re.compile(r"sqlite3\.h"), ("inspect/export/",)),
     (re.compile(r".*"), ("clients/pdf/poppler/",)),
 )

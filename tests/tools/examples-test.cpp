@@ -188,7 +188,12 @@ const char* const kBefore = "cp docs/sample.pdf letter.pdf\n"
                             "mv ticket-1.bin job-1.ticket\n"
                             "cp letter.orvlog.xml good.orvlog.xml\n"
                             "cp letter.orvlog.xml bad.orvlog.xml\n"
-                            "cp letter.orvlog.xml orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp\n";
+                            "cp letter.orvlog.xml orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp\n"
+                            "mkdir logs old new\n"
+                            "cp letter.orvlog.xml logs\n"
+                            "cp " ORVLOG_BLOCKS_RENDERER " driver.so\n"
+                            "cp driver.so old\n"
+                            "cp driver.so new\n";
 
 TEST(Examples, OfHelpWorkOneAfterAnother)
 {

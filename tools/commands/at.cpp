@@ -105,6 +105,7 @@ public:
     {
         if (!log_.open())
             return fail(options_.log + ": " + log_.why());
+        log_.keep_to_page(options_.page);
         orvlog::reader::LogFiles files(options_.log, options_.folders);
         if (!files.why().empty())
             return fail(files.why());

@@ -10,6 +10,7 @@
 #include "tools/ls/log-tail.h"
 #include "tools/ls/terminal.h"
 #include "tools/shared/command.h"
+#include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
 
 #include <cstdio>
@@ -81,8 +82,9 @@ class CallList
 public:
     explicit CallList(const LsOptions& options) : options_(options), filter_(options)
     {
-        form_.columns = options.columns.empty() ? default_columns(options.places) : read_columns(options.columns);
         form_.width = terminal_width();
+        form_.columns =
+            options.columns.empty() ? default_columns(options.places, form_.width) : read_columns(options.columns);
         form_.colour = wants_colour(options.colour);
     }
 
@@ -151,6 +153,12 @@ int list_log(const LsOptions& options)
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
+    if (!options.pages.empty() && options.ids.empty())
+    {
+        command_line::NumberRange pages;
+        command_line::read_pages(options.pages, &pages);
+        input.read_instead(IndexedLog(options.log).pages(pages.first, pages.last, orvlog::reader::Resources::none));
+    }
     orvlog::reader::ElementReader elements(input.stream(), orvlog::reader::LogForm::log, orvlog::reader::Data::skip);
     elements.split_nested = true;
     uint64_t damage = 0;

@@ -45,7 +45,7 @@ TrialOptions trial_options(const MinimiseCommand& command)
     TrialOptions options;
     options.command = command.command;
     options.name = "log.orvlog.xml";
-    options.state = command.output + ".minimise";
+    options.state = command.output == "-" ? "" : command.output + ".minimise";
     options.jobs = command.jobs > 0 ? command.jobs : std::max(1U, std::thread::hardware_concurrency());
     options.limit = command.limit;
     options.timeout = command.timeout;
@@ -133,7 +133,9 @@ private:
         if (!runner.why().empty())
             return fail(runner.why());
         if (runner.limit_reached())
-            say("the limit of runs is reached; the same command line with a higher one goes on");
+            say(command_.output == "-"
+                    ? "the limit of runs is reached"
+                    : "the limit of runs is reached; the same command line with a higher one goes on");
         else
             runner.forget();
         return EXIT_DONE;
@@ -141,7 +143,7 @@ private:
 
     int broken_off(const TrialRunner& runner) const
     {
-        say("broken off; the same command line goes on");
+        say(command_.output == "-" ? "broken off" : "broken off; the same command line goes on");
         return EXIT_SIGNAL + runner.signal_received();
     }
 
@@ -177,7 +179,7 @@ Run declare_minimise(CLI::App& app)
         "A log that can't be replayed is never tried. The result is the same whatever --jobs is, if COMMAND says the "
         "same of the same log.\n\n"
         "What was found is remembered in NEWLOG.minimise until the work is done: broken off and begun again it goes "
-        "on. The log and the smaller ones are held in memory.");
+        "on. With -o - nothing is remembered. The log and the smaller ones are held in memory.");
     return [command] { return MinimiseJob(*command).run(); };
 }
 

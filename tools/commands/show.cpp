@@ -6,6 +6,7 @@
 #include "reader/tree/values.h"
 #include "tools/shared/address.h"
 #include "tools/shared/command.h"
+#include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
 
 #include <algorithm>
@@ -39,7 +40,8 @@ struct ShowOptions
 class KeptText : public std::streambuf
 {
 public:
-    explicit KeptText(std::istream& source) : input_(source), block_(size_t{1} << 16) {}
+    // Of parts of a log `ahead` is how far places in it are ahead of what has been read.
+    explicit KeptText(std::istream& source, uint64_t ahead) : input_(source), block_(size_t{1} << 16), begin_(ahead) {}
 
     // Forgets what stands before `begin`, a place in the text.
     void forget(uint64_t begin)
@@ -87,9 +89,13 @@ private:
 // Whether the call was found.
 bool show_lines(const ShowOptions& options, LogInput& input, bool* is_log)
 {
-    KeptText kept(input.stream());
+    std::vector<orvlog::reader::Jump> jumps;
+    if (const auto* pieces = dynamic_cast<const orvlog::reader::LogPieces*>(&input.stream()); pieces != nullptr)
+        jumps = pieces->jumps();
+    KeptText kept(input.stream(), jumps.empty() ? 0 : jumps.back().place.byte - jumps.back().read);
     std::istream text(&kept);
     orvlog::reader::LogEvents events(text);
+    events.set_jumps(std::move(jumps));
     size_t depth = 0;
     size_t outer = 0;
     uint64_t shown = 0;
@@ -210,7 +216,16 @@ int show(ShowOptions options)
     if (!input.open())
         return input.fail_to_open();
     bool is_log = true;
-    const bool found = options.json ? show_tree(options, input, &is_log) : show_lines(options, input, &is_log);
+    const auto look = [&]
+    { return options.json ? show_tree(options, input, &is_log) : show_lines(options, input, &is_log); };
+    bool found = false;
+    if (std::unique_ptr<std::istream> parts = IndexedLog(options.log).from_call(*options.address); parts != nullptr)
+    {
+        input.read_instead(std::move(parts));
+        found = look();
+        input.read_instead(nullptr);
+    }
+    found = found || look();
     if (!is_log)
         return input.fail_as_no_log();
     if (!found)

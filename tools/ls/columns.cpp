@@ -201,13 +201,18 @@ std::string column_names()
     return names;
 }
 
-std::vector<Column> default_columns(bool places)
+std::vector<Column> default_columns(bool places, size_t width)
 {
     std::vector<Column> columns;
     if (places)
         columns = {Column::byte, Column::line};
     columns.insert(columns.end(), {Column::call, Column::page, Column::kind, Column::box, Column::clip, Column::op,
                                    Column::colour, Column::text});
+    size_t ahead = 0;
+    for (const Column column : columns)
+        ahead += column <= Column::op ? form_of(column).width + 1 : 0;
+    if (width != 0 && width < ahead)
+        std::erase(columns, Column::clip);
     return columns;
 }
 

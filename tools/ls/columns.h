@@ -39,7 +39,8 @@ enum class Column
 std::vector<Column> read_columns(std::string_view list);
 // "byte, line, call, ...": all there are.
 std::string column_names();
-std::vector<Column> default_columns(bool places);
+// Lines of `width` characters, 0 for any, that would end ahead of the operator go without the box of the clip.
+std::vector<Column> default_columns(bool places, size_t width);
 
 // Where and how lines are written.
 struct LineForm

@@ -23,6 +23,7 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr int kDoesNotReplay = 125;
+constexpr size_t kKeySize = 32;
 
 // Two hashes of 64 bits, side by side: what was tried once is not tried again.
 std::string hash_of(const std::string& text)
@@ -113,27 +114,36 @@ TrialRunner::~TrialRunner()
     sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-bool TrialRunner::read_state(const std::string& header)
+// With a sum, so that a line that was changed or broken off isn't believed.
+std::string TrialRunner::line_of(const std::string& key, bool good) const
+{
+    const std::string line = key + (good ? " 1" : " 0");
+    return line + " " + hash_of(header_ + '\n' + line).substr(0, 8);
+}
+
+bool TrialRunner::read_state()
 {
     std::ifstream file(options_.state, std::ios::binary);
     std::string line;
     if (!std::getline(file, line))
         return true;
-    if (line != header)
+    if (line != header_)
     {
         why_ = options_.state + ": is of another log or command; remove it to begin anew";
         return false;
     }
     while (std::getline(file, line))
-        if (line.size() == 34 && !file.eof())
-            known_[line.substr(0, 32)] = line.back() == '1';
+        for (const bool good : {false, true})
+            if (line == line_of(line.substr(0, kKeySize), good))
+                known_[line.substr(0, kKeySize)] = good;
     return true;
 }
 
 bool TrialRunner::open(const std::string& log)
 {
-    const std::string header =
-        "orvlog-minimise 1 " + hash_of(log + '\n' + options_.command + '\n' + std::to_string(options_.timeout));
+    if (options_.state.empty())
+        return true;
+    header_ = "orvlog-minimise 2 " + hash_of(log + '\n' + options_.command + '\n' + std::to_string(options_.timeout));
     // A pipe would be waited for.
     std::error_code none;
     const fs::file_status status = fs::status(options_.state, none);
@@ -142,7 +152,7 @@ bool TrialRunner::open(const std::string& log)
         why_ = options_.state + ": is no ordinary file";
         return false;
     }
-    if (!read_state(header))
+    if (!read_state())
         return false;
     const bool fresh = !fs::exists(status) || fs::file_size(options_.state) == 0;
     state_ = std::fopen(options_.state.c_str(), "ab");
@@ -152,7 +162,7 @@ bool TrialRunner::open(const std::string& log)
         return false;
     }
     // A line that was broken off is none.
-    std::fputs(fresh ? (header + "\n").c_str() : "\n", state_);
+    std::fputs(fresh ? (header_ + "\n").c_str() : "\n", state_);
     std::fflush(state_);
     return true;
 }
@@ -160,7 +170,9 @@ bool TrialRunner::open(const std::string& log)
 void TrialRunner::remember(const std::string& key, bool good)
 {
     known_[key] = good;
-    const std::string line = key + (good ? " 1\n" : " 0\n");
+    if (state_ == nullptr)
+        return;
+    const std::string line = line_of(key, good) + "\n";
     const bool written = std::fwrite(line.data(), 1, line.size(), state_) == line.size() && std::fflush(state_) == 0;
     if (written || over_)
         return;
@@ -172,6 +184,8 @@ void TrialRunner::forget()
 {
     if (state_ != nullptr)
         std::fclose(state_);
+    else
+        return;
     state_ = nullptr;
     std::error_code none;
     fs::remove(options_.state, none);
@@ -315,7 +329,7 @@ std::optional<size_t> TrialRunner::first_good(const std::vector<std::string>& lo
     {
         const bool fresh = !known_.contains(keys[i]);
         runs_ += fresh ? 1 : 0;
-        if (fresh && state_ != nullptr)
+        if (fresh)
             remember(keys[i], trials[i].status == 0);
         if (trials[i].status == 0)
             return i;

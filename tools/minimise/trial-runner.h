@@ -20,7 +20,7 @@ struct TrialOptions
 {
     std::string command;  // for the shell; {} stands for the log, which is added if there is none
     std::string name;     // of the log's file
-    std::string state;    // the file that remembers
+    std::string state;    // the file that remembers; empty for none
     size_t jobs = 1;
     uint64_t limit = UINT64_MAX;  // runs
     unsigned timeout = 0;         // seconds for one; 0: as long as it takes
@@ -85,12 +85,14 @@ private:
     static void stop(Trial& trial);
     [[noreturn]] void become_command(const std::string& log, const std::string& path, bool show_errors) const;
     void remember(const std::string& key, bool good);
-    bool read_state(const std::string& header);
+    std::string line_of(const std::string& key, bool good) const;
+    bool read_state();
 
     TrialOptions options_;
     TemporaryFolder folder_;
     std::map<std::string, bool> known_;
     std::FILE* state_ = nullptr;
+    std::string header_;  // its first line
     std::string why_;
     uint64_t runs_ = 0;
     uint64_t folders_ = 0;

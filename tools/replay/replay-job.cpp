@@ -11,6 +11,7 @@
 #include "tools/replay/library-pages.h"
 #include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
+#include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
 #include "tools/shared/vector-pages.h"
@@ -67,6 +68,17 @@ std::unique_ptr<std::istream> open_again(const ReplayOptions& options, Source& s
     return held;
 }
 
+// Some pages of a repacked log; null if all of it is to be read. A new log has all resources, as of any other log.
+std::unique_ptr<std::istream> open_pages(const ReplayOptions& options)
+{
+    const bool all = options.pages.first == 1 && options.pages.last == UINT32_MAX;
+    const bool draws = options.new_log.empty() && options.renderer != "none";
+    if (all || options.up_to)
+        return nullptr;
+    return IndexedLog(options.log)
+        .pages(options.pages.first, options.pages.last, draws ? reader::Resources::painted : reader::Resources::all);
+}
+
 class ReplayJob
 {
 public:
@@ -88,7 +100,9 @@ public:
         Source source(options_.log);
         if (!source.open())
             return fail(options_.log + ": " + source.why());
-        std::unique_ptr<std::istream> log = open_again(options_, source);
+        std::unique_ptr<std::istream> log = open_pages(options_);
+        if (log == nullptr)
+            log = open_again(options_, source);
         kind_ = orvlog::replay::examine(*log);
         if (!kind_.is_log)
             return fail(options_.log + ": is not a log");
@@ -233,6 +247,7 @@ private:
         session.fixed_glyph_forms = kind_.fixed_formats;
         session.glyph_form = kind_.glyph_get_type;
         session.image_attributes = kind_.image_attributes;
+        session.name_unknown_families = kind_.names_unknown_families;
         session.ticket_functions = orvlog::replay::ReplayTickets::functions();
         session.ticket_serial_functions = orvlog::replay::ReplayTickets::serial_functions();
         return session;

@@ -59,6 +59,7 @@ Run declare_record(CLI::App& app);
 Run declare_pack(CLI::App& app);
 Run declare_unpack(CLI::App& app);
 Run declare_merge(CLI::App& app);
+Run declare_repack(CLI::App& app);
 Run declare_replay(CLI::App& app);
 Run declare_report(CLI::App& app);
 Run declare_info(CLI::App& app);

@@ -40,8 +40,17 @@ bool LogAgain::hold()
     return false;
 }
 
+std::unique_ptr<std::istream> LogAgain::page_alone()
+{
+    if (page_ != 0 && indexed_ == nullptr)
+        indexed_ = std::make_unique<IndexedLog>(path_);
+    return page_ != 0 ? indexed_->pages(page_, page_, reader::Resources::painted) : nullptr;
+}
+
 std::unique_ptr<std::istream> LogAgain::pass()
 {
+    if (std::unique_ptr<std::istream> page = page_alone(); page != nullptr)
+        return page;
     bool foreign_journal = false;
     errno = 0;
     std::unique_ptr<std::istream> log = orvlog::reader::open_log(path_, &foreign_journal);

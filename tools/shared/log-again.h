@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "tools/shared/indexed-log.h"
 #include "tools/shared/temporary-folder.h"
 
 #include <cstdint>
@@ -24,6 +25,11 @@ public:
     {
         return why_;
     }
+    // From now on passes read this page, with what it needs, if the log has an index.
+    void keep_to_page(uint32_t page)
+    {
+        page_ = page;
+    }
     // Bytes of the file; 0 when the size is not known.
     uint64_t size() const
     {
@@ -41,11 +47,14 @@ public:
 
 private:
     bool hold();
+    std::unique_ptr<std::istream> page_alone();
 
     std::string name_;
     std::string path_;
     std::string why_;
     uint64_t size_ = 0;
+    uint32_t page_ = 0;  // 0: all
+    std::unique_ptr<IndexedLog> indexed_;
     std::unique_ptr<TemporaryFolder> folder_;
     std::unique_ptr<std::istream> stream_;
 };

@@ -22,6 +22,11 @@ class LogInput
 {
 public:
     explicit LogInput(const std::string& name) : name_(name), source_(name), progress_(source_.size()) {}
+    // Reads parts of it instead, unless they are null.
+    void read_instead(std::unique_ptr<std::istream> parts)
+    {
+        parts_ = std::move(parts);
+    }
 
     bool open() const
     {
@@ -29,7 +34,7 @@ public:
     }
     std::istream& stream()
     {
-        return source_.stream();
+        return parts_ != nullptr ? *parts_ : source_.stream();
     }
     void show(uint64_t done)
     {
@@ -42,6 +47,7 @@ public:
 private:
     std::string name_;
     Source source_;
+    std::unique_ptr<std::istream> parts_;
     Progress progress_;
 };
 

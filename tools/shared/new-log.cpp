@@ -59,6 +59,8 @@ FilesBeside::~FilesBeside()
 
 std::string FilesBeside::take(const std::string& name, const std::string& kind, uint64_t number)
 {
+    if (const auto known = taken_.find(name); known != taken_.end())
+        return known->second;
     orvlog::reader::LogFile file = files_.open(name, orvlog::reader::LogFileKind::image_data);
     if (file.stream == nullptr)
     {
@@ -78,6 +80,7 @@ std::string FilesBeside::take(const std::string& name, const std::string& kind, 
     const bool copied = copy(*file.stream, to);
     if (std::fclose(to) != 0 || !copied)
         throw std::runtime_error(path + ": " + std::strerror(errno) + "; nothing was written");
+    taken_.emplace(name, taken);
     return taken;
 }
 

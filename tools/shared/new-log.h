@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <istream>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -26,7 +27,8 @@ public:
     FilesBeside& operator=(const FilesBeside&) = delete;
     ~FilesBeside();
 
-    // As TrimOptions::take_file. Throws std::runtime_error if the file can't be written.
+    // As TrimOptions::take_file. A file that is asked for again is copied once. Throws std::runtime_error if the file
+    // can't be written.
     std::string take(const std::string& name, const std::string& kind, uint64_t number);
     void keep()
     {
@@ -40,6 +42,7 @@ private:
     std::filesystem::path folder_;
     std::string stem_;
     std::set<std::string> made_;
+    std::map<std::string, std::string> taken_;  // what was copied, and the name that it has here
 };
 
 // Whether the two names are those of one file.

@@ -2,6 +2,7 @@
 
 #include "reader/text/log-files.h"
 #include "tools/shared/input.h"
+#include "tools/shared/temporary-folder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -13,11 +14,43 @@
 namespace orvlog::tool
 {
 
+namespace
+{
+
+// The first byte of a Zstandard frame, with which no other log begins.
+constexpr int kFrameBegins = 0x28;
+
+// A log in frames may repeat what stands before in it, which a pipe doesn't give again: it is held in a file.
+class HeldInput : public std::ifstream
+{
+public:
+    bool hold(std::istream& input)
+    {
+        if (!folder_.keep(input, "log"))
+            return false;
+        open(folder_.path("log"), std::ios::binary);
+        return is_open();
+    }
+
+private:
+    TemporaryFolder folder_;
+};
+
+}  // namespace
+
 Source::Source(const std::string& name)
 {
     if (name == "-")
     {
         stream_ = &std::cin;
+        if (std::cin.peek() != kFrameBegins || std::cin.tellg() >= 0)
+            return;
+        std::cin.clear();
+        auto held = std::make_unique<HeldInput>();
+        const bool good = held->hold(std::cin);
+        why_ = good ? "" : std::strerror(errno);
+        owned_ = std::move(held);
+        stream_ = good ? owned_.get() : nullptr;
         return;
     }
     if (is_url(name))

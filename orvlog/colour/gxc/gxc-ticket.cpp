@@ -27,6 +27,13 @@ bool lend_block(GIO_Stream* stream, GXC_Input* input)
     return false;
 }
 
+const char* name_of_family(int32_t family)
+{
+    if (family == GXC_FAMILY_UNKNOWN)
+        return gxc_unknown_family;
+    return gxc_name_of_value("GCM_ColorSpaceFamily", static_cast<uint32_t>(family));
+}
+
 // The three parts. A part that the block ends in is the last.
 bool write_parts(GXC_Writer* writer, GXC_Input* input)
 {
@@ -53,6 +60,8 @@ bool write_parts(GXC_Writer* writer, GXC_Input* input)
 
 }  // namespace
 
+const char gxc_unknown_family[] = "UnknownRenderColorSpace";
+
 bool gxc_write_fixed_data(GXC_Writer* writer, GXC_Input* input)
 {
     return gxc_write_fields(writer, input, gxc_fixed_fields);
@@ -60,7 +69,7 @@ bool gxc_write_fixed_data(GXC_Writer* writer, GXC_Input* input)
 
 bool gxc_write_ticket(GXC_Writer* writer, GXC_Input* input, int32_t family)
 {
-    const char* family_name = gxc_name_of_value("GCM_ColorSpaceFamily", static_cast<uint32_t>(family));
+    const char* family_name = name_of_family(family);
     gxc_open(writer, "GXC_ColorTickets");
     gxc_open(writer, family_name);
     gxc_open(writer, "GCM_ColorTicket");

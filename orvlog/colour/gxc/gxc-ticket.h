@@ -10,6 +10,11 @@
 
 #include <cstdint>
 
+// A family that isn't known and has a name all the same, for gxc_write_ticket and gxc_deserialise_ticket; the name of
+// its element.
+constexpr int32_t GXC_FAMILY_UNKNOWN = INT32_MIN;
+extern const char gxc_unknown_family[];
+
 // Writes the fixed data that `input` stands at; false when the block is too short.
 bool gxc_write_fixed_data(GXC_Writer* writer, GXC_Input* input);
 
@@ -21,7 +26,7 @@ bool gxc_write_ticket(GXC_Writer* writer, GXC_Input* input, int32_t family);
 // Writes the ticket that lies in a stream's memory.
 //   allocator      the caller's; nothing is taken from it
 //   input_stream   lends its block by gio_ReadBuffer; afterwards it is told by gio_Seek where the ticket ends
-//   family         value of GCM_ColorSpaceFamily; -1 or any other prints as "(null)"
+//   family         value of GCM_ColorSpaceFamily, or GXC_FAMILY_UNKNOWN; -1 or any other prints as "(null)"
 //   output_stream  the log; the text goes there as plain bytes whatever the log's coding
 //   line_prefix    start of each line; null for none
 // Gives 1 when the whole ticket was read, and 0 when the stream could not lend its block, and then nothing is

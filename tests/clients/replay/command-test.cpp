@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 #include <string>
 
 namespace
@@ -69,6 +70,27 @@ TEST_F(ReplayCommand, MakesEveryCallAgain)
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "32 calls, 2 pages, 1 not played\n");
         EXPECT_EQ(read_file(folder.path("b.xml")), read_file(log)) << name;
+    }
+}
+
+// The log of a session that names tickets without a family is such a log again, and one that doesn't isn't.
+TEST_F(ReplayCommand, KeepsHowTicketsWithoutAFamilyStand)
+{
+    const std::string page = read_file(ORVLOG_SOURCE_DIR "/tests/expected/examples/page.xml");
+    const std::string end = "    </GCM_ColorTicket>\n  </ORV_face_start>\n";
+    const size_t at = page.find(end);
+    ASSERT_NE(at, std::string::npos);
+    const std::string warned = page.substr(0, at) +
+                               "    </GCM_ColorTicket>\n\n<!--\nORVLOG: WARNING: GCM_ColorTicket "
+                               "of an unknown family.\n-->\n  </ORV_face_start>\n" +
+                               page.substr(at + end.size());
+    const std::string named = std::regex_replace(warned, std::regex("RGBRender"), "UnknownRender");
+    const std::string plain = std::regex_replace(page, std::regex("RGBRenderColorSpace"), "(null)");
+    for (const std::string& log : {named, plain})
+    {
+        const ToolResult result = replay({folder.write("a.xml", log), "--log", folder.path("b.xml")});
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(read_file(folder.path("b.xml")), log);
     }
 }
 

@@ -100,6 +100,34 @@ TEST_F(ColourTicket, StandsInTheLogOnceAndIsReferredToAfterwards)
     EXPECT_EQ(dump(&same_key), reference(1));
 }
 
+TEST_F(ColourTicket, WithoutAFamilyHasANameWhereThatIsWanted)
+{
+    session()->name_unknown_families = 1;
+    FakeTickets::Ticket one = ticket(700);
+    const std::string log = dump(&one);
+    EXPECT_EQ(log.find("(null)"), std::string::npos);
+    EXPECT_EQ(log.find("  <GCM_ColorTicket id=\"1\">\n    <GXC_ColorTickets>\n    \t<UnknownRenderColorSpace>\n"), 0u);
+    const std::string end = "    \t</UnknownRenderColorSpace>\n    </GXC_ColorTickets>\n  </GCM_ColorTicket>\n"
+                            "\n<!--\nORVLOG: WARNING: GCM_ColorTicket of an unknown family.\n-->\n";
+    ASSERT_GT(log.size(), end.size());
+    EXPECT_EQ(log.substr(log.size() - end.size()), end);
+    // Written once, it is warned of once.
+    EXPECT_EQ(dump(&one), reference(1));
+}
+
+TEST_F(ColourTicket, WithAFamilyIsTheSameWhereANameIsWanted)
+{
+    tickets.kind = 1;
+    tickets.base_chans = 4;
+    tickets.csd_list_result = 1;
+    FakeTickets::Ticket one = ticket(700);
+    FakeTickets::Ticket again = ticket(701);
+    std::string first = dump(&one);
+    session()->name_unknown_families = 1;
+    std::string second = dump(&again);
+    EXPECT_EQ(first.replace(first.find("id=\"1\""), 6, "id=\"2\""), second);
+}
+
 TEST_F(ColourTicket, IdsCountFrom1)
 {
     FakeTickets::Ticket first = ticket(9);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 
@@ -46,6 +47,25 @@ std::string events_of(const std::string& log, LogForm form = LogForm::log)
         told += "\n";
     }
     return told + (events.is_log() ? "" : "no log\n") + (events.is_cut() ? "cut\n" : "");
+}
+
+TEST(LogEvents, TakesNoMoreAttributesOfATagThanAnyRecordHas)
+{
+    std::string log = "<ORV>\n  <a";
+    for (int i = 0; i < 5000; ++i)
+        log += " x=\"\"";
+    std::istringstream source(log + ">\n  </a>\n</ORV>\n");
+    LogEvents events(source);
+    size_t most = 0;
+    int damage = 0;
+    for (Event event; events.next(event);)
+    {
+        most = std::max(most, event.attributes.size());
+        damage += event.kind == EventKind::damage ? 1 : 0;
+    }
+    EXPECT_EQ(most, 1024U);
+    EXPECT_EQ(damage, 1);
+    EXPECT_FALSE(events.is_cut());
 }
 
 TEST(LogEvents, TagsAttributesAndRows)

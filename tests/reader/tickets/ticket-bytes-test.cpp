@@ -2,6 +2,7 @@
 
 #include "reader/tickets/ticket-bytes.h"
 
+#include "orvlog/colour/gxc/gxc-ticket.h"
 #include "tests/reader/tickets/dump-ticket.h"
 #include "tests/support/ticket-bytes.h"
 
@@ -137,6 +138,15 @@ TEST(TicketText, GivesTheBytesOfAWholeTicket)
     EXPECT_EQ(reading.line_prefix, "  ");
     EXPECT_EQ(reading.family, 1);
     EXPECT_FALSE(reading.has_stray_numbers);
+}
+
+TEST(TicketText, KnowsATicketOfAnUnknownFamilyByItsName)
+{
+    const std::string text = dump_ticket(example_bytes.bytes(), GXC_FAMILY_UNKNOWN, "  ");
+    EXPECT_EQ(text.find("  <GXC_ColorTickets>\n  \t<UnknownRenderColorSpace>\n"), 0U);
+    const TicketReading reading = read_whole(text);
+    EXPECT_EQ(reading.family, GXC_FAMILY_UNKNOWN);
+    EXPECT_EQ(reading.bytes, example_bytes.bytes());
 }
 
 TEST(TicketText, TakesATextWithoutItsFirstIndentAndLastNewline)

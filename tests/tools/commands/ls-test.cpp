@@ -16,6 +16,18 @@ const std::string kEveryCall = ORVLOG_SOURCE_DIR "/tests/expected/every-call-bas
 const std::string kHeader = "        call  page kind                    box                clip               operator "
                             "      colour                         text\n";
 
+TEST(ToolLs, TellsTheOperatorOnATerminalOf80Characters)
+{
+    const std::string line = std::string("COLUMNS=80 NO_COLOR=1 ") + ORVLOG_TOOL + " ls " + kEveryCall;
+    const ToolResult result = run_program({"script", "-qec", line, "/dev/null"});
+    EXPECT_NE(result.out.find(
+                  "        call  page kind                    box                operator       co\xe2\x80\xa6\r\n"),
+              std::string::npos)
+        << result.out.substr(0, 400);
+    EXPECT_NE(result.out.find("           0     1 object_paint            0,0,1,2            rop4(0)        rg"),
+              std::string::npos);
+}
+
 TEST(ToolLs, ListsEachCallOfALog)
 {
     const ToolResult result = run_tool({"ls", kEveryCall});

@@ -154,6 +154,64 @@ TEST(ToolMinimise, PutsThePathWhereItMayStandInQuotes)
     EXPECT_EQ(result.status, 0) << result.err;
 }
 
+TEST(ToolTrim, CopiesAFileOnceThatManyCallsName)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.path("job.xml");
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--mode", "base", "--images-beside", "job"}).status, 0);
+    std::string text = read_file(log);
+    const std::string first = "\"job-img-10.bin\"";
+    for (size_t at = text.find("\"job-img-"); at != std::string::npos; at = text.find("\"job-img-", at + 1))
+        text.replace(at, text.find('"', at + 1) + 1 - at, first);
+    const std::string same = folder.write("same.xml", text);
+    std::filesystem::create_directory(folder.path("new"));
+    run_tool({"trim", same, "--pages", "1-", "-o", folder.path("new/all.xml")});
+    int copies = 0;
+    for (const auto& file : std::filesystem::directory_iterator(folder.path("new")))
+        copies += has(file.path().filename().string(), "-img-") ? 1 : 0;
+    EXPECT_EQ(copies, 1);
+}
+
+TEST(ToolMinimise, LeavesNoFileWhenItWritesToStandardOutput)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const std::string tool = ORVLOG_TOOL;
+    const std::string line = "cd " + folder.path("") + " && " + tool + " minimise " + log +
+                             " --while 'grep -q ORV_face_start' --limit 3 -o - | head -c 5";
+    const ToolResult result = run_program({"sh", "-c", line});
+    EXPECT_EQ(result.out, "<ORV ");
+    EXPECT_TRUE(has(result.err, "orvlog: the limit of runs is reached\n")) << result.err;
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path("")));
+}
+
+TEST(ToolMinimise, BelievesNoLineThatWasChanged)
+{
+    const ScratchFolder folder;
+    const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+    const std::string out = folder.path("out.xml");
+    const std::string state = out + ".minimise";
+    const auto run = [&](const std::string& limit) {
+        return run_tool({"minimise", log, "--while", "grep -q ORV_resource_paint", "--limit", limit, "-o", out});
+    };
+    ASSERT_EQ(run("6").status, 0);
+    std::string text = read_file(state);
+    ASSERT_FALSE(text.empty());
+    // Each result the other way round.
+    size_t changed = 0;
+    for (size_t at = text.find('\n') + 1; at < text.size(); at = text.find('\n', at) + 1)
+        if (at + 33 < text.size() && text[at + 32] == ' ')
+        {
+            text[at + 33] = text[at + 33] == '1' ? '0' : '1';
+            ++changed;
+        }
+    ASSERT_GE(changed, 6U);
+    folder.write("out.xml.minimise", text);
+    EXPECT_EQ(run("1000").status, 0);
+    EXPECT_TRUE(has(read_file(out), "ORV_resource_paint"));
+    EXPECT_FALSE(std::filesystem::exists(state));
+}
+
 TEST(ToolMinimise, WaitsForNoPipeInThePlaceOfItsMemory)
 {
     const ScratchFolder folder;
