@@ -7,6 +7,7 @@
 #include "reader/tree/values.h"
 
 #include <cmath>
+#include <utility>
 
 namespace orvlog::replay
 {
@@ -142,7 +143,7 @@ LogKind examine(std::istream& log)
         facts.add(*call);
     }
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
-    kind.script = script;
+    kind.script = std::move(script);
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
         add_facts(pieces->index().facts, &kind);
     return kind;

@@ -135,6 +135,7 @@ void IndexBuilder::add(const Element& element)
 
 void IndexBuilder::add(const reader::Comment& comment)
 {
+    examination_.add(comment);
     if (comment.inside)
         return;
     begin_run(comment.warning ? index_.runs.back().owner : kNobody, comment.place);
