@@ -59,7 +59,7 @@ constexpr std::array kCommands = {
     Command{"export", "write logs as tables, into a database or as lines of JSON",
             "orvlog export spool/*.xml --sqlite jobs.sqlite", declare_export},
     Command{"query", "ask a database of tables in SQL", "orvlog query jobs.sqlite fonts", declare_query},
-    Command{"watch", "export the logs of a folder as they come", "orvlog watch spool --jsonl tables", declare_watch},
+    Command{"watch", "export the logs of a folder as they come", "orvlog watch spool --jsonl tables --once", declare_watch},
     Command{"report", "make a page for a browser of a log: pages, calls, pixels",
             "orvlog report letter.orvlog.xml -o letter.html", declare_report},
     Command{"ticket", "show a serialised colour ticket as the text that a log holds",

@@ -1,4 +1,5 @@
-// An identity to bring along: sixteen bytes by chance, from the system.
+/// \file
+/// An identity to bring along: sixteen bytes by chance, from the system.
 
 #ifndef ORVLOG_HOST_IDENTITY_H
 #define ORVLOG_HOST_IDENTITY_H
@@ -15,15 +16,15 @@
 extern "C" {
 #endif
 
-// Read during ORVLOG_DLL_initialise alone; must stay where it is until then.
+/// Read during ORVLOG_DLL_initialise alone; must stay where it is until then.
 typedef struct ORVLOG_RandomIdentity
 {
-    ORVLOG_IdentitySource source;  // what a session takes
-    ORVLOG_IdentityObject object;
-    ORVLOG_IdentityTable table;
+    ORVLOG_IdentitySource source;  ///< what a session takes
+    ORVLOG_IdentityObject object;  ///< the object
+    ORVLOG_IdentityTable table;    ///< its functions
 } ORVLOG_RandomIdentity;
 
-// Fills `bytes` with what the system has for keys. Gives 1; 0 if it gives nothing.
+/// Fills `bytes` with what the system has for keys. Gives 1; 0 if it gives nothing.
 #ifdef _WIN32
 #ifndef _CRT_RAND_S
 int rand_s(unsigned int* number);
@@ -58,7 +59,7 @@ static inline uint32_t orvlog_random_session_id(ORVLOG_IdentityObject* object, u
     return orvlog_random_bytes(session_id, 16);
 }
 
-// Fills the caller's record; gives what a session takes.
+/// Fills the caller's record; gives what a session takes.
 static inline const ORVLOG_IdentitySource* orvlog_random_identity(ORVLOG_RandomIdentity* identity)
 {
     memset(identity, 0, sizeof *identity);

@@ -1,7 +1,8 @@
-// Allocators to bring along, over the C library's. All twenty operations are there.
-//
-// The operations that give back by channel or altogether, and those that look into the heap, do nothing: a host that
-// frees what it doesn't know of by gmm_FreeAll brings an allocator of its own.
+/// \file
+/// Allocators to bring along, over the C library's. All twenty operations are there.
+///
+/// The operations that give back by channel or altogether, and those that look into the heap, do nothing: a host that
+/// frees what it doesn't know of by gmm_FreeAll brings an allocator of its own.
 
 #ifndef ORVLOG_HOST_MEMORY_H
 #define ORVLOG_HOST_MEMORY_H
@@ -16,16 +17,16 @@
 extern "C" {
 #endif
 
-// The counts of orvlog_counting_allocator.
+/// The counts of orvlog_counting_allocator.
 typedef struct ORVLOG_HostMemory
 {
-    GMM_Allocator allocator;  // what a session takes; must stay where it is
-    uint64_t blocks;          // handed out and not given back; 0 when all is
-    uint64_t bytes;           // in these blocks
-    uint64_t peak_bytes;      // the most there have been
+    GMM_Allocator allocator;  ///< what a session takes; must stay where it is
+    uint64_t blocks;          ///< handed out and not given back; 0 when all is
+    uint64_t bytes;           ///< in these blocks
+    uint64_t peak_bytes;      ///< the most there have been
 } ORVLOG_HostMemory;
 
-// What stands in front of each block: its size, in as many bytes as keep the block aligned for any record.
+/// What stands in front of each block: its size, in as many bytes as keep the block aligned for any record.
 enum
 {
     ORVLOG_HOST_BLOCK_HEAD = 16
@@ -36,7 +37,7 @@ static inline uint64_t* orvlog_host_head(void* block)
     return (uint64_t*)(void*)((uint8_t*)block - ORVLOG_HOST_BLOCK_HEAD);
 }
 
-// `delta` may be a number below 0 in two's complement.
+/// `delta` may be a number below 0 in two's complement.
 static inline void orvlog_host_count(GMM_Allocator* allocator, uint64_t delta_blocks, uint64_t delta_bytes)
 {
     ORVLOG_HostMemory* memory = (ORVLOG_HostMemory*)allocator->instance;
@@ -178,8 +179,8 @@ static inline void orvlog_host_channel_counts(GMM_Allocator* allocator, uint32_t
     *counts = channel == 0 ? orvlog_host_used(allocator) : 0;
 }
 
-// An allocator over malloc for any number of sessions in any number of threads: it counts nothing, so it has nothing to
-// guard. It is there as long as the program, and so for every kept image.
+/// An allocator over malloc for any number of sessions in any number of threads: it counts nothing, so it has nothing
+/// to guard. It is there as long as the program, and so for every kept image.
 static inline GMM_Allocator* orvlog_malloc_allocator(void)
 {
     static GMM_Allocator allocator = {NULL,
@@ -207,8 +208,8 @@ static inline GMM_Allocator* orvlog_malloc_allocator(void)
     return &allocator;
 }
 
-// An allocator over malloc that counts, for one thread at a time. The record must stay where it is until the session
-// has ended and its last kept image is released.
+/// An allocator over malloc that counts, for one thread at a time. The record must stay where it is until the session
+/// has ended and its last kept image is released.
 static inline GMM_Allocator* orvlog_counting_allocator(ORVLOG_HostMemory* memory)
 {
     memset(memory, 0, sizeof *memory);

@@ -1,7 +1,8 @@
-// A stream to log to over a FILE of the C library, opened for writing in binary.
-//
-// It only goes forward. Each flush is one of the FILE's, so that what was logged has left the process. The first
-// failure is remembered, and every later print or write fails at once: a log is whole up to there.
+/// \file
+/// A stream to log to over a FILE of the C library, opened for writing in binary.
+///
+/// It only goes forward. Each flush is one of the FILE's, so that what was logged has left the process. The first
+/// failure is remembered, and every later print or write fails at once: a log is whole up to there.
 
 #ifndef ORVLOG_HOST_STREAM_H
 #define ORVLOG_HOST_STREAM_H
@@ -16,13 +17,14 @@
 extern "C" {
 #endif
 
+/// A log stream over a FILE of the client's or of its own.
 typedef struct ORVLOG_FileStream
 {
-    GIO_Stream stream;  // what a session takes; must stay where it is
-    GIO_StreamOps ops;
-    FILE* file;
-    int32_t failure;      // 0, or errno of the first failure
-    uint64_t text_bytes;  // that went to the file
+    GIO_Stream stream;    ///< what a session takes; must stay where it is
+    GIO_StreamOps ops;    ///< its operations
+    FILE* file;           ///< what is written to
+    int32_t failure;      ///< 0, or errno of the first failure
+    uint64_t text_bytes;  ///< that went to the file
 } ORVLOG_FileStream;
 
 static inline ORVLOG_FileStream* orvlog_file_of(void* c)
@@ -30,7 +32,7 @@ static inline ORVLOG_FileStream* orvlog_file_of(void* c)
     return (ORVLOG_FileStream*)c;
 }
 
-// Remembers a failure; gives -1.
+/// Remembers a failure; gives -1.
 static inline int32_t orvlog_file_failed(void* c, int error)
 {
     if (orvlog_file_of(c)->failure == 0)
@@ -136,7 +138,7 @@ static inline int32_t orvlog_file_lend(void* c, void** data, uint64_t* length)
     return 0;
 }
 
-// What has failed stays failed: text behind a gap would be no log.
+/// What has failed stays failed: text behind a gap would be no log.
 static inline void orvlog_file_clear_error(void* c)
 {
     (void)c;
@@ -175,7 +177,7 @@ static inline int32_t orvlog_file_last_error(void* c)
     }
 }
 
-// Closes the FILE and gives 0, or the result code of the first failure. The record is the caller's again.
+/// Closes the FILE and gives 0, or the result code of the first failure. The record is the caller's again.
 static inline int32_t orvlog_file_close(void* c)
 {
     FILE* file = orvlog_file_of(c)->file;
@@ -189,8 +191,8 @@ static inline int32_t orvlog_file_close(void* c)
     return orvlog_file_last_error(c);
 }
 
-// Makes the caller's record a stream over an open FILE, which is the stream's from then on, up to gio_Close. Gives the
-// stream, or null for a null FILE.
+/// Makes the caller's record a stream over an open FILE, which is the stream's from then on, up to gio_Close. Gives the
+/// stream, or null for a null FILE.
 static inline GIO_Stream* orvlog_stream_over_file(ORVLOG_FileStream* stream, FILE* file)
 {
     memset(stream, 0, sizeof *stream);

@@ -1,7 +1,8 @@
-// A colour manager of the smallest kind, to bring along: its tickets are an ICC profile each, or a device space.
-//
-// For a client that has profiles and no colour manager with tickets of its own. One that has gives its own tables,
-// which docs/for-drivers.md tells how to fill.
+/// \file
+/// A colour manager of the smallest kind, to bring along: its tickets are an ICC profile each, or a device space.
+///
+/// For a client that has profiles and no colour manager with tickets of its own. One that has gives its own tables,
+/// which docs/for-drivers.md tells how to fill.
 
 #ifndef ORVLOG_HOST_TICKET_H
 #define ORVLOG_HOST_TICKET_H
@@ -16,20 +17,20 @@
 extern "C" {
 #endif
 
-// Made by the client with zeros in all other fields. Its address is the ticket that goes with a page, a resource or a
-// group, and it must stay where it is until the session has ended.
+/// Made by the client with zeros in all other fields. Its address is the ticket that goes with a page, a resource or a
+/// group, and it must stay where it is until the session has ended.
 typedef struct ORVLOG_ProfileTicket
 {
-    uint32_t key;            // names the ticket: each one of a session has another number
-    uint32_t channels;       // 1: gray, 3: RGB, 4: CMYK
-    uint32_t intent;         // GCM_RI_*
-    const uint8_t* profile;  // the ICC profile; null: the device space without one
-    uint32_t profile_bytes;
+    uint32_t key;            ///< names the ticket: each one of a session has another number
+    uint32_t channels;       ///< 1: gray, 3: RGB, 4: CMYK
+    uint32_t intent;         ///< GCM_RI_*
+    const uint8_t* profile;  ///< the ICC profile; null: the device space without one
+    uint32_t profile_bytes;  ///< bytes of the profile
 
-    // The manager's own.
-    uint32_t references;     // taken by the session and not given back
-    GCM_Csd definition;      // what the session is told of the space
-    const GCM_Csd* list[2];  // the definition, and a null behind it
+    /// The manager's own.
+    uint32_t references;     ///< taken by the session and not given back
+    GCM_Csd definition;      ///< what the session is told of the space
+    const GCM_Csd* list[2];  ///< the definition, and a null behind it
 } ORVLOG_ProfileTicket;
 
 static inline uint32_t orvlog_profile_ticket_type(const ORVLOG_ProfileTicket* ticket)
@@ -78,7 +79,7 @@ static inline uint32_t orvlog_profile_ticket_key(void* ticket, uint32_t* key)
     return 1;
 }
 
-// Puts a number into `bytes`, the lowest byte first; gives the place behind it.
+/// Puts a number into `bytes`, the lowest byte first; gives the place behind it.
 static inline uint8_t* orvlog_put_u32(uint8_t* bytes, uint32_t number)
 {
     for (uint32_t shift = 0; shift < 32; shift += 8)
@@ -91,7 +92,7 @@ static inline uint32_t orvlog_profile_ticket_write(GIO_Stream* stream, const uin
     return count == 0 || stream->ops->gio_Write(bytes, 1, count, stream->instance) == count ? 1U : 0U;
 }
 
-// Fixed data of zeros; one definition, the render space; the section that names it.
+/// Fixed data of zeros; one definition, the render space; the section that names it.
 static inline uint32_t orvlog_profile_ticket_serialise(void* ticket, GIO_Stream* stream, uintptr_t one, uintptr_t zero)
 {
     const ORVLOG_ProfileTicket* t = (const ORVLOG_ProfileTicket*)ticket;
@@ -100,22 +101,22 @@ static inline uint32_t orvlog_profile_ticket_serialise(void* ticket, GIO_Stream*
                                                : (uint32_t)GNC_FORMAT_RGB;
     uint8_t head[64] = {0};
     uint8_t tail[64] = {0};
-    uint8_t* h = orvlog_put_u32(head + 16, 0);  // the marker in front of the definition
-    uint8_t* e = orvlog_put_u32(tail, 0);       // the end of its extensions
+    uint8_t* h = orvlog_put_u32(head + 16, 0);  ///< the marker in front of the definition
+    uint8_t* e = orvlog_put_u32(tail, 0);       ///< the end of its extensions
     (void)one, (void)zero;
     h = orvlog_put_u32(h, orvlog_profile_ticket_type(t));
-    h = orvlog_put_u32(h, t->channels);  // and no names, no second profile, no alternate
+    h = orvlog_put_u32(h, t->channels);  ///< and no names, no second profile, no alternate
     h = orvlog_put_u32(h, t->intent);
     h = orvlog_put_u32(h, t->profile != NULL ? t->profile_bytes : device);
-    e = orvlog_put_u32(e, 0xFFFFFFFFU);  // the end of the definitions
-    e = orvlog_put_u32(e, 1);            // the section of the render space, 26 bytes
+    e = orvlog_put_u32(e, 0xFFFFFFFFU);  ///< the end of the definitions
+    e = orvlog_put_u32(e, 1);            ///< the section of the render space, 26 bytes
     e = orvlog_put_u32(e, 26);
-    for (int object = 0; object < 4; ++object)  // the intents of text, lines, graphics and images
+    for (int object = 0; object < 4; ++object)  ///< the intents of text, lines, graphics and images
         e = orvlog_put_u32(e, t->intent);
-    e = orvlog_put_u32(e, 8);  // bits of a channel
-    e += 2;                    // no alpha, not premultiplied
-    e = orvlog_put_u32(e, 0);  // the place of the definition
-    e = orvlog_put_u32(e, 0);  // the end
+    e = orvlog_put_u32(e, 8);  ///< bits of a channel
+    e += 2;                    ///< no alpha, not premultiplied
+    e = orvlog_put_u32(e, 0);  ///< the place of the definition
+    e = orvlog_put_u32(e, 0);  ///< the end
     return orvlog_profile_ticket_write(stream, head, (uint64_t)(h - head)) &&
                    orvlog_profile_ticket_write(stream, t->profile, t->profile != NULL ? t->profile_bytes : 0) &&
                    orvlog_profile_ticket_write(stream, tail, (uint64_t)(e - tail))

@@ -1,17 +1,20 @@
-// All that a program has to bring along for a session, ready made, and a session opened by named options: in C, with
-// nothing to link but the library.
-//
-//   ORV_Interface table;
-//   ORVLOG_OpenOptions options = {0};
-//   options.interface_out = &table;
-//   options.interface_in = renderer;
-//   options.log_path = "job.xml";
-//   ORVLOG_Host* host = orvlog_open(&options);
-//   draw_everything(&table);
-//   if (orvlog_close(host) != 0)
-//       ...                           // the log isn't whole; the job is
-//
-// The table is good to draw with whether the log could be begun or not: it is the renderer's own table if not.
+/// \file
+/// All that a program has to bring along for a session, ready made, and a session opened by named options: in C, with
+/// nothing to link but the library.
+///
+/// \code
+///   ORV_Interface table;
+///   ORVLOG_OpenOptions options = {0};
+///   options.interface_out = &table;
+///   options.interface_in = renderer;
+///   options.log_path = "job.xml";
+///   ORVLOG_Host* host = orvlog_open(&options);
+///   draw_everything(&table);
+///   if (orvlog_close(host) != 0)
+///       ...                           // the log isn't whole; the job is
+/// \endcode
+///
+/// The table is good to draw with whether the log could be begun or not: it is the renderer's own table if not.
 
 #ifndef ORVLOG_HOST_H
 #define ORVLOG_HOST_H
@@ -28,56 +31,56 @@
 extern "C" {
 #endif
 
-// Why no log was begun.
+/// Why no log was begun.
 enum
 {
-    ORVLOG_OPEN_DONE = 0,      // it was
-    ORVLOG_OPEN_NO_TABLE,      // interface_out is null, or the same record as interface_in
-    ORVLOG_OPEN_NO_LIBRARY,    // an export is missing
-    ORVLOG_OPEN_NO_MEMORY,     // malloc refused the host's own record
-    ORVLOG_OPEN_NO_LOG,        // the log can't be opened; errno says why
-    ORVLOG_OPEN_NO_LOG_NAMED,  // neither log_path nor log_stream is there
-    ORVLOG_OPEN_REFUSED        // by ORVLOG_DLL_initialise: the allocator or the identity gave nothing
+    ORVLOG_OPEN_DONE = 0,      ///< it was
+    ORVLOG_OPEN_NO_TABLE,      ///< interface_out is null, or the same record as interface_in
+    ORVLOG_OPEN_NO_LIBRARY,    ///< an export is missing
+    ORVLOG_OPEN_NO_MEMORY,     ///< malloc refused the host's own record
+    ORVLOG_OPEN_NO_LOG,        ///< the log can't be opened; errno says why
+    ORVLOG_OPEN_NO_LOG_NAMED,  ///< neither log_path nor log_stream is there
+    ORVLOG_OPEN_REFUSED        ///< by ORVLOG_DLL_initialise: the allocator or the identity gave nothing
 };
 
-// Fill it with zeros first: zero is the default of each field. Read while the log is opened, and not kept.
+/// Fill it with zeros first: zero is the default of each field. Read while the log is opened, and not kept.
 typedef struct ORVLOG_OpenOptions
 {
-    ORV_Interface* interface_out;       // the client's, receives the table to draw on; must be there
-    const ORV_Interface* interface_in;  // the renderer; null: calls are logged and not passed on
+    ORV_Interface* interface_out;       ///< the client's, receives the table to draw on; must be there
+    const ORV_Interface* interface_in;  ///< the renderer; null: calls are logged and not passed on
 
-    // The log: a path, whose file is begun anew, or a stream of the client's, which stays the client's to close. The
-    // stream counts if both are there.
+    /// The log: a path, whose file is begun anew, or a stream of the client's, which stays the client's to close. The
+    /// stream counts if both are there.
     const char* log_path;
-    GIO_Stream* log_stream;
-    // How the path is opened, orvlog_open_mapped_stream of orvlog-stream.h for example. Null: by fopen.
+    GIO_Stream* log_stream;  ///< see log_path
+    /// How the path is opened, orvlog_open_mapped_stream of orvlog-stream.h for example. Null: by fopen.
     GIO_Stream* (*open_stream)(const char* path);
 
-    const char* file_prefix;                // not null: image bytes go to files of that prefix, at most 999 bytes
-    uint32_t base_mode;                     // non-zero: the logger reads each image and glyph by itself
-    const ORV_Interface* second_interface;  // a second receiver of documents and faces. Without base mode the log has a
-                                            // warning of an obsolete mode then
-    const ORVLOG_TicketFunctions* ticket_functions;  // both or none
-    const ORVLOG_TicketSerialFunctions* ticket_serial_functions;
-    orvlog_comment_fn_type* comment_fn_out;  // both or none
-    void** comment_ctx_out;
+    const char* file_prefix;                ///< not null: image bytes go to files of that prefix, at most 999 bytes
+    uint32_t base_mode;                     ///< non-zero: the logger reads each image and glyph by itself
+    const ORV_Interface* second_interface;  ///< a second receiver of documents and faces. Without base mode the log has
+                                            ///< a warning of an obsolete mode then
+    const ORVLOG_TicketFunctions* ticket_functions;               ///< both or none
+    const ORVLOG_TicketSerialFunctions* ticket_serial_functions;  ///< with ticket_functions
+    orvlog_comment_fn_type* comment_fn_out;                       ///< both or none
+    void** comment_ctx_out;                                       ///< with comment_fn_out
 
-    GMM_Allocator* allocator;               // null: malloc, for any number of threads
-    const ORVLOG_IdentitySource* identity;  // null: a number by chance
-    uint32_t* why_out;                      // may be null; receives ORVLOG_OPEN_*
+    GMM_Allocator* allocator;               ///< null: malloc, for any number of threads
+    const ORVLOG_IdentitySource* identity;  ///< null: a number by chance
+    uint32_t* why_out;                      ///< may be null; receives ORVLOG_OPEN_*
 } ORVLOG_OpenOptions;
 
-// A log that was begun.
+/// A log that was begun.
 typedef struct ORVLOG_Host
 {
-    ORVLOG_Library library;
-    void* session;
-    GIO_Stream* log;
-    uint32_t closes_log;  // boolean
-    ORVLOG_FileStream file;
+    ORVLOG_Library library;  ///< the exports
+    void* session;           ///< what the shutdown takes; null without a log
+    GIO_Stream* log;         ///< the log's stream
+    uint32_t closes_log;     ///< boolean
+    ORVLOG_FileStream file;  ///< the stream, where it is over a FILE of its own
 } ORVLOG_Host;
 
-// Opens what the options name; gives ORVLOG_OPEN_*.
+/// Opens what the options name; gives ORVLOG_OPEN_*.
 static inline uint32_t orvlog_host_open_log(ORVLOG_Host* host, const ORVLOG_OpenOptions* options)
 {
     host->log = options->log_stream;
@@ -123,7 +126,7 @@ static inline int32_t orvlog_host_close_log(ORVLOG_Host* host)
     return GIO_OK;
 }
 
-// The opening itself, with the exports that the program has found. What is made is in `host`, of zeros before.
+/// The opening itself, with the exports that the program has found. What is made is in `host`, of zeros before.
 static inline uint32_t orvlog_host_try(ORVLOG_Host* host, const ORVLOG_Library* library,
                                        const ORVLOG_OpenOptions* options)
 {
@@ -139,7 +142,7 @@ static inline uint32_t orvlog_host_try(ORVLOG_Host* host, const ORVLOG_Library* 
     return why;
 }
 
-// As orvlog_open, for a program that finds the library at run time.
+/// As orvlog_open, for a program that finds the library at run time.
 static inline ORVLOG_Host* orvlog_open_in(const ORVLOG_Library* library, const ORVLOG_OpenOptions* options)
 {
     uint32_t why = ORVLOG_OPEN_NO_TABLE;
@@ -165,8 +168,8 @@ static inline ORVLOG_Host* orvlog_open_in(const ORVLOG_Library* library, const O
     return NULL;
 }
 
-// Begins a log. Null if it can't be begun, and `why_out` says why; interface_out is a copy of interface_in then, or all
-// zeros where that is null.
+/// Begins a log. Null if it can't be begun, and `why_out` says why; interface_out is a copy of interface_in then, or
+/// all zeros where that is null.
 static inline ORVLOG_Host* orvlog_open(const ORVLOG_OpenOptions* options)
 {
     ORVLOG_Library library;
@@ -176,9 +179,9 @@ static inline ORVLOG_Host* orvlog_open(const ORVLOG_OpenOptions* options)
     return orvlog_open_in(&library, options);
 }
 
-// Ends the log, after the job's last call, and closes the stream if orvlog_open opened it. Gives 0 if all of the log
-// was written, else a result code: the first failure, GIO_ERR_OTHER for that of a stream of the client's, or
-// GIO_ERR_BAD_HANDLE for a null host, so for a log that wasn't begun.
+/// Ends the log, after the job's last call, and closes the stream if orvlog_open opened it. Gives 0 if all of the log
+/// was written, else a result code: the first failure, GIO_ERR_OTHER for that of a stream of the client's, or
+/// GIO_ERR_BAD_HANDLE for a null host, so for a log that wasn't begun.
 static inline int32_t orvlog_close(ORVLOG_Host* host)
 {
     if (host == NULL)

@@ -1,11 +1,12 @@
-// Sizes of records that end in an array of one entry, which stands for as many as a count says.
-//
-// For records that are made at run time: a function for each, which gives the bytes of the whole and never less than
-// the record's own size. For records of constant size: a macro for each, the type of a variable that is filled in
-// place, whose member `record` is what the interface takes.
-//
-//   static const ORVLOG_STRAIGHT_EDGE(3) triangle = {{{GPA_EDGE_STRAIGHT, 0, 3}, 0, {{1, 0}, {0, 1}, {-1, -1}}}};
-//   ... triangle.record ...
+/// \file
+/// Sizes of records that end in an array of one entry, which stands for as many as a count says.
+///
+/// For records that are made at run time: a function for each, which gives the bytes of the whole and never less than
+/// the record's own size. For records of constant size: a macro for each, the type of a variable that is filled in
+/// place, whose member `record` is what the interface takes.
+///
+///   static const ORVLOG_STRAIGHT_EDGE(3) triangle = {{{GPA_EDGE_STRAIGHT, 0, 3}, 0, {{1, 0}, {0, 1}, {-1, -1}}}};
+///   ... triangle.record ...
 
 #ifndef ORVLOG_RECORD_SIZES_H
 #define ORVLOG_RECORD_SIZES_H
@@ -19,7 +20,7 @@
 extern "C" {
 #endif
 
-// Bytes of a record whose array, a member that is named in it, has `count` entries.
+/// Bytes of a record whose array, a member that is named in it, has `count` entries.
 #define ORVLOG_BYTES_WITH(type, array, count)                                                                          \
     orvlog_bytes_with(sizeof(type), offsetof(type, array), sizeof(((type*)0)->array[0]), (count))
 
@@ -125,6 +126,7 @@ static inline size_t orvlog_radial_pointer_size(uint16_t stops)
 
 // Types of records of constant size. Each count is 1 or more.
 
+/// A GPA_Path of so many edges.
 #define ORVLOG_PATH(edges)                                                                                             \
     union                                                                                                              \
     {                                                                                                                  \
@@ -138,6 +140,7 @@ static inline size_t orvlog_radial_pointer_size(uint16_t stops)
         GPA_Path record;                                                                                               \
     }
 
+/// A GPA_PathPointer of so many edges.
 #define ORVLOG_PATH_POINTER(edges)                                                                                     \
     union                                                                                                              \
     {                                                                                                                  \
@@ -152,6 +155,7 @@ static inline size_t orvlog_radial_pointer_size(uint16_t stops)
         GPA_PathPointer record;                                                                                        \
     }
 
+/// A GPA_StraightEdge of so many segments.
 #define ORVLOG_STRAIGHT_EDGE(segments)                                                                                 \
     union                                                                                                              \
     {                                                                                                                  \
@@ -164,6 +168,7 @@ static inline size_t orvlog_radial_pointer_size(uint16_t stops)
         GPA_StraightEdge record;                                                                                       \
     }
 
+/// A GPA_BezierEdge of so many segments.
 #define ORVLOG_BEZIER_EDGE(segments)                                                                                   \
     union                                                                                                              \
     {                                                                                                                  \
@@ -176,7 +181,7 @@ static inline size_t orvlog_radial_pointer_size(uint16_t stops)
         GPA_BezierEdge record;                                                                                         \
     }
 
-// A flat colour whose channels are floats.
+/// A flat colour whose channels are floats.
 #define ORVLOG_FLAT_OPERAND(color_channels)                                                                            \
     union                                                                                                              \
     {                                                                                                                  \

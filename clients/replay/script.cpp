@@ -34,14 +34,12 @@ bool is_font_callback(const Element& element)
 void Script::gather(const Element& element, bool own, std::vector<Item>& items)
 {
     for (const Element& child : Children(element))
-    {
         if (is_image_callback(child) || is_font_callback(child))
             items.push_back({Kind::callback, own, child.place.byte, &child, ""});
         else if (reader::is_call_name(child.name))
             items.push_back({Kind::call, own, child.place.byte, &child, ""});
         else if (!is_closed_record(child))
             gather(child, own || child.name.find('.') != std::string_view::npos, items);
-    }
 }
 
 // Each before what follows it; those in a call within belong to that one.

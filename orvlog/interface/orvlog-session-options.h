@@ -73,8 +73,8 @@ typedef struct ORVLOG_SessionOptions
     /// null.
     const ORV_Interface* second_interface;
 
-    // Non-zero: a colour ticket whose family can't be told by what its colour manager answers stands in the element
-    // UnknownRenderColorSpace, and the log warns of it. 0: in one that is no XML, which readers of logs know.
+    /// Non-zero: a colour ticket whose family can't be told by what its colour manager answers stands in the element
+    /// UnknownRenderColorSpace, and the log warns of it. 0: in one that is no XML, which readers of logs know.
     uint32_t name_unknown_families;
 } ORVLOG_SessionOptions;
 

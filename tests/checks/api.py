@@ -30,7 +30,7 @@ def installed_headers(folder):
 
 def pages(folder):
     """What doxygen says, and the headers that its pages tell."""
-    settings = check.text("docs/Doxyfile") + f"\nOUTPUT_DIRECTORY={folder}\nGENERATE_HTML=NO\nGENERATE_XML=YES\n"
+    settings = check.text("docs/Doxyfile") + f"\nOUTPUT_DIRECTORY={folder}\nGENERATE_XML=YES\n"
     done = subprocess.run([doxygen, "-"], input=settings, cwd=check.ROOT, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True, check=False)
     with open(os.path.join(folder, "xml", "index.xml"), encoding="utf-8") as index:

@@ -15,7 +15,7 @@ import check
 format_program = sys.argv[1]
 CODE = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])*\'', re.S)
 COUNTED_UP_BEHIND = re.compile(r"^[ \t]*[A-Za-z_][\w.\[\]]*(?:->[\w.\[\]]+)*(?:\+\+|--);|;[^;\n()]*\w(?:\+\+|--)\)[ \t]*$", re.M)
-NAMESPACE = re.compile(r"^namespace (?!orvlog\b|fs\b)\w[\w:]*", re.M)
+NAMESPACE = re.compile(r"^namespace (?!orvlog\b|fs\b|py\b)\w[\w:]*", re.M)
 
 
 def line_of(text, at):

@@ -38,6 +38,7 @@ add_executable(driver driver.c)
 
 # Command lines that take the whole build, or tools that are not for tests: what they name must be there.
 TOO_LONG = {
+    "PYTHONPATH=build/release/python python3 python/examples/texts.py job.xml": "is run by python-package",
     "scripts/record": "builds everything once more",
     "scripts/test": "is what runs this",
     "cmake --preset release && cmake --build --preset release && ctest --test-dir build/release -j2": "the same",

@@ -191,6 +191,7 @@ const char* const kBefore = "cp docs/sample.pdf letter.pdf\n"
                             "cp letter.orvlog.xml orvlog-0f0e0d0c-0b0a0908-07060504-03020100.tmp\n"
                             "mkdir logs old new\n"
                             "cp letter.orvlog.xml logs\n"
+                            "cp -r logs spool\n"
                             "cp " ORVLOG_BLOCKS_RENDERER " driver.so\n"
                             "cp driver.so old\n"
                             "cp driver.so new\n";

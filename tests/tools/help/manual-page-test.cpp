@@ -75,9 +75,10 @@ TEST_F(Manual, HasAPageForEachCommand)
     EXPECT_EQ(pages.size(), names.size() + 1);
     for (const std::string& name : names)
     {
+        const std::string printed = std::regex_replace(name, std::regex("-"), "\\-");
         EXPECT_TRUE(has(pages["orvlog-" + name + ".1"], ".SH EXIT STATUS\n.TP\n\\fB0\\fR\ndone\n")) << name;
-        EXPECT_TRUE(has(pages["orvlog-" + name + ".1"], ".SH EXAMPLES\n.EX\norvlog " + name + " ")) << name;
-        EXPECT_TRUE(has(pages["orvlog.1"], "\n\\fBorvlog\\-" + name + "\\fR(1)\n")) << name;
+        EXPECT_TRUE(has(pages["orvlog-" + name + ".1"], ".SH EXAMPLES\n.EX\norvlog " + printed + " ")) << name;
+        EXPECT_TRUE(has(pages["orvlog.1"], "\n\\fBorvlog\\-" + printed + "\\fR(1)\n")) << name;
     }
 }
 
