@@ -49,10 +49,10 @@ public:
 
     void rectangle(const GGO_BoxFloat& box)
     {
-        to('M', {{box.gbf_MinX, box.gbf_MinY}});
-        to('L', {{box.gbf_MaxX, box.gbf_MinY}});
-        to('L', {{box.gbf_MaxX, box.gbf_MaxY}});
-        to('L', {{box.gbf_MinX, box.gbf_MaxY}});
+        to('M', {GGO_Point{box.gbf_MinX, box.gbf_MinY}});
+        to('L', {GGO_Point{box.gbf_MaxX, box.gbf_MinY}});
+        to('L', {GGO_Point{box.gbf_MaxX, box.gbf_MaxY}});
+        to('L', {GGO_Point{box.gbf_MinX, box.gbf_MaxY}});
         data_ += "Z";
     }
 
