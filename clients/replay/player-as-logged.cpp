@@ -128,7 +128,7 @@ void Player::begin_scope(const Element& call, Drawing& drawing)
 {
     GroupScope& scope = drawing.scopes.emplace_back();
     scope.engine = engine_number(call);
-    if (!memory_->scripted.empty())
+    if (!memory_->images.empty())
         scope.memory = memory_;
 }
 
@@ -137,9 +137,8 @@ void Player::end_scopes(Drawing& drawing, size_t left)
     for (; drawing.scopes.size() > left; drawing.scopes.pop_back())
     {
         forget_engine(drawing.scopes.back().engine);
-        const std::shared_ptr<CallMemory>& memory = drawing.scopes.back().memory;
-        if (memory != nullptr && options_.as_logged->renderer.has_kept(memory.get()))
-            drawing.kept.push_back(std::move(drawing.scopes.back().memory));
+        if (drawing.scopes.back().memory != nullptr)
+            hold(drawing.scopes.back().memory);
     }
 }
 

@@ -85,7 +85,8 @@ std::vector<uint8_t> Player::side_file(std::string_view name, uint64_t begin, ui
 
 void Player::on_image(GOP_OperandImagePointer* image, const Element& element)
 {
-    if (collecting_)
+    // What a prepare left comes without pixels.
+    if (collecting_ || (options_.as_logged != nullptr && options_.as_logged->client.is_leaving()))
         return;
     const uint32_t id = reader::read_uint(element, "Id");
     ReplayImage* made = memory_->images.emplace_back(std::make_unique<ReplayImage>(image, element)).get();
@@ -112,7 +113,7 @@ void Player::begin_call(const Element& call)
 {
     if (options_.as_logged != nullptr)
         return begin_call_as_logged(call);
-    if (memory_ == nullptr)
+    if (memory_ == nullptr || memory_.use_count() > 1)
         new_memory();
     CallMemory& memory = *memory_;
     memory.by_id.clear();
@@ -142,18 +143,36 @@ void Player::on_text(const GSH_ShapePointer& shape, const Element& element)
                                                shape.sp_U.glyph.string_desc);
 }
 
-void Player::end_call(Drawing& drawing)
+bool Player::has_kept(const CallMemory& memory) const
+{
+    if (options_.as_logged != nullptr)
+        return options_.as_logged->renderer.has_kept(&memory);
+    return std::ranges::any_of(memory.images, [](const auto& image) { return image->is_kept(); });
+}
+
+void Player::hold(const std::shared_ptr<CallMemory>& memory)
+{
+    if (has_kept(*memory) && (kept_.empty() || kept_.back() != memory))
+        kept_.push_back(memory);
+}
+
+void Player::drop_released()
+{
+    std::erase_if(kept_, [this](const auto& memory) { return !has_kept(*memory); });
+}
+
+std::shared_ptr<void> Player::still_kept() const
+{
+    if (options_.as_logged != nullptr)
+        return nullptr;
+    return std::make_shared<std::vector<std::shared_ptr<CallMemory>>>(kept_);
+}
+
+void Player::end_call()
 {
     outcome_.unknown += memory_->records.unknown() - memory_->unknown_before;
     memory_->unknown_before = memory_->records.unknown();
-    if (options_.as_logged != nullptr)
-    {
-        if (options_.as_logged->renderer.has_kept(memory_.get()))
-            drawing.kept.push_back(memory_);
-        return;
-    }
-    if (std::ranges::any_of(memory_->images, [](const auto& image) { return image->is_kept(); }))
-        drawing.kept.push_back(std::move(memory_));
+    hold(memory_);
 }
 
 void Player::collect_image(const Element& callback)
@@ -333,8 +352,7 @@ void Player::start_group(const Element& call, Drawing& drawing)
         reader::read_double(call, "y_repetition_interval"), records.color_member(call, "separation_mask"),
         records.color_member(call, "separation_color"), records.box_attribute(call, "bounding_box_hint")));
     ++drawing.groups;
-    if (options_.as_logged != nullptr)
-        begin_scope(call, drawing);
+    begin_scope(call, drawing);
 }
 
 void Player::finish_group(const Element&, Drawing& drawing)
@@ -413,7 +431,7 @@ void Player::end_drawing(Drawing& drawing, bool discard)
     drawing.groups = 0;
     end_scopes(drawing, 0);
     forget_engine(drawing.engine);
-    drawing.kept.clear();
+    drop_released();
 }
 
 void Player::drawing_call(const Element& call)
@@ -440,7 +458,7 @@ void Player::drawing_call(const Element& call)
     else
         ++outcome_.not_played;
     if (memory_ != nullptr)
-        end_call(drawing);
+        end_call();
 }
 
 bool Player::play(const Element& call)

@@ -24,7 +24,7 @@ namespace orvlog::replay
 // Pixels to the inch of such a transform, by its area; 0 if that is not finite.
 double resolution(const GGO_Matrix& inch_to_pixels);
 
-// What a call was made with. Kept images need it longer than the call.
+// What a call was made with. Kept images need it longer than the call, and a group's mask until the group ends.
 struct CallMemory
 {
     CallMemory() : records(arena) {}
@@ -58,6 +58,10 @@ public:
         return outcome_;
     }
 
+    // What images need that a renderer still keeps; it may release them as late as at its own end. Null as logged:
+    // that renderer does nothing behind the log.
+    std::shared_ptr<void> still_kept() const;
+
 private:
     struct GroupScope
     {
@@ -71,11 +75,10 @@ private:
         bool open = false;
         bool skipped = false;
         uint32_t groups = 0;
-        // As logged: the numbers of the engines of the drawing and of its open groups, and what the groups came with.
+        // What the open groups came with; as logged, the numbers of the engines of the drawing and of these groups,
+        // too.
         std::optional<uint32_t> engine;
         std::vector<GroupScope> scopes;
-        // Records and images of calls that kept images came with, alive until the drawing ends.
-        std::vector<std::shared_ptr<CallMemory>> kept;
     };
 
     void start_document(const reader::Element& call);
@@ -115,7 +118,10 @@ private:
     void follow_keep(const reader::Element& keep);
     void new_memory();
     void make_scripted(GOP_OperandImagePointer* image, const reader::Element& element);
-    void end_call(Drawing& drawing);
+    void end_call();
+    bool has_kept(const CallMemory& memory) const;
+    void hold(const std::shared_ptr<CallMemory>& memory);
+    void drop_released();
     bool note(uint32_t result);
     void complain(const std::string& line) const;
 
@@ -124,6 +130,8 @@ private:
     const Options& options_;
     Outcome outcome_;
     std::shared_ptr<CallMemory> memory_;
+    // Of calls that kept images came with, the last one behind; images may be kept beyond their drawing.
+    std::vector<std::shared_ptr<CallMemory>> kept_;
     ReplayFonts fonts_;
     CallStream& calls_;
     uint32_t depth_ = 0;

@@ -300,9 +300,11 @@ void ReplayImage::answer_from_pixels(uint32_t skip_pixels, uint8_t* buffer, uint
     while (next_byte_ < pixels_.size() && to + row <= size && to + row <= INT32_MAX)
     {
         const size_t count = std::min(row, pixels_.size() - next_byte_);
+        const size_t taken = count == row && row_bytes_ != 0 ? step : count;
         std::memcpy(buffer + to, pixels_.data() + next_byte_, count);
+        std::memset(buffer + to + count, 0, std::min(taken, size - to) - count);
         next_byte_ += count;
-        to += count == row && row_bytes_ != 0 ? step : count;
+        to += taken;
     }
     *returned = static_cast<int32_t>(std::min<size_t>(to, size));
 }

@@ -162,6 +162,7 @@ Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& ticke
     }
     player.finish_all();
     Outcome outcome = player.outcome();
+    outcome.kept = player.still_kept();
     outcome.is_log = calls.is_log();
     outcome.cut = going && calls.is_cut();
     outcome.reached = !options.up_to || !going;

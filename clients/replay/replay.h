@@ -67,6 +67,8 @@ struct Outcome
     uint64_t unknown = 0;      // elements that no record could be made from
     uint64_t not_played = 0;   // calls that cannot be made again
     uint64_t differences = 0;  // as logged: what could not be made as it was
+    // What images need that the renderer still keeps. Must live until the renderer has ended.
+    std::shared_ptr<void> kept;
 };
 
 // What has to be known of a log before it is played: how its session was opened.

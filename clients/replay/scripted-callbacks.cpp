@@ -44,17 +44,30 @@ void ScriptedRenderer::image(const Element& callback)
         return finish(callback, *live);
     if (callback.name == "GOP_ImageResetFn" && record->imp_ImageResetFn != nullptr)
         record->imp_ImageResetFn(record, record->imp_Context);
-    // The client may answer 0, and the image is kept all the same.
     if (callback.name == "GOP_ImageKeepFn" && record->imp_ImageKeepFn != nullptr)
-    {
-        record->imp_ImageKeepFn(record);
-        live->kept = true;
-    }
+        keep(callback, *live);
     if (callback.name == "GOP_ImageReleaseFn" && record->imp_ImageReleaseFn != nullptr)
-    {
-        record->imp_ImageReleaseFn(record);
-        live->kept = false;
-    }
+        release(*live);
+}
+
+// The client may answer 0, and the image is kept all the same.
+void ScriptedRenderer::keep(const Element& callback, Live& live)
+{
+    live.kept = true;
+    live.refusal = reader::read_bool(callback, "return") == 0 ? ++refusals_ : 0;
+    GOP_OperandImagePointer record = live.record;
+    record.imp_ImageKeepFn(&record);
+}
+
+// By any of its records the image ends.
+void ScriptedRenderer::release(Live& live)
+{
+    const uint64_t image = live.image;
+    GOP_OperandImagePointer record = live.record;
+    record.imp_ImageReleaseFn(&record);
+    for (Live& other : images_)
+        if (other.image == image)
+            other.kept = false;
 }
 
 void ScriptedRenderer::prepare(const Element& callback, Live& live)
@@ -72,9 +85,9 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
     const Element* left = callback.child("GOP_OperandImagePointer");
     const uint32_t id = left != nullptr ? reader::read_uint(*left, "Id") : 0;
     if (held != &mine.record)
-        return images_.push_back({id, mine.kept, mine.owner, *held});
+        return images_.push_back({id, mine.kept, mine.refusal, mine.image, mine.owner, *held});
     if (Live* again = find(callback); again != nullptr)
-        *again = {id, mine.kept, mine.owner, mine.record};
+        *again = {id, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
 }
 
 void ScriptedRenderer::read(const Element& callback, Live& live)

@@ -40,7 +40,9 @@ struct ScriptedClient::ImageFunctions
         if (told == nullptr)
             return 0;
         const Element* child = told->child("GOP_OperandImagePointer");
+        image->client->leaving_ = true;
         GOP_OperandImagePointer* left = image->records->image(child);
+        image->client->leaving_ = false;
         if (left != nullptr)
             leave(operand_p, left, *told, *child, image);
         return reader::read_bool(*told, "return");

@@ -36,6 +36,11 @@ public:
 
     // The font engine that a call brings, by its attributes; lives as long as this.
     const GFI_FontEngineTable* engine(const reader::Element& call);
+    // While the record is made that a prepare leaves.
+    bool is_leaving() const
+    {
+        return leaving_;
+    }
     // One that a call brought which doesn't tell of it.
     const GFI_FontEngineTable* silent_engine();
 
@@ -81,6 +86,7 @@ private:
     Delivery image_bytes_;  // of the read that is being made
     Delivery attr_bytes_;
     const reader::Element* read_ = nullptr;
+    bool leaving_ = false;
     friend class ScriptedRenderer;
 };
 

@@ -14,6 +14,9 @@ namespace
 using reader::Children;
 using reader::Element;
 
+// Images whose keep was refused are mostly never released. The logger holds fewer of them.
+constexpr uint64_t kMostRefused = 64;
+
 GOP_OperandImagePointer* image_of(const GOP_OperandPointer* operand)
 {
     return reinterpret_cast<GOP_OperandImagePointer*>(const_cast<GOP_OperandPointer*>(operand));
@@ -226,7 +229,7 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     const uint32_t id = pointer != nullptr ? reader::read_uint(*pointer, "Id") : 0;
     if (operand == nullptr || id == 0)
         return;
-    images_.push_back({id_at_forward(*told, id), false, owner_, *image_of(operand)});
+    images_.push_back({id_at_forward(*told, id), false, 0, ++image_count_, owner_, *image_of(operand)});
 }
 
 void ScriptedRenderer::note_engine(const GFI_FontEngineTable* engine)
@@ -264,7 +267,12 @@ void ScriptedRenderer::forget_images(const void* owner)
 
 bool ScriptedRenderer::has_kept(const void* owner) const
 {
-    return std::ranges::any_of(images_, [owner](const Live& live) { return live.owner == owner && live.kept; });
+    return std::ranges::any_of(images_,
+                               [this, owner](const Live& live)
+                               {
+                                   const bool held = live.refusal == 0 || live.refusal + kMostRefused > refusals_;
+                                   return live.owner == owner && live.kept && held;
+                               });
 }
 
 void ScriptedRenderer::perform(const Element& callback)

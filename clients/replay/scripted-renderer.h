@@ -57,14 +57,20 @@ public:
 private:
     struct Calls;
 
-    // A record that the renderer holds: a copy, by which the logger knows the image as well.
+    // A record that the renderer holds: a copy, by which the logger knows the image as well. A prepare may make
+    // several of one image.
     struct Live
     {
         uint32_t id = 0;
         bool kept = false;
+        uint64_t refusal = 0;  // the number of the keep that the client refused; 0 without one
+        uint64_t image = 0;
         const void* owner = nullptr;
         GOP_OperandImagePointer record{};
     };
+
+    void keep(const reader::Element& callback, Live& live);
+    void release(Live& live);
 
     void perform_between();
     void note_operand(std::string_view member, const GOP_OperandPointer* operand);
@@ -87,6 +93,8 @@ private:
     ORV_Interface table_{};
     const void* owner_ = nullptr;
     std::vector<Live> images_;
+    uint64_t image_count_ = 0;
+    uint64_t refusals_ = 0;
     std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId
     std::map<std::pair<uint32_t, uint32_t>, std::pair<const GFI_FontSpecPointer*, const GFI_StringDescPointer*>> texts_;
     reader::Arena finish_arena_;

@@ -95,7 +95,7 @@ TEST_P(ReplayIntoABadLibrary, IsToldByTheCallAndItsLine)
                               ", in ORV_object_paint_and_stroke, line 6090\n" +
                               "orvlog: again.xml: is cut short there\n";
     EXPECT_TRUE(played.err.ends_with(tenth)) << played.err;
-    EXPECT_NE(read_file(scratch.path("again.xml")).find("<ORV_object_paint id=\"9\""), std::string::npos);
+    EXPECT_NE(read_file(scratch.path("again.xml")).find("<ORV_object_paint_and_stroke id=\"9\""), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ends, ReplayIntoABadLibrary,
@@ -145,7 +145,7 @@ protected:
         draw(source, {"--via-temporary-log"});
         expect_the_log_again({});
         draw(source, {"--via-temporary-log", "--compressed"});
-        expect_the_log_again({"--compressed"});
+        expect_the_log_again({"--via-temporary-log", "--compressed"});
     }
 };
 

@@ -87,12 +87,25 @@ static void use_kept(Renderer* self)
     GOP_OperandImagePointer* held;
     if (self->kept_count == 0 || self->paints % 3 != 0)
         return;
-    held = &self->kept[--self->kept_count];
+    held = &self->kept[self->kept_count - 1];
     held->imp_ImagePrepareFn(&held, 1, 0, 0, 0, 0, 0, 0, 0, GNC_BMP_DEPTH_1, 0);
     read_rows(self, held, 3, 5);
     held->imp_ImageFinishFn(held, held->imp_Context);
-    if (self->paints % 2 == 0)
+    if (self->paints % 2 != 0)
+        return;
+    held->imp_ImageReleaseFn(held);
+    --self->kept_count;
+}
+
+/* The last ones long behind their pages, and each twice. */
+static void release_kept(Renderer* self)
+{
+    for (; self->kept_count > 0; --self->kept_count)
+    {
+        GOP_OperandImagePointer* held = &self->kept[self->kept_count - 1];
         held->imp_ImageReleaseFn(held);
+        held->imp_ImageReleaseFn(held);
+    }
 }
 
 static void take_operand(Renderer* self, GOP_OperandPointer* operand)
@@ -291,6 +304,7 @@ static uint32_t document_start(void* err, const ORV_Interface* table, void** doc
 static uint32_t document_finish(const ORV_Interface* table, void* document)
 {
     (void)document;
+    release_kept((Renderer*)table->document_finish.context);
     ((Renderer*)table->document_finish.context)->engine = NULL;
     return 1;
 }
