@@ -43,22 +43,22 @@ extern "C" {
 typedef struct ORVLOG_RendererPage
 {
     uint32_t face_seq_number;  ///< as given to ORV_face_start
-    uint32_t width;  ///< pixels of the page, 1 to 65535
-    uint32_t height;  ///< the same
-    uint32_t first_row;  ///< the first row of the page that stands in `pixels`, from 0
-    uint32_t rows;  ///< how many rows do, from 1 to height - first_row
-    uint32_t row_pixels;  ///< pixels from the beginning of a row to that of the next one, width at least
-    const uint32_t* pixels;  ///< rows from the top down, each pixel 0x00RRGGBB; the highest byte isn't looked at
+    uint32_t width;            ///< pixels of the page, 1 to 65535
+    uint32_t height;           ///< the same
+    uint32_t first_row;        ///< the first row of the page that stands in `pixels`, from 0
+    uint32_t rows;             ///< how many rows do, from 1 to height - first_row
+    uint32_t row_pixels;       ///< pixels from the beginning of a row to that of the next one, width at least
+    const uint32_t* pixels;    ///< rows from the top down, each pixel 0x00RRGGBB; the highest byte isn't looked at
 } ORVLOG_RendererPage;
 
 /// What the program offers to the renderer. It lives until the renderer has been ended. No entry is null.
 typedef struct ORVLOG_RendererHost
 {
     uint32_t version;  ///< ORVLOG_RENDERER_VERSION of the program
-    void* context;  ///< for the functions below
+    void* context;     ///< for the functions below
 
-    /// Takes a page that is finished: one call with all of it or, of a large page, several one after the other, with its
-    /// rows from the first to the last. To be called before ORV_drawing_finish of the page returns. Nothing of the
+    /// Takes a page that is finished: one call with all of it or, of a large page, several one after the other, with
+    /// its rows from the first to the last. To be called before ORV_drawing_finish of the page returns. Nothing of the
     /// record is kept. A renderer that makes no pixels doesn't call it. Gives 0 if the page could not be taken, or the
     /// record makes no sense; ORV_drawing_finish should then give 0.
     uint32_t (*take_page)(void* context, const ORVLOG_RendererPage* page);
@@ -71,7 +71,7 @@ typedef struct ORVLOG_RendererHost
 typedef struct ORVLOG_Renderer
 {
     uint32_t version;  ///< ORVLOG_RENDERER_VERSION of the library
-    void* context;  ///< for the functions below; may be null
+    void* context;     ///< for the functions below; may be null
 
     /// To draw with, until `end`. An entry of `base` is 0; every other one has a function.
     ORV_Interface table;

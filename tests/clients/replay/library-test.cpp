@@ -91,7 +91,8 @@ TEST_P(ReplayIntoABadLibrary, IsToldByTheCallAndItsLine)
     const std::string library = std::string(ORVLOG_ROW_RENDERER) + ":" + GetParam().symbol;
     const ToolResult played = replay(library, {"--log", "again.xml", "--png", "again", "--call-limit", "2"});
     EXPECT_EQ(played.status, 1);
-    const std::string tenth = "orvlog: " + library + ": " + GetParam().said + ", in ORV_object_paint_and_stroke, line 6090\n" +
+    const std::string tenth = "orvlog: " + library + ": " + GetParam().said +
+                              ", in ORV_object_paint_and_stroke, line 6090\n" +
                               "orvlog: again.xml: is cut short there\n";
     EXPECT_TRUE(played.err.ends_with(tenth)) << played.err;
     EXPECT_NE(read_file(scratch.path("again.xml")).find("<ORV_object_paint_and_stroke id=\"9\""), std::string::npos);
