@@ -97,13 +97,12 @@ static void use_kept(Renderer* self)
     --self->kept_count;
 }
 
-/* The last ones long behind their pages, and each twice. */
+/* The last ones long behind their pages. */
 static void release_kept(Renderer* self)
 {
     for (; self->kept_count > 0; --self->kept_count)
     {
         GOP_OperandImagePointer* held = &self->kept[self->kept_count - 1];
-        held->imp_ImageReleaseFn(held);
         held->imp_ImageReleaseFn(held);
     }
 }
