@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""The sources stand before clang-tidy with the checks of .clang-tidy: the library with all of them, what stands around
-it without those that run through each path, which take most of the time, and without the one for what a program may
-still throw while it says why it ends. The commands, tests, fuzzers and benchmarks are left out: their headers take long.
+"""The sources stand before clang-tidy with the checks of .clang-tidy: the library with all of them; and, where
+ORVLOG_TIDY_AROUND is set, since it takes long, what stands around it without those that run through each path, and
+without the one for what a program may still throw while it says why it ends. The commands, tests, fuzzers and
+benchmarks are left out: their headers take long.
 
 usage: tidy.py CLANG-TIDY BUILD-FOLDER
 """
@@ -13,7 +14,7 @@ import sys
 
 import check
 
-AROUND_LIBRARY = ("clients/", "inspect/", "reader/", "renderers/")
+AROUND_LIBRARY = ("clients/", "inspect/", "reader/", "renderers/") if os.environ.get("ORVLOG_TIDY_AROUND") else ()
 tidy, build = sys.argv[1:]
 
 
