@@ -178,7 +178,7 @@ TEST(ToolMinimise, LeavesNoFileWhenItWritesToStandardOutput)
     const std::string log = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
     const std::string tool = ORVLOG_TOOL;
     const std::string line = "cd " + folder.path("") + " && " + tool + " minimise " + log +
-                             " --while 'grep -q ORV_face_start' --limit 3 -o - | head -c 5";
+                             " --while 'grep -q ORV_face_start' --limit 3 -o - | { head -c 5; cat >/dev/null; }";
     const ToolResult result = run_program({"sh", "-c", line});
     EXPECT_EQ(result.out, "<ORV ");
     EXPECT_TRUE(has(result.err, "orvlog: the limit of runs is reached\n")) << result.err;
