@@ -48,10 +48,16 @@ void look(const std::string& file)
         return;
     for (const uint64_t number : {uint64_t{0}, uint64_t{5}, uint64_t{100000}, UINT64_MAX})
     {
-        if (auto pieces = pieces_from_id(*index, number); !pieces.empty())
-            read_pieces(file, index, std::move(pieces));
-        if (auto pieces = pieces_from_line(*index, number); !pieces.empty())
-            read_pieces(file, index, std::move(pieces));
+        for (const auto& stretch :
+             {stretch_of_ids(*index, number, number), stretch_of_line(*index, number), stretch_of_byte(*index, number)})
+        {
+            if (!stretch)
+                continue;
+            read_pieces(file, index, pieces_from(*index, *stretch));
+            read_pieces(file, index, pieces_of(*index, *stretch));
+            if (index->has_pages)
+                read_pieces(file, index, pieces_of_pages(*index, 1, 1, Resources::painted, stretch));
+        }
     }
     if (index->has_pages)
         for (const Resources resources : {Resources::none, Resources::painted, Resources::all})

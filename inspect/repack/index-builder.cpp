@@ -33,34 +33,46 @@ bool may_hold_calls(const Element& element)
            element.name == "GSH_ShapeList.sl_Shape";
 }
 
+bool is_kept(const Element& element)
+{
+    return is_start(element) || std::ranges::find(kOthers, element.name) != kOthers.end();
+}
+
 }  // namespace
 
-IndexBuilder::IndexBuilder(std::function<std::string_view(uint64_t begin, uint64_t end)> text) : text_(std::move(text))
+IndexBuilder::IndexBuilder(Text text) : text_(std::move(text))
 {
     index_.ids_rise = true;
     index_.runs.push_back({});
 }
 
-bool IndexBuilder::is_kept(const Element& element)
+// What was told last ends.
+void IndexBuilder::end_last(uint64_t byte)
 {
-    return is_start(element) || std::ranges::find(kOthers, element.name) != kOthers.end();
-}
-
-void IndexBuilder::end_kept(uint64_t byte)
-{
-    if (index_.runs.back().owner == kNobody && !too_large_)
-        index_.kept += text_(kept_to_, byte);
-    kept_to_ = byte;
+    // What stands behind an element belongs to it, and so does what is wrong there.
+    if (damaged_ && *damaged_ < byte)
+        last_.owner = kNobody;
+    damaged_.reset();
+    if (too_large_)
+        return;
+    if (index_.runs.back().owner != last_.owner)
+        index_.runs.push_back({last_.owner, last_.place.byte, last_.place.line});
+    if (last_.owner == kNobody)
+    {
+        const std::optional<std::string_view> text = text_(last_.place.byte, byte);
+        index_.kept += text.value_or("");
+        too_large_ = !text;
+    }
     too_large_ = too_large_ || index_.kept.size() > kMostKept || index_.runs.size() > kMostRuns;
 }
 
-void IndexBuilder::begin_run(uint32_t owner, const reader::Place& place)
+void IndexBuilder::begin(uint32_t owner, const reader::Place& place)
 {
     if (index_.head_size == 0)
         index_.head_size = place.byte;
-    end_kept(place.byte);
-    if (index_.runs.back().owner != owner && !too_large_)
-        index_.runs.push_back({owner, place.byte, place.line});
+    const bool within = damaged_ && *damaged_ >= place.byte;
+    end_last(place.byte);
+    last_ = {within ? kNobody : owner, place};
 }
 
 void IndexBuilder::start_drawing(const Element& element)
@@ -93,13 +105,25 @@ uint32_t IndexBuilder::owner_of(const Element& element)
     if (is_kept(element))
         return kNobody;
     if (!reader::is_call_name(element.name))
-        return index_.runs.back().owner;
+        return last_.owner;
     const auto known = by_context_.find(reader::read_uint(element, "drawing_context"));
     return known != by_context_.end() ? known->second : kNobody;
 }
 
+// A call in another one draws anywhere. What it begins belongs to nobody, so that it is read with any part of the log.
+void IndexBuilder::take_nested(const Element& call)
+{
+    nested_ = true;
+    nested_page_ = nested_page_ || call.name == "ORV_face_start";
+    if (!is_start(call))
+        return;
+    by_context_.erase(reader::read_uint(call, "drawing_context"));
+    if (call.name == "ORV_resource_start")
+        by_resource_.erase(reader::read_uint(call, "resource_id"));
+}
+
 // Of the call and of calls that stand in it.
-void IndexBuilder::follow_ids(const Element& element)
+void IndexBuilder::follow_calls(const Element& element)
 {
     if (reader::is_call_name(element.name) && element.has("id"))
     {
@@ -109,18 +133,22 @@ void IndexBuilder::follow_ids(const Element& element)
     }
     for (const Element& child : reader::Children(element))
     {
-        nested_ = nested_ || reader::is_call_name(child.name);
+        if (reader::is_call_name(child.name))
+            take_nested(child);
         if (may_hold_calls(child))
-            follow_ids(child);
+            follow_calls(child);
     }
 }
 
 void IndexBuilder::add(const Element& element)
 {
-    const uint32_t owner = owner_of(element);
-    begin_run(owner, element.place);
+    nested_ = false;
     examination_.add(element);
-    follow_ids(element);
+    follow_calls(element);
+    const uint32_t owner = owner_of(element);
+    const bool apart = torn_ || element.implied_end || nested_;
+    begin(apart ? kNobody : owner, element.place);
+    torn_ = element.implied_end;
     index_.calls += reader::is_call_name(element.name) ? 1 : 0;
     if (is_start(element))
         start_drawing(element);
@@ -136,23 +164,28 @@ void IndexBuilder::add(const Element& element)
 void IndexBuilder::add(const reader::Comment& comment)
 {
     examination_.add(comment);
+    index_.warnings += comment.warning ? 1 : 0;
     if (comment.inside)
         return;
-    begin_run(comment.warning ? index_.runs.back().owner : kNobody, comment.place);
+    begin(comment.warning ? last_.owner : kNobody, comment.place);
 }
 
-void IndexBuilder::finish(uint64_t text_size, bool is_sound, const Element& root)
+void IndexBuilder::add(const reader::Damage& damage)
+{
+    if (!damaged_)
+        damaged_ = damage.place.byte;
+}
+
+void IndexBuilder::finish(uint64_t text_size, const Element& root)
 {
     if (index_.head_size == 0)
         index_.head_size = text_size;
-    // What ends the root belongs to nobody, whatever comes before it.
-    const reader::LogIndex::Run& last = index_.runs.back();
-    if (last.owner != kNobody)
-        is_sound = false;
-    end_kept(text_size);
+    // What ends the root belongs to nobody, whatever comes before it; so does the call in which a log is cut short.
+    last_.owner = kNobody;
+    end_last(text_size);
     index_.text_size = text_size;
     index_.facts = replay::facts_of(examination_.finish(true, root));
-    index_.has_pages = is_sound && !nested_ && !too_large_;
+    index_.has_pages = !nested_page_ && !too_large_;
 }
 
 }  // namespace orvlog::inspect

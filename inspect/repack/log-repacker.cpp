@@ -43,6 +43,10 @@ public:
         const auto from = static_cast<size_t>(begin - begin_);
         return std::string_view(kept_).substr(from, static_cast<size_t>(std::min(end, begin_ + kept_.size()) - begin));
     }
+    bool has(uint64_t begin) const
+    {
+        return begin >= begin_;
+    }
     uint64_t end() const
     {
         return begin_ + kept_.size();
@@ -126,7 +130,8 @@ class Repacker
 public:
     Repacker(std::istream& log, const RepackOptions& options)
         : options_(options), kept_(log),
-          builder_([this](uint64_t begin, uint64_t end) { return kept_.text(begin, end); })
+          builder_([this](uint64_t begin, uint64_t end)
+                   { return kept_.has(begin) ? std::optional(kept_.text(begin, end)) : std::nullopt; })
     {
     }
 
@@ -134,7 +139,11 @@ public:
     {
         std::istream text(&kept_);
         reader::ElementReader elements(text, reader::LogForm::log, reader::Data::skip);
-        elements.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
+        elements.on_damage = [this](const reader::Damage& damage)
+        {
+            ++outcome_.damage;
+            builder_.add(damage);
+        };
         elements.on_comment = [this](const reader::Comment& comment) { builder_.add(comment); };
         while (const Element* element = outcome_.written ? elements.next() : nullptr)
         {
@@ -151,7 +160,7 @@ public:
         outcome_.text_bytes = kept_.end();
         if (!outcome_.is_log || !outcome_.written)
             return outcome_;
-        builder_.finish(kept_.end(), outcome_.damage == 0 && outcome_.ending == reader::Ending::whole, elements.root());
+        builder_.finish(kept_.end(), elements.root());
         cut(kept_.end());
         finish();
         return outcome_;
@@ -174,7 +183,7 @@ private:
         }
         if (is_call && element.has("id") && frame_.first_id == reader::kNoNumber && !frame_.within)
             frame_.first_id = std::strtoull(std::string(element.value("id")).c_str(), nullptr, 10);
-        if (options_.dedupe && !IndexBuilder::is_kept(element))
+        if (options_.dedupe && !builder_.keeps_last())
             fold(element);
     }
 

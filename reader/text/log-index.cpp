@@ -138,6 +138,7 @@ std::string table_entries(const LogIndex& index)
 
 void put_pages(Words& words, const LogIndex& index)
 {
+    words.put_64(index.warnings);
     words.put_64(index.pages);
     words.put_64(index.drawings.size());
     for (const LogIndex::Drawing& drawing : index.drawings)
@@ -181,6 +182,7 @@ void put_frames(Words& words, const LogIndex& index)
 
 void take_pages(WordsBack& words, LogIndex& index)
 {
+    index.warnings = words.take_64();
     index.pages = static_cast<uint32_t>(words.take_64());
     index.drawings.resize(words.take_count(12));
     for (LogIndex::Drawing& drawing : index.drawings)

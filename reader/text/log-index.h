@@ -54,6 +54,7 @@ struct LogIndex
     uint64_t calls = 0;
     bool ids_rise = false;   // each paint has a higher id than those before it
     bool has_pages = false;  // what follows is there
+    uint64_t warnings = 0;   // of the logger
     uint32_t pages = 0;
     std::vector<Drawing> drawings;
     std::vector<Run> runs;        // from the text's first byte to its last

@@ -13,18 +13,28 @@ namespace
 
 using Frame = LogIndex::Frame;
 
+uint64_t end_of_run(const LogIndex& index, size_t run)
+{
+    return run + 1 < index.runs.size() ? index.runs[run + 1].byte : index.text_size;
+}
+
 // The drawings whose calls are wanted.
-std::vector<bool> wanted_drawings(const LogIndex& index, uint32_t first, uint32_t last, Resources resources)
+std::vector<bool> wanted_drawings(const LogIndex& index, uint32_t first, uint32_t last, Resources resources,
+                                  const std::optional<Stretch>& up_to)
 {
     std::vector<bool> wanted(index.drawings.size());
-    std::vector<uint32_t> open;
     for (uint32_t i = 0; i < index.drawings.size(); ++i)
     {
         const uint32_t page = index.drawings[i].page;
         wanted[i] = page == 0 ? resources == Resources::all : first <= page && page <= last;
-        if (wanted[i] && resources == Resources::painted)
-            open.push_back(i);
     }
+    for (size_t i = 0; up_to && i < index.runs.size(); ++i)
+        if (index.runs[i].owner != kNobody && index.runs[i].byte < up_to->end && end_of_run(index, i) > up_to->begin)
+            wanted[index.runs[i].owner] = true;
+    std::vector<uint32_t> open;
+    for (uint32_t i = 0; resources == Resources::painted && i < wanted.size(); ++i)
+        if (wanted[i])
+            open.push_back(i);
     while (!open.empty())
     {
         const uint32_t drawing = open.back();
@@ -39,23 +49,25 @@ std::vector<bool> wanted_drawings(const LogIndex& index, uint32_t first, uint32_
     return wanted;
 }
 
-std::vector<LogPiece> pieces_from_frame(const LogIndex& index, const Frame& frame)
+// From the last frame that begins between two calls and of which `is_before` holds, to the next such frame of which
+// `is_behind` holds.
+template <typename Before, typename Behind>
+std::optional<Stretch> find_stretch(const LogIndex& index, Before is_before, Behind is_behind)
 {
-    if (frame.byte <= index.head_size)
-        return {{0, index.text_size, 1, kNoNumber}};
-    // An index with pages has a copy of what is before the first of them.
-    const uint64_t kept = index.has_pages && index.head_size <= index.kept.size() ? 0 : kNoNumber;
-    return {{0, index.head_size, 1, kept}, {frame.byte, index.text_size, frame.line, kNoNumber}};
-}
-
-// The last frame that begins between two calls and of which `is_before` holds.
-template <typename Before> std::vector<LogPiece> pieces_from(const LogIndex& index, Before is_before)
-{
-    const Frame* found = nullptr;
+    std::optional<Stretch> found;
     for (const Frame& frame : index.frames)
-        if (!frame.within && is_before(frame))
-            found = &frame;
-    return found != nullptr ? pieces_from_frame(index, *found) : std::vector<LogPiece>();
+    {
+        if (frame.within)
+            continue;
+        if (is_before(frame))
+            found = Stretch{frame.byte, index.text_size, frame.line};
+        else if (found && is_behind(frame))
+        {
+            found->end = frame.byte;
+            break;
+        }
+    }
+    return found;
 }
 
 uint32_t word_of(const char* bytes)
@@ -68,38 +80,60 @@ uint32_t word_of(const char* bytes)
 
 }  // namespace
 
-std::vector<LogPiece> pieces_of_pages(const LogIndex& index, uint32_t first, uint32_t last, Resources resources)
+std::optional<Stretch> stretch_of_ids(const LogIndex& index, uint64_t first, uint64_t last)
 {
-    const std::vector<bool> wanted = wanted_drawings(index, first, last, resources);
+    if (!index.ids_rise)
+        return std::nullopt;
+    // Of frames in which no paint begins nothing is told.
+    return find_stretch(
+        index, [first](const Frame& frame) { return frame.first_id <= first && frame.first_id != kNoNumber; },
+        [last](const Frame& frame) { return frame.first_id > last && frame.first_id != kNoNumber; });
+}
+
+std::optional<Stretch> stretch_of_line(const LogIndex& index, uint64_t line)
+{
+    return find_stretch(
+        index, [line](const Frame& frame) { return frame.line <= line; }, [](const Frame&) { return true; });
+}
+
+std::optional<Stretch> stretch_of_byte(const LogIndex& index, uint64_t byte)
+{
+    return find_stretch(
+        index, [byte](const Frame& frame) { return frame.byte <= byte; }, [](const Frame&) { return true; });
+}
+
+std::vector<LogPiece> pieces_of_pages(const LogIndex& index, uint32_t first, uint32_t last, Resources resources,
+                                      const std::optional<Stretch>& up_to)
+{
+    const std::vector<bool> wanted = wanted_drawings(index, first, last, resources, up_to);
+    const uint64_t to = up_to ? up_to->end : index.text_size;
     std::vector<LogPiece> pieces;
     uint64_t kept = 0;
     for (size_t i = 0; i < index.runs.size(); ++i)
     {
         const LogIndex::Run& run = index.runs[i];
-        const uint64_t end = i + 1 < index.runs.size() ? index.runs[i + 1].byte : index.text_size;
-        const bool of_nobody = run.owner == kNobody;
-        if (of_nobody || wanted[run.owner])
-            pieces.push_back({run.byte, end, run.line, of_nobody ? kept : kNoNumber});
-        kept += of_nobody ? end - run.byte : 0;
+        const uint64_t end = end_of_run(index, i);
+        if (run.owner == kNobody)
+            pieces.push_back({run.byte, end, run.line, kept});
+        else if (wanted[run.owner] && run.byte < to)
+            pieces.push_back({run.byte, std::min(end, to), run.line, kNoNumber});
+        kept += run.owner == kNobody ? end - run.byte : 0;
     }
     return pieces;
 }
 
-std::vector<LogPiece> pieces_from_id(const LogIndex& index, uint64_t id)
+std::vector<LogPiece> pieces_of(const LogIndex& index, const Stretch& stretch)
 {
-    if (!index.ids_rise)
-        return {};
-    return pieces_from(index, [id](const Frame& frame) { return frame.first_id <= id; });
+    if (stretch.begin <= index.head_size)
+        return {{0, stretch.end, 1, kNoNumber}};
+    // An index with pages has a copy of what is before the first of them.
+    const uint64_t kept = index.has_pages && index.head_size <= index.kept.size() ? 0 : kNoNumber;
+    return {{0, index.head_size, 1, kept}, {stretch.begin, stretch.end, stretch.line, kNoNumber}};
 }
 
-std::vector<LogPiece> pieces_from_line(const LogIndex& index, uint64_t line)
+std::vector<LogPiece> pieces_from(const LogIndex& index, const Stretch& stretch)
 {
-    return pieces_from(index, [line](const Frame& frame) { return frame.line <= line; });
-}
-
-std::vector<LogPiece> pieces_from_byte(const LogIndex& index, uint64_t byte)
-{
-    return pieces_from(index, [byte](const Frame& frame) { return frame.byte <= byte; });
+    return pieces_of(index, {stretch.begin, index.text_size, stretch.line});
 }
 
 class LogPieces::Bytes : public std::streambuf

@@ -34,15 +34,29 @@ enum class Resources
     all
 };
 
-// The pages, counted from 1, with all that begins and ends documents, drawings and resources in the whole log, and the
-// client's comments. The index must have pages.
-std::vector<LogPiece> pieces_of_pages(const LogIndex& index, uint32_t first, uint32_t last, Resources resources);
+// Where a call begins, if it is in the log: on or behind the one frame's first call, before the other's.
+struct Stretch
+{
+    uint64_t begin = 0;
+    uint64_t end = 0;
+    uint64_t line = 1;
+};
 
-// From before the paint with this id on, the call on this line, or at this byte, to the end. Nothing if the index
-// doesn't tell where to begin.
-std::vector<LogPiece> pieces_from_id(const LogIndex& index, uint64_t id);
-std::vector<LogPiece> pieces_from_line(const LogIndex& index, uint64_t line);
-std::vector<LogPiece> pieces_from_byte(const LogIndex& index, uint64_t byte);
+// Of the paints with these ids, of the call on this line, or at this byte. Nothing if the index doesn't tell.
+std::optional<Stretch> stretch_of_ids(const LogIndex& index, uint64_t first, uint64_t last);
+std::optional<Stretch> stretch_of_line(const LogIndex& index, uint64_t line);
+std::optional<Stretch> stretch_of_byte(const LogIndex& index, uint64_t byte);
+
+// The pages, counted from 1, with all that begins and ends documents, drawings and resources in the whole log, and the
+// client's comments. The index must have pages. With `up_to` the drawings that come there, whatever they are, and all
+// only as far as its end, but for what belongs to no drawing; without pages, where `first` is above `last`, these
+// alone.
+std::vector<LogPiece> pieces_of_pages(const LogIndex& index, uint32_t first, uint32_t last, Resources resources,
+                                      const std::optional<Stretch>& up_to = std::nullopt);
+
+// The head of the log, and what stands there, to its end or to that of the log.
+std::vector<LogPiece> pieces_of(const LogIndex& index, const Stretch& stretch);
+std::vector<LogPiece> pieces_from(const LogIndex& index, const Stretch& stretch);
 
 class LogPieces : public std::istream
 {

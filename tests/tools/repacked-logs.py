@@ -4,7 +4,7 @@ rest, and what doesn't fit in an index or a table is refused with a line.
 
     repacked-logs.py ORVLOG-RECORD ORVLOG [ROUNDS]
 
-bends so many copies at random, 60 without a number."""
+bends so many copies at random, 60 without a number, and the text of a fifth as many."""
 
 import hashlib
 import os
@@ -167,6 +167,79 @@ def hold_nothing_before(scratch, text, packed):
     hold("all of it", "damaged" in err or status == 1)
 
 
+def hold_only_what_is_asked(scratch, plain, packed):
+    """What holds at a call, paints of some ids, and a replay up to a call: without what stands before the page, and
+    without what comes long behind the call."""
+    data = bytearray(read(packed))
+    _, entries = table_of(bytes(data))
+    text = read(plain)
+    listed = run("ls", plain, "--page", "3", "--columns", "call")[1].decode().split()
+    call = [found for found in listed if found.isdigit()][5]
+    place = re.search(rb'^  <ORV_[a-z_]+ id="%s"' % call.encode(), text, re.MULTILINE).start()
+    line = "line:" + str(text.count(b"\n", 0, place) + 1)
+    page = text.rindex(b"  <ORV_face_start", 0, place)
+    begin, offset, torn = 0, 0, 0
+    for size, text_size, _ in entries[:-1]:
+        if begin + text_size <= page or begin > place + (2 << 20):
+            torn += 1
+            for at in range(offset + 20, offset + size - 4):
+                data[at] ^= 0x55
+        begin, offset = begin + text_size, offset + size
+    path = write(os.path.join(scratch, "torn-elsewhere.xml.zst"), bytes(data))
+    hold("frames that aren't read", torn > 0, run("unpack", path, "-o", os.path.join(scratch, "none.xml"))[0] == 1)
+    for address in (call, line):
+        hold(f"the state at {address}", same(plain, path, "state", address), same(plain, path, "state", address, "--json"))
+    hold("paints of some ids", same(plain, path, "ls", "--id", call),
+         same(plain, path, "ls", "--id", f"{call}-{int(call) + 1}"),
+         same(plain, path, "ls", "--id", call, "--page", "3", "--json"), same(plain, path, "ls", "--id", call, "--page", "1"))
+    drawn = {}
+    for log in (plain, path):
+        folder, clip = os.path.join(scratch, "up-to"), os.path.join(scratch, "clip.png")
+        status, _, err = run("replay", log, "--pages", "3", "--up-to", call, "--png", folder)
+        drawn[log] = [status, hashes(folder), re.sub(r"\d+ calls", "", err).replace(log, ""),
+                      run("state", log, call, "--clip-png", clip)[0], read(clip)]
+    hold("a replay up to a call", drawn[plain] == drawn[path], drawn[plain][0] == 0, len(drawn[plain][1]) >= 1)
+    for words in (["state", "99999"], ["ls", "--id", "99999"], ["state", "line:3"]):
+        hold(f"{words} isn't there", same(plain, packed, *words), run(words[0], packed, *words[1:])[0] == 1)
+    nowhere = run("replay", packed, "--up-to", "99999", "--png", os.path.join(scratch, "nowhere"))
+    hold("a replay up to no call", nowhere[0] == 1, "has no paint 99999" in nowhere[2])
+
+
+def bent_text(rolls, lines):
+    """A log in which some lines are gone, others are torn, and some are anything."""
+    lines = list(lines)
+    for _ in range(rolls.choice([1, 1, 3])):
+        at = rolls.randrange(5, len(lines) - 3)
+        way = rolls.randrange(5)
+        if way == 0:
+            del lines[at:at + rolls.choice([1, 1, 100])]
+        elif way == 1:
+            lines[at] = lines[at][:len(lines[at]) // 2]
+        elif way == 2:
+            lines.insert(at, rolls.choice([b"junk", b"<a>", b"</ORV>", b"  </ORV_object_paint>", b"<!-- c -->", b"0a 0b",
+                                           b"  <ORV_face_start>", b'  <ORV_object_paint id="7" drawing_context="1">']))
+        elif way == 3:
+            lines[at], lines[at + 1] = lines[at + 1], lines[at]
+        else:
+            lines[at] = bytes([rolls.randrange(256)]) + lines[at]
+    text = b"\n".join(lines)
+    return text[:rolls.randrange(2000, len(text))] if rolls.randrange(4) == 0 else text
+
+
+def hold_pages_of_bent_logs(scratch, plain):
+    """Pages of damaged logs are told by an index, and are the same as without it."""
+    rolls = random.Random(8)
+    lines = read(plain).split(b"\n")
+    bent, packed = os.path.join(scratch, "bent.xml"), os.path.join(scratch, "bent.xml.zst")
+    for turn in range(ROUNDS // 5):
+        write(bent, bent_text(rolls, lines))
+        status, _, err = run("repack", bent, "-o", packed)
+        hold(f"text {turn}", status in (0, 1), Packed(read(packed)).flags & 2 or "can't be told apart" in err)
+        for command in (["ls", "--page", "1"], ["ls", "--page", "3"], ["ls", "--id", "100-120"], ["state", "70"],
+                        ["state", "330"], ["show", "200"], ["at", "--page", "2", "--all", "100,90"]):
+            hold(f"text {turn}: {command}", same(bent, packed, *command))
+
+
 def words_at(payload, at, size, value):
     return payload[:at] + value.to_bytes(size, "little") + payload[at + size:]
 
@@ -175,7 +248,7 @@ def hold_bent_index(scratch, plain, packed):
     """Numbers that don't fit, under right sums: refused with a line, and the text is the truth."""
     whole = Packed(read(packed))
     frames = len(whole.entries) - 1
-    pages = 32 + 33 * frames  # behind text, head, calls and frames
+    pages = 40 + 33 * frames  # behind text, head, calls, frames and warnings
     path = os.path.join(scratch, "bent.xml.zst")
     truth = run("ls", plain, "--page", "2")[1]
     hold("put together again", same(plain, write(path, whole.data()), "ls", "--page", "2"))
@@ -247,12 +320,21 @@ def hold_cut_and_damaged(scratch, plain):
     packed = os.path.join(scratch, "cut.xml.zst")
     status, _, err = run("repack", cut, "-o", packed)
     hold("a log that is cut short", status == 1, "is cut short; " in err, zstd("-d", data=read(packed)) == read(cut),
-         same(cut, packed, "show", "20"), same(cut, packed, "ls", "--page", "2"), same(cut, packed, "check"))
+         same(cut, packed, "show", "20"), same(cut, packed, "ls", "--page", "2"), same(cut, packed, "check"),
+         same(cut, packed, "state", "20"), Packed(read(packed)).flags & 2)
     bent = write(os.path.join(scratch, "bent.xml"), text.replace(b"</GPA_Path>", b"</GPA_Pth>", 1))
     status, _, err = run("repack", bent, "-o", packed)
-    hold("a log that is damaged", status == 0, "so the index has no pages" in err,
+    hold("a log that is damaged", status == 0, "is damaged in " in err, "; all of the text is in " in err,
          zstd("-d", data=read(packed)) == read(bent), same(bent, packed, "show", "60"),
-         same(bent, packed, "ls", "--page", "3"), same(bent, packed, "info") or True)
+         same(bent, packed, "ls", "--page", "3"), Packed(read(packed)).flags & 2)
+    nested = text.replace(b"    <ORV_object_paint.op>\n", b"""    <ORV_object_paint id="0" drawing_context="0">
+    </ORV_object_paint>
+    <ORV_object_paint.op>
+""", 1)
+    write(bent, nested)
+    status, _, err = run("repack", bent, "-o", packed)
+    hold("a call within a call", nested != text, status == 0, err == "", Packed(read(packed)).flags & 2,
+         same(bent, packed, "ls", "--page", "1"), same(bent, packed, "ls", "--page", "2"), same(bent, packed, "show", "60"))
     none = write(os.path.join(scratch, "none.xml"), b"<html></html>")
     gone = os.path.join(scratch, "gone.zst")
     hold("what is no log", run("repack", none, "-o", gone)[0] == 1, not os.path.exists(gone))
@@ -314,7 +396,9 @@ with tempfile.TemporaryDirectory() as scratch:
     hold_nothing_before(scratch, read(log), repacked)
     hold_bent_index(scratch, log, repacked)
     hold_foreign_ends(scratch, log, repacked)
+    hold_only_what_is_asked(scratch, log, repacked)
     hold_cut_and_damaged(scratch, log)
+    hold_pages_of_bent_logs(scratch, log)
     once = hold_dedupe(scratch, read(log))
     hold_random_bends(scratch, repacked, once)
 report.end()

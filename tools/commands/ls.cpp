@@ -148,17 +148,27 @@ int end_list(const LsOptions& options, CallList& list)
     return none.empty() ? EXIT_DONE : fail(options.log + ": " + none);
 }
 
+// What is listed of a repacked log, without the rest; null if all of it is to be read.
+std::unique_ptr<std::istream> parts_of(const LsOptions& options)
+{
+    command_line::NumberRange range;
+    if (!options.ids.empty())
+    {
+        command_line::read_ids(options.ids, &range);
+        return IndexedLog(options.log).up_to_paints(range.first, range.last);
+    }
+    if (options.pages.empty())
+        return nullptr;
+    command_line::read_pages(options.pages, &range);
+    return IndexedLog(options.log).pages(range.first, range.last, orvlog::reader::Resources::none);
+}
+
 int list_log(const LsOptions& options)
 {
     LogInput input(options.log);
     if (!input.open())
         return input.fail_to_open();
-    if (!options.pages.empty() && options.ids.empty())
-    {
-        command_line::NumberRange pages;
-        command_line::read_pages(options.pages, &pages);
-        input.read_instead(IndexedLog(options.log).pages(pages.first, pages.last, orvlog::reader::Resources::none));
-    }
+    input.read_instead(parts_of(options));
     orvlog::reader::ElementReader elements(input.stream(), orvlog::reader::LogForm::log, orvlog::reader::Data::skip);
     elements.split_nested = true;
     uint64_t damage = 0;

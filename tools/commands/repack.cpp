@@ -69,11 +69,12 @@ int say_what_lacks(const Options& options, const RepackOutcome& outcome)
         return fail(options.log + ": the coded stream is damaged; " + given);
     if (outcome.ending == Ending::cut)
         return fail(options.log + ": the log is cut short; " + given);
+    if (outcome.damage > 0)
+        say(options.log + ": is damaged in " + std::to_string(outcome.damage) + " places; all of the text is in " +
+            options.output);
     if (!outcome.has_pages)
-        say(options.log + ": " +
-            (outcome.damage > 0 ? "is damaged in " + std::to_string(outcome.damage) + " places"
-                                : std::string("its calls are not in the order of its pages")) +
-            ", so the index has no pages; all of the text is in " + options.output);
+        say(options.log + ": its pages can't be told apart, so the index has none; all of the text is in " +
+            options.output);
     return EXIT_DONE;
 }
 

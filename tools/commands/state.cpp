@@ -5,6 +5,7 @@
 #include "tools/shared/address.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
+#include "tools/shared/indexed-log.h"
 #include "tools/shared/log-again.h"
 #include "tools/shared/look.h"
 #include "tools/shared/output.h"
@@ -72,7 +73,10 @@ int draw_clip(const StateOptions& options, const CallState& state, LogAgain& log
     drawing.call = state.byte;
     drawing.dpi = options.dpi;
     if (state.call.page != 0)
+    {
         drawing.first_page = drawing.last_page = state.call.page;
+        log.keep_to_page(state.call.page);
+    }
     const orvlog::replay::LogKind kind = orvlog::replay::examine(log.from_start());
     Progress progress(log.size());
     drawing.progress = [&progress](uint64_t done) { progress.show(done); };
@@ -96,7 +100,12 @@ int draw_clip(const StateOptions& options, const CallState& state, LogAgain& log
 CallState read_state(const StateOptions& options, LogAgain& log)
 {
     Progress progress(log.size());
-    return orvlog::inspect::state_at(log.from_start(), *options.address,
+    // Warnings stand anywhere in the log, and count.
+    const IndexedLog indexed(log.path());
+    std::unique_ptr<std::istream> part;
+    if (indexed.warnings() == 0U)
+        part = indexed.up_to_call(*options.address, 1, 0, orvlog::reader::Resources::none);
+    return orvlog::inspect::state_at(part != nullptr ? *part : log.from_start(), *options.address,
                                      [&progress](uint64_t done) { progress.show(done); });
 }
 

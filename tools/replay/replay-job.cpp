@@ -73,7 +73,12 @@ std::unique_ptr<std::istream> open_pages(const ReplayOptions& options)
 {
     const bool all = options.pages.first == 1 && options.pages.last == UINT32_MAX;
     const bool draws = options.new_log.empty() && options.renderer != "none";
-    if (all || options.up_to)
+    if (options.up_to)
+        return draws ? IndexedLog(options.log)
+                           .up_to_call(*options.up_to, options.pages.first, options.pages.last,
+                                       reader::Resources::painted)
+                     : nullptr;
+    if (all)
         return nullptr;
     return IndexedLog(options.log)
         .pages(options.pages.first, options.pages.last, draws ? reader::Resources::painted : reader::Resources::all);

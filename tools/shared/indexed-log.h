@@ -7,7 +7,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace orvlog::tool
 {
@@ -24,8 +26,17 @@ public:
     std::unique_ptr<reader::LogPieces> pages(uint32_t first, uint32_t last, reader::Resources resources) const;
     // What stands from the call on, or from a little before; null likewise.
     std::unique_ptr<reader::LogPieces> from_call(const reader::CallAddress& address) const;
+    // What the drawing of the call has up to it, and perhaps some more, besides what the pages have up to it; without
+    // pages none. Null likewise, and if there is no such call.
+    std::unique_ptr<reader::LogPieces> up_to_call(const reader::CallAddress& address, uint32_t first, uint32_t last,
+                                                  reader::Resources resources) const;
+    // The same of the drawings in which paints of these ids are, if there are any.
+    std::unique_ptr<reader::LogPieces> up_to_paints(uint64_t first, uint64_t last) const;
+    // Warnings of the logger in it; nothing if the index doesn't tell.
+    std::optional<uint64_t> warnings() const;
 
 private:
+    bool has_call(const reader::CallAddress& address, const reader::Stretch& stretch) const;
     std::unique_ptr<reader::LogPieces> open(std::vector<reader::LogPiece> pieces, size_t looked_at) const;
     void refuse(const std::string& why) const;
 
