@@ -5,11 +5,12 @@
 """
 
 import sys
+from typing import Iterator, Optional, Tuple
 
 import orvlog
 
 
-def differences(one, other):
+def differences(one: str, other: str) -> Iterator[Tuple[int, Optional[int], int]]:
     """For each page the number of rows that differ, of how many; None for a page that only one log has, or that has
     another size in the other."""
     with orvlog.open(one) as first, orvlog.open(other) as second:

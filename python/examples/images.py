@@ -5,11 +5,12 @@
 """
 
 import sys
+from typing import Iterator, Optional, Tuple
 
 import orvlog
 
 
-def images(path):
+def images(path: str) -> Iterator[Tuple[int, orvlog.Image, Optional[float], Optional[float]]]:
     """Page, image, pixels of the image for each pixel of the page, and the mean of its samples, of one."""
     with orvlog.open(path) as log:
         for call in log.calls():

@@ -6,21 +6,24 @@
 
 import collections
 import sys
+from typing import Counter, DefaultDict, Tuple
 
 import orvlog
 
 
-def texts(path):
+def texts(path: str) -> Tuple[DefaultDict[int, Counter[str]], Counter[float]]:
     """For each page the texts with their count, and for each font size the characters drawn in it."""
-    pages = collections.defaultdict(collections.Counter)
-    sizes = collections.Counter()
+    pages: DefaultDict[int, Counter[str]] = collections.defaultdict(collections.Counter)
+    sizes: Counter[float] = collections.Counter()
     with orvlog.open(path) as log:
         for call in log.calls(data=False):
             if not call.text:
                 continue
             pages[call.page][call.text] += 1
             for font in call.find("GFI_FontSpec"):
-                sizes[round(font.ufs_FontSize, 2)] += len(call.text)
+                size = font.get("ufs_FontSize")
+                if isinstance(size, float):
+                    sizes[round(size, 2)] += len(call.text)
     return pages, sizes
 
 

@@ -81,7 +81,8 @@ def _numbers(element: Element, names: Any) -> List[float]:
     numbers: List[float] = []
     for name in names:
         value = element.get(name, 0.0)
-        numbers += [float(one) for one in (value if isinstance(value, tuple) else (value,)) if not isinstance(one, str)]
+        numbers += [float(one) for one in (value if isinstance(value, tuple) else (value,))
+                    if isinstance(one, (int, float))]
     return numbers
 
 
