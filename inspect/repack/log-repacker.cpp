@@ -2,6 +2,7 @@
 
 #include "inspect/repack/data-runs.h"
 #include "inspect/repack/index-builder.h"
+#include "inspect/repack/passing-text.h"
 #include "reader/text/log-frames.h"
 #include "reader/text/log-repeats.h"
 
@@ -13,7 +14,6 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
-#include <streambuf>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -31,54 +31,6 @@ constexpr size_t kFrameText = size_t{1} << 20;
 constexpr size_t kPageText = size_t{1} << 18;  // a page doesn't begin a frame if the one before would be shorter
 constexpr size_t kMostText = size_t{1} << 23;  // of a frame; a longer call takes several
 constexpr size_t kMostRepeated = size_t{1} << 20;
-
-// The text of a log, kept until it is dropped.
-class KeptText : public std::streambuf
-{
-public:
-    explicit KeptText(std::istream& source) : input_(source), block_(size_t{1} << 18) {}
-
-    std::string_view text(uint64_t begin, uint64_t end) const
-    {
-        const auto from = static_cast<size_t>(begin - begin_);
-        return std::string_view(kept_).substr(from, static_cast<size_t>(std::min(end, begin_ + kept_.size()) - begin));
-    }
-    bool has(uint64_t begin) const
-    {
-        return begin >= begin_;
-    }
-    uint64_t end() const
-    {
-        return begin_ + kept_.size();
-    }
-    // What stands before `begin`. Text moves when much has come together, so that each byte moves but once or twice.
-    void drop(uint64_t begin)
-    {
-        const auto count = static_cast<size_t>(begin - begin_);
-        if (count < kept_.size() / 2 && count < kMostText)
-            return;
-        kept_.erase(0, count);
-        begin_ = begin;
-    }
-    const reader::CodedInput& input() const
-    {
-        return input_;
-    }
-
-private:
-    int_type underflow() override
-    {
-        const size_t count = input_.read(block_.data(), block_.size());
-        kept_.append(block_.data(), count);
-        setg(block_.data(), block_.data(), block_.data() + count);
-        return count == 0 ? traits_type::eof() : traits_type::to_int_type(*gptr());
-    }
-
-    reader::CodedInput input_;
-    std::vector<char> block_;
-    std::string kept_;
-    uint64_t begin_ = 0;
-};
 
 // Frames of data that may come again, outside memory.
 class Copies
@@ -130,8 +82,7 @@ class Repacker
 public:
     Repacker(std::istream& log, const RepackOptions& options)
         : options_(options), kept_(log),
-          builder_([this](uint64_t begin, uint64_t end)
-                   { return kept_.has(begin) ? std::optional(kept_.text(begin, end)) : std::nullopt; })
+          builder_([this](uint64_t begin, uint64_t end) { return kept_.find(begin, end); })
     {
     }
 
@@ -151,10 +102,7 @@ public:
             if (options_.progress)
                 options_.progress(kept_.input().bytes_used());
         }
-        std::vector<char> rest(kMostText / 64);
-        while (text.rdbuf()->sgetn(rest.data(), static_cast<std::streamsize>(rest.size())) > 0)
-        {
-        }
+        kept_.read_rest();
         outcome_.is_log = elements.events().is_log();
         outcome_.ending = kept_.input().ending();
         outcome_.text_bytes = kept_.end();
@@ -173,23 +121,25 @@ private:
         const bool page = element.name == "ORV_face_start";
         const bool torn = frame_.within && begin - cut_ >= kPageText / 4;
         const bool ends = begin - cut_ >= (page ? kPageText : kFrameText) || torn;
+        calls_ = builder_.index().calls;
         builder_.add(element);
         const LogIndex& index = builder_.index();
         const bool is_call = reader::is_call_name(element.name);
         if (ends || begin == cut_)
         {
             cut(begin);
-            begin_frame(index.calls - (is_call ? 1 : 0), false);
+            begin_frame(false);
         }
+        calls_ = index.calls;
         if (is_call && element.has("id") && frame_.first_id == reader::kNoNumber && !frame_.within)
             frame_.first_id = std::strtoull(std::string(element.value("id")).c_str(), nullptr, 10);
         if (options_.dedupe && !builder_.keeps_last())
             fold(element);
     }
 
-    void begin_frame(uint64_t calls, bool within)
+    void begin_frame(bool within)
     {
-        frame_.calls = calls;
+        frame_.calls = calls_;
         frame_.within = within;
         frame_.first_id = reader::kNoNumber;
     }
@@ -201,13 +151,13 @@ private:
         for (const DataRun& run : data_runs(element, text))
         {
             cut(run.begin);
-            begin_frame(builder_.index().calls, true);
+            begin_frame(true);
             const auto known = known_.find(run.hash);
             if (known != known_.end())
                 put_repeat(known->second, run.end);
             else
                 put_first(run);
-            begin_frame(builder_.index().calls, true);
+            begin_frame(true);
         }
     }
 
@@ -244,7 +194,7 @@ private:
         {
             const std::string_view text = kept_.text(cut_, std::min(end, cut_ + kMostText));
             put_frame(reader::compressed_frame(text, options_.level), text, false);
-            begin_frame(builder_.index().calls, true);
+            begin_frame(true);
         }
     }
 
@@ -282,11 +232,12 @@ private:
     }
 
     const RepackOptions& options_;
-    KeptText kept_;
+    PassingText kept_;
     IndexBuilder builder_;
     RepackOutcome outcome_;
     LogIndex::Frame frame_;  // that is being filled
     uint64_t cut_ = 0;       // text up to there is in frames
+    uint64_t calls_ = 0;     // that begin before what is being put into frames ends
     std::map<uint64_t, Known> known_;
     Copies copies_;
 };

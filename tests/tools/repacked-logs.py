@@ -284,6 +284,37 @@ def hold_bent_index(scratch, plain, packed):
              run("unpack", path, "-o", "-")[:2] == (0, read(plain)))
 
 
+def hold_wrong_index(scratch, plain, packed):
+    """Numbers that fit one another, and not the text: `check` says what is wrong, and nothing of a right one."""
+    whole = Packed(read(packed))
+    frames = len(whole.entries) - 1
+    path = os.path.join(scratch, "wrong.xml.zst")
+    hold("a right index", run("check", packed)[:2] == run("check", plain)[:2], run("check", packed)[0] == 0)
+    payload = whole.payload
+    last = 32 + 33 * (frames - 1)
+    kept = payload.rindex(b"<ORV_document_finish")
+    number = lambda at, size=8: int.from_bytes(payload[at:at + size], "little")
+    wrongs = {
+        "the size of the head": words_at(payload, 8, 8, number(8) - 1),
+        "the count of all calls": words_at(payload, 16, 8, number(16) + 1),
+        f"the line of frame {frames}": words_at(payload, last, 8, number(last) + 1),
+        f"the count of calls of frame {frames}": words_at(payload, last + 8, 8, number(last + 8) + 1),
+        f"the first paint of frame {frames}": words_at(payload, last + 16, 8, number(last + 16) + 1),
+        f"the mark of a call that goes on of frame {frames}": words_at(payload, last + 32, 1, number(last + 32, 1) ^ 1),
+        "the count of warnings": words_at(payload, 32 + 33 * frames, 8, number(32 + 33 * frames) + 1),
+        "the copy": payload[:kept + 4] + b"X" + payload[kept + 5:],
+        "what a replay has to know": words_at(payload, payload.rindex(b"<ORV ") - 16, 8, 7),
+    }
+    for what, bent in wrongs.items():
+        write(path, whole.data(bent))
+        status, out, err = run("check", path)
+        line = f"line 1: the index is wrong: {what} is another one in the text".encode()
+        hold(f"wrong: {what}", status == 1, out.splitlines() == [line], err == "")
+    write(path, whole.data(version=2))
+    status, out, _ = run("check", path)
+    hold("an index of another version", status == 1, out == b"line 1: the index is of a version that is not known\n")
+
+
 def hold_foreign_ends(scratch, plain, packed):
     data = read(packed)
     path = os.path.join(scratch, "ends.xml.zst")
@@ -383,6 +414,7 @@ def hold_dedupe(scratch, text):
          run("unpack", deduped, "-o", "-") == (0, log, ""), len(zstd("-d", data=data)) < len(log),
          same(plain, deduped, "ls"), same(plain, deduped, "ls", "--page", "3"), same(plain, deduped, "show", "line:900"))
     hold("repeats through a pipe", run("unpack", "-", "-o", "-", data=data) == (0, log, ""))
+    hold("an index of repeats", same(plain, deduped, "check"), same(plain, packed, "check"))
     return deduped
 
 
@@ -395,6 +427,7 @@ with tempfile.TemporaryDirectory() as scratch:
         hold_looks(scratch, mode, log, repacked)
     hold_nothing_before(scratch, read(log), repacked)
     hold_bent_index(scratch, log, repacked)
+    hold_wrong_index(scratch, log, repacked)
     hold_foreign_ends(scratch, log, repacked)
     hold_only_what_is_asked(scratch, log, repacked)
     hold_cut_and_damaged(scratch, log)

@@ -1,13 +1,17 @@
 // orvlog check: whether a log holds together.
 
+#include "inspect/repack/index-check.h"
 #include "reader/check/log-check.h"
 #include "reader/text/log-files.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/look.h"
 
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -128,6 +132,21 @@ private:
     bool first_ = true;
 };
 
+// What is wrong with the index of a repacked log.
+std::vector<std::string> faults_of_index(const std::string& log)
+{
+    std::error_code none;
+    if (log == "-" || !std::filesystem::is_regular_file(log, none))
+        return {};
+    std::ifstream file(log, std::ios::binary);
+    std::string why;
+    const std::optional<orvlog::reader::LogIndex> index = orvlog::reader::read_log_index(file, why);
+    if (!index)
+        return why.empty() ? std::vector<std::string>() : std::vector<std::string>{why};
+    const std::unique_ptr<std::istream> text = orvlog::reader::open_log(log);
+    return text != nullptr ? orvlog::inspect::check_index(*text, *index) : std::vector<std::string>();
+}
+
 int check(const CheckCommand& command)
 {
     const orvlog::reader::LogFiles files(command.log, command.folders);
@@ -146,8 +165,11 @@ int check(const CheckCommand& command)
     const CheckOutcome outcome = orvlog::reader::check_log(input.stream(), options);
     if (!outcome.is_log)
         return input.fail_as_no_log();
+    const std::vector<std::string> faults = faults_of_index(command.log);
+    for (const std::string& fault : faults)
+        findings.add({{0, 1}, fault});
     findings.finish();
-    const bool good = outcome.errors == 0 && (!command.strict || outcome.notes == 0);
+    const bool good = outcome.errors == 0 && faults.empty() && (!command.strict || outcome.notes == 0);
     return finish_output(good ? EXIT_DONE : EXIT_FAILED);
 }
 
@@ -162,14 +184,16 @@ Run declare_check(CLI::App& app)
     app.add_flag("--strict", command->strict, "fail for notes, too");
     app.add_flag("--all", command->all, "write each finding, however many there are of its kind");
     app.add_flag("--json", command->json, "write an array of objects instead");
-    app.footer("Writes a line for each finding: damaged text, numbers out of order, documents, drawings, groups and "
-               "resources that are not begun or not ended, engines, images and tickets that are not known, images and "
-               "buffers with too few bytes, and files beside the log that are missing, too short, or not to be read. "
-               "A finding that a sound log may have, too, is a note: numbers that are not finite, empty clips, images "
-               "and tickets that their client ended early, paints without effect or far beyond their page, and groups "
-               "that nothing is drawn into. Of findings that differ by nothing but numbers the first "
-               "ten are written, and behind all others how many more there are.\n\nThe exit status is 0 if there is "
-               "no error, and 1 if there is one, or if it is no log.");
+    app.footer(
+        "Writes a line for each finding: damaged text, numbers out of order, documents, drawings, groups and "
+        "resources that are not begun or not ended, engines, images and tickets that are not known, images and "
+        "buffers with too few bytes, files beside the log that are missing, too short, or not to be read, and the "
+        "index of a repacked log if it isn't that of its text. "
+        "A finding that a sound log may have, too, is a note: numbers that are not finite, empty clips, images "
+        "and tickets that their client ended early, paints without effect or far beyond their page, and groups "
+        "that nothing is drawn into. Of findings that differ by nothing but numbers the first "
+        "ten are written, and behind all others how many more there are.\n\nThe exit status is 0 if there is "
+        "no error, and 1 if there is one, or if it is no log.");
     return [command] { return check(*command); };
 }
 
