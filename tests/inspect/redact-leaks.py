@@ -36,6 +36,8 @@ def run(*words, status=0):
 class Parts:
     """What a log has of its document, told apart without the program under test."""
 
+    words = set()               # names of elements, attributes and values in all logs
+
     def __init__(self):
         self.texts = set()      # values of gsp_TextPtr
         self.outlines = set()   # lines with the points of glyphs
@@ -43,7 +45,6 @@ class Parts:
         self.images = []        # bytes
         self.bitmaps = []
         self.profiles = []
-        self.words = set()      # names of elements, attributes and values
 
     def add(self, text):
         self.levels = []
