@@ -58,10 +58,8 @@ private:
         std::error_code failed;
         for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
              file.increment(failed))
-        {
             if (const std::optional<PageName> name = page_name(file->path()))
                 found[name->stem][name->number] = file->path().string();
-        }
         if (failed)
             return options_.pictures + ": " + failed.message();
         const auto own = found.find(stem_);

@@ -227,7 +227,7 @@ TEST_F(BrokenOff, MinimiseGivesItsCommandNoInputAndEndsWhatItLeavesRunning)
     const std::string out = folder.path("least.xml");
     const std::string pids = folder.path("pids");
     start({"minimise", kLog, "--while", "cat >/dev/null; sleep 1000 & echo $! >>'" + pids + "'; grep -q ORV_face_start",
-           "--limit", "3", "-o", out});
+           "--limit", "3", "--jobs", "1", "-o", out});
     EXPECT_EQ(status_after(0), 0) << read_file(folder.path("out"));
     EXPECT_EQ(std::ranges::count(read_file(pids), '\n'), 4);
     wait_until([this] { return have_ended("pids"); });
