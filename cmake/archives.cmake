@@ -62,6 +62,21 @@ if(DEFINED ORVLOG_PYTHON_MINOR)
     math(EXPR next "${ORVLOG_PYTHON_MINOR} + 1")
     set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.${ORVLOG_PYTHON_MINOR}), python3 (<< 3.${next})")
 endif()
+# What Python compiles beside the package goes with it.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/python/postinst "#!/bin/sh
+set -e
+if command -v py3compile >/dev/null 2>&1; then
+    py3compile -p python3-orvlog
+fi
+")
+file(WRITE ${PROJECT_BINARY_DIR}/debian/python/prerm "#!/bin/sh
+set -e
+if command -v py3clean >/dev/null 2>&1; then
+    py3clean -p python3-orvlog
+fi
+")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_BINARY_DIR}/debian/python/postinst ${PROJECT_BINARY_DIR}/debian/python/prerm)
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "logs of a drawing interface, package for Python
 Reads the logs of the drawing interface: pages, calls, images and paths as
 objects, and pages drawn again.")
