@@ -109,7 +109,7 @@ private:
         auto rows = std::make_unique<StagedRows>();
         const std::unique_ptr<RowWriter> writer = store_.writer(*rows);
         const RowsOutcome outcome = write_log_rows(*log, key, input.origin, plan_.options, *writer, {});
-        result.kind = ExportResult::Kind::changed;
+        result.kind = outcome.is_log ? ExportResult::Kind::changed : ExportResult::Kind::no_log;
         if (!outcome.is_log || outcome.text_bytes != key.text_bytes)
             return staged;
         result.kind = ExportResult::Kind::added;

@@ -18,7 +18,7 @@ namespace orvlog::inspect
 // What a log is, from its text: the same for one log in all its forms.
 struct LogKey
 {
-    bool is_log = false;
+    bool is_log = false;  // as far as its first bytes tell; of a file cut short in these it shows when it is read
     bool is_whole = false;
     std::string key;  // 32 digits of the SHA-256 of the text
     uint64_t text_bytes = 0;

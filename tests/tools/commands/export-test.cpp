@@ -208,9 +208,12 @@ TEST(ToolExport, NamesWhatItCannotExportAndGoesOn)
     const ScratchFolder folder;
     const std::string log = folder.write("job.xml", small_log());
     const std::string other = folder.write("other.xml", "<html></html>\n");
-    const ToolResult result = run_tool({"export", other, folder.path("none.xml"), log, "--jsonl", folder.path("t")});
+    const ToolResult result = run_tool({"export", other, folder.path("none.xml"), folder.write("empty.xml", ""),
+                                        folder.write("begin.xml", "<OR"), log, "--jsonl", folder.path("t")});
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(has(result.err, "other.xml: not a log\n")) << result.err;
+    EXPECT_TRUE(has(result.err, "empty.xml: not a log\n")) << result.err;
+    EXPECT_TRUE(has(result.err, "begin.xml: not a log\n")) << result.err;
     EXPECT_TRUE(has(result.err, "none.xml: No such file or directory\n")) << result.err;
     EXPECT_EQ(result.out, "1 log exported, 13 rows\n");
     EXPECT_EQ(run_tool({"export", log}).status, 2);
