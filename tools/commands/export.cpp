@@ -6,6 +6,7 @@
 #include "inspect/export/table-folder.h"
 #include "tools/shared/command.h"
 #include "tools/shared/compression-word.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/log-again.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
@@ -128,6 +129,8 @@ int export_logs(const ExportCommand& command)
         fail("export: --compress is for --jsonl");
         return EXIT_BAD_USE;
     }
+    if (is_left_out(command.compression))
+        return left_out("Zstandard", "--compress zstd");
     const std::unique_ptr<orvlog::inspect::TableStore> store = make_store(command);
     std::mutex one_at_a_time;
     std::vector<orvlog::inspect::ExportInput> inputs;
