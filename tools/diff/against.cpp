@@ -9,10 +9,10 @@
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <system_error>
 
 namespace orvlog::tool
@@ -25,39 +25,6 @@ namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 using orvlog::inspect::PixelArea;
 using orvlog::inspect::PixelCopy;
-
-// "STEM-NUMBER.png"; false for other names.
-bool take_apart(const fs::path& file, std::string* stem, uint32_t* number)
-{
-    const std::string name = file.stem().string();
-    const size_t dash = name.rfind('-');
-    const bool digits = dash != std::string::npos && name.size() - dash >= 4 && name.size() - dash <= 10 &&
-                        std::all_of(name.begin() + static_cast<std::ptrdiff_t>(dash) + 1, name.end(),
-                                    [](char c) { return c >= '0' && c <= '9'; });
-    if (file.extension() != ".png" || !digits)
-        return false;
-    *stem = name.substr(0, dash);
-    *number = static_cast<uint32_t>(std::stoul(name.substr(dash + 1)));
-    return true;
-}
-
-PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
-{
-    PixelArea area;
-    for (int y = 0; y < std::max(a.height, b.height); ++y)
-    {
-        for (int x = 0; x < std::max(a.width, b.width); ++x)
-        {
-            if (!orvlog::inspect::differ(a.at(x, y), b.at(x, y), tolerance))
-                continue;
-            if (area.pixels++ == 0)
-                area.box = {x, y, x + 1, y + 1};
-            area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),
-                        std::max(area.box.y1, y + 1)};
-        }
-    }
-    return area;
-}
 
 class Against
 {
@@ -92,10 +59,8 @@ private:
         for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
              file.increment(failed))
         {
-            std::string stem;
-            uint32_t number = 0;
-            if (take_apart(file->path(), &stem, &number))
-                found[stem][number] = file->path().string();
+            if (const std::optional<PageName> name = page_name(file->path()))
+                found[name->stem][name->number] = file->path().string();
         }
         if (failed)
             return options_.pictures + ": " + failed.message();
@@ -144,7 +109,7 @@ private:
             return tell(number_, file->second + " can't be read", nullptr);
         const PixelCopy a = orvlog::inspect::picture_of(page);
         const PixelCopy b = orvlog::inspect::picture_of(given);
-        const PixelArea area = area_between(a, b, options_.tolerance);
+        const PixelArea area = orvlog::inspect::area_between(a, b, options_.tolerance);
         std::string what = area_text(area) + " differ from " + file->second;
         if (a.width != b.width || a.height != b.height)
             what += ", which has another size";

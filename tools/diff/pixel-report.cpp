@@ -66,6 +66,19 @@ std::string page_stem(const std::string& log)
     return name.stem().string();
 }
 
+std::optional<PageName> page_name(const fs::path& file)
+{
+    constexpr size_t kMostDigits = 9;
+    const std::string name = file.stem().string();
+    const size_t dash = name.rfind('-');
+    const std::string digits = dash != std::string::npos ? name.substr(dash + 1) : "";
+    const bool good = file.extension() == ".png" && digits.size() >= 3 && digits.size() <= kMostDigits &&
+                      digits.find_first_not_of("0123456789") == std::string::npos;
+    if (!good)
+        return std::nullopt;
+    return PageName{name.substr(0, dash), static_cast<uint32_t>(std::stoul(digits))};
+}
+
 std::string area_text(const PixelArea& area)
 {
     std::string text = std::to_string(area.pixels) + (area.pixels == 1 ? " pixel" : " pixels");

@@ -24,6 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr int kDoesNotReplay = 125;
 constexpr size_t kKeySize = 32;
+constexpr long kLookAgain = 200;  // milliseconds
 
 // Two hashes of 64 bits, side by side: what was tried once is not tried again.
 std::string hash_of(const std::string& text)
@@ -65,11 +66,6 @@ std::string command_line(const std::string& command, const std::string& path)
     return result;
 }
 
-bool is_before(const timespec& one, const timespec& other)
-{
-    return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
-}
-
 // What is thrown here would end the command's own work, in the new process: it would take the folders away.
 bool replays(const std::string& log) noexcept
 {
@@ -83,35 +79,14 @@ bool replays(const std::string& log) noexcept
     }
 }
 
-timespec now()
-{
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return time;
-}
-
 }  // namespace
 
-// The signals that end the work are waited for, but for those that are ignored.
-TrialRunner::TrialRunner(TrialOptions options) : options_(std::move(options))
-{
-    sigemptyset(&waited_);
-    sigaddset(&waited_, SIGCHLD);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-    {
-        struct sigaction known = {};
-        sigaction(signal, nullptr, &known);
-        if (known.sa_handler != SIG_IGN)
-            sigaddset(&waited_, signal);
-    }
-    sigprocmask(SIG_BLOCK, &waited_, &before_);
-}
+TrialRunner::TrialRunner(TrialOptions options) : options_(std::move(options)) {}
 
 TrialRunner::~TrialRunner()
 {
     if (state_ != nullptr)
         std::fclose(state_);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 // With a sum, so that a line that was changed or broken off isn't believed.
@@ -197,9 +172,7 @@ void TrialRunner::become_command(const std::string& log, const std::string& path
     setpgid(0, 0);
     if (!replays(log))
         _exit(kDoesNotReplay);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_DFL);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    signals_.give_back();
     const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
     dup2(nothing, STDOUT_FILENO);
@@ -226,8 +199,7 @@ bool TrialRunner::start(const std::string& log, Trial& trial, bool show_errors)
         return false;
     }
     std::fflush(nullptr);
-    trial.due = now();
-    trial.due.tv_sec += options_.timeout > 0 ? static_cast<time_t>(options_.timeout) : 1 << 30;
+    trial.due = options_.timeout > 0 ? Clock::now() + std::chrono::seconds(options_.timeout) : Clock::time_point::max();
     trial.process = fork();
     if (trial.process == 0)
         become_command(log, path, show_errors);
@@ -248,7 +220,7 @@ bool TrialRunner::collect(Trial& trial)
         return true;
     int status = 0;
     const pid_t ended = waitpid(trial.process, &status, WNOHANG);
-    if (ended == 0 && (options_.timeout == 0 || is_before(now(), trial.due)))
+    if (ended == 0 && Clock::now() < trial.due)
         return false;
     if (ended == 0)
         stop(trial);
@@ -277,7 +249,7 @@ void TrialRunner::stop(Trial& trial)
 // Until the first good one is known: all before it have failed.
 void TrialRunner::wait(std::vector<Trial>& trials)
 {
-    while (signal_ == 0)
+    while (signals_.received() == 0)
     {
         bool waits = false;
         for (Trial& trial : trials)
@@ -288,10 +260,7 @@ void TrialRunner::wait(std::vector<Trial>& trials)
         }
         if (!waits)
             break;
-        const timespec most{0, 200'000'000};
-        const int signal = sigtimedwait(&waited_, nullptr, &most);
-        if (signal > 0 && signal != SIGCHLD)
-            signal_ = signal;
+        signals_.wait(kLookAgain);
     }
     for (Trial& trial : trials)
         stop(trial);
@@ -323,7 +292,7 @@ std::optional<size_t> TrialRunner::first_good(const std::vector<std::string>& lo
     }
     trials.resize(count);
     wait(trials);
-    if (signal_ != 0)
+    if (signals_.received() != 0)
         return std::nullopt;
     for (size_t i = 0; i < trials.size(); ++i)
     {
@@ -347,7 +316,7 @@ int TrialRunner::run_first(const std::string& log)
     if (!start(log, trials[0], true))
         return EXIT_FAILED;
     wait(trials);
-    if (signal_ == 0)
+    if (signals_.received() == 0)
         remember(key, trials[0].status == 0);
     return trials[0].status;
 }
