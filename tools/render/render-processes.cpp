@@ -1,5 +1,6 @@
 #include "tools/render/render-processes.h"
 
+#include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
 
 #include <algorithm>
@@ -51,6 +52,7 @@ void RenderProcesses::become(const RenderJob& job) const
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);
     execv("/proc/self/exe", words.data());
+    execv(name_of_start(), words.data());
     _exit(127);
 }
 
