@@ -2,12 +2,12 @@
 
 #include "clients/replay/replay.h"
 #include "inspect/drawing/glyph-form.h"
-#include "inspect/pixels/pictures.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/diff/pixel-report.h"
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
+#include "tools/shared/picture-file.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -58,10 +58,8 @@ private:
         std::error_code failed;
         for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
              file.increment(failed))
-        {
             if (const std::optional<PageName> name = page_name(file->path()))
                 found[name->stem][name->number] = file->path().string();
-        }
         if (failed)
             return options_.pictures + ": " + failed.message();
         const auto own = found.find(stem_);
@@ -126,12 +124,8 @@ private:
         char number[16];
         std::snprintf(number, sizeof number, "-%03u", number_);
         const std::string name = (fs::path(options_.marked) / (stem_ + number)).string();
-        const bool good = orvlog::inspect::write_picture(a, name + "-a.png") &&
-                          orvlog::inspect::write_picture(b, name + "-b.png") &&
-                          orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, options_.tolerance),
-                                                         name + "-marked.png");
-        if (!good)
-            lacks_.push_back(name + "-a.png and the like can't be written");
+        if (const std::string why = write_pictures(a, b, options_.tolerance, name); !why.empty())
+            lacks_.push_back(why);
     }
 
     void tell(uint32_t page, const std::string& what, const PixelArea* area)

@@ -1,6 +1,6 @@
 #include "tools/diff/pixel-report.h"
 
-#include "inspect/pixels/pictures.h"
+#include "tools/shared/picture-file.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -106,17 +106,14 @@ std::string PixelReport::write(const std::string& name, const PixelCopy& a, cons
     fs::create_directories(folder_, failed);
     if (failed)
         return folder_ + ": " + failed.message();
-    const auto picture = [&](const char* which, const PixelCopy& pixels)
-    {
-        const std::string file = (fs::path(folder_) / (name + which + ".png")).string();
-        if (!pixels.pixels.empty())
-            names.push_back(file);
-        return orvlog::inspect::write_picture(pixels, file) ? std::string() : file + ": can't be written";
-    };
-    std::string why = picture("-a", a);
-    if (why.empty())
-        why = picture("-b", b);
-    return why.empty() ? picture("-marked", orvlog::inspect::marked_picture(a, b, 0)) : why;
+    const std::string prefix = (fs::path(folder_) / name).string();
+    if (!a.pixels.empty())
+        names.push_back(prefix + "-a.png");
+    if (!b.pixels.empty())
+        names.push_back(prefix + "-b.png");
+    if (!names.empty())
+        names.push_back(prefix + "-marked.png");
+    return write_pictures(a, b, 0, prefix);
 }
 
 std::string PixelReport::add(const PageDifference& page)

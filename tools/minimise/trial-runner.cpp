@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -114,6 +116,32 @@ bool TrialRunner::read_state()
     return true;
 }
 
+// Of two that would write to the same place the second gives way. The first takes the file away in the end: the second
+// is not to wait at one that is gone.
+bool TrialRunner::lock_state()
+{
+    struct stat held = {};
+    struct stat named = {};
+    do
+    {
+        if (state_ != nullptr)
+            std::fclose(state_);
+        state_ = std::fopen(options_.state.c_str(), "abe");
+        if (state_ == nullptr)
+        {
+            why_ = options_.state + ": " + std::strerror(errno);
+            return false;
+        }
+        if (flock(fileno(state_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        {
+            why_ = options_.state + ": another orvlog minimise is at work on it";
+            return false;
+        }
+    } while (fstat(fileno(state_), &held) == 0 &&
+             (stat(options_.state.c_str(), &named) != 0 || held.st_ino != named.st_ino));
+    return true;
+}
+
 bool TrialRunner::open(const std::string& log)
 {
     if (options_.state.empty())
@@ -127,15 +155,9 @@ bool TrialRunner::open(const std::string& log)
         why_ = options_.state + ": is no ordinary file";
         return false;
     }
-    if (!read_state())
+    if (!lock_state() || !read_state())
         return false;
-    const bool fresh = !fs::exists(status) || fs::file_size(options_.state) == 0;
-    state_ = std::fopen(options_.state.c_str(), "ab");
-    if (state_ == nullptr)
-    {
-        why_ = options_.state + ": " + std::strerror(errno);
-        return false;
-    }
+    const bool fresh = fs::file_size(options_.state, none) == 0;
     // A line that was broken off is none.
     std::fputs(fresh ? (header_ + "\n").c_str() : "\n", state_);
     std::fflush(state_);

@@ -88,6 +88,7 @@ private:
     [[noreturn]] void become_command(const std::string& log, const std::string& path, bool show_errors) const;
     void remember(const std::string& key, bool good);
     std::string line_of(const std::string& key, bool good) const;
+    bool lock_state();
     bool read_state();
 
     TrialOptions options_;

@@ -1,8 +1,8 @@
 #include "tools/render/page-folders.h"
 
-#include "inspect/pixels/pictures.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/diff/pixel-report.h"
+#include "tools/shared/picture-file.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -96,10 +96,7 @@ bool write_pictures(const PageFolders& folders, const PageFault& fault, const st
     const PixelCopy b = picture(folders.b.at(fault.page));
     char number[16];
     std::snprintf(number, sizeof number, "-%03u", fault.page);
-    const std::string name = prefix + number;
-    return orvlog::inspect::write_picture(a, name + "-a.png") && orvlog::inspect::write_picture(b, name + "-b.png") &&
-           orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, folders.tolerance),
-                                          name + "-marked.png");
+    return write_pictures(a, b, folders.tolerance, prefix + number).empty();
 }
 
 }  // namespace orvlog::tool
