@@ -16,6 +16,7 @@ import subprocess
 import sys
 import tarfile
 import tempfile
+import zipfile
 
 import check
 
@@ -24,6 +25,21 @@ quick = sys.argv[4:] == ["--quick"]
 BASELINE = os.path.join(check.ROOT, "tests/package/orvlog.abi")
 report = check.Report()
 skipped = 0
+# What each package is to hold at least, by the beginning of its name.
+CONTENTS = {
+    "orvlog_": ["usr/bin/orvlog", "usr/libexec/orvlog/orvlog-record", "usr/share/man/man1/orvlog.1.gz",
+                "usr/share/man/man1/orvlog-record.1.gz", "usr/share/bash-completion/completions/orvlog",
+                "usr/share/doc/orvlog/copyright", "usr/share/doc/orvlog/changelog.gz"],
+    "python3-orvlog_": ["usr/lib/python3/dist-packages/orvlog/__init__.py", "usr/share/doc/python3-orvlog/copyright"],
+    "liborvlog1_": ["usr/lib/x86_64-linux-gnu/liborvlog.so.1", "usr/share/doc/liborvlog1/copyright"],
+    "liborvlog-dev_": ["usr/lib/x86_64-linux-gnu/liborvlog.so", "usr/lib/x86_64-linux-gnu/liborvlog-static.a",
+                       "usr/lib/x86_64-linux-gnu/pkgconfig/orvlog.pc",
+                       "usr/lib/x86_64-linux-gnu/cmake/orvlog/orvlog-config.cmake",
+                       "usr/include/orvlog/orvlog-host.h", "usr/include/orvlog/orvlog/interface/orvlog.h",
+                       "usr/share/doc/liborvlog-dev/orvlog.html"],
+    "orvlog-1": ["bin/orvlog.dll", "lib/liborvlog.dll.a", "lib/orvlog.lib", "include/orvlog/orvlog-host.h",
+                 "docs/orvlog.html", "README.md", "LICENSE", "CHANGELOG.md"],
+}
 
 
 def run(*command, **more):
@@ -48,6 +64,24 @@ def packaged(root, folder):
     return sorted(os.listdir(folder)) if os.path.isdir(folder) else []
 
 
+def names_within(package):
+    if package.endswith(".zip"):
+        with zipfile.ZipFile(package) as archive:
+            return {name.partition("/")[2] for name in archive.namelist()}
+    listed = run("dpkg-deb", "--contents", package)[1].splitlines()
+    return {line.split(" ./", 1)[1].split(" -> ")[0] for line in listed if " ./" in line}
+
+
+def hold_contents(package):
+    name = os.path.basename(package)
+    there = names_within(package)
+    for beginning, wanted in CONTENTS.items():
+        if name.startswith(beginning):
+            report.hold(name, [f"{path} isn't in it" for path in wanted if path not in there])
+            return
+    report.hold(name, ["it isn't known what this is to hold"])
+
+
 def built_twice(work):
     """Packages the project and, in another folder and with another umask, what its archive of sources holds."""
     first, second = os.path.join(work, "first"), os.path.join(work, "second")
@@ -64,6 +98,9 @@ def built_twice(work):
         same = os.path.isfile(os.path.join(second, name)) and filecmp.cmp(
             os.path.join(first, name), os.path.join(second, name), shallow=False)
         report.hold(name, [] if same else ["another build gives other bytes"])
+    for name in names:
+        if name.endswith((".deb", ".zip")):
+            hold_contents(os.path.join(first, name))
     return [os.path.join(first, name) for name in names if name.endswith(".deb")]
 
 
@@ -83,12 +120,8 @@ def commands_packages(work):
     for package, again in zip(first, second):
         same = filecmp.cmp(package, again, shallow=False)
         report.hold(os.path.basename(package), [] if same else ["another packing gives other bytes"])
-    holds = "".join(run("dpkg-deb", "--contents", package)[1] for package in first)
-    for path in ["usr/bin/orvlog", "usr/libexec/orvlog/orvlog-record", "usr/share/man/man1/orvlog.1.gz",
-                 "usr/share/man/man1/orvlog-record.1.gz", "usr/share/bash-completion/completions/orvlog",
-                 "usr/lib/python3/dist-packages/orvlog/__init__.py", "usr/share/doc/orvlog/copyright",
-                 "usr/share/doc/orvlog/changelog.gz", "usr/share/doc/python3-orvlog/copyright"]:
-        report.hold(path, [] if f"./{path}\n" in holds else ["isn't in the packages"])
+    for package in first:
+        hold_contents(package)
     return first
 
 
