@@ -210,25 +210,13 @@ class Faults:
 def main():
     if sys.argv[1] == '--is':
         return 0 if is_colour(*sys.argv[2:]) else 1
-    minimise_all = '--minimise-all' in sys.argv
     kinds = [word for word in sys.argv[4:] if word != '--minimise-all'] or subprocess.run(
         [sys.executable, '-B', PLANT, '--kinds'], capture_output=True, text=True, check=True).stdout.split()
-    print('%-16s %-9s %-13s %-5s %-5s %-7s %-9s %5.1f s' % (
-            kind, told[1] if told[1] != '-' else told[0], where, *row, time.monotonic() - begun), flush=True)
-        return pixel is not None
-
-
-def main():
-    if sys.argv[1] == '--is':
-        return 0 if is_colour(*sys.argv[2:]) else 1
-    minimise_all = '--minimise-all' in sys.argv
-    kinds = [word for word in sys.argv[4:] if word != '--minimise-all'] or subprocess.run([sys.executable, '-B', PLANT, '--kinds'], capture_output=True, text=True,
-                                           check=True).stdout.split()
     print('%-16s %-9s %-13s %-5s %-5s %-7s %-9s %s' % (
         'kind', 'call', 'pixel', 'at', 'diff', 'pixels', 'minimise', 'time'))
     with tempfile.TemporaryDirectory() as folder:
         faults = Faults(*sys.argv[1:4], folder)
-        faults.minimise_all = minimise_all
+        faults.minimise_all = '--minimise-all' in sys.argv
         visible = sum(faults.look(kind) for kind in kinds if kind != 'renumber')
     print('%d kinds, %d of them to be seen, %d failures' % (len(kinds), visible, len(failures)))
     return 1 if failures else 0
