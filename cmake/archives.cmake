@@ -1,4 +1,5 @@
-# What cpack makes of an installation: Debian packages of the library, of what is built against it, and of the commands.
+# What cpack makes of an installation: Debian packages of the library, of what is built against it, of the commands and
+# of the package for Python.
 # scripts/package makes them, and the archives of sources and for Windows besides.
 
 set(CPACK_GENERATOR DEB)
@@ -18,6 +19,9 @@ set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL ${ORVLOG_RUNTIME_COMPONENT} library)
 if(ORVLOG_TOOLS AND NOT WIN32)
     list(APPEND CPACK_COMPONENTS_ALL commands)
+endif()
+if(DEFINED ORVLOG_PYTHON_MINOR)
+    list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 list(REMOVE_DUPLICATES CPACK_COMPONENTS_ALL)
 
@@ -50,4 +54,30 @@ set(CPACK_DEBIAN_COMMANDS_PACKAGE_SECTION graphics)
 set(CPACK_COMPONENT_COMMANDS_DESCRIPTION "logs of a drawing interface: record, read, replay
 The orvlog command logs the drawing calls of a document, tells what a
 log holds, replays it, and finds the call behind a wrong pixel.")
+
+# The module is built for one version of Python.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orvlog)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+if(DEFINED ORVLOG_PYTHON_MINOR)
+    math(EXPR next "${ORVLOG_PYTHON_MINOR} + 1")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.${ORVLOG_PYTHON_MINOR}), python3 (<< 3.${next})")
+endif()
+# What Python compiles beside the package goes with it.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/python/postinst "#!/bin/sh
+set -e
+if command -v py3compile >/dev/null 2>&1; then
+    py3compile -p python3-orvlog
+fi
+")
+file(WRITE ${PROJECT_BINARY_DIR}/debian/python/prerm "#!/bin/sh
+set -e
+if command -v py3clean >/dev/null 2>&1; then
+    py3clean -p python3-orvlog
+fi
+")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_BINARY_DIR}/debian/python/postinst ${PROJECT_BINARY_DIR}/debian/python/prerm)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "logs of a drawing interface, package for Python
+Reads the logs of the drawing interface: pages, calls, images and paths as
+objects, and pages drawn again.")
 include(CPack)

@@ -26,7 +26,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const std::string log(reinterpret_cast<const char*>(data), size);
     const std::string once = redact(log);
-    for (const char* secret : {"hidden words", "Pantone", "My Secret"})
+    // Names of elements and attributes, in which no blank can be, stay.
+    for (const char* secret : {"hidden words", "Warm Red", "My Secret"})
         expect(once.find(secret) == std::string::npos, "no text comes through");
     for (const char c : once)
         expect(c == '\n' || c == '\r' || c == '\t' || (c >= ' ' && c <= '~'), "what comes is a log's own characters");

@@ -24,7 +24,9 @@ typedef struct ORVLOG_RandomIdentity
     ORVLOG_IdentityTable table;    ///< its functions
 } ORVLOG_RandomIdentity;
 
-/// Fills `bytes` with what the system has for keys. Gives 1; 0 if it gives nothing.
+/// \cond inner
+
+// Fills `bytes` with what the system has for keys. Gives 1; 0 if it gives nothing.
 #ifdef _WIN32
 #ifndef _CRT_RAND_S
 int rand_s(unsigned int* number);
@@ -59,7 +61,11 @@ static inline uint32_t orvlog_random_session_id(ORVLOG_IdentityObject* object, u
     return orvlog_random_bytes(session_id, 16);
 }
 
-/// Fills the caller's record; gives what a session takes.
+/// \endcond
+
+/// Fills the caller's record.
+/// \param identity  the caller's; read and written
+/// \return what a session takes, a part of the record
 static inline const ORVLOG_IdentitySource* orvlog_random_identity(ORVLOG_RandomIdentity* identity)
 {
     memset(identity, 0, sizeof *identity);

@@ -26,7 +26,9 @@ typedef struct ORVLOG_HostMemory
     uint64_t peak_bytes;      ///< the most there have been
 } ORVLOG_HostMemory;
 
-/// What stands in front of each block: its size, in as many bytes as keep the block aligned for any record.
+/// \cond inner
+
+// What stands in front of each block: its size, in as many bytes as keep the block aligned for any record.
 enum
 {
     ORVLOG_HOST_BLOCK_HEAD = 16
@@ -37,7 +39,7 @@ static inline uint64_t* orvlog_host_head(void* block)
     return (uint64_t*)(void*)((uint8_t*)block - ORVLOG_HOST_BLOCK_HEAD);
 }
 
-/// `delta` may be a number below 0 in two's complement.
+// `delta` may be a number below 0 in two's complement.
 static inline void orvlog_host_count(GMM_Allocator* allocator, uint64_t delta_blocks, uint64_t delta_bytes)
 {
     ORVLOG_HostMemory* memory = (ORVLOG_HostMemory*)allocator->instance;
@@ -179,8 +181,11 @@ static inline void orvlog_host_channel_counts(GMM_Allocator* allocator, uint32_t
     *counts = channel == 0 ? orvlog_host_used(allocator) : 0;
 }
 
+/// \endcond
+
 /// An allocator over malloc for any number of sessions in any number of threads: it counts nothing, so it has nothing
 /// to guard. It is there as long as the program, and so for every kept image.
+/// \return the one allocator; nothing is to be given back
 static inline GMM_Allocator* orvlog_malloc_allocator(void)
 {
     static GMM_Allocator allocator = {NULL,
@@ -210,6 +215,8 @@ static inline GMM_Allocator* orvlog_malloc_allocator(void)
 
 /// An allocator over malloc that counts, for one thread at a time. The record must stay where it is until the session
 /// has ended and its last kept image is released.
+/// \param memory  the client's; filled, and counted in from then on
+/// \return what a session takes, a part of the record
 static inline GMM_Allocator* orvlog_counting_allocator(ORVLOG_HostMemory* memory)
 {
     memset(memory, 0, sizeof *memory);

@@ -27,12 +27,14 @@ typedef struct ORVLOG_FileStream
     uint64_t text_bytes;  ///< that went to the file
 } ORVLOG_FileStream;
 
+/// \cond inner
+
 static inline ORVLOG_FileStream* orvlog_file_of(void* c)
 {
     return (ORVLOG_FileStream*)c;
 }
 
-/// Remembers a failure; gives -1.
+// Remembers a failure; gives -1.
 static inline int32_t orvlog_file_failed(void* c, int error)
 {
     if (orvlog_file_of(c)->failure == 0)
@@ -138,7 +140,7 @@ static inline int32_t orvlog_file_lend(void* c, void** data, uint64_t* length)
     return 0;
 }
 
-/// What has failed stays failed: text behind a gap would be no log.
+// What has failed stays failed: text behind a gap would be no log.
 static inline void orvlog_file_clear_error(void* c)
 {
     (void)c;
@@ -177,7 +179,7 @@ static inline int32_t orvlog_file_last_error(void* c)
     }
 }
 
-/// Closes the FILE and gives 0, or the result code of the first failure. The record is the caller's again.
+// Closes the FILE and gives 0, or the result code of the first failure. The record is the caller's again.
 static inline int32_t orvlog_file_close(void* c)
 {
     FILE* file = orvlog_file_of(c)->file;
@@ -191,8 +193,12 @@ static inline int32_t orvlog_file_close(void* c)
     return orvlog_file_last_error(c);
 }
 
-/// Makes the caller's record a stream over an open FILE, which is the stream's from then on, up to gio_Close. Gives the
-/// stream, or null for a null FILE.
+/// \endcond
+
+/// Makes the caller's record a stream over an open FILE.
+/// \param stream  the client's; must stay where it is until gio_Close. Its `failure` and `text_bytes` may be read
+/// \param file    open for writing, in binary; the stream's from then on, closed by gio_Close
+/// \return what a session takes, a part of the record; null for a null FILE
 static inline GIO_Stream* orvlog_stream_over_file(ORVLOG_FileStream* stream, FILE* file)
 {
     memset(stream, 0, sizeof *stream);

@@ -33,6 +33,8 @@ typedef struct ORVLOG_ProfileTicket
     const GCM_Csd* list[2];  ///< the definition, and a null behind it
 } ORVLOG_ProfileTicket;
 
+/// \cond inner
+
 static inline uint32_t orvlog_profile_ticket_type(const ORVLOG_ProfileTicket* ticket)
 {
     return ticket->profile != NULL ? (uint32_t)GCM_CSDTYPE_PROFILE_BUFFER : (uint32_t)GCM_CSDTYPE_NONCOLORIMETRIC;
@@ -79,7 +81,7 @@ static inline uint32_t orvlog_profile_ticket_key(void* ticket, uint32_t* key)
     return 1;
 }
 
-/// Puts a number into `bytes`, the lowest byte first; gives the place behind it.
+// Puts a number into `bytes`, the lowest byte first; gives the place behind it.
 static inline uint8_t* orvlog_put_u32(uint8_t* bytes, uint32_t number)
 {
     for (uint32_t shift = 0; shift < 32; shift += 8)
@@ -92,7 +94,7 @@ static inline uint32_t orvlog_profile_ticket_write(GIO_Stream* stream, const uin
     return count == 0 || stream->ops->gio_Write(bytes, 1, count, stream->instance) == count ? 1U : 0U;
 }
 
-/// Fixed data of zeros; one definition, the render space; the section that names it.
+// Fixed data of zeros; one definition, the render space; the section that names it.
 static inline uint32_t orvlog_profile_ticket_serialise(void* ticket, GIO_Stream* stream, uintptr_t one, uintptr_t zero)
 {
     const ORVLOG_ProfileTicket* t = (const ORVLOG_ProfileTicket*)ticket;
@@ -101,22 +103,22 @@ static inline uint32_t orvlog_profile_ticket_serialise(void* ticket, GIO_Stream*
                                                : (uint32_t)GNC_FORMAT_RGB;
     uint8_t head[64] = {0};
     uint8_t tail[64] = {0};
-    uint8_t* h = orvlog_put_u32(head + 16, 0);  ///< the marker in front of the definition
-    uint8_t* e = orvlog_put_u32(tail, 0);       ///< the end of its extensions
+    uint8_t* h = orvlog_put_u32(head + 16, 0);  // the marker in front of the definition
+    uint8_t* e = orvlog_put_u32(tail, 0);       // the end of its extensions
     (void)one, (void)zero;
     h = orvlog_put_u32(h, orvlog_profile_ticket_type(t));
-    h = orvlog_put_u32(h, t->channels);  ///< and no names, no second profile, no alternate
+    h = orvlog_put_u32(h, t->channels);  // and no names, no second profile, no alternate
     h = orvlog_put_u32(h, t->intent);
     h = orvlog_put_u32(h, t->profile != NULL ? t->profile_bytes : device);
-    e = orvlog_put_u32(e, 0xFFFFFFFFU);  ///< the end of the definitions
-    e = orvlog_put_u32(e, 1);            ///< the section of the render space, 26 bytes
+    e = orvlog_put_u32(e, 0xFFFFFFFFU);  // the end of the definitions
+    e = orvlog_put_u32(e, 1);            // the section of the render space, 26 bytes
     e = orvlog_put_u32(e, 26);
-    for (int object = 0; object < 4; ++object)  ///< the intents of text, lines, graphics and images
+    for (int object = 0; object < 4; ++object)  // the intents of text, lines, graphics and images
         e = orvlog_put_u32(e, t->intent);
-    e = orvlog_put_u32(e, 8);  ///< bits of a channel
-    e += 2;                    ///< no alpha, not premultiplied
-    e = orvlog_put_u32(e, 0);  ///< the place of the definition
-    e = orvlog_put_u32(e, 0);  ///< the end
+    e = orvlog_put_u32(e, 8);  // bits of a channel
+    e += 2;                    // no alpha, not premultiplied
+    e = orvlog_put_u32(e, 0);  // the place of the definition
+    e = orvlog_put_u32(e, 0);  // the end
     return orvlog_profile_ticket_write(stream, head, (uint64_t)(h - head)) &&
                    orvlog_profile_ticket_write(stream, t->profile, t->profile != NULL ? t->profile_bytes : 0) &&
                    orvlog_profile_ticket_write(stream, tail, (uint64_t)(e - tail))
@@ -124,8 +126,10 @@ static inline uint32_t orvlog_profile_ticket_serialise(void* ticket, GIO_Stream*
                : 0U;
 }
 
-// The two tables of this colour manager; they live as long as the program.
+/// \endcond
 
+/// The operations of this colour manager.
+/// \return a table that is there as long as the program
 static inline const ORVLOG_TicketFunctions* orvlog_profile_ticket_functions(void)
 {
     static const ORVLOG_TicketFunctions functions = {
@@ -141,6 +145,8 @@ static inline const ORVLOG_TicketFunctions* orvlog_profile_ticket_functions(void
     return &functions;
 }
 
+/// The serialiser of this colour manager.
+/// \return a table that is there as long as the program
 static inline const ORVLOG_TicketSerialFunctions* orvlog_profile_ticket_serial_functions(void)
 {
     static const ORVLOG_TicketSerialFunctions functions = {{NULL, NULL, NULL, NULL}, orvlog_profile_ticket_serialise};

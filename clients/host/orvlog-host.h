@@ -80,7 +80,9 @@ typedef struct ORVLOG_Host
     ORVLOG_FileStream file;  ///< the stream, where it is over a FILE of its own
 } ORVLOG_Host;
 
-/// Opens what the options name; gives ORVLOG_OPEN_*.
+/// \cond inner
+
+// Opens what the options name; gives ORVLOG_OPEN_*.
 static inline uint32_t orvlog_host_open_log(ORVLOG_Host* host, const ORVLOG_OpenOptions* options)
 {
     host->log = options->log_stream;
@@ -126,7 +128,7 @@ static inline int32_t orvlog_host_close_log(ORVLOG_Host* host)
     return GIO_OK;
 }
 
-/// The opening itself, with the exports that the program has found. What is made is in `host`, of zeros before.
+// The opening itself, with the exports that the program has found. What is made is in `host`, of zeros before.
 static inline uint32_t orvlog_host_try(ORVLOG_Host* host, const ORVLOG_Library* library,
                                        const ORVLOG_OpenOptions* options)
 {
@@ -142,11 +144,19 @@ static inline uint32_t orvlog_host_try(ORVLOG_Host* host, const ORVLOG_Library* 
     return why;
 }
 
+/// \endcond
+
 /// As orvlog_open, for a program that finds the library at run time.
+/// \param library  the exports, read during the call and kept by the host; null or one that is null:
+///     ORVLOG_OPEN_NO_LIBRARY
+/// \param options  as for orvlog_open
+/// \return as of orvlog_open
 static inline ORVLOG_Host* orvlog_open_in(const ORVLOG_Library* library, const ORVLOG_OpenOptions* options)
 {
     uint32_t why = ORVLOG_OPEN_NO_TABLE;
     ORVLOG_Host* host = NULL;
+    if (options == NULL)
+        return NULL;
     if (options->interface_out != NULL && options->interface_out != options->interface_in)
     {
         if (options->interface_in != NULL)
@@ -168,8 +178,10 @@ static inline ORVLOG_Host* orvlog_open_in(const ORVLOG_Library* library, const O
     return NULL;
 }
 
-/// Begins a log. Null if it can't be begun, and `why_out` says why; interface_out is a copy of interface_in then, or
-/// all zeros where that is null.
+/// Begins a log.
+/// \param options  read during the call, and not kept; what they point at lives as for ORVLOG_DLL_initialise
+/// \return for orvlog_close. Null if the log can't be begun, and `why_out` says why; interface_out is a copy of
+///     interface_in then, or all zeros where that is null. Null options give null too
 static inline ORVLOG_Host* orvlog_open(const ORVLOG_OpenOptions* options)
 {
     ORVLOG_Library library;
@@ -179,9 +191,10 @@ static inline ORVLOG_Host* orvlog_open(const ORVLOG_OpenOptions* options)
     return orvlog_open_in(&library, options);
 }
 
-/// Ends the log, after the job's last call, and closes the stream if orvlog_open opened it. Gives 0 if all of the log
-/// was written, else a result code: the first failure, GIO_ERR_OTHER for that of a stream of the client's, or
-/// GIO_ERR_BAD_HANDLE for a null host, so for a log that wasn't begun.
+/// Ends the log, after the job's last call, and closes the stream if orvlog_open opened it.
+/// \param host  what orvlog_open gave; not to be used any more
+/// \return 0 if all of the log was written, else a result code: the first failure, GIO_ERR_OTHER for that of a stream
+///     of the client's, or GIO_ERR_BAD_HANDLE for a null host, so for a log that wasn't begun
 static inline int32_t orvlog_close(ORVLOG_Host* host)
 {
     if (host == NULL)

@@ -24,101 +24,151 @@ extern "C" {
 #define ORVLOG_BYTES_WITH(type, array, count)                                                                          \
     orvlog_bytes_with(sizeof(type), offsetof(type, array), sizeof(((type*)0)->array[0]), (count))
 
+/// \cond inner
+
 static inline size_t orvlog_bytes_with(size_t record, size_t offset, size_t entry, uint32_t count)
 {
     const size_t bytes = offset + entry * count;
     return bytes > record ? bytes : record;
 }
 
+/// \endcond
+
+/// Bytes of a GPA_Path.
+/// \param edges  pa_NumEdges
+/// \return the record's own size at least
 static inline size_t orvlog_path_size(uint32_t edges)
 {
     return ORVLOG_BYTES_WITH(GPA_Path, pa_EdgeStart, edges);
 }
 
+/// Bytes of a GPA_PathPointer.
+/// \param edges  pa_NumEdges
+/// \return the record's own size at least
 static inline size_t orvlog_path_pointer_size(uint32_t edges)
 {
     return ORVLOG_BYTES_WITH(GPA_PathPointer, lpp_EdgePointer, edges);
 }
 
-// Of the five kinds of edges, for ed_SegmentCount segments.
-
+/// Bytes of a GPA_StraightEdge.
+/// \param segments  ed_SegmentCount
+/// \return the record's own size at least
 static inline size_t orvlog_straight_edge_size(uint16_t segments)
 {
     return ORVLOG_BYTES_WITH(GPA_StraightEdge, se_Segment, segments);
 }
 
+/// Bytes of a GPA_BezierEdge.
+/// \param segments  ed_SegmentCount
+/// \return the record's own size at least
 static inline size_t orvlog_bezier_edge_size(uint16_t segments)
 {
     return ORVLOG_BYTES_WITH(GPA_BezierEdge, be_BezierSegment, segments);
 }
 
+/// Bytes of a GPA_QuadBezierEdge.
+/// \param segments  ed_SegmentCount
+/// \return the record's own size at least
 static inline size_t orvlog_quad_bezier_edge_size(uint16_t segments)
 {
     return ORVLOG_BYTES_WITH(GPA_QuadBezierEdge, qb_QuadBezierSegment, segments);
 }
 
+/// Bytes of a GPA_StaircaseEdge.
+/// \param segments  ed_SegmentCount
+/// \return the record's own size at least
 static inline size_t orvlog_staircase_edge_size(uint16_t segments)
 {
     return ORVLOG_BYTES_WITH(GPA_StaircaseEdge, sc_Field, segments);
 }
 
+/// Bytes of a GPA_EllipticalEdge.
+/// \param segments  ed_SegmentCount
+/// \return the record's own size at least
 static inline size_t orvlog_elliptical_edge_size(uint16_t segments)
 {
     return ORVLOG_BYTES_WITH(GPA_EllipticalEdge, ee_EllipticalSegment, segments);
 }
 
-// Of what ends in the dashes of a stroke, for psp_DashCount lengths.
-
+/// Bytes of a GPA_PathStrokingParams.
+/// \param dashes  psp_DashCount
+/// \return the record's own size at least
 static inline size_t orvlog_stroking_params_size(uint16_t dashes)
 {
     return ORVLOG_BYTES_WITH(GPA_PathStrokingParams, psp_DashLength, dashes);
 }
 
+/// Bytes of a GSH_StrokedPathShape.
+/// \param dashes  psp_DashCount
+/// \return the record's own size at least
 static inline size_t orvlog_stroked_path_shape_size(uint16_t dashes)
 {
     return ORVLOG_BYTES_WITH(GSH_StrokedPathShape, sps_StrokingParams.psp_DashLength, dashes);
 }
 
+/// Bytes of a GSH_StrokedGlyphShape.
+/// \param dashes  psp_DashCount
+/// \return the record's own size at least
 static inline size_t orvlog_stroked_glyph_shape_size(uint16_t dashes)
 {
     return ORVLOG_BYTES_WITH(GSH_StrokedGlyphShape, sgs_StrokingParams.psp_DashLength, dashes);
 }
 
+/// Bytes of a GSH_MultiRectShape.
+/// \param rects  mrs_RectCount
+/// \return the record's own size at least
 static inline size_t orvlog_multi_rect_shape_size(uint32_t rects)
 {
     return ORVLOG_BYTES_WITH(GSH_MultiRectShape, mrs_Rect, rects);
 }
 
+/// Bytes of a GSH_ScanlineShape.
+/// \param rows  ss_Height
+/// \return the record's own size at least
 static inline size_t orvlog_scanline_shape_size(uint32_t rows)
 {
     return ORVLOG_BYTES_WITH(GSH_ScanlineShape, ss_XLimits, rows);
 }
 
-// Of what ends in a colour, for num_chans channels, alpha included, of bit_depth.
-
+/// Bytes of a GBC_Color.
+/// \param channels   num_chans, alpha included
+/// \param bit_depth  16 or 32
+/// \return the record's own size at least
 static inline size_t orvlog_color_size(uint16_t channels, uint8_t bit_depth)
 {
     return bit_depth == 32 ? ORVLOG_BYTES_WITH(GBC_Color, channels.as_float, channels)
                            : ORVLOG_BYTES_WITH(GBC_Color, channels.as_uint16, channels);
 }
 
+/// Bytes of a GOP_OperandFlat.
+/// \param channels   num_chans, alpha included
+/// \param bit_depth  16 or 32
+/// \return the record's own size at least
 static inline size_t orvlog_flat_operand_size(uint16_t channels, uint8_t bit_depth)
 {
     return offsetof(GOP_OperandFlat, fl_Color) + orvlog_color_size(channels, bit_depth);
 }
 
+/// Bytes of a GOP_GradStop.
+/// \param channels   num_chans, alpha included
+/// \param bit_depth  16 or 32
+/// \return the record's own size at least
 static inline size_t orvlog_grad_stop_size(uint16_t channels, uint8_t bit_depth)
 {
     return sizeof(GOP_GradStop) - sizeof(GBC_Color) + orvlog_color_size(channels, bit_depth);
 }
 
-// Of the pointer records of gradients, for go_Count stops.
-
+/// Bytes of a GOP_OperandGradMultistopPointer.
+/// \param stops  go_Count
+/// \return the record's own size at least
 static inline size_t orvlog_multistop_pointer_size(uint16_t stops)
 {
     return ORVLOG_BYTES_WITH(GOP_OperandGradMultistopPointer, gmp_GradStop, stops);
 }
 
+/// Bytes of a GOP_OperandGradRadialPointer.
+/// \param stops  go_Count
+/// \return the record's own size at least
 static inline size_t orvlog_radial_pointer_size(uint16_t stops)
 {
     return ORVLOG_BYTES_WITH(GOP_OperandGradRadialPointer, grp_GradStop, stops);

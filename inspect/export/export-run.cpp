@@ -108,7 +108,7 @@ private:
             return staged;
         auto rows = std::make_unique<StagedRows>();
         const std::unique_ptr<RowWriter> writer = store_.writer(*rows);
-        const RowsOutcome outcome = write_log_rows(*log, key, input.name, plan_.options, *writer, {});
+        const RowsOutcome outcome = write_log_rows(*log, key, input.origin, plan_.options, *writer, {});
         result.kind = ExportResult::Kind::changed;
         if (!outcome.is_log || outcome.text_bytes != key.text_bytes)
             return staged;

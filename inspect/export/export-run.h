@@ -18,7 +18,7 @@ namespace orvlog::inspect
 // A log to be exported.
 struct ExportInput
 {
-    std::string name;  // of its file, as rows have it
+    LogOrigin origin;
     // The log from its beginning, twice; null with the reason in `why`. Called by any thread, one at a time for a log.
     std::function<std::unique_ptr<std::istream>(std::string& why)> open;
     bool may_be_cut = true;  // otherwise it is left when it isn't whole

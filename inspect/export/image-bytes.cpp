@@ -28,24 +28,84 @@ void ImageBytes::callback(const Element& element)
     prepared_.reset();
     read_.reset();
     Image* image = image_of(element);
+    if (element.name == "GOP_ImageReadFn" && element.has("ImageFileName"))
+        read_beside(element, image);
     if (image == nullptr)
         return;
     const auto number = static_cast<size_t>(image - images_.data());
     if (element.name == "GOP_ImagePrepareFn")
         prepared_ = number;
-    if (element.name != "GOP_ImageReadFn")
+    if (element.name == "GOP_ImageReadFn")
     {
-        image->closed = image->closed || image->bytes > 0;
-        return;
+        read_ = number;
+        read(element, *image);
     }
-    read_ = number;
-    if (image->closed)
+    else if (element.name != "GOP_ImageKeepFn")
+        image->closed = image->closed || image->bytes > 0;
+    if (element.has("async_img_log_file_name") && !in_kept_)
+        read_kept(orvlog::reader::to_text(element.value("async_img_log_file_name")), number);
+}
+
+void ImageBytes::read(const Element& element, Image& image)
+{
+    if (image.closed)
         return;
     const bool good = orvlog::reader::read_bool(element, "return") != 0;
+    image.closed = good && orvlog::reader::read_int(element, "img_returned") == 0;
+    image.skipped = image.skipped || !good || orvlog::reader::read_uint(element, "skip_pixels") != 0;
+}
+
+// What the reads of an image left in its file stands there one behind the other, counted or not.
+void ImageBytes::read_beside(const Element& element, Image* image)
+{
     const int32_t returned = orvlog::reader::read_int(element, "img_returned");
-    image->closed = good && returned == 0;
-    image->skipped = image->skipped || !good || orvlog::reader::read_uint(element, "skip_pixels") != 0 ||
-                     element.has("ImageFileName");
+    if (returned <= 0)
+        return;
+    BesideFiles::Take take;
+    if (image != nullptr && !image->closed)
+        take = [image](std::span<const uint8_t> bytes)
+        {
+            image->digest.add(bytes);
+            image->bytes += bytes.size();
+        };
+    const bool there =
+        files_.next(orvlog::reader::to_text(element.value("ImageFileName")), static_cast<uint64_t>(returned), take);
+    if (take && !there)
+        image->skipped = true;
+}
+
+// The callbacks of an image that was kept, as far as its job has left them.
+void ImageBytes::read_kept(std::string_view name, size_t image)
+{
+    const std::unique_ptr<std::istream> log = files_.kept_log(name);
+    if (log == nullptr)
+        return;
+    in_kept_ = true;
+    orvlog::reader::ElementReader callbacks(*log, orvlog::reader::LogForm::fragment);
+    callbacks.on_damage = [this, image](const orvlog::reader::Damage&) { images_[image].skipped = true; };
+    while (const Element* element = callbacks.next())
+    {
+        open(*element, false);
+        for (const Element& child : orvlog::reader::Children(*element))
+        {
+            open(child, false);
+            if (const Element* buffer = child.child("BufferUInt8"); buffer != nullptr)
+                add(buffer->bytes);
+        }
+    }
+    in_kept_ = false;
+    prepared_.reset();
+    read_.reset();
+}
+
+void ImageBytes::direct(const Element& element, Image& image)
+{
+    const auto take = [&image](std::span<const uint8_t> bytes)
+    {
+        image.digest.add(bytes);
+        image.bytes += bytes.size();
+    };
+    image.skipped = !files_.all(orvlog::reader::to_text(element.value("imp_DirectImageFileName")), take);
 }
 
 void ImageBytes::open(const Element& element, bool outside)
@@ -61,6 +121,8 @@ void ImageBytes::open(const Element& element, bool outside)
         {
             by_id_.insert_or_assign(id, images_.size());
             images_.emplace_back();
+            if (element.has("imp_DirectImageFileName"))
+                direct(element, images_.back());
         }
         else if (prepared_)
             by_id_.insert_or_assign(id, *prepared_);

@@ -1,10 +1,12 @@
-// The bytes of the images of a call, as the log has them: digested while the call is read, so that none are kept.
+// The bytes of the images of a call, as the log or files beside it have them: digested while the call is read, so that
+// none are kept.
 //
 // An image may be read more than once, by the logger and by the renderer. What counts is the first time: from its first
-// read to the read that gives nothing, to its finish, or to its reset.
+// read to the read that gives nothing, to its finish, to its reset, or to its release.
 
 #pragma once
 
+#include "inspect/export/beside-files.h"
 #include "inspect/export/digest.h"
 #include "reader/tree/element.h"
 
@@ -27,6 +29,8 @@ struct ImageData
 class ImageBytes
 {
 public:
+    explicit ImageBytes(BesideFiles& files) : files_(files) {}
+
     // Elements as their tags are met, the call's own with the depth 0, which begins anew; `outside` says that the
     // element stands in no callback.
     void open(const orvlog::reader::Element& element, bool outside);
@@ -52,14 +56,20 @@ private:
     };
 
     void callback(const orvlog::reader::Element& element);
+    void read(const orvlog::reader::Element& element, Image& image);
+    void read_beside(const orvlog::reader::Element& element, Image* image);
+    void read_kept(std::string_view name, size_t image);
+    void direct(const orvlog::reader::Element& element, Image& image);
     Image* image_of(const orvlog::reader::Element& callback);
 
+    BesideFiles& files_;
     std::vector<Image> images_;
     std::map<uint32_t, size_t> by_id_;
     std::optional<size_t> prepared_;  // the image whose record stands in the prepare that was opened last
     std::optional<size_t> read_;      // whose read was opened last
     std::optional<size_t> owner_;
-    bool counts_ = false;  // the bytes that come
+    bool counts_ = false;   // the bytes that come
+    bool in_kept_ = false;  // they are of the log of a kept image
 };
 
 }  // namespace orvlog::inspect

@@ -55,9 +55,10 @@ std::string_view kind_of(std::string_view kind)
 class LogRows
 {
 public:
-    LogRows(std::istream& log, const LogKey& key, const ExportOptions& options, RowWriter& rows)
+    LogRows(std::istream& log, const LogKey& key, const LogOrigin& origin, const ExportOptions& options,
+            RowWriter& rows)
         : job_{rows, options, key.key}, elements_(log, orvlog::reader::LogForm::log, orvlog::reader::Data::heads),
-          bytes_(job_, images_), records_(job_, images_, bytes_.ticket_texts())
+          files_(origin.files), images_(files_), bytes_(job_, images_), records_(job_, images_, bytes_.ticket_texts())
     {
         elements_.split_nested = true;
         elements_.on_damage = [this](const Damage& damage) { note(damage); };
@@ -209,6 +210,7 @@ private:
 
     ExportJob job_;
     ElementReader elements_;
+    BesideFiles files_;
     ImageBytes images_;
     ByteRows bytes_;
     RecordRows records_;
@@ -241,11 +243,11 @@ LogKey read_log_key(std::istream& log)
     return key;
 }
 
-RowsOutcome write_log_rows(std::istream& log, const LogKey& key, const std::string& name, const ExportOptions& options,
+RowsOutcome write_log_rows(std::istream& log, const LogKey& key, const LogOrigin& origin, const ExportOptions& options,
                            RowWriter& rows, const std::function<void(uint64_t)>& progress)
 {
-    LogRows log_rows(log, key, options, rows);
-    return log_rows.write(key, name, progress);
+    LogRows log_rows(log, key, origin, options, rows);
+    return log_rows.write(key, origin.name, progress);
 }
 
 }  // namespace orvlog::inspect

@@ -4,10 +4,12 @@
 
 #include "inspect/export/export-job.h"
 #include "inspect/export/row-writer.h"
+#include "reader/text/log-files.h"
 
 #include <cstdint>
 #include <functional>
 #include <istream>
+#include <optional>
 #include <string>
 
 namespace orvlog::inspect
@@ -40,8 +42,15 @@ struct RowsOutcome
     uint64_t text_bytes = 0;  // that were read: others than the key's where the log has changed meanwhile
 };
 
-// `name` is the name of the log's file. `progress` is told how many bytes of the file have been used, and may be empty.
-RowsOutcome write_log_rows(std::istream& log, const LogKey& key, const std::string& name, const ExportOptions& options,
+// What is told of a log that its text doesn't tell.
+struct LogOrigin
+{
+    std::string name;                       // of its file
+    std::optional<reader::LogFiles> files;  // that it names; without them they are taken as missing
+};
+
+// `progress` is told how many bytes of the file have been used, and may be empty.
+RowsOutcome write_log_rows(std::istream& log, const LogKey& key, const LogOrigin& origin, const ExportOptions& options,
                            RowWriter& rows, const std::function<void(uint64_t)>& progress);
 
 }  // namespace orvlog::inspect

@@ -122,6 +122,10 @@ void ask(const std::string& path, const std::string& sql, const QueryPlan& plan)
     if (!std::filesystem::exists(path, error))
         throw DatabaseError(path + ": " + std::make_error_code(std::errc::no_such_file_or_directory).message(),
                             SQLITE_CANTOPEN);
+    if (std::filesystem::is_directory(path, error))
+        throw DatabaseError(path +
+                                ": is a folder; a question is asked of a database, as orvlog export --sqlite makes it",
+                            SQLITE_CANTOPEN);
     const Database database(path, SQLITE_OPEN_READONLY);
     open_for_reading(database, path);
     Limit limit;

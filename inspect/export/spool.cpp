@@ -100,7 +100,7 @@ ExportInput Spool::input_of(const SpoolLog& log) const
         why = error ? error.message() : "is no ordinary file";
         return stream;
     };
-    return {log.name, open, log.may_be_cut};
+    return {{log.name, reader::LogFiles(path.string())}, open, log.may_be_cut};
 }
 
 void Spool::note(const std::vector<SpoolLog>& logs)

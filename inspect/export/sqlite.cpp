@@ -37,6 +37,9 @@ void Database::fail(int code) const
         why = "is being written by another program";
     else if (kind == SQLITE_NOTADB)
         why = "is no database";
+    // Who only reads leaves that to who writes.
+    else if (code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY)
+        why = "was left half written by a program that was ended; the next orvlog export into it sets it right";
     throw DatabaseError(path_ + ": " + why, code);
 }
 

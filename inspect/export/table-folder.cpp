@@ -140,7 +140,8 @@ bool TableFolder::add(const std::string& key, StagedRows& staged)
     const std::array<uint64_t, kTables> before = sizes_;
     try
     {
-        for (size_t i = 0; i < kTables; ++i)
+        // The job itself, which is the first table, comes last: a job that has a row there has all others.
+        for (size_t i = kTables; i-- > 0;)
             // A table without a row is there all the same, so that who reads the folder finds it.
             if (!table_forms()[i].of_content || staged.counts[i] > 0)
                 append(i, staged.tables[i]);

@@ -12,9 +12,6 @@ namespace
 
 using cairo_renderer::Unchanged;
 
-// Groups that hold something of interest; more are told as standing on the page.
-constexpr size_t kMostGroups = 1 << 20;
-
 PixelBox around(const std::vector<PixelRun>& runs)
 {
     PixelBox box{runs.front().x0, runs.front().y, runs.front().x1, runs.front().y + 1};
@@ -42,32 +39,27 @@ cairo_renderer::Watch PixelWatcher::watch()
 
 void PixelWatcher::take(const WatchStep& step)
 {
-    switch (step.kind)
-    {
-    case WatchStep::Kind::page_begins:
-        open_.clear();
-        targets_.clear();
-        targets_.push_back({PixelShadow(step.target, {box_}), {box_}, box_.x0, box_.y0});
-        break;
-    case WatchStep::Kind::painted:
+    if (step.kind == WatchStep::Kind::page_begins)
+        begin_page(step);
+    else if (step.kind == WatchStep::Kind::painted)
         paint(step);
-        break;
-    case WatchStep::Kind::group_begins:
-    case WatchStep::Kind::cell_begins:
+    else if (step.begins())
         begin(step);
-        break;
-    case WatchStep::Kind::group_ends:
-    case WatchStep::Kind::cell_ends:
+    else
         end(step);
-        break;
-    }
+}
+
+void PixelWatcher::begin_page(const WatchStep& step)
+{
+    groups_.clear();
+    targets_.clear();
+    targets_.push_back({PixelShadow(step.target, {box_}), {box_}, box_.x0, box_.y0});
 }
 
 void PixelWatcher::begin(const WatchStep& step)
 {
-    const bool cell = step.kind == WatchStep::Kind::cell_begins;
-    open_.push_back({step.call, cell || step.layer, std::nullopt});
-    if (cell)
+    groups_.begin(step);
+    if (step.kind == WatchStep::Kind::cell_begins)
         targets_.push_back({PixelShadow(step.target, step.cells), step.cells, step.cell_x, step.cell_y});
     else if (step.layer && !targets_.empty())
     {
@@ -99,53 +91,27 @@ bool PixelWatcher::look(const WatchStep& step, bool reaches, Touch& touch)
     return touch.why.reason != Unchanged::not_covered;
 }
 
-// The innermost group that is told of.
-std::optional<uint32_t> PixelWatcher::innermost()
-{
-    std::optional<uint32_t> outside;
-    for (Open& open : open_)
-    {
-        // Repeated content has a layer and a cell.
-        if (!open.index && outside && groups_[*outside].call == open.call)
-            open.index = outside;
-        if (!open.index && groups_.size() < kMostGroups)
-        {
-            groups_.push_back({open.call, outside});
-            open.index = static_cast<uint32_t>(groups_.size() - 1);
-        }
-        if (open.index)
-            outside = open.index;
-    }
-    return outside;
-}
-
 void PixelWatcher::tell(const WatchStep& step, Touch& touch)
 {
     touch.call = step.call;
     touch.begun_by = step.group;
-    touch.around = innermost();
-    sink_(touch, runs_, groups_);
+    touch.around = groups_.innermost();
+    sink_(touch, runs_, groups_.list());
 }
 
 void PixelWatcher::paint(const WatchStep& step)
 {
     Touch touch;
     const bool told = look(step, true, touch);
-    // Both halves of a paint that makes a group of them: the group's end tells.
-    const bool half = !open_.empty() && open_.back().layer && open_.back().call == step.call;
-    if (told && !half)
-        tell(step, touch);
-    if (told && half)
+    if (told && groups_.is_part(step))
         targets_.back().touched = true;
+    else if (told)
+        tell(step, touch);
 }
 
 void PixelWatcher::end(const WatchStep& step)
 {
-    if (open_.empty())
-        return;
-    const Open closed = open_.back();
-    open_.pop_back();
-    if (!closed.layer || targets_.size() < 2)
+    if (!groups_.end().value_or(false) || targets_.size() < 2)
         return;
     const bool reaches = targets_.back().touched;
     targets_.pop_back();

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "clients/replay/replay.h"
+#include "inspect/history/open-groups.h"
 #include "inspect/history/pixel-shadow.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "renderers/cairo/watch.h"
@@ -22,13 +23,6 @@ namespace orvlog::inspect
 
 using cairo_renderer::WatchStep;
 using cairo_renderer::WhyUnchanged;
-
-// A group, or resource, that is open while something is painted.
-struct Around
-{
-    uint64_t call = 0;                // the byte of the call that began it
-    std::optional<uint32_t> outside;  // the group around it, in Touch's list
-};
 
 // What one step did to the watched pixels of the surface that it painted on.
 struct Touch
@@ -86,28 +80,21 @@ private:
         int y = 0;
         bool touched = false;
     };
-    struct Open
-    {
-        uint64_t call = 0;
-        bool layer = false;
-        std::optional<uint32_t> index;  // in groups_
-    };
 
     void take(const WatchStep& step);
+    void begin_page(const WatchStep& step);
     void begin(const WatchStep& step);
     void end(const WatchStep& step);
     void paint(const WatchStep& step);
     bool look(const WatchStep& step, bool reaches, Touch& touch);
     void tell(const WatchStep& step, Touch& touch);
-    std::optional<uint32_t> innermost();
 
     PixelBox box_;
     bool reasons_;
     TouchSink sink_;
     uint64_t call_ = 0;
     std::vector<Target> targets_;
-    std::vector<Open> open_;
-    std::vector<Around> groups_;
+    OpenGroups groups_;
     std::vector<PixelRun> runs_;
 };
 

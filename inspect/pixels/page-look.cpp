@@ -1,5 +1,6 @@
 #include "inspect/pixels/page-look.h"
 
+#include "inspect/pixels/pictures.h"
 #include "reader/look/call-address.h"
 
 #include <algorithm>
@@ -118,7 +119,7 @@ void look_at_pages(const PixelSide& side, NumberFile& numbers, double dpi, const
     PageLooks(wanted, on_look).draw(side, numbers, dpi);
 }
 
-PixelArea area_between(const PixelCopy& a, const PixelCopy& b)
+PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
 {
     PixelArea area;
     area.box = {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN};
@@ -132,7 +133,7 @@ PixelArea area_between(const PixelCopy& a, const PixelCopy& b)
     {
         for (int x = x0; x < x1; ++x)
         {
-            if (a.at(x, y) == b.at(x, y))
+            if (!differ(a.at(x, y), b.at(x, y), tolerance))
                 continue;
             ++area.pixels;
             area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),

@@ -37,14 +37,14 @@ struct WantedLook
 void look_at_pages(const PixelSide& side, NumberFile& numbers, double dpi, const std::vector<WantedLook>& wanted,
                    const std::function<bool(PageLook&&)>& on_look);
 
-// Where two pictures differ.
+// Where two pictures differ. `tolerance`: channels may differ by as much.
 struct PixelArea
 {
     uint64_t pixels = 0;
     cairo_renderer::PixelBox box;
 };
 
-PixelArea area_between(const PixelCopy& a, const PixelCopy& b);
+PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance = 0);
 
 // A page as a picture that begins at (0, 0).
 PixelCopy picture_of(const cairo_renderer::PagePixels& page);

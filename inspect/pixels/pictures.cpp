@@ -1,10 +1,9 @@
 #include "inspect/pixels/pictures.h"
 
-#include "renderers/cairo/png-file.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace orvlog::inspect
 {
@@ -52,6 +51,12 @@ void draw_frame(PixelCopy& picture, const cairo_renderer::PixelBox& box)
     }
 }
 
+cairo_status_t add_bytes(void* bytes, const unsigned char* data, unsigned int size)
+{
+    static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data), size);
+    return CAIRO_STATUS_SUCCESS;
+}
+
 }  // namespace
 
 bool differ(uint32_t a, uint32_t b, uint32_t tolerance)
@@ -94,25 +99,30 @@ PixelCopy marked_picture(const PixelCopy& a, const PixelCopy& b, uint32_t tolera
     return picture;
 }
 
-bool write_picture(const PixelCopy& picture, const std::string& file)
+std::string surface_png(cairo_surface_t* surface)
 {
-    if (picture.width <= 0 || picture.height <= 0)
-        return true;
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, picture.width, picture.height);
-    unsigned char* data = cairo_image_surface_get_data(surface);
-    const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface));
-    for (size_t i = 0; data != nullptr && i < picture.pixels.size(); ++i)
+    std::string png;
+    if (cairo_surface_write_to_png_stream(surface, add_bytes, &png) != CAIRO_STATUS_SUCCESS)
+        png.clear();
+    return png;
+}
+
+std::string picture_png(const PixelCopy& picture)
+{
+    const std::shared_ptr<cairo_surface_t> surface(
+        cairo_image_surface_create(CAIRO_FORMAT_RGB24, picture.width, picture.height), cairo_surface_destroy);
+    unsigned char* data = cairo_image_surface_get_data(surface.get());
+    if (data == nullptr)
+        return {};
+    const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface.get()));
+    const auto width = static_cast<size_t>(picture.width);
+    for (size_t i = 0; i < picture.pixels.size(); ++i)
     {
         const uint32_t pixel = on_paper(picture.pixels[i]);
-        const auto width = static_cast<size_t>(picture.width);
         std::memcpy(data + (i / width) * stride + (i % width) * 4, &pixel, 4);
     }
-    cairo_surface_mark_dirty(surface);
-    const auto png = cairo_renderer::PngFile::create(file, static_cast<uint32_t>(picture.width),
-                                                     static_cast<uint32_t>(picture.height));
-    const bool good = data != nullptr && png != nullptr && png->add_rows(surface) && png->close();
-    cairo_surface_destroy(surface);
-    return good;
+    cairo_surface_mark_dirty(surface.get());
+    return surface_png(surface.get());
 }
 
 }  // namespace orvlog::inspect

@@ -4,13 +4,16 @@
 
 #include "inspect/pixels/page-look.h"
 
+#include <cairo.h>
+
 #include <string>
 
 namespace orvlog::inspect
 {
 
-// Writes a picture as a PNG file, transparent pixels as on white paper. False if it could not be written.
-bool write_picture(const PixelCopy& picture, const std::string& file);
+// The bytes of a PNG file; empty if there is no memory for it. Of a picture transparent pixels are as on white paper.
+std::string surface_png(cairo_surface_t* surface);
+std::string picture_png(const PixelCopy& picture);
 
 // What both have in pale grey, what differs in red, and a frame around it. `tolerance`: channels may differ by as much.
 PixelCopy marked_picture(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance);

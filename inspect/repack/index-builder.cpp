@@ -83,9 +83,9 @@ void IndexBuilder::paint_resource(const Element& element, uint32_t owner)
     const auto known = by_resource_.find(reader::read_uint(element, "resource_id"));
     if (known == by_resource_.end() || owner == kNobody)
         return;
-    std::vector<uint32_t>& paints = index_.drawings[owner].paints;
-    if (std::ranges::find(paints, known->second) == paints.end())
-        paints.push_back(known->second);
+    if (painted_.emplace(uint64_t{owner} << 32 | known->second).second)
+        index_.drawings[owner].paints.push_back(known->second);
+    too_large_ = too_large_ || painted_.size() > kMostRuns;
 }
 
 uint32_t IndexBuilder::owner_of(const Element& element)

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace orvlog::inspect
@@ -48,8 +49,9 @@ private:
     replay::Examination examination_;
     std::map<uint64_t, uint32_t> by_context_;
     std::map<uint64_t, uint32_t> by_resource_;
-    std::vector<uint32_t> with_tickets_;  // resources in which the text of a ticket stands
-    uint64_t kept_to_ = 0;                // so far the text of the present run is in the index
+    std::unordered_set<uint64_t> painted_;  // the drawing, and in the low 32 bits that of a resource that it paints
+    std::vector<uint32_t> with_tickets_;    // resources in which the text of a ticket stands
+    uint64_t kept_to_ = 0;                  // so far the text of the present run is in the index
     uint64_t next_id_ = 0;
     bool nested_ = false;
     bool too_large_ = false;

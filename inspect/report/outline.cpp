@@ -3,6 +3,7 @@
 #include "inspect/report/columns.h"
 #include "orvlog/interface/gsh-shape.h"
 #include "reader/look/call-box.h"
+#include "reader/look/elliptical-arc.h"
 #include "reader/tree/values.h"
 
 #include <array>
@@ -128,39 +129,20 @@ private:
             line({0, up ? height : -height});
         }
         else if (one.name == "GPA_EllipticalSegment")
-            arc(read_double(one, "es_XRadius"), read_double(one, "es_YRadius"), read_double(one, "es_AngleToXAxis"),
-                read_vector(one, "es_EndPoint"));
+            arc(reader::EllipticalArc(one));
     }
 
-    // At most half an ellipse, as a line of many parts: on the circle that the ellipse is an image of.
-    void arc(double x_radius, double y_radius, double angle, GGO_Vector end)
+    // As a line of many parts.
+    void arc(const reader::EllipticalArc& arc)
     {
         constexpr int kParts = 24;
-        const double a = std::abs(x_radius);
-        const double b = std::abs(y_radius);
-        const double c = std::cos(angle);
-        const double s = std::sin(angle);
-        const double dx = (end.gvf_X * c + end.gvf_Y * s) / a;
-        const double dy = (end.gvf_Y * c - end.gvf_X * s) / b;
-        const double half = std::hypot(dx, dy) / 2;
         const GGO_Point start = at_;
-        if (!std::isfinite(half) || half == 0)
-            return line(end);
-        const double radius = std::max(half, 1.0);
-        const double off = std::sqrt(std::max(radius * radius - half * half, 0.0)) / (2 * half);
-        const double turn = x_radius * y_radius > 0 ? 1 : -1;
-        const double mx = dx / 2 - turn * dy * off;
-        const double my = dy / 2 + turn * dx * off;
-        const double from = std::atan2(-my, -mx);
-        const double sweep = turn * 2 * std::asin(std::min(half / radius, 1.0));
-        for (int i = 1; i < kParts; ++i)
+        for (int i = 1; i < kParts && !arc.is_line(); ++i)
         {
-            const double t = from + sweep * i / kParts;
-            const double x = (mx + radius * std::cos(t)) * a;
-            const double y = (my + radius * std::sin(t)) * b;
-            to<1>('L', {GGO_Point{start.gpf_X + x * c - y * s, start.gpf_Y + x * s + y * c}});
+            const GGO_Vector by = arc.at(static_cast<double>(i) / kParts);
+            to<1>('L', {GGO_Point{start.gpf_X + by.gvf_X, start.gpf_Y + by.gvf_Y}});
         }
-        to<1>('L', {GGO_Point{start.gpf_X + end.gvf_X, start.gpf_Y + end.gvf_Y}});
+        to<1>('L', {GGO_Point{start.gpf_X + arc.end().gvf_X, start.gpf_Y + arc.end().gvf_Y}});
     }
 
     const GGO_Matrix& matrix_;

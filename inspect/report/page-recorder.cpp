@@ -1,6 +1,7 @@
 #include "inspect/report/page-recorder.h"
 
 #include "inspect/drawing/glyph-form.h"
+#include "inspect/pixels/pictures.h"
 #include "inspect/report/columns.h"
 #include "inspect/report/step-recorder.h"
 #include "renderers/cairo/cairo-renderer.h"
@@ -21,12 +22,6 @@ using cairo_renderer::WatchStep;
 
 // Pages that are open at the same time are drawn again one by one, but no more than so many.
 constexpr size_t kMostAgain = 16;
-
-cairo_status_t add_bytes(void* bytes, const unsigned char* data, unsigned int size)
-{
-    static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data), size);
-    return CAIRO_STATUS_SUCCESS;
-}
 
 class PageRecorder
 {
@@ -128,8 +123,7 @@ private:
             return;
         if (present_->note.empty() && page.surface != nullptr)
         {
-            std::string png;
-            if (cairo_surface_write_to_png_stream(page.surface, add_bytes, &png) == CAIRO_STATUS_SUCCESS)
+            if (const std::string png = surface_png(page.surface); !png.empty())
                 present_->picture = text_json(blocks_.add_plain(png));
         }
         if (page.first_row + page.rows >= page.height)

@@ -12,7 +12,6 @@ namespace
 
 constexpr uint32_t kWhite = 0xFFFFFFFFU;
 constexpr uint64_t kMostSteps = uint64_t{1} << 20;
-constexpr size_t kMostFrames = size_t{1} << 20;
 
 enum SurfaceKind
 {
@@ -20,6 +19,11 @@ enum SurfaceKind
     a_layer,
     a_cell
 };
+
+int64_t number_of(const std::optional<uint32_t>& frame)
+{
+    return frame ? int64_t{*frame} : -1;
+}
 
 std::string matrix_json(const cairo_matrix_t& matrix)
 {
@@ -40,23 +44,14 @@ void StepRecorder::take(const WatchStep& step)
 {
     if (is_full())
         return;
-    switch (step.kind)
-    {
-    case WatchStep::Kind::page_begins:
+    if (step.kind == WatchStep::Kind::page_begins)
         begin_page(step);
-        break;
-    case WatchStep::Kind::painted:
+    else if (step.kind == WatchStep::Kind::painted)
         paint(step);
-        break;
-    case WatchStep::Kind::group_begins:
-    case WatchStep::Kind::cell_begins:
+    else if (step.begins())
         begin(step);
-        break;
-    case WatchStep::Kind::group_ends:
-    case WatchStep::Kind::cell_ends:
+    else
         end(step);
-        break;
-    }
 }
 
 bool StepRecorder::is_full()
@@ -112,7 +107,7 @@ void StepRecorder::begin(const WatchStep& step)
     }
     else if (step.layer && !surfaces_.empty())
         open_surface(row, step, surfaces_.back().copy->box(), 0, step.backdrop);
-    open_.push_back({step.call, cell || step.layer, std::nullopt});
+    groups_.begin(step);
 }
 
 // Looks for what the step changed on the innermost surface; false if it wasn't made there.
@@ -123,28 +118,6 @@ bool StepRecorder::look(const WatchStep& step)
         return false;
     surfaces_.back().copy->compare(step.area, runs_);
     return true;
-}
-
-// The innermost group that is open.
-int64_t StepRecorder::frame()
-{
-    int64_t outside = -1;
-    for (Open& open : open_)
-    {
-        // Repeated content has a layer and a cell.
-        if (!open.frame && outside >= 0 && frame_calls_[static_cast<size_t>(outside)] == open.call)
-            open.frame = outside;
-        if (!open.frame && frame_calls_.size() < kMostFrames)
-        {
-            open.frame = static_cast<int64_t>(frame_calls_.size());
-            frame_calls_.push_back(open.call);
-            frames_.add(places_.of(open.call));
-            frames_.add(outside);
-        }
-        if (open.frame)
-            outside = *open.frame;
-    }
-    return outside;
 }
 
 // A step that changed `runs_` of the innermost surface.
@@ -164,7 +137,7 @@ void StepRecorder::add_step(Kind kind, int64_t call, int64_t by)
     table_.add(int64_t{kind});
     table_.add(call);
     table_.add(by);
-    table_.add(frame());
+    table_.add(number_of(groups_.innermost()));
     table_.add(surfaces_.back().number);
     table_.add(static_cast<int64_t>(pixels_));
     if (runs_.empty())
@@ -187,8 +160,7 @@ void StepRecorder::paint(const WatchStep& step)
     if (!look(step))
         return;
     const int64_t call = places_.of(step.call);
-    // Both halves of a paint that makes a group of them: the group's end tells.
-    const bool half = !open_.empty() && open_.back().layer && open_.back().call == step.call;
+    const bool half = groups_.is_part(step);
     if (!runs_.empty())
     {
         add_step(half ? part : painted, call, -1);
@@ -201,11 +173,7 @@ void StepRecorder::paint(const WatchStep& step)
 
 void StepRecorder::end(const WatchStep& step)
 {
-    if (open_.empty())
-        return;
-    const Open closed = open_.back();
-    open_.pop_back();
-    if (!closed.layer || surfaces_.size() < 2)
+    if (!groups_.end().value_or(false) || surfaces_.size() < 2)
         return;
     close_surface();
     if (!look(step))
@@ -220,6 +188,17 @@ void StepRecorder::end(const WatchStep& step)
     }
     else if (by >= 0)
         effects_.unchanged(by, step, meet(step.area, surfaces_.back().copy->box()), places_);
+}
+
+std::string StepRecorder::frames_json() const
+{
+    Columns columns({"call", "outside"});
+    for (const Around& group : groups_.list())
+    {
+        columns.add(places_.of(group.call));
+        columns.add(number_of(group.outside));
+    }
+    return columns.json();
 }
 
 std::string StepRecorder::surfaces_json() const
@@ -249,7 +228,7 @@ RecordedSteps StepRecorder::finish()
     recorded.steps = "{\"count\":" + std::to_string(chunks_.steps());
     recorded.steps += ",\"table\":" + text_json(blocks_.add_deflated(table_.json()));
     recorded.steps += ",\"surfaces\":" + text_json(blocks_.add_deflated(surfaces_json()));
-    recorded.steps += ",\"frames\":" + text_json(blocks_.add_deflated(frames_.json()));
+    recorded.steps += ",\"frames\":" + text_json(blocks_.add_deflated(frames_json()));
     recorded.steps += ",\"chunks\":" + chunks + ",\"note\":" + note_ + "}";
     recorded.effects = text_json(blocks_.add_deflated(effects_.json()));
     return recorded;

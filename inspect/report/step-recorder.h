@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "inspect/history/open-groups.h"
 #include "inspect/report/call-effects.h"
 #include "inspect/report/columns.h"
 #include "inspect/report/step-chunks.h"
@@ -63,12 +64,6 @@ private:
         std::optional<cairo_matrix_t> to_cell;
         double reach = 0;
     };
-    struct Open
-    {
-        uint64_t call = 0;
-        bool layer = false;
-        std::optional<int64_t> frame;
-    };
 
     void begin_page(const cairo_renderer::WatchStep& step);
     void begin(const cairo_renderer::WatchStep& step);
@@ -80,7 +75,7 @@ private:
     bool look(const cairo_renderer::WatchStep& step);
     void add_step(Kind kind, int64_t call, int64_t by);
     void tell_effect(int64_t call, int64_t by);
-    int64_t frame();
+    std::string frames_json() const;
     std::string surfaces_json() const;
     bool is_full();
 
@@ -89,13 +84,11 @@ private:
     uint64_t most_bytes_;
     StepChunks chunks_;
     Columns table_{{"kind", "call", "by", "frame", "surface", "pixels", "area"}};
-    Columns frames_{{"call", "outside"}};
     CallEffects effects_;
     std::vector<SurfaceRow> rows_;
     std::vector<Surface> surfaces_;
     std::vector<std::shared_ptr<SurfaceCopy>> copies_;  // of surfaces_
-    std::vector<Open> open_;
-    std::vector<uint64_t> frame_calls_;
+    OpenGroups groups_;
     std::vector<PixelRun> runs_;
     PixelBox area_;  // around these
     uint64_t pixels_ = 0;

@@ -1,6 +1,7 @@
 #include "reader/look/call-box.h"
 
 #include "orvlog/interface/gop-image.h"
+#include "reader/look/elliptical-arc.h"
 #include "reader/tree/values.h"
 
 #include <algorithm>
@@ -83,8 +84,7 @@ private:
             go({0, up ? height : -height});
         }
         else if (one.name == "GPA_EllipticalSegment")
-            arc(read_double(one, "es_XRadius"), read_double(one, "es_YRadius"), read_double(one, "es_AngleToXAxis"),
-                read_vector(one, "es_EndPoint"));
+            arc(EllipticalArc(one));
     }
 
     void go(GGO_Vector by)
@@ -107,34 +107,15 @@ private:
         go(end);
     }
 
-    // At most half an ellipse. On the circle that the ellipse is an image of, the way goes around the centre.
-    void arc(double x_radius, double y_radius, double angle, GGO_Vector end)
+    void arc(const EllipticalArc& arc)
     {
         constexpr int kSteps = 32;
-        const double a = std::abs(x_radius);
-        const double b = std::abs(y_radius);
-        const double c = std::cos(angle);
-        const double s = std::sin(angle);
-        const double dx = (end.gvf_X * c + end.gvf_Y * s) / a;
-        const double dy = (end.gvf_Y * c - end.gvf_X * s) / b;
-        const double half = std::hypot(dx, dy) / 2;
-        if (!std::isfinite(half) || half == 0)
-            return go(end);
-        const double grown = std::max(half, 1.0);
-        const double off = std::sqrt(std::max(grown * grown - half * half, 0.0)) / (2 * half);
-        const double turn = x_radius * y_radius > 0 ? 1 : -1;
-        const double mx = dx / 2 - turn * dy * off;
-        const double my = dy / 2 + turn * dx * off;
-        const double from = std::atan2(-my, -mx);
-        const double sweep = turn * 2 * std::asin(std::min(half / grown, 1.0));
-        for (int i = 1; i < kSteps; ++i)
+        for (int i = 1; i < kSteps && !arc.is_line(); ++i)
         {
-            const double t = from + sweep * i / kSteps;
-            const double x = (mx + grown * std::cos(t)) * a;
-            const double y = (my + grown * std::sin(t)) * b;
-            around_.add(matrix_, at_.gpf_X + x * c - y * s, at_.gpf_Y + x * s + y * c);
+            const GGO_Point point = moved(at_, arc.at(static_cast<double>(i) / kSteps));
+            around_.add(matrix_, point.gpf_X, point.gpf_Y);
         }
-        go(end);
+        go(arc.end());
     }
 
     const GGO_Matrix& matrix_;

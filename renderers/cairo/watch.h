@@ -86,6 +86,12 @@ struct WatchStep
     // painted, group_begins, group_ends: how much the clips of the call and of all groups around it let through, as a
     // surface of CAIRO_FORMAT_A8 of the size of `box`, which the caller destroys. Good while the watch is told.
     std::function<cairo_surface_t*(const PixelBox& box)> clips;
+
+    // A group or a cell does.
+    bool begins() const
+    {
+        return kind == Kind::group_begins || kind == Kind::cell_begins;
+    }
 };
 
 struct Watch

@@ -10,6 +10,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tarfile
 import tempfile
 
 import check
@@ -134,12 +135,25 @@ class Place:
 
     def build_project(self, text):
         folder = os.path.join(self.tree, "build", "project")
+        shutil.rmtree(folder, ignore_errors=True)
         os.makedirs(folder)
         shutil.copy(os.path.join(self.tree, "driver.c"), folder)
         with open(os.path.join(folder, "CMakeLists.txt"), "w", encoding="utf-8") as file:
             file.write(PROJECT + text)
+        for archive in re.findall(r"[\w.-]+\.tar\.gz", text):
+            self.pack_sources(os.path.join(folder, archive))
         return self.paste("cmake -S build/project -B build/project/made -DCMAKE_PREFIX_PATH=$PWD/build/package && "
                           "cmake --build build/project/made && build/project/made/driver made.xml")
+
+    def pack_sources(self, path):
+        """An archive as scripts/package makes it, by its name too."""
+        name = os.path.basename(path).removesuffix(".tar.gz")
+        version = re.search(r"^project\(orvlog VERSION ([\d.]+)", check.text("CMakeLists.txt"), re.M)[1]
+        if name != f"orvlog-{version}":
+            return
+        with tarfile.open(path, "w:gz", compresslevel=1) as archive:
+            for place in check.files():
+                archive.add(os.path.join(check.ROOT, place), os.path.join(name, place))
 
     def use_package(self):
         """As the page says, pkg-config is told where the package is."""

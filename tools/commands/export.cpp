@@ -6,6 +6,7 @@
 #include "inspect/export/table-folder.h"
 #include "tools/shared/command.h"
 #include "tools/shared/compression-word.h"
+#include "tools/shared/files-from.h"
 #include "tools/shared/log-again.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
@@ -32,6 +33,7 @@ struct ExportCommand
     std::string sqlite;
     std::string jsonl;
     std::string compression;
+    std::vector<std::string> folders;
     orvlog::inspect::ExportOptions options;
     unsigned threads = 0;
     bool schema = false;
@@ -49,7 +51,8 @@ std::string name_in_rows(const std::string& log)
     return log == "-" ? "standard input" : std::filesystem::path(log).filename().string();
 }
 
-orvlog::inspect::ExportInput input_of(const std::string& name, std::mutex& one_at_a_time)
+orvlog::inspect::ExportInput input_of(const std::string& name, orvlog::reader::LogFiles files,
+                                      std::mutex& one_at_a_time)
 {
     auto log = std::make_shared<std::unique_ptr<LogAgain>>();
     const auto open = [name, log, &one_at_a_time](std::string& why) -> std::unique_ptr<std::istream>
@@ -70,7 +73,7 @@ orvlog::inspect::ExportInput input_of(const std::string& name, std::mutex& one_a
         why = (*log)->why();
         return pass;
     };
-    return {name_in_rows(name), open, true};
+    return {{name_in_rows(name), std::move(files)}, open, true};
 }
 
 int tell(const std::string& log, const ExportResult& result, Counts& counts)
@@ -128,11 +131,13 @@ int export_logs(const ExportCommand& command)
         fail("export: --compress is for --jsonl");
         return EXIT_BAD_USE;
     }
+    if (const orvlog::reader::LogFiles given("-", command.folders); !given.why().empty())
+        return fail(given.why());
     const std::unique_ptr<orvlog::inspect::TableStore> store = make_store(command);
     std::mutex one_at_a_time;
     std::vector<orvlog::inspect::ExportInput> inputs;
     for (const std::string& log : command.logs)
-        inputs.push_back(input_of(log, one_at_a_time));
+        inputs.push_back(input_of(log, orvlog::reader::LogFiles(log, command.folders), one_at_a_time));
     Counts counts;
     int status = EXIT_DONE;
     Progress progress(command.logs.size());
@@ -169,6 +174,7 @@ Run declare_export(CLI::App& app)
     app.add_flag("--texts", command->options.texts, "with what texts say, and which glyphs they take");
     app.add_flag("--content", command->options.content,
                  "with each segment of paths, and with bytes of images and profiles");
+    add_files_from(app, command->folders);
     app.add_option("--threads", command->threads, "logs that are read side by side")
         ->type_name("N")
         ->check(CLI::Range(1, 64));

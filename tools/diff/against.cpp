@@ -2,17 +2,17 @@
 
 #include "clients/replay/replay.h"
 #include "inspect/drawing/glyph-form.h"
-#include "inspect/pixels/pictures.h"
 #include "reader/text/log-files.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/diff/pixel-report.h"
 #include "tools/shared/command.h"
 #include "tools/shared/look.h"
+#include "tools/shared/picture-file.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <system_error>
 
 namespace orvlog::tool
@@ -25,39 +25,6 @@ namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 using orvlog::inspect::PixelArea;
 using orvlog::inspect::PixelCopy;
-
-// "STEM-NUMBER.png"; false for other names.
-bool take_apart(const fs::path& file, std::string* stem, uint32_t* number)
-{
-    const std::string name = file.stem().string();
-    const size_t dash = name.rfind('-');
-    const bool digits = dash != std::string::npos && name.size() - dash >= 4 && name.size() - dash <= 10 &&
-                        std::all_of(name.begin() + static_cast<std::ptrdiff_t>(dash) + 1, name.end(),
-                                    [](char c) { return c >= '0' && c <= '9'; });
-    if (file.extension() != ".png" || !digits)
-        return false;
-    *stem = name.substr(0, dash);
-    *number = static_cast<uint32_t>(std::stoul(name.substr(dash + 1)));
-    return true;
-}
-
-PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
-{
-    PixelArea area;
-    for (int y = 0; y < std::max(a.height, b.height); ++y)
-    {
-        for (int x = 0; x < std::max(a.width, b.width); ++x)
-        {
-            if (!orvlog::inspect::differ(a.at(x, y), b.at(x, y), tolerance))
-                continue;
-            if (area.pixels++ == 0)
-                area.box = {x, y, x + 1, y + 1};
-            area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),
-                        std::max(area.box.y1, y + 1)};
-        }
-    }
-    return area;
-}
 
 class Against
 {
@@ -91,12 +58,8 @@ private:
         std::error_code failed;
         for (fs::directory_iterator file(options_.pictures, failed), end; !failed && file != end;
              file.increment(failed))
-        {
-            std::string stem;
-            uint32_t number = 0;
-            if (take_apart(file->path(), &stem, &number))
-                found[stem][number] = file->path().string();
-        }
+            if (const std::optional<PageName> name = page_name(file->path()))
+                found[name->stem][name->number] = file->path().string();
         if (failed)
             return options_.pictures + ": " + failed.message();
         const auto own = found.find(stem_);
@@ -144,7 +107,7 @@ private:
             return tell(number_, file->second + " can't be read", nullptr);
         const PixelCopy a = orvlog::inspect::picture_of(page);
         const PixelCopy b = orvlog::inspect::picture_of(given);
-        const PixelArea area = area_between(a, b, options_.tolerance);
+        const PixelArea area = orvlog::inspect::area_between(a, b, options_.tolerance);
         std::string what = area_text(area) + " differ from " + file->second;
         if (a.width != b.width || a.height != b.height)
             what += ", which has another size";
@@ -161,12 +124,8 @@ private:
         char number[16];
         std::snprintf(number, sizeof number, "-%03u", number_);
         const std::string name = (fs::path(options_.marked) / (stem_ + number)).string();
-        const bool good = orvlog::inspect::write_picture(a, name + "-a.png") &&
-                          orvlog::inspect::write_picture(b, name + "-b.png") &&
-                          orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, options_.tolerance),
-                                                         name + "-marked.png");
-        if (!good)
-            lacks_.push_back(name + "-a.png and the like can't be written");
+        if (const std::string why = write_pictures(a, b, options_.tolerance, name); !why.empty())
+            lacks_.push_back(why);
     }
 
     void tell(uint32_t page, const std::string& what, const PixelArea* area)

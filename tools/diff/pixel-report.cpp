@@ -1,6 +1,6 @@
 #include "tools/diff/pixel-report.h"
 
-#include "inspect/pixels/pictures.h"
+#include "tools/shared/picture-file.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -66,6 +66,19 @@ std::string page_stem(const std::string& log)
     return name.stem().string();
 }
 
+std::optional<PageName> page_name(const fs::path& file)
+{
+    constexpr size_t kMostDigits = 9;
+    const std::string name = file.stem().string();
+    const size_t dash = name.rfind('-');
+    const std::string digits = dash != std::string::npos ? name.substr(dash + 1) : "";
+    const bool good = file.extension() == ".png" && digits.size() >= 3 && digits.size() <= kMostDigits &&
+                      digits.find_first_not_of("0123456789") == std::string::npos;
+    if (!good)
+        return std::nullopt;
+    return PageName{name.substr(0, dash), static_cast<uint32_t>(std::stoul(digits))};
+}
+
 std::string area_text(const PixelArea& area)
 {
     std::string text = std::to_string(area.pixels) + (area.pixels == 1 ? " pixel" : " pixels");
@@ -93,17 +106,14 @@ std::string PixelReport::write(const std::string& name, const PixelCopy& a, cons
     fs::create_directories(folder_, failed);
     if (failed)
         return folder_ + ": " + failed.message();
-    const auto picture = [&](const char* which, const PixelCopy& pixels)
-    {
-        const std::string file = (fs::path(folder_) / (name + which + ".png")).string();
-        if (!pixels.pixels.empty())
-            names.push_back(file);
-        return orvlog::inspect::write_picture(pixels, file) ? std::string() : file + ": can't be written";
-    };
-    std::string why = picture("-a", a);
-    if (why.empty())
-        why = picture("-b", b);
-    return why.empty() ? picture("-marked", orvlog::inspect::marked_picture(a, b, 0)) : why;
+    const std::string prefix = (fs::path(folder_) / name).string();
+    if (!a.pixels.empty())
+        names.push_back(prefix + "-a.png");
+    if (!b.pixels.empty())
+        names.push_back(prefix + "-b.png");
+    if (!names.empty())
+        names.push_back(prefix + "-marked.png");
+    return write_pictures(a, b, 0, prefix);
 }
 
 std::string PixelReport::add(const PageDifference& page)

@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,14 @@ namespace orvlog::tool
 
 // What the files of a log's pages begin with.
 std::string page_stem(const std::string& log);
+
+// What the name of a page's picture, STEM-001.png and onwards, is made of.
+struct PageName
+{
+    std::string stem;
+    uint32_t number = 0;
+};
+std::optional<PageName> page_name(const std::filesystem::path& file);
 
 // "3 pixels in 10,20,13,21".
 std::string area_text(const orvlog::inspect::PixelArea& area);

@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,6 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr int kDoesNotReplay = 125;
 constexpr size_t kKeySize = 32;
+constexpr long kLookAgain = 200;  // milliseconds
 
 // Two hashes of 64 bits, side by side: what was tried once is not tried again.
 std::string hash_of(const std::string& text)
@@ -65,11 +68,6 @@ std::string command_line(const std::string& command, const std::string& path)
     return result;
 }
 
-bool is_before(const timespec& one, const timespec& other)
-{
-    return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
-}
-
 // What is thrown here would end the command's own work, in the new process: it would take the folders away.
 bool replays(const std::string& log) noexcept
 {
@@ -83,35 +81,14 @@ bool replays(const std::string& log) noexcept
     }
 }
 
-timespec now()
-{
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return time;
-}
-
 }  // namespace
 
-// The signals that end the work are waited for, but for those that are ignored.
-TrialRunner::TrialRunner(TrialOptions options) : options_(std::move(options))
-{
-    sigemptyset(&waited_);
-    sigaddset(&waited_, SIGCHLD);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-    {
-        struct sigaction known = {};
-        sigaction(signal, nullptr, &known);
-        if (known.sa_handler != SIG_IGN)
-            sigaddset(&waited_, signal);
-    }
-    sigprocmask(SIG_BLOCK, &waited_, &before_);
-}
+TrialRunner::TrialRunner(TrialOptions options) : options_(std::move(options)) {}
 
 TrialRunner::~TrialRunner()
 {
     if (state_ != nullptr)
         std::fclose(state_);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 // With a sum, so that a line that was changed or broken off isn't believed.
@@ -139,6 +116,32 @@ bool TrialRunner::read_state()
     return true;
 }
 
+// Of two that would write to the same place the second gives way. The first takes the file away in the end: the second
+// is not to wait at one that is gone.
+bool TrialRunner::lock_state()
+{
+    struct stat held = {};
+    struct stat named = {};
+    do
+    {
+        if (state_ != nullptr)
+            std::fclose(state_);
+        state_ = std::fopen(options_.state.c_str(), "abe");
+        if (state_ == nullptr)
+        {
+            why_ = options_.state + ": " + std::strerror(errno);
+            return false;
+        }
+        if (flock(fileno(state_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        {
+            why_ = options_.state + ": another orvlog minimise is at work on it";
+            return false;
+        }
+    } while (fstat(fileno(state_), &held) == 0 &&
+             (stat(options_.state.c_str(), &named) != 0 || held.st_ino != named.st_ino));
+    return true;
+}
+
 bool TrialRunner::open(const std::string& log)
 {
     if (options_.state.empty())
@@ -152,15 +155,9 @@ bool TrialRunner::open(const std::string& log)
         why_ = options_.state + ": is no ordinary file";
         return false;
     }
-    if (!read_state())
+    if (!lock_state() || !read_state())
         return false;
-    const bool fresh = !fs::exists(status) || fs::file_size(options_.state) == 0;
-    state_ = std::fopen(options_.state.c_str(), "ab");
-    if (state_ == nullptr)
-    {
-        why_ = options_.state + ": " + std::strerror(errno);
-        return false;
-    }
+    const bool fresh = fs::file_size(options_.state, none) == 0;
     // A line that was broken off is none.
     std::fputs(fresh ? (header_ + "\n").c_str() : "\n", state_);
     std::fflush(state_);
@@ -197,9 +194,7 @@ void TrialRunner::become_command(const std::string& log, const std::string& path
     setpgid(0, 0);
     if (!replays(log))
         _exit(kDoesNotReplay);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_DFL);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    signals_.give_back();
     const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
     dup2(nothing, STDOUT_FILENO);
@@ -226,8 +221,7 @@ bool TrialRunner::start(const std::string& log, Trial& trial, bool show_errors)
         return false;
     }
     std::fflush(nullptr);
-    trial.due = now();
-    trial.due.tv_sec += options_.timeout > 0 ? static_cast<time_t>(options_.timeout) : 1 << 30;
+    trial.due = options_.timeout > 0 ? Clock::now() + std::chrono::seconds(options_.timeout) : Clock::time_point::max();
     trial.process = fork();
     if (trial.process == 0)
         become_command(log, path, show_errors);
@@ -248,7 +242,7 @@ bool TrialRunner::collect(Trial& trial)
         return true;
     int status = 0;
     const pid_t ended = waitpid(trial.process, &status, WNOHANG);
-    if (ended == 0 && (options_.timeout == 0 || is_before(now(), trial.due)))
+    if (ended == 0 && Clock::now() < trial.due)
         return false;
     if (ended == 0)
         stop(trial);
@@ -277,7 +271,7 @@ void TrialRunner::stop(Trial& trial)
 // Until the first good one is known: all before it have failed.
 void TrialRunner::wait(std::vector<Trial>& trials)
 {
-    while (signal_ == 0)
+    while (signals_.received() == 0)
     {
         bool waits = false;
         for (Trial& trial : trials)
@@ -288,10 +282,7 @@ void TrialRunner::wait(std::vector<Trial>& trials)
         }
         if (!waits)
             break;
-        const timespec most{0, 200'000'000};
-        const int signal = sigtimedwait(&waited_, nullptr, &most);
-        if (signal > 0 && signal != SIGCHLD)
-            signal_ = signal;
+        signals_.wait(kLookAgain);
     }
     for (Trial& trial : trials)
         stop(trial);
@@ -323,7 +314,7 @@ std::optional<size_t> TrialRunner::first_good(const std::vector<std::string>& lo
     }
     trials.resize(count);
     wait(trials);
-    if (signal_ != 0)
+    if (signals_.received() != 0)
         return std::nullopt;
     for (size_t i = 0; i < trials.size(); ++i)
     {
@@ -347,7 +338,7 @@ int TrialRunner::run_first(const std::string& log)
     if (!start(log, trials[0], true))
         return EXIT_FAILED;
     wait(trials);
-    if (signal_ == 0)
+    if (signals_.received() == 0)
         remember(key, trials[0].status == 0);
     return trials[0].status;
 }

@@ -4,10 +4,10 @@
 
 #include "inspect/reduce/minimiser.h"
 #include "tools/shared/temporary-folder.h"
+#include "tools/shared/waited-signals.h"
 
-#include <csignal>
+#include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -50,17 +50,17 @@ public:
     std::optional<size_t> first_good(const std::vector<std::string>& logs) override;
     bool is_over() const override
     {
-        return over_ || signal_ != 0;
+        return over_ || signals_.received() != 0;
     }
 
     // The signal that broke the work off; 0 if none did.
     int signal_received() const
     {
-        return signal_;
+        return signals_.received();
     }
     bool limit_reached() const
     {
-        return over_ && signal_ == 0 && why_.empty();
+        return over_ && signals_.received() == 0 && why_.empty();
     }
     uint64_t runs() const
     {
@@ -70,11 +70,13 @@ public:
     void forget();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Trial
     {
         pid_t process = 0;
         std::string folder;
-        timespec due{};
+        Clock::time_point due;
         int status = -1;  // known when it is not negative
     };
 
@@ -86,9 +88,11 @@ private:
     [[noreturn]] void become_command(const std::string& log, const std::string& path, bool show_errors) const;
     void remember(const std::string& key, bool good);
     std::string line_of(const std::string& key, bool good) const;
+    bool lock_state();
     bool read_state();
 
     TrialOptions options_;
+    WaitedSignals signals_;
     TemporaryFolder folder_;
     std::map<std::string, bool> known_;
     std::FILE* state_ = nullptr;
@@ -97,9 +101,6 @@ private:
     uint64_t runs_ = 0;
     uint64_t folders_ = 0;
     bool over_ = false;
-    int signal_ = 0;
-    sigset_t waited_{};
-    sigset_t before_{};
 };
 
 }  // namespace orvlog::tool

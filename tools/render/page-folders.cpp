@@ -1,10 +1,9 @@
 #include "tools/render/page-folders.h"
 
-#include "inspect/pixels/pictures.h"
 #include "renderers/cairo/cairo-renderer.h"
 #include "tools/diff/pixel-report.h"
+#include "tools/shared/picture-file.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -20,37 +19,6 @@ namespace
 namespace fs = std::filesystem;
 using orvlog::inspect::PixelArea;
 using orvlog::inspect::PixelCopy;
-
-std::optional<uint32_t> number_of(const fs::path& file)
-{
-    constexpr size_t kMostDigits = 9;
-    const std::string name = file.stem().string();
-    const size_t dash = name.rfind('-');
-    const std::string digits = dash != std::string::npos ? name.substr(dash + 1) : "";
-    const bool good = file.extension() == ".png" && digits.size() >= 3 && digits.size() <= kMostDigits &&
-                      digits.find_first_not_of("0123456789") == std::string::npos;
-    if (!good)
-        return std::nullopt;
-    return static_cast<uint32_t>(std::stoul(digits));
-}
-
-PixelArea area_between(const PixelCopy& a, const PixelCopy& b, uint32_t tolerance)
-{
-    PixelArea area;
-    for (int y = 0; y < std::max(a.height, b.height); ++y)
-    {
-        for (int x = 0; x < std::max(a.width, b.width); ++x)
-        {
-            if (!orvlog::inspect::differ(a.at(x, y), b.at(x, y), tolerance))
-                continue;
-            if (area.pixels++ == 0)
-                area.box = {x, y, x + 1, y + 1};
-            area.box = {std::min(area.box.x0, x), std::min(area.box.y0, y), std::max(area.box.x1, x + 1),
-                        std::max(area.box.y1, y + 1)};
-        }
-    }
-    return area;
-}
 
 PixelCopy picture(const std::string& file)
 {
@@ -69,7 +37,7 @@ std::string fault_of(const PixelCopy& a, const PixelCopy& b, const PageFolders& 
 {
     if (a.pixels.empty() || b.pixels.empty())
         return (a.pixels.empty() ? folders.name_a : folders.name_b) + "'s picture can't be read";
-    *area = area_between(a, b, folders.tolerance);
+    *area = orvlog::inspect::area_between(a, b, folders.tolerance);
     if (a.width != b.width || a.height != b.height)
         return "sizes differ: " + sizes_of(a, b);
     return area->pixels > 0 ? area_text(*area) + " differ" : "";
@@ -82,8 +50,8 @@ std::map<uint32_t, std::string> pages_in(const std::string& folder, std::string*
     std::map<uint32_t, std::string> pages;
     std::error_code failed;
     for (fs::directory_iterator file(folder, failed), end; !failed && file != end; file.increment(failed))
-        if (const std::optional<uint32_t> number = number_of(file->path()))
-            pages[*number] = file->path().string();
+        if (const std::optional<PageName> name = page_name(file->path()))
+            pages[name->number] = file->path().string();
     *why = failed ? folder + ": " + failed.message() : "";
     return pages;
 }
@@ -128,10 +96,7 @@ bool write_pictures(const PageFolders& folders, const PageFault& fault, const st
     const PixelCopy b = picture(folders.b.at(fault.page));
     char number[16];
     std::snprintf(number, sizeof number, "-%03u", fault.page);
-    const std::string name = prefix + number;
-    return orvlog::inspect::write_picture(a, name + "-a.png") && orvlog::inspect::write_picture(b, name + "-b.png") &&
-           orvlog::inspect::write_picture(orvlog::inspect::marked_picture(a, b, folders.tolerance),
-                                          name + "-marked.png");
+    return write_pictures(a, b, folders.tolerance, prefix + number).empty();
 }
 
 }  // namespace orvlog::tool

@@ -1,5 +1,6 @@
 #include "tools/render/render-processes.h"
 
+#include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
 
 #include <algorithm>
@@ -19,50 +20,20 @@ namespace
 {
 
 constexpr size_t kMostLines = 20;
-
-timespec now()
-{
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return time;
-}
-
-bool is_past(const timespec& due)
-{
-    const timespec time = now();
-    return time.tv_sec != due.tv_sec ? time.tv_sec > due.tv_sec : time.tv_nsec >= due.tv_nsec;
-}
+constexpr long kLookAgain = 100;  // milliseconds
 
 }  // namespace
-
-// The signals that end the work are waited for, but for those that are ignored.
-RenderProcesses::RenderProcesses()
-{
-    sigemptyset(&waited_);
-    sigaddset(&waited_, SIGCHLD);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-    {
-        struct sigaction known = {};
-        sigaction(signal, nullptr, &known);
-        if (known.sa_handler != SIG_IGN)
-            sigaddset(&waited_, signal);
-    }
-    sigprocmask(SIG_BLOCK, &waited_, &before_);
-}
 
 RenderProcesses::~RenderProcesses()
 {
     stop_all();
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 // In the new process. It leads a group of its own, so that all that it starts can be ended.
 void RenderProcesses::become(const RenderJob& job) const
 {
     setpgid(0, 0);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_DFL);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    signals_.give_back();
     const rlim_t bytes = job.megabytes << 20U;
     const rlimit memory = {bytes, bytes};
     const rlimit no_core = {0, 0};
@@ -81,6 +52,7 @@ void RenderProcesses::become(const RenderJob& job) const
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);
     execv("/proc/self/exe", words.data());
+    execv(name_of_start(), words.data());
     _exit(127);
 }
 
@@ -88,8 +60,7 @@ bool RenderProcesses::start(const RenderJob& job, size_t number)
 {
     Running one;
     one.job = number;
-    one.due = now();
-    one.due.tv_sec += job.seconds > 0 ? static_cast<time_t>(job.seconds) : 1 << 30;
+    one.due = job.seconds > 0 ? Clock::now() + std::chrono::seconds(job.seconds) : Clock::time_point::max();
     one.process = fork();
     if (one.process == 0)
         become(job);
@@ -108,7 +79,7 @@ bool RenderProcesses::collect(Running& one, RenderJob& job)
 {
     int status = 0;
     const pid_t ended = waitpid(one.process, &status, WNOHANG);
-    if (ended == 0 && !is_past(one.due))
+    if (ended == 0 && Clock::now() < one.due)
         return false;
     // With all that it has started.
     kill(-one.process, SIGKILL);
@@ -133,19 +104,11 @@ void RenderProcesses::stop_all()
     running_.clear();
 }
 
-void RenderProcesses::wait()
-{
-    const timespec most{0, 100'000'000};
-    const int signal = sigtimedwait(&waited_, nullptr, &most);
-    if (signal > 0 && signal != SIGCHLD)
-        signal_ = signal;
-}
-
 bool RenderProcesses::run(std::vector<RenderJob>& jobs, size_t at_once, const std::function<void(size_t)>& on_end)
 {
     std::fflush(nullptr);
     size_t next = 0;
-    while ((next < jobs.size() || !running_.empty()) && signal_ == 0)
+    while ((next < jobs.size() || !running_.empty()) && signals_.received() == 0)
     {
         while (next < jobs.size() && running_.size() < std::max<size_t>(at_once, 1))
         {
@@ -164,10 +127,10 @@ bool RenderProcesses::run(std::vector<RenderJob>& jobs, size_t at_once, const st
             on_end(job);
         }
         if (!ended)
-            wait();
+            signals_.wait(kLookAgain);
     }
     stop_all();
-    return signal_ == 0;
+    return signals_.received() == 0;
 }
 
 std::vector<std::string> lines_said(const std::string& errors)

@@ -3,10 +3,11 @@
 
 #pragma once
 
-#include <csignal>
+#include "tools/shared/waited-signals.h"
+
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -30,7 +31,7 @@ struct RenderJob
 class RenderProcesses
 {
 public:
-    RenderProcesses();
+    RenderProcesses() = default;
     RenderProcesses(const RenderProcesses&) = delete;
     RenderProcesses& operator=(const RenderProcesses&) = delete;
     ~RenderProcesses();
@@ -42,7 +43,7 @@ public:
     // The signal that broke the work off; 0 if none did.
     int signal_received() const
     {
-        return signal_;
+        return signals_.received();
     }
     const std::string& why() const
     {
@@ -50,24 +51,23 @@ public:
     }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Running
     {
         size_t job = 0;
         pid_t process = 0;
-        timespec due{};
+        Clock::time_point due;
     };
 
     bool start(const RenderJob& job, size_t number);
     [[noreturn]] void become(const RenderJob& job) const;
     bool collect(Running& one, RenderJob& job);
     void stop_all();
-    void wait();
 
+    WaitedSignals signals_;
     std::vector<Running> running_;
     std::string why_;
-    int signal_ = 0;
-    sigset_t waited_{};
-    sigset_t before_{};
 };
 
 // The lines of such a file, without "orvlog: " in front and without those that count what was done; 20 at most.

@@ -1,5 +1,6 @@
 #include "tools/report/glyph-picture.h"
 
+#include "inspect/pixels/pictures.h"
 #include "inspect/report/outline.h"
 #include "reader/look/call-box.h"
 #include "reader/tree/values.h"
@@ -19,12 +20,6 @@ using orvlog::reader::Element;
 using orvlog::reader::read_uint;
 
 constexpr uint32_t kLongestSide = 2048;
-
-cairo_status_t add_bytes(void* bytes, const unsigned char* data, unsigned int size)
-{
-    static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data), size);
-    return CAIRO_STATUS_SUCCESS;
-}
 
 void show_bitmap(const Element& bitmap, GlyphPicture& picture)
 {
@@ -55,8 +50,7 @@ void show_bitmap(const Element& bitmap, GlyphPicture& picture)
     cairo_surface_mark_dirty(surface.get());
     picture.width = width;
     picture.height = height;
-    if (cairo_surface_write_to_png_stream(surface.get(), add_bytes, &picture.png) != CAIRO_STATUS_SUCCESS)
-        picture.png.clear();
+    picture.png = orvlog::inspect::surface_png(surface.get());
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 #include "tools/shared/source.h"
 
 #include <algorithm>
-#include <cairo.h>
-#include <cstring>
 
 namespace orvlog::tool
 {
@@ -38,31 +36,6 @@ std::string differences_json(const std::vector<Difference>& differences)
         json.append(",").append(std::to_string(one.at)).append(",").append(std::to_string(one.count)).append("]");
     }
     return json.append("]");
-}
-
-cairo_status_t add_bytes(void* bytes, const unsigned char* data, unsigned int size)
-{
-    static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data), size);
-    return CAIRO_STATUS_SUCCESS;
-}
-
-// A picture without transparent pixels.
-std::string png_of(const PixelCopy& picture)
-{
-    std::string png;
-    if (picture.width <= 0 || picture.height <= 0)
-        return png;
-    const std::shared_ptr<cairo_surface_t> surface(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, picture.width, picture.height), cairo_surface_destroy);
-    unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const auto width = static_cast<size_t>(picture.width);
-    for (int y = 0; data != nullptr && y < picture.height; ++y)
-        std::memcpy(data + ptrdiff_t{y} * cairo_image_surface_get_stride(surface.get()),
-                    picture.pixels.data() + static_cast<size_t>(y) * width, width * sizeof(uint32_t));
-    cairo_surface_mark_dirty(surface.get());
-    if (cairo_surface_write_to_png_stream(surface.get(), add_bytes, &png) != CAIRO_STATUS_SUCCESS)
-        png.clear();
-    return png;
 }
 
 OpenLog opener(ReportedLog& log)
@@ -176,7 +149,7 @@ void ReportCompare::add_page(Blocks& blocks, const PageDifference& page)
     std::string picture = "null";
     if (page.end.pixels > 0 && page.page_a != 0 && page.page_b != 0)
     {
-        const std::string png = png_of(marked_picture(picture_of(page.a.end), picture_of(page.b.end), 0));
+        const std::string png = picture_png(marked_picture(picture_of(page.a.end), picture_of(page.b.end), 0));
         picture = png.empty() ? "null" : text_json(blocks.add_plain(png));
     }
     pages_.append(pages_.empty() ? "" : ",").append("{\"a\":").append(std::to_string(page.page_a));

@@ -4,6 +4,7 @@
 #include "tools/shared/signals.h"
 
 #include <spawn.h>
+#include <sys/auxv.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,7 +32,10 @@ bool is_program(const path& file)
 path own_folder()
 {
     std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error)
+        program = std::filesystem::canonical(name_of_start(), error);
+    return program.parent_path();
 }
 
 std::vector<path> folders_of(const char* list)
@@ -75,6 +79,11 @@ int wait_for(pid_t child)
 }
 
 }  // namespace
+
+const char* name_of_start()
+{
+    return reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+}
 
 std::string find_program(const std::string& name, const std::string& build_folder)
 {

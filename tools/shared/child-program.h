@@ -8,6 +8,9 @@
 namespace orvlog::tool
 {
 
+// The path that this program was started by, for a system without /proc, as one in an empty folder may be.
+const char* name_of_start();
+
 // The path of a program that belongs to `orvlog`; empty when there is none. Looked for in this order: the
 // folder that the environment variable ORVLOG_EXEC_PATH names, the folder of this executable, `build_folder`
 // beside it (where the build tree has the program), libexec/orvlog beside that folder, the folders of PATH.

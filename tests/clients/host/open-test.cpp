@@ -196,6 +196,11 @@ TEST_F(Open, SaysThatThereIsNoTable)
     EXPECT_EQ(folder_.names(), std::vector<std::string>());
 }
 
+TEST_F(Open, GivesNothingForNoOptions)
+{
+    EXPECT_EQ(orvlog_open(nullptr), nullptr);
+}
+
 TEST_F(Open, SaysThatAnExportIsMissing)
 {
     const ORVLOG_Library whole = {ORVLOG_DLL_initialise, ORVLOG_DLL_shutdown, ORVLOG_DLL_set_parameters};

@@ -41,6 +41,14 @@ protected:
         return stream.text();
     }
 
+    static ORVLOG_ProfileTicket ticket_of(uint32_t key, uint32_t channels)
+    {
+        ORVLOG_ProfileTicket ticket = {};
+        ticket.key = key;
+        ticket.channels = channels;
+        return ticket;
+    }
+
     static size_t count(const std::string& text, const std::string& wanted)
     {
         size_t found = 0;
@@ -52,15 +60,9 @@ protected:
 
 TEST_F(Ticket, StandsUnderItsFamily)
 {
-    ORVLOG_ProfileTicket gray = {};
-    gray.key = 1;
-    gray.channels = 1;
-    ORVLOG_ProfileTicket rgb = {};
-    rgb.key = 2;
-    rgb.channels = 3;
-    ORVLOG_ProfileTicket cmyk = {};
-    cmyk.key = 3;
-    cmyk.channels = 4;
+    ORVLOG_ProfileTicket gray = ticket_of(1, 1);
+    ORVLOG_ProfileTicket rgb = ticket_of(2, 3);
+    ORVLOG_ProfileTicket cmyk = ticket_of(3, 4);
     const std::string log = log_of({&gray, &rgb, &cmyk});
     EXPECT_EQ(count(log, "<GrayRenderColorSpace>"), 1U);
     EXPECT_EQ(count(log, "<RGBRenderColorSpace>"), 1U);
@@ -75,9 +77,7 @@ TEST_F(Ticket, StandsUnderItsFamily)
 TEST_F(Ticket, HoldsItsProfileAndStandsInTheLogOnce)
 {
     static const uint8_t profile[] = {0x00, 0x7F, 0x80, 0xFF};
-    ORVLOG_ProfileTicket rgb = {};
-    rgb.key = 5;
-    rgb.channels = 3;
+    ORVLOG_ProfileTicket rgb = ticket_of(5, 3);
     rgb.intent = GCM_RI_SATURATION;
     rgb.profile = profile;
     rgb.profile_bytes = sizeof profile;

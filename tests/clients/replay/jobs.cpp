@@ -20,11 +20,6 @@ std::string sample()
     return ORVLOG_SOURCE_DIR "/docs/sample.pdf";
 }
 
-std::string shared_document(const std::string& name)
-{
-    return ORVLOG_SOURCE_DIR "/../shared/pdfs/" + name;
-}
-
 std::map<std::string, std::string> files_of(const std::string& folder)
 {
     std::map<std::string, std::string> files;

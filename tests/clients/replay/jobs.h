@@ -18,7 +18,6 @@ ToolResult run_in(const std::string& folder, const Words& words);
 
 std::string sample();
 // A document of the folder shared/pdfs beside the project.
-std::string shared_document(const std::string& name);
 
 // The files right in a folder, their content by their name.
 std::map<std::string, std::string> files_of(const std::string& folder);

@@ -116,15 +116,17 @@ TEST_F(ErrorLog, LinesAreCutAt1023)
     EXPECT_EQ(take(), std::string(1023, 'b'));
 }
 
+// Windows prints any character, so that no format fails there.
+#ifndef _WIN32
 TEST_F(ErrorLog, FormatThatFailsPrintsNothing)
 {
     const char* no_character = "%lc";
-    if (std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)) >= 0)
-        GTEST_SKIP() << "the host's print takes any character";
+    ASSERT_LT(std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)), 0);
     EXPECT_EQ(GER_LogPrint(log, 1, 0, no_character, static_cast<wint_t>(0xDC00)), 1000);
     EXPECT_EQ(take(), "");
     EXPECT_EQ(locks.held, 0);
 }
+#endif
 
 TEST_F(ErrorLog, LevelsFilter)
 {
@@ -446,11 +448,11 @@ TEST_F(Record, RaiseFormatsItsArguments)
 }
 
 // What a failed format has left behind the prefix is not taken for a message.
+#ifndef _WIN32
 TEST_F(Record, FormatThatFailsLeavesNoText)
 {
     const char* no_character = "lost %lc";
-    if (std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)) >= 0)
-        GTEST_SKIP() << "this C library writes any character";
+    ASSERT_LT(std::snprintf(nullptr, 0, no_character, static_cast<wint_t>(0xDC00)), 0);
     for (const bool raise : {false, true})
     {
         GER_Error* error = make(20, "p:");
@@ -464,6 +466,7 @@ TEST_F(Record, FormatThatFailsLeavesNoText)
         EXPECT_EQ(take(), "GER 1:2:3 'p:'");
     }
 }
+#endif
 
 TEST_F(Record, TextIsCutAtTheCapacity)
 {

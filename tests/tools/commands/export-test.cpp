@@ -302,6 +302,17 @@ TEST(ToolQuery, OnlyReads)
     EXPECT_EQ(run_tool({"query", folder.write("text", "text"), "fonts"}).status, 1);
 }
 
+TEST(ToolQuery, SaysWhereThereIsNoDatabase)
+{
+    const ScratchFolder folder;
+    const ToolResult asked = run_tool({"query", folder.path(""), "fonts"});
+    EXPECT_EQ(asked.status, 1);
+    EXPECT_TRUE(has(asked.err, ": is a folder; a question is asked of a database")) << asked.err;
+    const ToolResult missing = run_tool({"query", folder.path("none"), "fonts"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(has(missing.err, "none: No such file or directory\n")) << missing.err;
+}
+
 TEST(ToolQuery, PrintsTablesJsonAndCsv)
 {
     const ScratchFolder folder;

@@ -5,7 +5,9 @@ the other, and the same files however many threads wrote them.
 usage: exports-agree.py ORVLOG-RECORD ORVLOG
 """
 
+import json
 import os
+import re
 import sys
 import tempfile
 
@@ -38,8 +40,57 @@ def make_logs(folder):
     return logs
 
 
+def hashes_of(folder, name):
+    """Of each image of a log: the bytes that are there, and their hash."""
+    database = os.path.join(folder, "images.sqlite")
+    if os.path.exists(database):
+        os.remove(database)
+    jobs.run(ORVLOG, "export", os.path.join(folder, name), "--sqlite", database)
+    rows = jobs.run(ORVLOG, "query", database, "SELECT id, data_bytes, data_hash FROM images ORDER BY item", "--json")
+    return {row["id"]: (row["data_bytes"], row["data_hash"]) for row in json.loads(rows.stdout)}
+
+
+def hold_image_hashes(folder):
+    """An image has the same hash wherever its bytes went, and none where they aren't all there."""
+    os.mkdir(folder)
+    beside, keep = ["--images-beside", "job"], ["--keep-images"]
+    for mode in ("transparent", "base"):
+        found = {}
+        for name, options in {"plain": [], "beside": beside, "kept": keep, "both": beside + keep,
+                              "merged": ["--via-temporary-log", *keep]}.items():
+            jobs.record(RECORD, folder, jobs.SAMPLE, name + ".xml", "--mode", mode, *options)
+            found[name] = hashes_of(folder, name + ".xml")
+        plain = found["plain"]
+        if len(plain) < 8 or not all(size > 0 and digest for size, digest in plain.values()):
+            raise SystemExit(f"{mode}: images without bytes: {plain}")
+        for name, images in found.items():
+            if images != plain:
+                raise SystemExit(f"{mode}, {name}: {images} instead of {plain}")
+    # In base mode the logger reads images itself, before they are kept.
+    with open(jobs.record(RECORD, folder, jobs.SAMPLE, "kept.xml", *keep), "rb") as file:
+        kept = re.findall(rb'Id="(\d+)" async_img_log_file_name="([^"]+)"', file.read())
+    bends = [(10, "job-img-10.bin", "beside.xml", os.remove), (40, "job-dir-40.bin", "beside.xml", os.remove),
+             (80, "job-img-80.bin", "beside.xml", lambda path: os.truncate(path, 100)),
+             (20, "job-img-20.bin", "beside.xml", lambda path: replace_by_link(path, jobs.SAMPLE))]
+    for (image, name), bend in zip(kept, (os.remove, lambda path: os.truncate(path, os.path.getsize(path) // 2))):
+        bends.append((int(image) // 10 * 10, name.decode(), "kept.xml", bend))
+    for image, name, log, bend in bends:
+        before = hashes_of(folder, log)
+        bend(os.path.join(folder, name))
+        after = hashes_of(folder, log)
+        if [one for one in after if after[one] != before[one]] != [image] or after[image][1] is not None:
+            raise SystemExit(f"{name}: {before}, then {after}")
+    print(f"{len(plain)} images: the same hashes in the log, beside it, kept and merged")
+
+
+def replace_by_link(path, to):
+    os.remove(path)
+    os.symlink(to, path)
+
+
 def main():
     with tempfile.TemporaryDirectory() as folder:
+        hold_image_hashes(os.path.join(folder, "images"))
         logs = make_logs(folder)
         # Logs of the same text are one.
         texts = {}

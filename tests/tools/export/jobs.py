@@ -116,6 +116,26 @@ def trouble_with_folder(folder, expected):
     return None
 
 
+def trouble_while_written(folder, expected):
+    """What is wrong for one who reads lines that end, of jobs that have a row, while others write or were killed."""
+    def lines(table):
+        path = os.path.join(folder, table + ".jsonl")
+        if not os.path.exists(path):
+            return []
+        with open(path, "rb") as file:
+            return [json.loads(line) for line in file if line.endswith(b"\n")]
+    names = {job["job"]: job["name"] for job in lines("jobs")}
+    for table in TABLES:
+        counts = dict.fromkeys(names, 0)
+        for row in lines(table):
+            if row["job"] in counts:
+                counts[row["job"]] += 1
+        for job, count in counts.items():
+            if count != expected[names[job]][table]:
+                return f"{table} of {names[job]}: {count} rows instead of {expected[names[job]][table]}"
+    return None
+
+
 def trouble_with_database(orvlog, file, expected):
     """The same of a database."""
     def ask(sql):

@@ -2,7 +2,8 @@
 """Kills exports and watches at random moments, starts them again, and counts what is there in the end.
 
 No row is doubled and none is lost, in the folder of tables and in the database, whenever the process is killed and
-however often; and what stands in a database between two starts is whole jobs.
+however often; and what stands there between two starts is whole jobs, in a database, and in files for one who goes by
+the rows of jobs.
 
 usage: killed-exports.py ORVLOG-RECORD ORVLOG; ORVLOG_KILLS tells how many processes are killed, ORVLOG_SEED when.
 """
@@ -37,6 +38,43 @@ def kill_after(command, seconds):
     return process.returncode != 0
 
 
+def trouble_between(way, out, expected):
+    """What is wrong with what a process leaves that was killed, for one who reads it as it is; None if nothing is."""
+    if way != "sqlite":
+        return jobs.trouble_while_written(out, expected) if os.path.exists(out) else None
+    if not os.path.exists(out):
+        return None
+    held = jobs.run(ORVLOG, "query", out, "SELECT name FROM jobs", "--csv", status=None)
+    if held.returncode != 0:
+        # Killed before it was made.
+        told = (b"not a database that orvlog export has made", b"was left half written")
+        return None if any(why in held.stderr for why in told) else held.stderr.decode()
+    names = [name.strip('"') for name in held.stdout.decode().splitlines()[1:]]
+    return jobs.trouble_with_database(ORVLOG, out, {name: expected[name] for name in names})
+
+
+def hold_half_written(logs, folder, expected):
+    """A database that was left in the midst of a change: a question says so, the next export sets it right."""
+    out = os.path.join(folder, "half.sqlite")
+    jobs.run(ORVLOG, "export", *logs[:2], "--sqlite", out)
+    subprocess.run([sys.executable, "-c", """if True:
+        import os, sqlite3, sys
+        database = sqlite3.connect(sys.argv[1], isolation_level=None)
+        database.execute("PRAGMA cache_size = 1")
+        database.execute("BEGIN")
+        database.execute("DELETE FROM calls")
+        database.execute("DELETE FROM paths")
+        os._exit(0)
+        """, out], check=True)
+    asked = jobs.run(ORVLOG, "query", out, "heavy-kinds", status=1)
+    if b"was left half written" not in asked.stderr or asked.stderr.count(b"\n") != 1 or asked.stdout:
+        raise SystemExit(f"half written: {asked.stdout} {asked.stderr}")
+    jobs.run(ORVLOG, "export", *logs, "--sqlite", out)
+    trouble = jobs.trouble_with_database(ORVLOG, out, expected)
+    if trouble:
+        raise SystemExit(f"half written: {trouble}")
+
+
 def main():
     chance = random.Random(SEED)
     kills = 0
@@ -53,6 +91,7 @@ def main():
             "jsonl": lambda out: [ORVLOG, "export", *logs, "--jsonl", out, "--threads", "2"],
             "watch": lambda out: [ORVLOG, "watch", spool, "--jsonl", out, "--once", "--rest", "0", "--settle", "0"],
         }
+        hold_half_written(logs, folder, expected)
         longest = {}
         for way, command in ways.items():
             start = time.monotonic()
@@ -66,13 +105,9 @@ def main():
             # Several in one life: what a killed one left is met by one that is killed, too.
             for _ in range(chance.randint(1, 4)):
                 kills += kill_after(ways[way](out), chance.uniform(0, longest[way] * 1.1))
-                if way == "sqlite" and os.path.exists(out):
-                    held = jobs.run(ORVLOG, "query", out, "SELECT name FROM jobs", "--csv", status=None)
-                    names = [name.strip('"') for name in held.stdout.decode().splitlines()[1:]]
-                    if held.returncode == 0:
-                        trouble = jobs.trouble_with_database(ORVLOG, out, {name: expected[name] for name in names})
-                        if trouble:
-                            raise SystemExit(f"{way}, seed {SEED}, turn {turn}, between: {trouble}")
+                trouble = trouble_between(way, out, expected)
+                if trouble:
+                    raise SystemExit(f"{way}, seed {SEED}, turn {turn}, between: {trouble}")
             jobs.run(*ways[way](out))
             trouble = (jobs.trouble_with_database(ORVLOG, out, expected) if way == "sqlite"
                        else jobs.trouble_with_folder(out, expected))

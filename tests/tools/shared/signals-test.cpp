@@ -1,4 +1,4 @@
-// orvlog record when the user breaks it off.
+// Commands that the user breaks off.
 
 #include "tests/tools/run-tool.h"
 
@@ -9,11 +9,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -88,6 +90,18 @@ protected:
         close(input[0]);
         close(input[1]);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+    // The processes with these numbers, a line each, have ended.
+    bool have_ended(const std::string& numbers) const
+    {
+        std::istringstream lines(read_file(folder.path(numbers)));
+        for (std::string number; lines >> number;)
+        {
+            const std::string state = read_file("/proc/" + number + "/stat");
+            if (!state.empty() && state.find(") Z ") == std::string::npos)
+                return false;
+        }
+        return true;
     }
     bool no_temporary_folders() const
     {
@@ -184,6 +198,59 @@ TEST_F(BrokenOff, APageMayTakeNoLongerThanItIsGiven)
     EXPECT_EQ(result.err, "orvlog-record: page 1 took too long and was broken off\n");
     EXPECT_EQ(result.out.find("log written"), std::string::npos);
     EXPECT_TRUE(read_file(log).ends_with("</ORV>\n"));
+}
+
+const std::string kLog = ORVLOG_SOURCE_DIR "/tests/expected/every-call-base.xml";
+
+TEST_F(BrokenOff, EndsWhatTheCommandOfMinimiseHasStarted)
+{
+    const std::string out = folder.path("least.xml");
+    const std::string pids = folder.path("pids");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        const std::string command = "sleep 1000 & echo $! >'" + pids + "'; echo $$ >>'" + pids + "'; sleep 1000; :";
+        start({"minimise", kLog, "--while", command, "-o", out});
+        wait_until([&] { return std::ranges::count(read_file(pids), '\n') == 2; });
+        EXPECT_EQ(status_after(signal), 128 + signal);
+        wait_until([&] { return have_ended("pids"); });
+        EXPECT_TRUE(no_temporary_folders());
+        EXPECT_FALSE(fs::exists(out));
+        EXPECT_FALSE(fs::exists(out + ".part"));
+        EXPECT_EQ(read_file(folder.path("out")), "orvlog: broken off; the same command line goes on\n");
+        fs::remove(pids);
+    }
+}
+
+// The command's own input stays open, and nobody writes to it.
+TEST_F(BrokenOff, MinimiseGivesItsCommandNoInputAndEndsWhatItLeavesRunning)
+{
+    const std::string out = folder.path("least.xml");
+    const std::string pids = folder.path("pids");
+    start({"minimise", kLog, "--while", "cat >/dev/null; sleep 1000 & echo $! >>'" + pids + "'; grep -q ORV_face_start",
+           "--limit", "3", "--jobs", "1", "-o", out});
+    EXPECT_EQ(status_after(0), 0) << read_file(folder.path("out"));
+    EXPECT_EQ(std::ranges::count(read_file(pids), '\n'), 4);
+    wait_until([this] { return have_ended("pids"); });
+    EXPECT_TRUE(fs::exists(out));
+}
+
+TEST_F(BrokenOff, OfTwoThatMinimiseToOnePlaceTheSecondGivesWay)
+{
+    const std::string out = folder.path("least.xml");
+    const std::string command = "echo >>'" + folder.path("started") + "'; while ! test -e '" + folder.path("go") +
+                                "'; do sleep 0.02; done; grep -q ORV_face_start";
+    start({"minimise", kLog, "--while", command, "--limit", "3", "-o", out});
+    wait_until([this] { return fs::exists(folder.path("started")); });
+    const ToolResult second = run_tool({"minimise", kLog, "--while", command, "--limit", "3", "-o", out});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.err, "orvlog: " + out + ".minimise: another orvlog minimise is at work on it\n");
+    EXPECT_TRUE(fs::exists(out + ".minimise"));
+    folder.write("go", "");
+    EXPECT_EQ(status_after(0), 0);
+    EXPECT_TRUE(fs::exists(out));
+    const ToolResult third = run_tool({"minimise", kLog, "--while", command, "-o", out});
+    EXPECT_EQ(third.status, 0) << third.err;
+    EXPECT_FALSE(fs::exists(out + ".minimise"));
 }
 
 // The log that came through a pipe, the part of the new one, and the image data that was copied to beside it.
