@@ -90,8 +90,8 @@ void RandomJob::step()
         return paint_resource(*drawing);
     if (kind == 8)
         return start_group(*drawing);
-    // What is begun in a callback ends there or later, what stands around it can't end within.
-    const bool may_end = drawing->calls == 0 && drawing->depth >= depth_;
+    // Within a callback nothing ends but what was begun there: the rest may be in use.
+    const bool may_end = drawing->calls == 0 && (depth_ == 0 || drawing->callback == callback_);
     if (kind == 9 && may_end)
         return finish_group(*drawing);
     if (kind == 10 && !resources_.empty())
@@ -148,7 +148,7 @@ void RandomJob::start_drawing()
     uint32_t id = 0;
     const uint64_t outer = call_;
     drawing->number = call_ = ++calls_;
-    drawing->depth = depth_;
+    drawing->callback = callback_;
     ++drawing->calls;
     drawing->in_memory = kind == 4;
     if (kind <= 1)
@@ -238,12 +238,14 @@ void RandomJob::draw_within()
         return;
     ++within_;
     const uint32_t doing = std::exchange(doing_, 0);
+    const uint32_t callback = std::exchange(callback_, within_);
     ++depth_;
     if (doing == 0 || ending_ > 0 || chance(2))
         say();
     else
         step();
     --depth_;
+    callback_ = callback;
     doing_ = doing;
 }
 

@@ -47,7 +47,7 @@ private:
         ORV_DrawingInterface table{};
         std::vector<uint64_t> groups;  // the numbers of the calls that began them
         uint64_t number = 0;           // that of the call that began it
-        uint32_t depth = 0;            // in how many callbacks it was begun
+        uint32_t callback = 0;         // the number of the callback in which it was begun; 0 outside
         uint32_t calls = 0;            // on it, that have not returned
         bool in_memory = false;
     };
@@ -120,9 +120,10 @@ private:
     void* comment_context_ = nullptr;
     bool side_files_ = false;
     bool memory_engines_ = false;
-    uint32_t depth_ = 0;   // of callbacks from within which the client draws
-    uint32_t within_ = 0;  // how often
-    uint32_t ending_ = 0;  // calls that end something and have not returned
+    uint32_t depth_ = 0;     // of callbacks from within which the client draws
+    uint32_t within_ = 0;    // how often
+    uint32_t callback_ = 0;  // the present one's number
+    uint32_t ending_ = 0;    // calls that end something and have not returned
     uint64_t calls_ = 0;
     uint64_t call_ = 0;   // the present one
     uint32_t doing_ = 0;  // whether the renderer is at work in it
