@@ -7,6 +7,7 @@
 #include "clients/pdf/interruption.h"
 #include "clients/pdf/job.h"
 #include "clients/pdf/password.h"
+#include "reader/text/log-frames.h"
 
 #include <CLI/CLI.hpp>
 
@@ -134,6 +135,8 @@ int record(CommandLine& line)
     using orvlog::client_stream::StreamKind;
     if (line.stream.empty())
         line.stream = job.log.ends_with(".zst") ? "zstd" : "mapped";
+    if (line.stream == "zstd" && !orvlog::reader::Frames::can_be_read())
+        return fail("this build has no Zstandard, which --stream zstd needs");
     job.stream = line.stream == "zstd"   ? StreamKind::zstd
                  : line.stream == "file" ? StreamKind::file
                                          : StreamKind::mapped;

@@ -39,6 +39,39 @@ std::optional<ORVLOG_ImageSize> size_of(const GOP_OperandImagePointer* record)
     return size;
 }
 
+// Channels as a renderer may count them, which knows other color spaces than the log's.
+uint64_t most_channels(const GOP_OperandImagePointer& record)
+{
+    const GOP_OperandImage& image = *record.imp_Image;
+    const GCM_Csd* csd = record.imp_Csd.cp_Csd;
+    const uint64_t alphas = (image.im_Flags & GOP_OP_FLAGS_HAS_ALPHA) != 0 ? 1 : 0;
+    const uint32_t space = GOP_COLOR_INFO_SPACE(image.im_Operand.go_ColorInfo);
+    if (space == GOP_OCS_RENDER && image.im_NumNonalphaChans > 0)
+        return image.im_NumNonalphaChans + alphas;
+    if (space == GOP_OCS_OTHER && csd != nullptr && csd->csd_NumBaseChans + csd->csd_NumNamedChans > 0)
+        return uint64_t{csd->csd_NumBaseChans} + csd->csd_NumNamedChans + alphas;
+    const uint32_t family = image.im_Operand.go_ColorSpaceFamily;
+    return (family == GCM_CSF_GRAY ? 1U : family == GCM_CSF_RGB ? 3U : 4U) + alphas;
+}
+
+// The bytes that a renderer reads of an image in memory. Its rows may lie further apart than they are long, of which a
+// log tells nothing but their bytes.
+uint64_t reach_of(const GOP_OperandImagePointer& record)
+{
+    const GOP_OperandImage& image = *record.imp_Image;
+    if (image.im_ImageEncoding > GOP_ENCODING_PLANAR)
+        return 0;
+    const uint64_t channels = most_channels(record);
+    const uint32_t code = image.im_Operand.go_Count;
+    const uint64_t bits = code <= GNC_BMP_DEPTH_32_FL ? uint64_t{1} << code : 32;
+    const bool indexed = (image.im_Flags & GOP_OP_FLAGS_IS_INDEXED_COLOR) != 0;
+    const bool planar = image.im_ImageEncoding == GOP_ENCODING_PLANAR && !indexed;
+    const double rows = static_cast<double>(image.im_ImageHeightPixels) * (planar ? static_cast<double>(channels) : 1);
+    const uint64_t row = (image.im_ImageWidthPixels * bits * (indexed || planar ? 1 : channels) + 7) / 8;
+    const double reach = rows * static_cast<double>(std::max<uint64_t>(row, record.imp_RowStep));
+    return reach < static_cast<double>(uint64_t{1} << 62) ? static_cast<uint64_t>(reach) : uint64_t{1} << 62;
+}
+
 }  // namespace
 
 struct ReplayImage::Callbacks
@@ -133,10 +166,11 @@ bool ReplayImage::set_direct(std::vector<uint8_t> bytes)
     const std::optional<ORVLOG_ImageSize> size = size_of(record_);
     const uint64_t wanted = size ? uint64_t{size->rows} * size->row_bytes : bytes.size();
     const bool enough = wanted <= bytes.size();
-    if (wanted > std::max<uint64_t>(bytes.size(), kMostPadding))
+    const uint64_t room = std::max(wanted, record_->imp_Image != nullptr ? reach_of(*record_) : 0);
+    if (room > bytes.size() + kMostPadding)
         return false;
     direct_ = std::move(bytes);
-    direct_.resize(std::max<size_t>({direct_.size(), wanted, 1}));
+    direct_.resize(std::max<size_t>({direct_.size(), room, 1}));
     record_->imp_DirectImage = direct_.data();
     return enough;
 }

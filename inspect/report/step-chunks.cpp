@@ -11,9 +11,9 @@ namespace
 {
 
 constexpr uint64_t kMostSteps = 4096;
-constexpr uint64_t kMostPixels = uint64_t{1} << 20;
-// So many can be brought up in a tenth of a second, in a browser too.
-constexpr uint64_t kPixelsBetweenKeys = uint64_t{3} << 20;
+constexpr uint64_t kMostPixels = uint64_t{1} << 18;
+// With as many of a key a browser brings them up in a tenth of a second.
+constexpr uint64_t kPixelsBetweenKeys = uint64_t{3} << 18;
 
 void add_number(std::string& bytes, uint64_t number)
 {

@@ -1,4 +1,4 @@
-// Where there is no Zstandard, a file of frames is no log.
+// Where there is no Zstandard, frames can't be read.
 
 #include "reader/text/log-frames.h"
 
@@ -13,13 +13,14 @@ Frames::Frames(Source source, Repeats repeats) : source_(std::move(source)), rep
 
 Frames::~Frames() = default;
 
-bool Frames::begin_with(std::string_view)
+bool Frames::can_be_read()
 {
     return false;
 }
 
 size_t Frames::read(char*, size_t)
 {
+    damaged_ = true;
     return 0;
 }
 

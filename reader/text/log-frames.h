@@ -27,6 +27,8 @@ public:
 
     // Whether a file that begins like that consists of frames.
     static bool begin_with(std::string_view head);
+    // False in a build without Zstandard: all frames are damaged to it.
+    static bool can_be_read();
 
     // The next bytes of text, fewer than `size` only at the end or where the frames are damaged.
     size_t read(char* bytes, size_t size);

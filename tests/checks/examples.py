@@ -120,8 +120,13 @@ class System:
         return [], program + ".exe"
 
     def execute(self, program, *arguments):
-        command = [program] if self.name == "linux" else [os.path.join(check.ROOT, "scripts", "run-under-wine"), program]
-        return run(*command, *arguments, cwd=self.folder, env=self.environment)
+        if self.name == "linux":
+            return run(program, *arguments, cwd=self.folder, env=self.environment)
+        # What Wine says of its own processes goes to the same stderr.
+        done = subprocess.run([os.path.join(check.ROOT, "scripts", "run-under-wine"), program, *arguments],
+                              cwd=self.folder, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True, errors="replace", check=False, timeout=300)
+        return done.returncode, done.stdout + (done.stderr if done.returncode != 0 else "")
 
 
 def faults_of_log(path, expected):

@@ -1,13 +1,13 @@
 // orvlog diff: where two logs of a job differ.
 
-#include "inspect/pixels/pixel-diff.h"
-#include "reader/text/log-files.h"
+#include "inspect/align/log-alignment.h"
 #include "tools/diff/against.h"
 #include "tools/diff/diff-input.h"
 #include "tools/diff/diff-listing.h"
-#include "tools/diff/pixel-report.h"
+#include "tools/diff/pixel-pass.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
 
@@ -56,13 +56,17 @@ class DiffJob
 {
 public:
     explicit DiffJob(const DiffOptions& options)
-        : options_(options), a_(options.a), b_(options.b), listing_({options.json, options.all, options.context}),
-          report_(options.pictures, options.a)
+        : options_(options), a_(options.a), b_(options.b), listing_({options.json, options.all, options.context})
     {
     }
 
     int run()
     {
+        if (options_.pixels)
+            pages_ = make_pixel_pass(
+                {options_.pictures, options_.folders, static_cast<double>(options_.dpi), options_.json, a_, b_});
+        if (options_.pixels && pages_ == nullptr)
+            return left_out("Cairo", "--pixels");
         for (const DiffInput* input : {&a_, &b_})
             if (!input->open())
                 return fail(input->why());
@@ -74,9 +78,9 @@ public:
         if (!outcome.b.is_log)
             return fail(options_.b + ": not a log");
         listing_.add_roots(outcome.roots);
-        if (options_.pixels)
-            draw_pages();
-        listing_.finish(options_.pixels ? &report_.json() : nullptr);
+        if (pages_ != nullptr)
+            pages_->draw(lacks_);
+        listing_.finish(pages_ != nullptr ? &pages_->json() : nullptr);
         return finish(outcome);
     }
 
@@ -91,75 +95,15 @@ private:
         return align_logs(a_.opener(), b_.opener(), align,
                           [this](const Step& step)
                           {
-                              if (options_.pixels)
-                                  number(step);
+                              if (pages_ != nullptr)
+                                  pages_->number(step);
                               return listing_.add(step);
                           });
     }
 
-    // Calls that belong together get the same number.
-    void number(const Step& step)
-    {
-        const uint64_t side = step.b == nullptr                ? CallNumber::kInA
-                              : step.a == nullptr              ? CallNumber::kInB
-                              : step.kind == StepKind::changed ? CallNumber::kChanged
-                                                               : CallNumber::kSame;
-        const uint64_t number = 4 * ++calls_ + side;
-        if (step.a != nullptr)
-            numbers_a_.add({step.a->place.byte, number});
-        if (step.b != nullptr)
-            numbers_b_.add({step.b->place.byte, number});
-    }
-
-    bool make_side(const DiffInput& input, PixelSide& side)
-    {
-        side.open = input.opener();
-        side.files = orvlog::reader::LogFiles(input.name(), options_.folders);
-        const auto log = side.open();
-        if (!side.files.why().empty() || log == nullptr)
-        {
-            lacks_.push_back(side.files.why().empty() ? input.name() + ": can't be read" : side.files.why());
-            return false;
-        }
-        side.kind = orvlog::replay::examine(*log);
-        return true;
-    }
-
-    void draw_pages()
-    {
-        PixelSide a;
-        PixelSide b;
-        if (!make_side(a_, a) || !make_side(b_, b))
-            return;
-        const PixelDiffOutcome outcome = compare_pages(a, numbers_a_, b, numbers_b_, options_.dpi,
-                                                       [this](const PageDifference& page)
-                                                       {
-                                                           const std::string why = report_.add(page);
-                                                           if (!why.empty())
-                                                               lacks_.push_back(why);
-                                                           if (!options_.json)
-                                                               put(report_.lines().back() + "\n");
-                                                       });
-        if (outcome.no_room)
-            lacks_.emplace_back("no room for a temporary file with what each step draws");
-        if (!options_.json && !outcome.no_room && report_.lines().empty())
-            put(std::to_string(outcome.a.pages) + " pages, no pixel differs\n");
-        say_drawing(options_.a, outcome.a);
-        say_drawing(options_.b, outcome.b);
-    }
-
-    void say_drawing(const std::string& name, const orvlog::replay::Outcome& outcome)
-    {
-        if (outcome.pages_refused > 0)
-            lacks_.push_back(name + ": " + std::to_string(outcome.pages_refused) + " pages could not be drawn");
-        if (outcome.missing > 0)
-            lacks_.push_back(name + ": lacks data in " + std::to_string(outcome.missing) +
-                             " places; what could be found is drawn");
-    }
-
     int finish(const AlignOutcome& outcome)
     {
-        const bool differs = listing_.differs() || !report_.lines().empty();
+        const bool differs = listing_.differs() || (pages_ != nullptr && pages_->differ());
         const int status = finish_output(differs ? EXIT_FAILED : EXIT_DONE);
         bool sound = !say_state(options_.a, outcome.a);
         sound = !say_state(options_.b, outcome.b) && sound;
@@ -172,10 +116,7 @@ private:
     DiffInput a_;
     DiffInput b_;
     DiffListing listing_;
-    PixelReport report_;
-    NumberFile numbers_a_;
-    NumberFile numbers_b_;
-    uint64_t calls_ = 0;
+    std::unique_ptr<PixelPass> pages_;  // null if pixels aren't compared
     std::vector<std::string> lacks_;
 };
 

@@ -7,6 +7,7 @@
 #include "tools/shared/command.h"
 #include "tools/shared/compression-word.h"
 #include "tools/shared/files-from.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/log-again.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
@@ -131,6 +132,8 @@ int export_logs(const ExportCommand& command)
         fail("export: --compress is for --jsonl");
         return EXIT_BAD_USE;
     }
+    if (is_left_out(command.compression))
+        return left_out("Zstandard", "--compress zstd");
     if (const orvlog::reader::LogFiles given("-", command.folders); !given.why().empty())
         return fail(given.why());
     const std::unique_ptr<orvlog::inspect::TableStore> store = make_store(command);

@@ -231,6 +231,9 @@ bool bring(RecordOptions& options, const TemporaryFolder& folder, std::string* w
 int report_on(const RecordOptions& options, const std::string& log)
 {
     ReportSettings settings;
+    // What lies beside a log for the standard output.
+    if (options.log == "-")
+        settings.folders.emplace_back(".");
     const int status = make_report({log}, options.report, settings);
     if (status == EXIT_DONE)
         std::fprintf(options.log == "-" || options.report == "-" ? stderr : stdout, "report in %s\n",

@@ -3,6 +3,7 @@
 #include "inspect/repack/log-repacker.h"
 #include "reader/text/log-frames.h"
 #include "tools/shared/command.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/new-log.h"
 #include "tools/shared/output.h"
 #include "tools/shared/source.h"
@@ -81,8 +82,8 @@ int repack(const Options& options)
 {
     if (options.output != "-" && is_same_file(options.log, options.output))
         return fail(options.output + ": is the log to be repacked");
-    if (orvlog::reader::compressed_frame("<ORV", 1).empty())
-        return fail("repack needs Zstandard, which this program was built without");
+    if (!orvlog::reader::Frames::can_be_read())
+        return left_out("Zstandard", "orvlog repack");
     Source source(options.log);
     if (!source.open())
         return fail(options.log + ": " + source.why());

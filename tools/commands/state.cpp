@@ -1,20 +1,14 @@
 // orvlog state: what holds when a call of a log is made.
 
 #include "inspect/history/call-state.h"
-#include "inspect/history/clip-picture.h"
 #include "tools/shared/address.h"
+#include "tools/shared/clip-drawing.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/log-again.h"
 #include "tools/shared/look.h"
-#include "tools/shared/output.h"
 #include "tools/shared/state-text.h"
 
-#include <cairo.h>
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,8 +20,6 @@ namespace
 {
 
 using orvlog::inspect::CallState;
-using orvlog::inspect::ClipPicture;
-using orvlog::inspect::ClipPictureOptions;
 
 struct StateOptions
 {
@@ -38,60 +30,6 @@ struct StateOptions
     bool json = false;
     std::vector<std::string> folders;
 };
-
-// White where the clips let through, black elsewhere.
-bool write_png(cairo_surface_t* alpha, Output& output)
-{
-    const std::shared_ptr<cairo_surface_t> picture(cairo_image_surface_create(CAIRO_FORMAT_RGB24,
-                                                                              cairo_image_surface_get_width(alpha),
-                                                                              cairo_image_surface_get_height(alpha)),
-                                                   cairo_surface_destroy);
-    const std::shared_ptr<cairo_t> cr(cairo_create(picture.get()), cairo_destroy);
-    cairo_surface_set_device_offset(alpha, 0.0, 0.0);
-    cairo_set_source_rgb(cr.get(), 1.0, 1.0, 1.0);
-    cairo_mask_surface(cr.get(), alpha, 0.0, 0.0);
-    const auto put_bytes = [](void* to, const unsigned char* bytes, unsigned count)
-    { return static_cast<Output*>(to)->write(bytes, count) ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR; };
-    return cairo_surface_write_to_png_stream(picture.get(), put_bytes, &output) == CAIRO_STATUS_SUCCESS;
-}
-
-// Whether two names lead to the same file.
-bool is_the_log(const StateOptions& options)
-{
-    std::error_code none;
-    return std::filesystem::equivalent(options.clip_png, options.log, none);
-}
-
-int draw_clip(const StateOptions& options, const CallState& state, LogAgain& log)
-{
-    const std::string named = options.log + ": the call " + state.call.address;
-    ClipPictureOptions drawing;
-    drawing.files = orvlog::reader::LogFiles(options.log, options.folders);
-    if (!drawing.files.why().empty())
-        return fail(drawing.files.why());
-    drawing.call = state.byte;
-    drawing.dpi = options.dpi;
-    if (state.call.page != 0)
-        drawing.first_page = drawing.last_page = state.call.page;
-    const orvlog::replay::LogKind kind = orvlog::replay::examine(log.from_start());
-    Progress progress(log.size());
-    drawing.progress = [&progress](uint64_t done) { progress.show(done); };
-    const ClipPicture picture = orvlog::inspect::clip_picture(log.from_start(), kind, drawing);
-    if (picture.too_large)
-        return fail(named + " is on a page of too many pixels for a picture; --dpi makes it smaller");
-    if (picture.surface == nullptr && picture.repeated)
-        return fail(named + " paints a cell that is repeated, so there is no picture of its clip");
-    if (picture.surface == nullptr)
-        return fail(named + " paints on no page, so there is no picture of its clip");
-    if (is_the_log(options))
-        return fail(options.clip_png + ": is the log");
-    Output output(options.clip_png);
-    if (!output.open())
-        return fail(options.clip_png + ": " + std::strerror(errno));
-    if (!write_png(picture.surface.get(), output) || !output.finish())
-        return fail(options.clip_png + ": " + std::strerror(output.reason() != 0 ? output.reason() : errno));
-    return EXIT_DONE;
-}
 
 CallState read_state(const StateOptions& options, LogAgain& log)
 {
@@ -116,7 +54,9 @@ int state(const StateOptions& options)
         return status;
     if (found.damage > 0)
         say(options.log + ": damaged in " + std::to_string(found.damage) + " places before the call");
-    return options.clip_png.empty() ? EXIT_DONE : draw_clip(options, found, log);
+    return options.clip_png.empty()
+               ? EXIT_DONE
+               : draw_clip({options.log, options.folders, options.clip_png, options.dpi}, found, log);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "inspect/export/spool.h"
 #include "tools/shared/command.h"
 #include "tools/shared/compression-word.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/look.h"
 
 #include <algorithm>
@@ -175,7 +176,8 @@ Run declare_watch(CLI::App& app)
         "ledger in the folder of the tables says which logs they hold: each is there once and whole, whenever the "
         "command is stopped, by whatever means, and started again. Links, pipes and other things in the folder "
         "are left alone.");
-    return [command] { return Watch(*command).run(); };
+    return [command]
+    { return is_left_out(command->compression) ? left_out("Zstandard", "--compress zstd") : Watch(*command).run(); };
 }
 
 }  // namespace orvlog::tool

@@ -2,17 +2,16 @@
 
 #include "orvlog/interface/gop-image.h"
 #include "tools/extract/extract-images.h"
-
-#include <png.h>
+#include "tools/shared/png-writer.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 
 namespace orvlog::tool
 {
@@ -217,51 +216,36 @@ void thin_out(std::vector<uint16_t>& samples, uint32_t count, uint32_t step)
     samples.resize(to);
 }
 
-// Writes every `step`th row and column. Everything that is to be freed stands in front of the jump.
-bool write_png(const TakenImage& taken, const Layout& layout, uint32_t step,
-               const std::function<void(png_structp)>& begin)
+// Writes every `step`th row and column.
+bool write_png(const TakenImage& taken, const Layout& layout, uint32_t step, const PngWriter::Sink& sink)
 {
-    png_structp png =
-        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
-    png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+    PngForm form;
+    form.width = (layout.width + step - 1) / step;
+    form.height = static_cast<uint32_t>((layout.height + step - 1) / step);
+    form.depth = layout.depth();
+    form.gray = layout.channels == 1;
+    form.alpha = layout.alpha;
+    PngWriter png(form, sink);
     std::vector<uint16_t> samples;
     std::vector<uint8_t> bytes;
     const Rows rows(taken, layout);
-    if (info == nullptr || setjmp(png_jmpbuf(png)) != 0)
-    {
-        png_destroy_write_struct(&png, &info);
-        return false;
-    }
-    const bool gray = layout.channels == 1;
-    const int type = (gray ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB) | (layout.alpha ? PNG_COLOR_MASK_ALPHA : 0);
-    png_set_user_limits(png, INT32_MAX, INT32_MAX);
-    begin(png);
-    png_set_IHDR(png, info, (layout.width + step - 1) / step, static_cast<uint32_t>((layout.height + step - 1) / step),
-                 static_cast<int>(layout.depth()), type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
-    png_write_info(png, info);
-    for (uint64_t y = 0; y < layout.height; y += step)
+    bool good = true;
+    for (uint64_t y = 0; good && y < layout.height; y += step)
     {
         rows.read(y, samples);
         thin_out(samples, layout.samples(), step);
         convert(samples, layout, bytes);
-        png_write_row(png, bytes.data());
+        good = png.add_row(bytes.data());
     }
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    return true;
+    return good && png.finish();
 }
 
 bool write_png_file(const std::string& path, const TakenImage& taken, const Layout& layout)
 {
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-    return file != nullptr && write_png(taken, layout, 1, [&file](png_structp png) { png_init_io(png, file.get()); }) &&
-           std::fflush(file.get()) == 0;
-}
-
-void add_png_bytes(png_structp png, png_bytep data, size_t size)
-{
-    static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<const char*>(data), size);
+    const auto sink = [&file](std::string_view bytes)
+    { return std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size(); };
+    return file != nullptr && write_png(taken, layout, 1, sink) && std::fflush(file.get()) == 0;
 }
 
 bool is_shown(const Layout& layout)
@@ -315,8 +299,12 @@ std::string image_png(const TakenImage& image, uint32_t longest)
     const uint64_t side = std::max<uint64_t>(layout.width, layout.height);
     const auto step = static_cast<uint32_t>((side + longest - 1) / longest);
     std::string png;
-    const bool good = write_png(image, layout, step,
-                                [&png](png_structp writer) { png_set_write_fn(writer, &png, add_png_bytes, nullptr); });
+    const auto sink = [&png](std::string_view bytes)
+    {
+        png += bytes;
+        return true;
+    };
+    const bool good = write_png(image, layout, step, sink);
     return good ? png : std::string();
 }
 

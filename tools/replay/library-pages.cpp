@@ -26,7 +26,7 @@ bool LibraryPages::take(const ORVLOG_RendererPage& page)
         ++count_;
         rows_left_ = page.height;
         if (!prefix_.empty())
-            file_ = cairo_renderer::PngFile::create(file_name(prefix_, number_()), page.width, page.height);
+            file_ = PageFile::create(file_name(prefix_, number_()), page.width, page.height);
     }
     rows_left_ -= page.rows;
     if (prefix_.empty())

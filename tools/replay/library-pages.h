@@ -3,7 +3,7 @@
 #pragma once
 
 #include "orvlog/interface/orvlog-renderer.h"
-#include "renderers/cairo/png-file.h"
+#include "tools/replay/page-file.h"
 
 #include <cstdint>
 #include <functional>
@@ -35,7 +35,7 @@ public:
 private:
     const std::string prefix_;
     const std::function<uint32_t()> number_;
-    std::unique_ptr<cairo_renderer::PngFile> file_;
+    std::unique_ptr<PageFile> file_;
     uint32_t rows_left_ = 0;
     uint32_t count_ = 0;
     bool good_ = true;

@@ -5,16 +5,15 @@
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
 #include "clients/session/logged-session.h"
-#include "inspect/drawing/glyph-form.h"
 #include "reader/text/log-files.h"
-#include "renderers/cairo/cairo-renderer.h"
+#include "tools/replay/cairo-pages.h"
 #include "tools/replay/library-pages.h"
 #include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
 #include "tools/shared/indexed-log.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/look.h"
 #include "tools/shared/source.h"
-#include "tools/shared/vector-pages.h"
 
 #include <filesystem>
 #include <fstream>
@@ -83,10 +82,7 @@ class ReplayJob
 {
 public:
     // `place` is told of each call; may be null.
-    ReplayJob(const ReplayOptions& options, WorkPlace* place)
-        : options_(options), place_(place), vectors_(options.svg, options.pdf, page_name(options))
-    {
-    }
+    ReplayJob(const ReplayOptions& options, WorkPlace* place) : options_(options), place_(place) {}
 
     int run()
     {
@@ -109,8 +105,6 @@ public:
         if (options_.pages.first > kind_.faces && kind_.faces > 0)
             return fail(options_.log + ": has no page " + std::to_string(options_.pages.first) + ", but " +
                         std::to_string(kind_.faces) + " in all");
-        if (vectors_.would_replace(options_.log))
-            return fail(options_.pdf + ": is the log to be replayed");
         log->clear();
         log->seekg(0);
         if (std::string why; !make_renderer(&why))
@@ -154,9 +148,7 @@ private:
             as_logged_ = std::make_unique<replay::AsLogged>(kind_.script);
             return true;
         }
-        if (!has_library(options_))
-            make_cairo_renderer();
-        return !has_library(options_) || load_renderer(why);
+        return has_library(options_) ? load_renderer(why) : make_cairo_renderer(why);
     }
 
     bool load_renderer(std::string* why)
@@ -178,7 +170,7 @@ private:
             return as_logged_->renderer.interface();
         if (library_ != nullptr)
             return library_->interface();
-        return renderer_ != nullptr ? renderer_->interface() : nullptr;
+        return cairo_ != nullptr ? cairo_->interface() : nullptr;
     }
 
     // What the files of pages begin with, in a folder that is there; empty if none are wanted.
@@ -190,29 +182,41 @@ private:
         return (fs::absolute(options_.png) / page_name(options_)).string();
     }
 
-    void make_cairo_renderer()
+    // What of the replay is drawn by the project's own renderer; empty for nothing.
+    std::string drawn_by_cairo() const
     {
-        const bool pictures = !options_.png.empty() || vectors_.wanted();
-        const bool wanted = pictures || options_.renderer == "cairo" || (options_.renderer.empty() && kind_.rendered);
-        if (!wanted)
-            return;
-        cairo_renderer::Options options;
-        options.png_prefix = page_prefix();
-        if (vectors_.wanted())
-        {
-            if (!options_.svg.empty())
-                fs::create_directories(options_.svg);
-            const double dpi = options_.dpi > 0 ? options_.dpi : kind_.dpi;
-            options.surface_factory = [this, dpi](const cairo_renderer::Page& page)
-            { return vectors_.surface(page, dpi); };
-            options.page_sink = [this](const cairo_renderer::Page& page) { vectors_.finish(page); };
-        }
-        options.page_number = [this](const cairo_renderer::Page&) { return page_; };
-        options.keep_images = kind_.kept_images;
-        options.glyph_form = orvlog::inspect::glyph_form(kind_);
-        options.complaint_sink = [this](const std::string& line) { complaints_.say(line); };
-        options.loss_sink = [this](const std::string& line) { losses_.push_back(line); };
-        renderer_ = std::make_unique<cairo_renderer::Renderer>(std::move(options));
+        const std::pair<const std::string&, const char*> pictures[] = {
+            {options_.png, "--png"}, {options_.svg, "--svg"}, {options_.pdf, "--pdf"}};
+        for (const auto& [wanted, name] : pictures)
+            if (!wanted.empty())
+                return name;
+        if (options_.renderer == "cairo")
+            return "--renderer cairo";
+        return options_.renderer.empty() && kind_.rendered ? "a replay without --renderer" : "";
+    }
+
+    // True without one, too, where none is wanted.
+    bool make_cairo_renderer(std::string* why)
+    {
+        const std::string drawn = drawn_by_cairo();
+        if (drawn.empty())
+            return true;
+        CairoPagesOptions wanted;
+        wanted.png = options_.png;
+        wanted.svg = options_.svg;
+        wanted.pdf = options_.pdf;
+        wanted.name = page_name(options_);
+        wanted.dpi = options_.dpi;
+        wanted.kind = kind_;
+        wanted.page_number = [this] { return page_; };
+        wanted.complain = [this](const std::string& line) { complaints_.say(line); };
+        wanted.lose = [this](const std::string& line) { losses_.push_back(line); };
+        cairo_ = make_cairo_pages(std::move(wanted));
+        *why = cairo_ == nullptr ? text_of_left_out("Cairo", drawn) : options_.pdf + ": is the log to be replayed";
+        if (cairo_ == nullptr || cairo_->would_replace(options_.log))
+            return false;
+        cairo_->begin();
+        return true;
     }
 
     // Puts the logger in front of the renderer, if a log is wanted or there is no renderer at all.
@@ -260,8 +264,8 @@ private:
         if (session_ != nullptr)
             for (const std::string& line : session_->close())
                 wrong.push_back(line);
-        const bool drawn = (renderer_ == nullptr || renderer_->all_pages_written()) && end_library(&wrong);
-        if (!vectors_.close() || !drawn)
+        const bool drawn = cairo_ == nullptr || cairo_->close();
+        if (!end_library(&wrong) || !drawn)
             wrong.emplace_back("a page could not be written");
         std::string done = std::to_string(outcome.calls) + " calls, " + std::to_string(outcome.pages) + " pages";
         if (outcome.not_played > 0)
@@ -292,7 +296,8 @@ private:
         std::vector<std::string> lacks;
         if (outcome.pages_refused > 0)
             lacks.push_back(std::to_string(outcome.pages_refused) + " pages could not be drawn");
-        if ((!options_.png.empty() || vectors_.wanted()) && outcome.pages == 0 && outcome.pages_refused == 0)
+        if ((!options_.png.empty() || !options_.svg.empty() || !options_.pdf.empty()) && outcome.pages == 0 &&
+            outcome.pages_refused == 0)
             lacks.emplace_back("has no page");
         if (!outcome.reached)
             lacks.push_back("has no " + orvlog::reader::describe(*options_.up_to));
@@ -314,11 +319,10 @@ private:
     WorkPlace* const place_;
     Complaints complaints_;
     std::vector<std::string> losses_;  // what is missing on the pages, each kind once
-    VectorPages vectors_;
     LogKind kind_;
     bool differs_ = false;
     uint32_t page_ = 0;  // the number of the page that is begun
-    std::unique_ptr<cairo_renderer::Renderer> renderer_;
+    std::unique_ptr<CairoPages> cairo_;
     std::unique_ptr<replay::AsLogged> as_logged_;
     std::unique_ptr<LibraryPages> pages_;
     std::unique_ptr<renderer_library::RendererLibrary> library_;

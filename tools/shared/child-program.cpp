@@ -82,7 +82,8 @@ int wait_for(pid_t child)
 
 const char* name_of_start()
 {
-    return reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    const auto* name = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    return name != nullptr ? name : "";
 }
 
 std::string find_program(const std::string& name, const std::string& build_folder)

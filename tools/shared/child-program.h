@@ -8,7 +8,8 @@
 namespace orvlog::tool
 {
 
-// The path that this program was started by, for a system without /proc, as one in an empty folder may be.
+// The path that this program was started by, for a system without /proc, as one in an empty folder may be; empty where
+// the system doesn't tell.
 const char* name_of_start();
 
 // The path of a program that belongs to `orvlog`; empty when there is none. Looked for in this order: the

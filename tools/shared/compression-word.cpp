@@ -1,9 +1,16 @@
 #include "tools/shared/compression-word.h"
 
+#include "reader/text/log-frames.h"
+
 namespace orvlog::tool
 {
 
 using orvlog::inspect::Compression;
+
+bool is_left_out(const std::string& word)
+{
+    return word == "zstd" && !orvlog::reader::Frames::can_be_read();
+}
 
 std::optional<Compression> read_compression(const std::string& word)
 {

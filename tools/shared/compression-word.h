@@ -10,6 +10,9 @@
 namespace orvlog::tool
 {
 
+// Whether this build can't compress so.
+bool is_left_out(const std::string& word);
+
 // "none", "gzip", "zstd"; nothing for "".
 std::optional<orvlog::inspect::Compression> read_compression(const std::string& word);
 

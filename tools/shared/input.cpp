@@ -3,6 +3,7 @@
 #include "holv-core/gio/gio-http-client.h"
 #include "holv-core/gio/gio-url-stream.h"
 #include "holv-core/gio/gio-url.h"
+#include "tools/shared/left-out.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -73,6 +74,11 @@ const char* reason(int32_t code)
 
 bool read_http(const std::string& url, std::vector<uint8_t>* bytes, std::string* why)
 {
+    if (ORVLOG_HAS_HTTP == 0)
+    {
+        *why = text_of_left_out("libcurl", "a name that begins with http:");
+        return false;
+    }
     static bool installed = false;
     if (!installed)
         gio_InstallHttpClient();

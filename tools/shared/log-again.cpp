@@ -21,7 +21,9 @@ bool LogAgain::open()
     const auto size = std::filesystem::file_size(path_, none);
     size_ = none ? 0 : size;
     const std::unique_ptr<std::istream> first = pass();
-    return first != nullptr;
+    if (first != nullptr)
+        why_ = trouble_with_frames(*first);
+    return first != nullptr && why_.empty();
 }
 
 bool LogAgain::hold()

@@ -1,7 +1,9 @@
 #include "tools/shared/source.h"
 
 #include "reader/text/log-files.h"
+#include "reader/text/log-frames.h"
 #include "tools/shared/input.h"
+#include "tools/shared/left-out.h"
 #include "tools/shared/temporary-folder.h"
 
 #include <cerrno>
@@ -38,7 +40,28 @@ private:
 
 }  // namespace
 
+std::string trouble_with_frames(std::istream& log)
+{
+    if (orvlog::reader::Frames::can_be_read())
+        return {};
+    char head[4] = {};
+    log.read(head, sizeof head);
+    const auto count = static_cast<size_t>(log.gcount());
+    log.clear();
+    log.seekg(0);
+    return orvlog::reader::Frames::begin_with({head, count}) ? text_of_left_out("Zstandard", "this log") : "";
+}
+
 Source::Source(const std::string& name)
+{
+    read(name);
+    if (stream_ != nullptr && owned_ != nullptr)
+        why_ = trouble_with_frames(*owned_);
+    if (!why_.empty())
+        stream_ = nullptr;
+}
+
+void Source::read(const std::string& name)
 {
     if (name == "-")
     {

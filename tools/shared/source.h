@@ -38,11 +38,16 @@ public:
     }
 
 private:
+    void read(const std::string& name);
+
     std::unique_ptr<std::istream> owned_;
     std::istream* stream_ = nullptr;
     std::string why_;
     uint64_t size_ = 0;
 };
+
+// Why a log in Zstandard frames can't be read; empty if it can, or consists of none.
+std::string trouble_with_frames(std::istream& log);
 
 using Progress = command_line::ProgressBar;
 

@@ -1,7 +1,7 @@
 #include "tools/shared/state-text.h"
 
+#include "tools/shared/clips-text.h"
 #include "tools/shared/look.h"
-#include "tools/shared/touch-text.h"
 
 #include <array>
 #include <span>

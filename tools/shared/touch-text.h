@@ -35,7 +35,4 @@ std::string colour_text(std::optional<uint32_t> colour, bool alpha);
 std::string touch_line(const TouchView& view);
 nlohmann::ordered_json touch_json(const TouchView& view);
 
-// An array of the entries of a list of clips.
-nlohmann::ordered_json clips_json(const std::vector<orvlog::inspect::ClipEntry>& clips);
-
 }  // namespace orvlog::tool

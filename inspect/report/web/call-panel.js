@@ -128,6 +128,8 @@ class CallPanel {
             notes.push('too long to be shown whole');
         if (clip.some(one => one.inside === false))
             notes.push('a clip keeps what lies outside of it');
+        if (log.column.page[call] === 0)
+            notes.push('in the units of its resource; the page has an outline where the resource is painted');
         replaceContent(place, make('h3', {}, 'Shape and clips'), picture,
             notes.length > 0 ? make('p', {class: 'note'}, notes.join('; ')) : null);
         fitPicture(picture, group, shape.reduce((widest, one) => Math.max(widest, one.stroke || 0), 0));

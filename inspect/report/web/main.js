@@ -220,8 +220,19 @@ class Report {
             return none;
         const log = this.items.log(item);
         const call = this.items.call(item);
-        const onPage = log.column.page[call] === this.page.numbers[this.items.which(item)];
-        return onPage ? log.outlines(call) : none;
+        const which = this.items.which(item);
+        const number = this.page.numbers[which];
+        if (log.column.page[call] === number)
+            return log.outlines(call);
+        const own = this.page.pages[which];
+        if (log.column.page[call] > 0 || !own || !own.steps)
+            return none;
+        // A resource has units of its own: its calls are outlined by the boxes in which it is painted on the page.
+        const steps = await this.stepsOf(own).load();
+        const boxes = steps.paintedIn(call, around => log.column.page[around] === number).map(
+            around => log.column.box[around]).filter(box => box);
+        return {shape: boxes.map(([x0, y0, x1, y1]) => ({d: `M${x0},${y0}L${x1},${y0}L${x1},${y1}L${x0},${y1}Z`,
+            rule: 'nonzero', stroke: null})), clip: []};
     }
 
     drawDifference() {

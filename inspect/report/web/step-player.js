@@ -33,8 +33,14 @@ class StepPlayer {
 
     async seek(step) {
         const start = this.startFor(step);
+        // All that is needed is read at the same time.
+        const first = start === null ? this.step + 1 : start.step + 1;
+        const read = [];
+        for (let index = this.steps.chunkOf(first); first <= step && index <= this.steps.chunkOf(step); ++index)
+            read.push(this.steps.chunk(index));
         if (start !== null)
-            await this.begin(start, step);
+            await this.begin(start);
+        await Promise.all(read);
         while (this.step < step) {
             const chunk = await this.steps.chunk(this.steps.chunkOf(this.step + 1));
             const end = Math.min(step, chunk.first + chunk.at.length - 2);

@@ -3,6 +3,7 @@
 const BEGINS = 0, PAINTED = 1, GROUP_PUT = 2, CELL_PUT = 3, PART = 4;
 const PAGE_SURFACE = 0, LAYER = 1, CELL = 2;
 const WHITE = 0xffffffff;
+const MOST_PLACES = 200;
 
 /** A box `[x0, y0, x1, y1]` without its last column and row. */
 function boxHolds(box, x, y) {
@@ -62,6 +63,21 @@ class PageSteps {
             if (this.table.call[step] >= 0 && this.table.call[step] < call)
                 found = step;
         return found;
+    }
+
+    /** The calls around the steps of a call, of each the innermost one that `holds`: the first ones of many. */
+    paintedIn(call, holds) {
+        const found = new Set();
+        for (const step of this.stepsOf.get(call) || []) {
+            let frame = this.table.frame[step];
+            while (frame >= 0 && !holds(this.frames.call[frame]))
+                frame = this.frames.outside[frame];
+            if (frame >= 0)
+                found.add(this.frames.call[frame]);
+            if (found.size >= MOST_PLACES)
+                break;
+        }
+        return Array.from(found);
     }
 
     chunkOf(step) {

@@ -225,4 +225,41 @@ TEST_P(ImagesOf, ComeBackBitForBit)
 
 INSTANTIATE_TEST_SUITE_P(Documents, ImagesOf, testing::Values("sample", "cmyk-image"));
 
+// Of an image whose rows lie further apart than they are long, a log has as many bytes as its rows are long.
+TEST(ReplayedImage, HasRoomForRowsThatLieFarApart)
+{
+    GOP_OperandImage image{};
+    image.im_Operand.go_ColorSpaceFamily = GCM_CSF_RGB;
+    image.im_Operand.go_Count = GNC_BMP_DEPTH_8;
+    image.im_ImageWidthPixels = 2;
+    image.im_ImageHeightPixels = 3;
+    GOP_OperandImagePointer record{};
+    record.imp_Image = &image;
+    record.imp_RowStep = 1000;
+    const reader::Element element;
+    replay::ReplayImage replayed(&record, element);
+    EXPECT_TRUE(replayed.set_direct(std::vector<uint8_t>(18, 7)));
+    ASSERT_NE(record.imp_DirectImage, nullptr);
+    for (size_t i = 0; i < 2006; ++i)
+        ASSERT_EQ(record.imp_DirectImage[i], i < 18 ? 7 : 0) << i;
+}
+
+// A renderer may take four channels where the log tells of a color space that it doesn't know.
+TEST(ReplayedImage, HasRoomForEachChannelOfAFamilyThatIsntKnown)
+{
+    GOP_OperandImage image{};
+    image.im_Operand.go_ColorSpaceFamily = 77;
+    image.im_Operand.go_Count = GNC_BMP_DEPTH_8;
+    image.im_ImageWidthPixels = 10;
+    image.im_ImageHeightPixels = 10;
+    GOP_OperandImagePointer record{};
+    record.imp_Image = &image;
+    const reader::Element element;
+    replay::ReplayImage replayed(&record, element);
+    replayed.set_direct({1});
+    ASSERT_NE(record.imp_DirectImage, nullptr);
+    for (size_t i = 0; i < 400; ++i)
+        ASSERT_EQ(record.imp_DirectImage[i], i == 0 ? 1 : 0) << i;
+}
+
 }  // namespace

@@ -84,6 +84,10 @@ const TESTS = [
         await chooseCall(page, 'line:20');
         assert.equal(await markedPixels(page), 400);
         await chooseCall(page, '3');
+        // It stands in a resource: the outline is that of the call that paints it.
+        assert.equal(await page.getAttribute('#outlines .outline.shape', 'd'), 'M60,60L90,60L90,70L60,70Z');
+        await page.waitForFunction(() => document.getElementById('panel-call').textContent.includes(
+            'in the units of its resource; the page has an outline where the resource is painted'));
         assert.equal(await markedPixels(page), 30);
         await page.click('#show-changed');
         await page.waitForFunction(() => !document.getElementById('show-changed').matches('[aria-pressed=true]'));

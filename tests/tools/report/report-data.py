@@ -329,6 +329,13 @@ def check_record(folder):
                env={**os.environ, 'ORVLOG_EXEC_PATH': os.path.dirname(RECORD)})
     expect(done.returncode == 0 and done.stdout.endswith(f'report in {page}\n'.encode()), f'{done}')
     expect(report_reader.Report(page).index['logs'][0]['page_count'] == 1, 'a report of what was recorded')
+    # A log for the standard output leaves its image data in the present folder.
+    beside = os.path.join(folder, 'beside')
+    os.mkdir(beside)
+    done = run(os.path.abspath(ORVLOG), 'record', os.path.abspath(SAMPLE), '-o', '-', '--png', beside, '--images-beside',
+               'data', '--report', 'page.html', cwd=beside,
+               env={**os.environ, 'ORVLOG_EXEC_PATH': os.path.abspath(os.path.dirname(RECORD))})
+    expect(done.returncode == 0 and b'lacks' not in done.stderr, f'images beside are found: {done.stderr}')
 
 
 def main():
