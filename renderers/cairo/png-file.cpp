@@ -108,6 +108,16 @@ bool PngFile::add_rows(cairo_surface_t* surface)
     return good_;
 }
 
+bool PngFile::add_rows(const uint32_t* pixels, uint32_t rows, size_t row_pixels)
+{
+    good_ = good_ && rows <= rows_left_;
+    for (uint32_t row = 0; good_ && row < rows; ++row)
+        good_ = write_row(reinterpret_cast<const uint8_t*>(pixels + row * row_pixels));
+    if (good_)
+        rows_left_ -= rows;
+    return good_;
+}
+
 bool PngFile::close()
 {
     good_ = good_ && rows_left_ == 0 && end(writer_->png, writer_->info);

@@ -25,6 +25,8 @@ public:
     // The next rows, all those of an image surface of 32 bits a pixel, as wide as the file; alpha is not looked at.
     // False once something has failed.
     bool add_rows(cairo_surface_t* surface);
+    // The same of pixels 0x00RRGGBB, `row_pixels` from one row to the next.
+    bool add_rows(const uint32_t* pixels, uint32_t rows, size_t row_pixels);
     // False if something has failed, or rows are missing.
     bool close();
 

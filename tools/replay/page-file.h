@@ -1,15 +1,12 @@
-// A page as a PNG file that is written as its rows come.
+// A page as a PNG file that is written as its rows come: by the renderer that the project has, so that a page's file is
+// the same whoever drew it, or where that isn't there by the command itself.
 
 #pragma once
 
-#include "tools/shared/png-writer.h"
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace orvlog::tool
 {
@@ -29,13 +26,10 @@ public:
     bool close();
 
 private:
-    PageFile(std::FILE* file, uint32_t width, uint32_t height);
+    struct Writer;
+    explicit PageFile(std::unique_ptr<Writer> writer);
 
-    std::FILE* file_;
-    uint32_t width_;
-    PngWriter png_;
-    std::vector<uint8_t> row_;
-    bool good_ = true;
+    std::unique_ptr<Writer> writer_;
 };
 
 }  // namespace orvlog::tool
