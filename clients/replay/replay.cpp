@@ -46,7 +46,12 @@ bool examine_rendered(const Element& callback, bool first, LogKind* kind)
     return false;
 }
 
-// Callbacks that stand in members are the logger's own.
+bool is_own(const Element& element, bool in_member)
+{
+    return !reader::is_call_name(element.name) && (in_member || element.name.find('.') != std::string_view::npos);
+}
+
+// Callbacks that stand in members are the logger's own, but for those of the calls that stand there.
 void examine_call(const Element& element, bool in_member, LogKind* kind)
 {
     bool first = false;
@@ -64,7 +69,7 @@ void examine_call(const Element& element, bool in_member, LogKind* kind)
             examine_callback(child, kind);
         }
         if (!callback && child.name != "GSH_ShapePointer" && !child.name.starts_with("GOP_"))
-            examine_call(child, in_member || child.name.find('.') != std::string_view::npos, kind);
+            examine_call(child, is_own(child, in_member), kind);
     }
 }
 

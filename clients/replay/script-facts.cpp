@@ -58,15 +58,32 @@ void FactFinder::engine(const Element& element, bool wrapped_now)
     while (next_engine_ < end && !memory_contexts_.empty())
     {
         // One that is asked is open. Those before it, which are not, had none.
+        const bool asked = !wrapped_now && next_engine_ == number;
         const auto open = std::ranges::find(memory_contexts_, true, &MemoryContext::open);
-        const auto chosen = wrapped_now || open == memory_contexts_.end() ? memory_contexts_.begin() : open;
+        const auto chosen = !asked || open == memory_contexts_.end() ? memory_contexts_.begin() : open;
         facts_.memory_engines[chosen->number] = next_engine_++;
         memory_contexts_.erase(memory_contexts_.begin(), chosen + 1);
     }
     if (!wrapped_now)
-        return;
+        return correct(number);
     next_engine_ = number + 1;
     memory_contexts_.clear();
+}
+
+// An engine that is asked behind the end of the memory context that it was taken to have come with is that of a later
+// one.
+void FactFinder::correct(uint32_t number)
+{
+    const auto owner =
+        std::ranges::find(facts_.memory_engines, number, [](const auto& engine) { return engine.second; });
+    if (owner == facts_.memory_engines.end() || !ended_.contains(owner->first))
+        return;
+    const auto open = std::ranges::find(memory_contexts_, true, &MemoryContext::open);
+    if (open == memory_contexts_.end())
+        return;
+    facts_.memory_engines.erase(owner);
+    facts_.memory_engines[open->number] = number;
+    memory_contexts_.erase(memory_contexts_.begin(), open + 1);
 }
 
 void FactFinder::callback(const Element& callback)
@@ -93,14 +110,21 @@ void FactFinder::resource(const Element& call)
         facts_.without_resource_paint.insert(reader::read_uint(call, "drawing_context"));
 }
 
+void FactFinder::end_drawing(uint32_t number)
+{
+    for (MemoryContext& context : memory_contexts_)
+        context.open &= context.number != number;
+    if (facts_.memory_engines.contains(number))
+        ended_.insert(number);
+}
+
 void FactFinder::call(const Element& call)
 {
     engine(call, true);
     if (call.name == "ORV_memory_context_start")
         memory_contexts_.push_back({reader::read_uint(call, "drawing_context"), true});
     if (call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard")
-        for (MemoryContext& context : memory_contexts_)
-            context.open &= context.number != reader::read_uint(call, "drawing_context");
+        end_drawing(reader::read_uint(call, "drawing_context"));
     if (call.name.starts_with("ORV_resource_"))
         resource(call);
     for (const Element& child : Children(call))

@@ -45,6 +45,8 @@ private:
     void call(const reader::Element& call);
     void callback(const reader::Element& callback);
     void engine(const reader::Element& element, bool wrapped_now);
+    void correct(uint32_t number);
+    void end_drawing(uint32_t number);
     void resource(const reader::Element& call);
 
     ScriptFacts& facts_;
@@ -55,6 +57,7 @@ private:
         bool open;
     };
     std::vector<MemoryContext> memory_contexts_;  // of which it's not yet known whether they had an engine
+    std::set<uint32_t> ended_;                    // drawings, of those that have come with such an engine
     uint32_t next_engine_ = 0;
 };
 

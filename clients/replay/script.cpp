@@ -95,6 +95,8 @@ const Element* Script::next_between()
     if (frames_.size() <= 1)
         return tasks_.next_between();
     Frame& outer = *frames_[frames_.size() - 2];
+    for (; outer.next < outer.items.size() && outer.items[outer.next].kind == Kind::comment; ++outer.next)
+        tasks_.comment(outer.items[outer.next].text);
     if (outer.next >= outer.items.size())
         return nullptr;
     const Item& item = outer.items[outer.next];

@@ -24,10 +24,18 @@ uint32_t glyph_type(const Element& callback, const char* name)
 
 }  // namespace
 
+// Prepares count an image's number up to those of the images behind it. Callbacks of a kept image stand together,
+// behind its keep or in a log of its own, and there it goes first; elsewhere the image does that came last.
 ScriptedRenderer::Live* ScriptedRenderer::find(const Element& callback)
 {
-    const auto known = std::ranges::find(images_, reader::read_uint(callback, "Id"), &Live::id);
-    return known != images_.end() ? &*known : nullptr;
+    const uint32_t id = reader::read_uint(callback, "Id");
+    Live* found = nullptr;
+    for (Live& live : images_)
+        if (live.id == id && (found == nullptr || found->image != followed_))
+            found = &live;
+    if (found == nullptr || found->image != followed_)
+        followed_ = 0;
+    return found;
 }
 
 void ScriptedRenderer::image(const Element& callback)
@@ -54,20 +62,19 @@ void ScriptedRenderer::image(const Element& callback)
 void ScriptedRenderer::keep(const Element& callback, Live& live)
 {
     live.kept = true;
+    followed_ = live.image;
     live.refusal = reader::read_bool(callback, "return") == 0 ? ++refusals_ : 0;
     GOP_OperandImagePointer record = live.record;
     record.imp_ImageKeepFn(&record);
 }
 
-// By any of its records the image ends.
+// By any of its records the image is gone.
 void ScriptedRenderer::release(Live& live)
 {
     const uint64_t image = live.image;
     GOP_OperandImagePointer record = live.record;
     record.imp_ImageReleaseFn(&record);
-    for (Live& other : images_)
-        if (other.image == image)
-            other.kept = false;
+    std::erase_if(images_, [image](const Live& other) { return other.image == image; });
 }
 
 void ScriptedRenderer::prepare(const Element& callback, Live& live)
@@ -86,7 +93,9 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
     const uint32_t id = left != nullptr ? reader::read_uint(*left, "Id") : 0;
     if (held != &mine.record)
         return images_.push_back({id, mine.kept, mine.refusal, mine.image, mine.owner, *held});
-    if (Live* again = find(callback); again != nullptr)
+    const auto again = std::ranges::find_if(images_, [&mine](const Live& other)
+                                            { return other.image == mine.image && other.id == mine.id; });
+    if (again != images_.end())
         *again = {id, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
 }
 

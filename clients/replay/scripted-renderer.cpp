@@ -61,6 +61,16 @@ struct ScriptedRenderer::Calls
         return 1;
     }
 
+    // Images that came with it, behind that number, go with it.
+    static uint32_t paint_call(ScriptedRenderer* self, uint64_t before)
+    {
+        const uint64_t last = self->image_count_;
+        self->run_rest();
+        std::erase_if(self->images_, [before, last](const Live& live)
+                      { return live.image > before && live.image <= last && !live.kept; });
+        return 1;
+    }
+
     static uint32_t document_start(void*, const ORV_Interface* table, void** document_out, uint32_t,
                                    const GFI_FontEngineTable* engine, void*)
     {
@@ -120,10 +130,11 @@ struct ScriptedRenderer::Calls
                                  GOP_OperandPointer* operand2, GOP_OperandPointer* operand3)
     {
         ScriptedRenderer* self = of(table->object_paint.context);
+        const uint64_t before = self->image_count_;
         self->note_operand("operand1", operand1);
         self->note_operand("operand2", operand2);
         self->note_operand("operand3", operand3);
-        return open_call(self);
+        return paint_call(self, before);
     }
 
     static uint32_t object_paint_and_stroke(const ORV_DrawingInterface* table, uint8_t, uint8_t, uint32_t,
@@ -135,13 +146,14 @@ struct ScriptedRenderer::Calls
                                             GOP_OperandPointer* stroke_operand2, GOP_OperandPointer* stroke_operand3)
     {
         ScriptedRenderer* self = of(table->object_paint_and_stroke.context);
+        const uint64_t before = self->image_count_;
         self->note_operand("fill_operand1", fill_operand1);
         self->note_operand("fill_operand2", fill_operand2);
         self->note_operand("fill_operand3", fill_operand3);
         self->note_operand("stroke_operand1", stroke_operand1);
         self->note_operand("stroke_operand2", stroke_operand2);
         self->note_operand("stroke_operand3", stroke_operand3);
-        return open_call(self);
+        return paint_call(self, before);
     }
 
     static uint32_t group_start(const ORV_DrawingInterface* table, uint32_t, uint32_t* group_out,
@@ -171,8 +183,9 @@ struct ScriptedRenderer::Calls
                                    double, double, const GBC_Color*, const GBC_Color*, uint32_t)
     {
         ScriptedRenderer* self = of(table->resource_paint.context);
+        const uint64_t before = self->image_count_;
         self->note_operand("operand2", operand2);
-        return open_call(self);
+        return paint_call(self, before);
     }
 
     static void* drawing_error_context(const ORV_DrawingInterface*)

@@ -94,6 +94,7 @@ private:
     const void* owner_ = nullptr;
     std::vector<Live> images_;
     uint64_t image_count_ = 0;
+    uint64_t followed_ = 0;  // the image whose own log is being played, or what a merge put behind its keep
     uint64_t refusals_ = 0;
     std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId
     std::map<std::pair<uint32_t, uint32_t>, std::pair<const GFI_FontSpecPointer*, const GFI_StringDescPointer*>> texts_;

@@ -27,8 +27,8 @@ FakeImage::FakeImage(uint32_t width, uint32_t height)
                                    float, float, float, uint32_t, uint32_t depth, uint32_t attr) -> uint32_t
     {
         FakeImage* self = of(*operand_p);
-        self->calls_ +=
-            "prepare(" + std::to_string(object_type) + "," + std::to_string(depth) + "," + std::to_string(attr) + ") ";
+        self->note("prepare(" + std::to_string(object_type) + "," + std::to_string(depth) + "," + std::to_string(attr) +
+                   ") ");
         self->position_ = 0;
         self->attr_position_ = 0;
         if (self->changes_in_place)
@@ -46,30 +46,37 @@ FakeImage::FakeImage(uint32_t width, uint32_t height)
                                 int32_t* attr_returned) -> uint32_t
     {
         FakeImage* self = of(operand_p);
-        self->calls_ += context == self ? "read " : "read(!) ";
+        self->note(context == self ? "read " : "read(!) ");
         return self->read(buffer, size, returned, attr, attr_size, attr_returned);
     };
     record.imp_ImageFinishFn = [](GOP_OperandImagePointer* operand_p, void*) -> uint32_t
     {
-        of(operand_p)->calls_ += "finish ";
+        of(operand_p)->note("finish ");
         return of(operand_p)->answer(of(operand_p)->finish_result);
     };
     record.imp_ImageResetFn = [](GOP_OperandImagePointer* operand_p, void*) -> uint32_t
     {
-        of(operand_p)->calls_ += "reset ";
+        of(operand_p)->note("reset ");
         of(operand_p)->position_ = 0;
         return of(operand_p)->answer(of(operand_p)->reset_result);
     };
     record.imp_ImageKeepFn = [](GOP_OperandImagePointer* operand_p) -> uint32_t
     {
-        of(operand_p)->calls_ += "keep ";
+        of(operand_p)->note("keep ");
         return of(operand_p)->answer(of(operand_p)->keep_result);
     };
     record.imp_ImageReleaseFn = [](GOP_OperandImagePointer* operand_p) -> void*
     {
-        of(operand_p)->calls_ += "release ";
+        of(operand_p)->note("release ");
         return nullptr;
     };
+}
+
+void FakeImage::note(const std::string& call)
+{
+    calls_ += call;
+    if (on_call)
+        on_call();
 }
 
 std::string FakeImage::take_calls()

@@ -6,6 +6,7 @@
 #include "orvlog/interface/gop-image.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,13 +47,15 @@ public:
     int64_t claim = INT64_MAX;                       // what reads say they have returned, if not the truth
     bool endless = false;
     bool changes_in_place = false;
-    int64_t* fuse = nullptr;  // counts down with each call; the one that brings it to 0 fails
+    std::function<void()> on_call;  // from within each; may be empty
+    int64_t* fuse = nullptr;        // counts down with each call; the one that brings it to 0 fails
 
 private:
     static FakeImage* of(const GOP_OperandImagePointer* record)
     {
         return static_cast<FakeImage*>(record->imp_Context);
     }
+    void note(const std::string& call);
     uint32_t answer(uint32_t result);
     uint32_t read(uint8_t* buffer, uint32_t size, int32_t* returned, uint8_t* attr, uint32_t attr_size,
                   int32_t* attr_returned);

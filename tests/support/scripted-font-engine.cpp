@@ -15,9 +15,9 @@ ScriptedFontEngine::ScriptedFontEngine()
                                  uint32_t* flags_out) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
-        self->calls_ += "start ";
+        self->note("start ");
         self->next_ = 0;
-        self->start_matrix = *to_pixel;
+        self->start_matrix = to_pixel != nullptr ? *to_pixel : GGO_Matrix{};
         self->start_flags = flags;
         self->start_scaled = scaled;
         *font = -7;
@@ -29,7 +29,7 @@ ScriptedFontEngine::ScriptedFontEngine()
                                    GGO_Vector* advance, GGO_BoxFloat* box) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
-        self->calls_ += "index ";
+        self->note("index ");
         *returned = self->next_ < self->advances.size() || self->endless ? 1 : 0;
         if (*returned != 0)
         {
@@ -47,7 +47,7 @@ ScriptedFontEngine::ScriptedFontEngine()
                                          GFI_GlyphDescPointer** out) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
-        self->calls_ += "fixed" + std::to_string(type) + " ";
+        self->note("fixed" + std::to_string(type) + " ");
         *returned = self->fixed_returned[type % 5];
         self->deliver(changed_out, matrix_out, flags_out, out);
         return self->answer(self->fixed_results[type % 5]);
@@ -56,10 +56,17 @@ ScriptedFontEngine::ScriptedFontEngine()
                               uint32_t* flags_out, GFI_GlyphDescPointer** out) -> uint32_t
     {
         ScriptedFontEngine* self = of(context);
-        self->calls_ += "glyph" + std::to_string(type) + " ";
+        self->note("glyph" + std::to_string(type) + " ");
         self->deliver(changed_out, matrix_out, flags_out, out);
         return self->answer(self->glyph_result);
     };
+}
+
+void ScriptedFontEngine::note(const std::string& call)
+{
+    calls_ += call;
+    if (on_call)
+        on_call();
 }
 
 std::string ScriptedFontEngine::take_calls()

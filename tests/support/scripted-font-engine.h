@@ -5,6 +5,7 @@
 #include "orvlog/interface/gfi-font.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,8 @@ public:
     uint32_t fixed_returned[5] = {1, 1, 1, 1, 1};  // by type
     const GFI_GlyphDesc* glyph = nullptr;          // what is delivered; its own bitmap unless told otherwise
     bool endless = false;
-    int64_t* fuse = nullptr;  // counts down with each call; the one that brings it to 0 fails
+    std::function<void()> on_call;  // from within each; may be empty
+    int64_t* fuse = nullptr;        // counts down with each call; the one that brings it to 0 fails
 
     // What the last start was given.
     GGO_Matrix start_matrix = {};
@@ -48,6 +50,7 @@ private:
     {
         return static_cast<ScriptedFontEngine*>(context);
     }
+    void note(const std::string& call);
     uint32_t answer(uint32_t result) const
     {
         return fuse != nullptr && --*fuse == 0 ? 0 : result;

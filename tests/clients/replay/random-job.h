@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,21 +45,28 @@ private:
     struct Drawing
     {
         ORV_DrawingInterface table{};
-        uint32_t groups = 0;
+        std::vector<uint64_t> groups;  // the numbers of the calls that began them
+        uint64_t number = 0;           // that of the call that began it
+        uint32_t callback = 0;         // the number of the callback in which it was begun; 0 outside
+        uint32_t calls = 0;            // on it, that have not returned
+        bool in_memory = false;
     };
-    // An image of the client's, and what the renderer holds of it.
+    // What the renderer holds of an image, and of a font engine, as long as the call or what it has begun lasts.
     struct Held
     {
         GOP_OperandImagePointer record;
         bool kept = false;
+        bool refused = false;
+        uint64_t call = 0;
+        uint64_t number = 0;
+        uint64_t image = 0;
+    };
+    struct HeldEngine
+    {
+        const GFI_FontEngineTable* table;
+        uint64_t call;
     };
     struct Renderer;
-    struct Engine
-    {
-        RandomJob* job = nullptr;
-        ScriptedFontEngine inner;
-        GFI_FontEngineTable table{};
-    };
 
     uint32_t below(uint32_t limit)
     {
@@ -68,27 +76,37 @@ private:
     {
         return below(in) == 0;
     }
+    void make_renderer();
     void open_session();
     void step();
     void start_drawing();
     void paint(Drawing& drawing);
+    void paint_resource(Drawing& drawing);
     void start_group(Drawing& drawing);
-    void end(size_t at, bool finish);
+    void finish_group(Drawing& drawing);
+    void end(Drawing& drawing, bool finish);
+    void forget(uint64_t call);
+    Drawing* any_drawing();
     void say();
     void print_comment(const char* format, ...);
     void draw_within();
     const GFI_FontEngineTable* maybe_engine();
+    const GFI_FontEngineTable* memory_engine();
     GOP_OperandPointer* maybe_image();
     const GSH_ShapePointer* text(uint32_t which);
 
     // The renderer's side.
     void took(GOP_OperandPointer* operand);
     void use(Held& held);
+    bool is_dropped(const Held& held) const;
+    void prepare(Held& held);
+    void keep_or_release(Held& held);
     void read(Held& held);
     void pull(const GFI_FontEngineTable* engine);
     void pull_glyph(const GFI_FontEngineTable* engine);
     void fumble();
-    void forget_call();
+    void took_engine(const GFI_FontEngineTable* engine);
+    void release_all();
 
     std::mt19937 random_;
     TestAllocator allocator_;
@@ -101,12 +119,19 @@ private:
     orvlog_comment_fn_type comment_ = nullptr;
     void* comment_context_ = nullptr;
     bool side_files_ = false;
-    uint32_t within_ = 0;
+    bool memory_engines_ = false;
+    uint32_t depth_ = 0;     // of callbacks from within which the client draws
+    uint32_t within_ = 0;    // how often
+    uint32_t callback_ = 0;  // the present one's number
+    uint32_t ending_ = 0;    // calls that end something and have not returned
+    uint64_t calls_ = 0;
+    uint64_t call_ = 0;   // the present one
+    uint32_t doing_ = 0;  // whether the renderer is at work in it
 
     void* document_ = nullptr;
     std::vector<std::unique_ptr<Drawing>> drawings_;
     std::vector<std::unique_ptr<FakeImage>> images_;
-    std::vector<std::unique_ptr<Engine>> engines_;
+    std::vector<std::unique_ptr<ScriptedFontEngine>> engines_;
     std::vector<uint32_t> resources_;
     GOP_Operator op_{};
     GSH_Shape shape_{};
@@ -118,9 +143,12 @@ private:
     GSH_ShapePointer texts_[2] = {};
     GSH_ShapeList clip_{};
 
-    std::vector<Held> held_;  // of the present call first, then those that are kept
+    std::vector<Held> held_;
+    uint64_t held_count_ = 0;
+    uint32_t uses_ = 0;           // of them, one within the other
+    std::set<uint64_t> refused_;  // images
     const GSH_ShapePointer* text_ = nullptr;
-    std::vector<const GFI_FontEngineTable*> tables_;  // wrapped ones that stand
+    std::vector<HeldEngine> tables_;  // wrapped ones that stand
 };
 
 }  // namespace orvlog::test
