@@ -234,7 +234,10 @@ TEST(ToolProfile, TellsCallbacksApart)
 {
     const ScratchFolder folder;
     const std::string log = folder.path("drawn.xml");
-    ASSERT_EQ(run_tool({"record", ORVLOG_SOURCE_DIR "/docs/sample.pdf", "-o", log, "--pages", "2"}).status, 0);
+    ASSERT_EQ(run_tool({"record", ORVLOG_SOURCE_DIR "/docs/sample.pdf", "-o", log, "--png", folder.path("pages"),
+                        "--pages", "2"})
+                  .status,
+              0);
     const ToolResult told = run_tool({"profile", log, "--renderer", ORVLOG_CAIRO_LIBRARY, "--runs", "1"});
     EXPECT_EQ(told.status, 0) << told.err;
     EXPECT_TRUE(has(told.out, "least of 1 run\n")) << told.out;

@@ -15,6 +15,13 @@ using namespace orvlog::test;
 
 const std::string kSample = ORVLOG_SOURCE_DIR "/docs/sample.pdf";
 
+int record(const ScratchFolder& folder, const std::string& log, const std::vector<std::string>& options = {})
+{
+    std::vector<std::string> words = {"record", kSample, "-o", folder.path(log), "--png", folder.path("pages")};
+    words.insert(words.end(), options.begin(), options.end());
+    return run_tool(words).status;
+}
+
 bool has(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
@@ -41,9 +48,7 @@ const std::string kStatic = std::string(ORVLOG_STATIC_LIBRARY) + " -lstdc++";
 void expect_same_log(const std::vector<std::string>& recorded, const std::string& library)
 {
     const ScratchFolder folder;
-    std::vector<std::string> words = {"record", kSample, "-o", folder.path("job.xml")};
-    words.insert(words.end(), recorded.begin(), recorded.end());
-    ASSERT_EQ(run_tool(words).status, 0);
+    ASSERT_EQ(record(folder, "job.xml", recorded), 0);
     const ToolResult made = run_tool({"to-c", folder.path("job.xml"), "-o", folder.path("job.c")});
     EXPECT_EQ(made.status, 0);
     EXPECT_EQ(made.err, "262 calls\n");
@@ -69,10 +74,7 @@ TEST(ToolToC, MakesCodedLogsAndMergedOnes)
 TEST(ToolToC, MakesTheFilesBesideALog)
 {
     const ScratchFolder folder;
-    ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("job.xml"), "--images-beside", "pre", "--pages", "2",
-                        "--keep-images"})
-                  .status,
-              0);
+    ASSERT_EQ(record(folder, "job.xml", {"--images-beside", "pre", "--pages", "2", "--keep-images"}), 0);
     const ToolResult made = run_tool({"to-c", folder.path("job.xml"), "-o", folder.path("job.c")});
     EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(make_and_run(folder, kShared), "");
@@ -89,7 +91,7 @@ TEST(ToolToC, MakesTheFilesBesideALog)
 TEST(ToolToC, MakesAPartAsTrimDoes)
 {
     const ScratchFolder folder;
-    ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("job.xml")}).status, 0);
+    ASSERT_EQ(record(folder, "job.xml"), 0);
     ASSERT_EQ(run_tool({"trim", folder.path("job.xml"), "--ids", "143", "-o", folder.path("small.xml")}).status, 0);
     const ToolResult made = run_tool({"to-c", folder.path("job.xml"), "--ids", "143", "-o", folder.path("job.c")});
     EXPECT_EQ(made.status, 0) << made.err;
@@ -107,7 +109,7 @@ TEST(ToolToC, MakesAPartAsTrimDoes)
 TEST(ToolToC, OverwritesNoFileBeside)
 {
     const ScratchFolder folder;
-    ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("job.xml"), "--pages", "2"}).status, 0);
+    ASSERT_EQ(record(folder, "job.xml", {"--pages", "2"}), 0);
     folder.write("job-images.bin", "mine");
     const ToolResult made = run_tool({"to-c", folder.path("job.xml"), "-o", folder.path("job.c")});
     EXPECT_EQ(made.status, 1);
@@ -122,7 +124,7 @@ TEST(ToolToC, OverwritesNoFileBeside)
 TEST(ToolToC, LetsNothingOfALogOutOfItsLiteral)
 {
     const ScratchFolder folder;
-    ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("sample.xml"), "--pages", "1"}).status, 0);
+    ASSERT_EQ(record(folder, "sample.xml", {"--pages", "1"}), 0);
     std::string log = read_file(folder.path("sample.xml"));
     const size_t first = log.find('\n') + 1;
     const std::string comment = "*/ system(\"x\"); /* ?\?/\" \\\n?\?=error \\\n\" %s %n \\x22; \x01\xff 77\n";
@@ -143,7 +145,7 @@ TEST(ToolToC, LetsNothingOfALogOutOfItsLiteral)
 TEST(ToolToC, SaysWhatIsDamaged)
 {
     const ScratchFolder folder;
-    ASSERT_EQ(run_tool({"record", kSample, "-o", folder.path("whole.xml"), "--pages", "1"}).status, 0);
+    ASSERT_EQ(record(folder, "whole.xml", {"--pages", "1"}), 0);
     const std::string log = read_file(folder.path("whole.xml"));
     folder.write("cut.xml", log.substr(0, log.size() / 2));
     const ToolResult cut = run_tool({"to-c", folder.path("cut.xml"), "-o", folder.path("job.c")});
