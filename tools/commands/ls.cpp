@@ -13,6 +13,7 @@
 #include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
 
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <set>
@@ -227,6 +228,7 @@ int follow_log(const LsOptions& options)
 {
     CallList list(options);
     FlightMark mark;
+    bool gone = false;
     LogTail tail(options.log);
     tail.on_call = [&](const Element& call)
     {
@@ -237,7 +239,13 @@ int follow_log(const LsOptions& options)
     {
         if (!options.json && list.begin())
             mark.show(call);
-        return std::fflush(stdout) == 0;
+        if (std::fflush(stdout) != 0)
+            return false;
+        // As a write would end it, which there may be none of for a long time.
+        gone = is_reader_gone();
+        if (gone)
+            std::raise(SIGPIPE);
+        return !gone;
     };
     const bool whole = tail.follow();
     mark.clear();
@@ -246,6 +254,8 @@ int follow_log(const LsOptions& options)
     const int status = finish_output(EXIT_DONE);
     if (status != EXIT_DONE)
         return status;
+    if (gone)
+        return fail("standard output: nobody reads it");
     if (!whole)
         return fail(options.log + ": " + tail.why());
     return end_list(options, list);

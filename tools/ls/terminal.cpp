@@ -1,5 +1,6 @@
 #include "tools/ls/terminal.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -27,6 +28,12 @@ std::string_view variable(const char* name)
 bool is_terminal()
 {
     return isatty(STDOUT_FILENO) != 0;
+}
+
+bool is_reader_gone()
+{
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 size_t terminal_width()

@@ -233,6 +233,17 @@ std::string follow_while(const std::string& commands, const std::string& options
     return result.out;
 }
 
+TEST(ToolLs, EndsToFollowWhenNobodyReads)
+{
+    const ScratchFolder folder;
+    folder.write("log", kStart + "  <ORV_object_pa");
+    const ToolResult result = run_program(
+        {"env", "-C", folder.path(""), "sh", "-c",
+         "{ timeout 20 " ORVLOG_TOOL " ls log --follow --columns call; echo $? >status; } | read line; cat status"});
+    // By the signal, unless it is ignored here.
+    EXPECT_TRUE(result.out == "141\n" || result.out == "1\n") << result.out;
+}
+
 TEST(ToolLs, FollowsALogWhileItGrows)
 {
     EXPECT_EQ(follow_while("cat more >>log; sleep 0.5; cat end >>log", "--columns call,kind", 0),
