@@ -25,7 +25,7 @@ TEST(ToolTrim, WritesALogWhoseReplayGivesTheSameLog)
 {
     const ScratchFolder folder;
     const std::string log = folder.path("job.xml");
-    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--mode", "base"}).status, 0);
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--png", folder.path("pages"), "--mode", "base"}).status, 0);
     const ToolResult all = run_tool({"trim", log, "--pages", "1-", "-o", folder.path("all.xml")});
     EXPECT_EQ(all.status, 0) << all.err;
     EXPECT_EQ(read_file(folder.path("all.xml")), read_file(log));
@@ -43,7 +43,10 @@ TEST(ToolTrim, CopiesImageDataAndOverwritesNone)
     const ScratchFolder folder;
     const ScratchFolder other;
     const std::string log = folder.path("job.xml");
-    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--mode", "base", "--images-beside", "job"}).status, 0);
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--png", folder.path("pages"), "--mode", "base",
+                        "--images-beside", "job"})
+                  .status,
+              0);
     other.write("page-dir-30.bin", "mine");
     const ToolResult refused = run_tool({"trim", log, "--pages", "2", "-o", other.path("page.xml")});
     EXPECT_EQ(refused.status, 1);
@@ -77,7 +80,10 @@ TEST(ToolRedact, LeavesNothingReadableAndReplays)
 {
     const ScratchFolder folder;
     const std::string log = folder.path("job.xml");
-    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--images-beside", "job", "--keep-images"}).status, 0);
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--png", folder.path("pages"), "--images-beside", "job",
+                        "--keep-images"})
+                  .status,
+              0);
     const std::string out = folder.path("red.xml");
     const ToolResult result = run_tool({"redact", log, "-o", out});
     EXPECT_EQ(result.status, 0) << result.err;
@@ -112,7 +118,7 @@ TEST(ToolMinimise, FindsTheCallAndGoesOnWhereItWas)
 {
     const ScratchFolder folder;
     const std::string log = folder.path("job.xml");
-    ASSERT_EQ(run_tool({"record", kSample, "-o", log}).status, 0);
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--png", folder.path("pages")}).status, 0);
     const std::string command = "grep -q GOP_OPERAND_GRAD_RADIAL";
     const std::vector<std::string> words = {"minimise", log, "--while", command, "-o"};
     const auto run = [&words](const std::string& out, std::vector<std::string> more)
@@ -158,7 +164,10 @@ TEST(ToolTrim, CopiesAFileOnceThatManyCallsName)
 {
     const ScratchFolder folder;
     const std::string log = folder.path("job.xml");
-    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--mode", "base", "--images-beside", "job"}).status, 0);
+    ASSERT_EQ(run_tool({"record", kSample, "-o", log, "--png", folder.path("pages"), "--mode", "base",
+                        "--images-beside", "job"})
+                  .status,
+              0);
     std::string text = read_file(log);
     const std::string first = "\"job-img-10.bin\"";
     for (size_t at = text.find("\"job-img-"); at != std::string::npos; at = text.find("\"job-img-", at + 1))
