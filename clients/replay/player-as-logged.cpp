@@ -145,19 +145,7 @@ void Player::end_scopes(Drawing& drawing, size_t left)
 // What the image's own log has is made at once; it can't be told when it was.
 void Player::follow_keep(const Element& keep)
 {
-    const std::string name = reader::to_text(keep.value("async_img_log_file_name"));
-    const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
-    if (file.stream == nullptr)
-    {
-        ++outcome_.missing;
-        complain("the log " + name + " of a kept image " + file.why);
-        return;
-    }
-    reader::ElementReader own(*file.stream, reader::LogForm::fragment);
-    own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
-    while (const Element* element = own.next())
-        if (is_image_callback(*element) && !element->has("async_img_log_file_name"))
-            options_.as_logged->renderer.perform(*element);
+    read_kept(keep, [this](const Element& made) { options_.as_logged->renderer.perform(made); });
 }
 
 }  // namespace orvlog::replay

@@ -189,13 +189,13 @@ void Player::collect_image(const Element& callback)
     if (left != nullptr)
         memory_->by_id[reader::read_uint(*left, "Id")] = image;
     if (callback.has("async_img_log_file_name"))
-        follow_kept(callback);
+        read_kept(callback, [this](const Element& made) { collect_image(made); });
 }
 
 // The callbacks of an image that has a log of its own.
-void Player::follow_kept(const Element& callback)
+void Player::read_kept(const Element& keep, const std::function<void(const Element&)>& on_callback)
 {
-    const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
+    const std::string name = reader::to_text(keep.value("async_img_log_file_name"));
     const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
     if (file.stream == nullptr)
     {
@@ -207,7 +207,7 @@ void Player::follow_kept(const Element& callback)
     own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
     while (const Element* element = own.next())
         if (is_image_callback(*element) && !element->has("async_img_log_file_name"))
-            collect_image(*element);
+            on_callback(*element);
 }
 
 // The callbacks of a call, in their order, to those who answer them.

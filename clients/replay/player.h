@@ -9,6 +9,7 @@
 #include "clients/replay/replay.h"
 #include "reader/records/records.h"
 
+#include <functional>
 #include <istream>
 #include <list>
 #include <map>
@@ -97,7 +98,7 @@ private:
 
     void collect(const reader::Element& element);
     void collect_image(const reader::Element& callback);
-    void follow_kept(const reader::Element& callback);
+    void read_kept(const reader::Element& keep, const std::function<void(const reader::Element&)>& on_callback);
     std::vector<uint8_t> side_file(std::string_view name, uint64_t begin, uint64_t count);
     void on_image(GOP_OperandImagePointer* image, const reader::Element& element);
     void* document(const reader::Element& call);
