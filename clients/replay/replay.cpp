@@ -147,6 +147,7 @@ LogKind examine(std::istream& log)
         examination.add(*call);
         facts.add(*call);
     }
+    facts.finish();
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
     kind.script = std::move(script);
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
