@@ -163,7 +163,8 @@ void Player::drop_released()
 
 std::shared_ptr<void> Player::still_kept() const
 {
-    if (options_.as_logged != nullptr)
+    // As logged, nothing is done behind the log but where it can't be told.
+    if (options_.as_logged != nullptr && !options_.as_logged->facts.merged)
         return nullptr;
     return std::make_shared<std::vector<std::shared_ptr<CallMemory>>>(kept_);
 }
@@ -509,6 +510,8 @@ void Player::finish_all()
     for (const auto& [number, handle] : documents_)
         note(table_->document_finish.fn(table_, handle));
     documents_.clear();
+    if (options_.as_logged != nullptr)
+        options_.as_logged->renderer.finish_releases();
 }
 
 }  // namespace orvlog::replay

@@ -66,6 +66,11 @@ public:
         expected_ = &callback;
     }
     void settle(const reader::Element& callback);
+    // The callback will be made later.
+    void put_off()
+    {
+        expected_ = nullptr;
+    }
 
     // What the client is to answer to a callback of that name: what the renderer makes now, or the next of the logger's
     // own. Null if the log has none.

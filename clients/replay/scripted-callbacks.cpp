@@ -24,15 +24,40 @@ uint32_t glyph_type(const Element& callback, const char* name)
 
 }  // namespace
 
-// Prepares count an image's number up to those of the images behind it. Callbacks of a kept image stand together,
-// behind its keep or in a log of its own, and there it goes first; elsewhere the image does that came last.
+// The number that the image gives next: to a record that a prepare leaves, and to its own log.
+uint32_t ScriptedRenderer::next_id(uint64_t image) const
+{
+    uint32_t last = 0;
+    for (const Live& live : images_)
+        last = live.image == image ? std::max(last, live.id) : last;
+    return last + 1;
+}
+
+// How much speaks for it that the callback is that record's. Prepares count an image's number up to those of the
+// images behind it; but each image logs at the depth of its call, and goes on counting where it was. Callbacks of a
+// kept image stand together, behind its keep or in a log of its own.
+uint32_t ScriptedRenderer::likeness(const Live& live, const Element& callback) const
+{
+    const Element* left = callback.name == "GOP_ImagePrepareFn" ? callback.child("GOP_OperandImagePointer") : nullptr;
+    const bool counts = left != nullptr && reader::read_uint(*left, "Id") == next_id(live.image);
+    return (live.indent == callback.indent ? 4U : 0U) | (counts ? 2U : 0U) | (live.image == followed_ ? 1U : 0U);
+}
+
+// Of those that are alike the one that came last.
 ScriptedRenderer::Live* ScriptedRenderer::find(const Element& callback)
 {
     const uint32_t id = reader::read_uint(callback, "Id");
     Live* found = nullptr;
+    uint32_t most = 0;
     for (Live& live : images_)
-        if (live.id == id && (found == nullptr || found->image != followed_))
+    {
+        if (live.id != id)
+            continue;
+        const uint32_t alike = likeness(live, callback);
+        if (found == nullptr || alike >= most)
             found = &live;
+        most = std::max(most, alike);
+    }
     if (found == nullptr || found->image != followed_)
         followed_ = 0;
     return found;
@@ -68,13 +93,43 @@ void ScriptedRenderer::keep(const Element& callback, Live& live)
     record.imp_ImageKeepFn(&record);
 }
 
-// By any of its records the image is gone.
+// By any of its records the image is gone. Its own log doesn't tell when it was: as long as it has other records, by
+// which what follows may have been called, it is put off. Of images whose keep was refused the logger holds a few.
 void ScriptedRenderer::release(Live& live)
 {
-    const uint64_t image = live.image;
-    GOP_OperandImagePointer record = live.record;
-    record.imp_ImageReleaseFn(&record);
-    std::erase_if(images_, [image](const Live& other) { return other.image == image; });
+    constexpr size_t kMostPutOff = 64;
+    const Live mine = live;
+    const auto same = [&mine](const Live& other) { return other.image == mine.image; };
+    const bool refused = std::ranges::any_of(images_, [&](const Live& other) { return same(other) && other.refusal; });
+    if (refused || std::ranges::none_of(images_, [&](const Live& other) { return same(other) && !other.kept; }))
+        return make_release(mine);
+    script_.put_off();
+    std::erase_if(images_, [&](const Live& other) { return same(other) && other.kept; });
+    put_off_.push_back(mine);
+    if (put_off_.size() > kMostPutOff)
+        make_first_put_off();
+}
+
+void ScriptedRenderer::make_release(Live live)
+{
+    live.record.imp_ImageReleaseFn(&live.record);
+    const auto same = [&live](const Live& other) { return other.image == live.image; };
+    std::erase_if(images_, same);
+    std::erase_if(put_off_, same);
+}
+
+void ScriptedRenderer::make_first_put_off()
+{
+    Element release;
+    release.name = "GOP_ImageReleaseFn";
+    script_.expect(release);
+    make_release(put_off_.front());
+}
+
+void ScriptedRenderer::finish_releases()
+{
+    while (!put_off_.empty())
+        make_first_put_off();
 }
 
 void ScriptedRenderer::prepare(const Element& callback, Live& live)
@@ -92,11 +147,11 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
     const Element* left = callback.child("GOP_OperandImagePointer");
     const uint32_t id = left != nullptr ? reader::read_uint(*left, "Id") : 0;
     if (held != &mine.record)
-        return images_.push_back({id, mine.kept, mine.refusal, mine.image, mine.owner, *held});
+        return images_.push_back({id, mine.indent, mine.kept, mine.refusal, mine.image, mine.owner, *held});
     const auto again = std::ranges::find_if(images_, [&mine](const Live& other)
                                             { return other.image == mine.image && other.id == mine.id; });
     if (again != images_.end())
-        *again = {id, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
+        *again = {id, mine.indent, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
 }
 
 void ScriptedRenderer::read(const Element& callback, Live& live)

@@ -66,8 +66,8 @@ struct ScriptedRenderer::Calls
     {
         const uint64_t last = self->image_count_;
         self->run_rest();
-        std::erase_if(self->images_, [before, last](const Live& live)
-                      { return live.image > before && live.image <= last && !live.kept; });
+        std::erase_if(self->images_, [self, before, last](const Live& live)
+                      { return live.image > before && live.image <= last && !self->is_held(live); });
         return 1;
     }
 
@@ -242,7 +242,8 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     const uint32_t id = pointer != nullptr ? reader::read_uint(*pointer, "Id") : 0;
     if (operand == nullptr || id == 0)
         return;
-    images_.push_back({id_at_forward(*told, id), false, 0, ++image_count_, owner_, *image_of(operand)});
+    images_.push_back(
+        {id_at_forward(*told, id), call->indent, false, 0, ++image_count_, owner_, *image_of(operand)});
 }
 
 void ScriptedRenderer::note_engine(const GFI_FontEngineTable* engine)
@@ -273,19 +274,33 @@ void ScriptedRenderer::forget_texts()
     texts_.clear();
 }
 
+// Kept images are released where the session has ended, which put their logs into its own: what the log says of them
+// ended there, and not the images.
 void ScriptedRenderer::forget_images(const void* owner)
 {
-    std::erase_if(images_, [owner](const Live& live) { return live.owner == owner; });
+    const auto belongs = [owner](const Live& live) { return live.owner == owner; };
+    if (facts_.merged)
+        for (const Live& live : std::vector<Live>(images_))
+            if (belongs(live) && live.kept && live.refusal == 0)
+                make_release(live);
+    std::erase_if(images_, belongs);
+    std::erase_if(put_off_, belongs);
+}
+
+// By one of its records an image is kept with all of them.
+bool ScriptedRenderer::is_held(const Live& live) const
+{
+    const auto same = [&live](const Live& other) { return other.image == live.image; };
+    return std::ranges::any_of(images_, [&same](const Live& other) { return same(other) && other.kept; }) ||
+           std::ranges::any_of(put_off_, same);
 }
 
 bool ScriptedRenderer::has_kept(const void* owner) const
 {
-    return std::ranges::any_of(images_,
-                               [this, owner](const Live& live)
-                               {
-                                   const bool held = live.refusal == 0 || live.refusal + kMostRefused > refusals_;
-                                   return live.owner == owner && live.kept && held;
-                               });
+    const auto held = [this](const Live& live)
+    { return live.kept && (live.refusal == 0 || live.refusal + kMostRefused > refusals_); };
+    return std::ranges::any_of(images_, [owner, held](const Live& live) { return live.owner == owner && held(live); }) ||
+           std::ranges::any_of(put_off_, [owner](const Live& live) { return live.owner == owner; });
 }
 
 void ScriptedRenderer::perform(const Element& callback)

@@ -50,6 +50,8 @@ public:
     void forget_images(const void* owner);
     // Whether one of them has been kept and not released.
     bool has_kept(const void* owner) const;
+    // Behind the last call: releases what has been put off.
+    void finish_releases();
 
     // Of a scope that has ended.
     void forget_engine(uint32_t number);
@@ -62,6 +64,7 @@ private:
     struct Live
     {
         uint32_t id = 0;
+        uint64_t indent = 0;  // of what it logs
         bool kept = false;
         uint64_t refusal = 0;  // the number of the keep that the client refused; 0 without one
         uint64_t image = 0;
@@ -71,6 +74,11 @@ private:
 
     void keep(const reader::Element& callback, Live& live);
     void release(Live& live);
+    void make_release(Live live);
+    void make_first_put_off();
+    bool is_held(const Live& live) const;
+    uint32_t next_id(uint64_t image) const;
+    uint32_t likeness(const Live& live, const reader::Element& callback) const;
 
     void perform_between();
     void note_operand(std::string_view member, const GOP_OperandPointer* operand);
@@ -93,6 +101,7 @@ private:
     ORV_Interface table_{};
     const void* owner_ = nullptr;
     std::vector<Live> images_;
+    std::vector<Live> put_off_;  // images that are to be released, the first one first
     uint64_t image_count_ = 0;
     uint64_t followed_ = 0;  // the image whose own log is being played, or what a merge put behind its keep
     uint64_t refusals_ = 0;

@@ -88,7 +88,7 @@ std::string again(const std::string& log, const std::string& folder, bool side_f
     options.differ = [differences](const std::string& line) { *differences += line + "\n"; };
     options.comment = [&](const std::string& text) { comments.print("%s", text.c_str()); };
     std::istringstream second(log);
-    orvlog::replay::play(second, &table, tickets, options);
+    const orvlog::replay::Outcome outcome = orvlog::replay::play(second, &table, tickets, options);
     ORVLOG_DLL_shutdown(table.document_start.context);
     return stream.text();
 }
