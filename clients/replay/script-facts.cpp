@@ -117,18 +117,29 @@ void FactFinder::callback(const Element& callback)
         facts_.session = session_of(reader::to_text(callback.value("async_img_log_file_name")));
 }
 
-// The element of a paint stays open where the renderer could have painted and the resource isn't known to it.
+// The element of a paint stays open where the renderer could have painted and the resource isn't known to it: one that
+// the client never started, or that the renderer refused.
 void FactFinder::resource(const Element& call)
 {
     const uint32_t number = reader::read_uint(call, "resource_id");
     if (call.name == "ORV_resource_start")
-        resources_.insert(number);
-    else if (call.name == "ORV_resource_destroy")
+        resources_[number] = {};
+    if (call.name == "ORV_resource_destroy")
         resources_.erase(number);
-    else if (call.implied_end && resources_.erase(number) != 0)
+    if (call.name != "ORV_resource_paint")
+        return;
+    const uint32_t drawing = reader::read_uint(call, "drawing_context");
+    const auto known = resources_.find(number);
+    if (!call.implied_end && known != resources_.end())
+        known->second.insert(drawing);
+    else if (!call.implied_end)
+        facts_.without_resource_paint.insert(drawing);
+    else if (known != resources_.end())
+    {
         facts_.refused_resources.insert(number);
-    else if (!call.implied_end && !resources_.contains(number))
-        facts_.without_resource_paint.insert(reader::read_uint(call, "drawing_context"));
+        facts_.without_resource_paint.merge(known->second);
+        resources_.erase(known);
+    }
 }
 
 // What is called back while it ends stands behind the element.

@@ -79,7 +79,9 @@ private:
     void settle(const Span& span);
 
     ScriptFacts& facts_;
-    std::set<uint32_t> resources_;  // that have been started and not been destroyed
+    // Resources that have been started and not been destroyed, and the drawings that they were painted on in an element
+    // that has an end.
+    std::map<uint32_t, std::set<uint32_t>> resources_;
     uint64_t calls_ = 0;
     std::vector<Span> spans_{Span{}};  // those with engines that no call tells of, and the present one
     // The memory contexts that are there, by the drawing's number: which span and which of its contexts.

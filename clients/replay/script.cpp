@@ -1,6 +1,7 @@
 #include "clients/replay/script.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvlog::replay
 {
@@ -118,16 +119,60 @@ const Script::Item* Script::next_callback()
         if (item.kind == Kind::callback)
             return &item;
         ++frame.next;
-        if (item.kind == Kind::comment)
-            tasks_.comment(item.text);
-        else
-            tasks_.play(*item.element);
+        make(item);
     }
     return nullptr;
 }
 
+void Script::make(const Item& item)
+{
+    if (item.kind == Kind::comment)
+        tasks_.comment(item.text);
+    else
+        tasks_.play(*item.element);
+}
+
+// The keep of the renderer's that comes next, if anything stands before it.
+const Element* Script::next_named_keep()
+{
+    if (frames_.empty())
+        return nullptr;
+    Frame& frame = *frames_.back();
+    const auto from = frame.items.begin() + static_cast<std::ptrdiff_t>(frame.next);
+    const auto found = std::find_if(from, frame.items.end(), [](const Item& item) { return item.kind == Kind::callback; });
+    if (found == from || found == frame.items.end() || found->own || !found->element->has("async_img_log_file_name"))
+        return nullptr;
+    frame.answered = static_cast<size_t>(found - frame.items.begin());
+    return found->element;
+}
+
+std::vector<const Element*> Script::calls_within_answer() const
+{
+    std::vector<const Element*> calls;
+    if (frames_.empty() || !frames_.back()->answered)
+        return calls;
+    const Frame& frame = *frames_.back();
+    for (size_t i = frame.next; i < *frame.answered; ++i)
+        if (frame.items[i].kind == Kind::call)
+            calls.push_back(frame.items[i].element);
+    return calls;
+}
+
+void Script::make_answer()
+{
+    if (frames_.empty() || !frames_.back()->answered)
+        return;
+    Frame& frame = *frames_.back();
+    const size_t answered = *std::exchange(frame.answered, std::nullopt);
+    while (frame.next < answered)
+        make(frame.items[frame.next++]);
+    frame.next = answered + 1;
+}
+
 const Element* Script::next_of_renderer()
 {
+    if (const Element* keep = next_named_keep(); keep != nullptr)
+        return keep;
     const Item* item = next_callback();
     while (item != nullptr && item->own)
     {
@@ -145,13 +190,15 @@ void Script::settle(const Element& callback)
     if (expected_ == &callback)
         differ(callback, "finds nothing to call");
     expected_ = nullptr;
+    make_answer();
 }
 
 const Element* Script::answer(std::string_view name)
 {
-    const Element* told = expected_;
-    expected_ = nullptr;
-    if (told == nullptr)
+    const Element* told = std::exchange(expected_, nullptr);
+    if (told != nullptr)
+        make_answer();
+    else
     {
         const Item* item = next_callback();
         if (item == nullptr || !item->own)

@@ -4,6 +4,9 @@
 #include "reader/tree/values.h"
 
 #include <algorithm>
+#include <ranges>
+#include <set>
+#include <vector>
 
 namespace orvlog::replay
 {
@@ -11,6 +14,7 @@ namespace orvlog::replay
 namespace
 {
 
+using reader::Children;
 using reader::Element;
 
 // Of a text that isn't one of the job's.
@@ -20,6 +24,51 @@ const GFI_StringDescPointer other_string{};
 uint32_t glyph_type(const Element& callback, const char* name)
 {
     return reader::read_enum(callback, name);
+}
+
+bool can_be_called(const GOP_OperandImagePointer& record, const Element& callback)
+{
+    if (callback.name == "GOP_ImageResetFn")
+        return record.imp_ImageResetFn != nullptr;
+    if (callback.name == "GOP_ImageKeepFn")
+        return record.imp_ImageKeepFn != nullptr;
+    return callback.name != "GOP_ImageReleaseFn" || record.imp_ImageReleaseFn != nullptr;
+}
+
+bool looks_like(const GOP_OperandImagePointer& record, const Element& told)
+{
+    const Element* image = told.child("GOP_OperandImage");
+    return image != nullptr && record.imp_Image != nullptr &&
+           reader::read_uint(told, "imp_RowStep") == record.imp_RowStep &&
+           reader::read_uint(*image, "im_ImageWidthPixels") == record.imp_Image->im_ImageWidthPixels &&
+           reader::read_uint(*image, "im_ImageHeightPixels") == record.imp_Image->im_ImageHeightPixels;
+}
+
+// Takes prepares back that changed a record in its place, the last one first.
+uint32_t id_before(uint32_t id, const Element& element)
+{
+    std::vector<const Element*> children;
+    for (const Element& child : Children(element))
+        children.push_back(&child);
+    for (const Element* child : std::views::reverse(children))
+    {
+        const Element* left = child->child("GOP_OperandImagePointer");
+        if (child->name != "GOP_ImagePrepareFn")
+            id = id_before(id, *child);
+        else if (left != nullptr && reader::read_uint(*left, "Id") == id &&
+                 reader::read_bool(*child, "operand_p_replaced") == 0)
+            id = reader::read_uint(*child, "Id");
+    }
+    return id;
+}
+
+// The log has the number that the record had when the client had answered; it may have been prepared meanwhile.
+uint32_t id_when_called(const Element& callback, const std::vector<const Element*>& within)
+{
+    uint32_t id = reader::read_uint(callback, "Id");
+    for (const Element* call : std::views::reverse(within))
+        id = id_before(id, *call);
+    return id;
 }
 
 }  // namespace
@@ -33,25 +82,44 @@ uint32_t ScriptedRenderer::next_id(uint64_t image) const
     return last + 1;
 }
 
+// The logger holds a few images whose keep was refused, those that came last.
+bool ScriptedRenderer::is_gone(const Live& live) const
+{
+    constexpr size_t kHeldByLogger = 8;
+    const auto refused = [this](uint64_t image)
+    { return std::ranges::any_of(images_, [image](const Live& one) { return one.image == image && one.refusal != 0; }); };
+    if (!refused(live.image))
+        return false;
+    std::set<uint64_t> later;
+    for (const Live& other : images_)
+        if (other.refusal != 0 && other.image > live.image)
+            later.insert(other.image);
+    return later.size() >= kHeldByLogger;
+}
+
 // How much speaks for it that the callback is that record's. Prepares count an image's number up to those of the
-// images behind it; but each image logs at the depth of its call, and goes on counting where it was. Callbacks of a
-// kept image stand together, behind its keep or in a log of its own.
+// images behind it; but each image logs at the depth of its call, goes on counting where it was, and reads into its own
+// file. Callbacks of a kept image stand together, behind its keep or in a log of its own.
 uint32_t ScriptedRenderer::likeness(const Live& live, const Element& callback) const
 {
-    const Element* left = callback.name == "GOP_ImagePrepareFn" ? callback.child("GOP_OperandImagePointer") : nullptr;
-    const bool counts = left != nullptr && reader::read_uint(*left, "Id") == next_id(live.image);
-    return (live.indent == callback.indent ? 4U : 0U) | (counts ? 2U : 0U) | (live.image == followed_ ? 1U : 0U);
+    const Element* left = callback.child("GOP_OperandImagePointer");
+    const bool counts = callback.name == "GOP_ImagePrepareFn" && left != nullptr &&
+                        reader::read_uint(*left, "Id") == next_id(live.image);
+    const bool reads = live.file.empty() || live.file == callback.value("ImageFileName");
+    const bool alike = left != nullptr && looks_like(live.record, *left);
+    return (is_gone(live) ? 0U : 32U) | (live.indent == callback.indent ? 16U : 0U) | (counts ? 8U : 0U) |
+           (reads ? 4U : 0U) | (live.image == followed_ ? 2U : 0U) | (alike ? 1U : 0U);
 }
 
 // Of those that are alike the one that came last.
 ScriptedRenderer::Live* ScriptedRenderer::find(const Element& callback)
 {
-    const uint32_t id = reader::read_uint(callback, "Id");
+    const uint32_t id = id_when_called(callback, script_.calls_within_answer());
     Live* found = nullptr;
     uint32_t most = 0;
     for (Live& live : images_)
     {
-        if (live.id != id)
+        if (live.id != id || !can_be_called(live.record, callback))
             continue;
         const uint32_t alike = likeness(live, callback);
         if (found == nullptr || alike >= most)
@@ -146,17 +214,26 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
         reader::read_bool(callback, "need_attr"));
     const Element* left = callback.child("GOP_OperandImagePointer");
     const uint32_t id = left != nullptr ? reader::read_uint(*left, "Id") : 0;
-    if (held != &mine.record)
-        return images_.push_back({id, mine.indent, mine.kept, mine.refusal, mine.image, mine.owner, *held});
-    const auto again = std::ranges::find_if(images_, [&mine](const Live& other)
-                                            { return other.image == mine.image && other.id == mine.id; });
-    if (again != images_.end())
-        *again = {id, mine.indent, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
+    const auto again = std::ranges::find(images_, mine.number, &Live::number);
+    if (held == &mine.record && again == images_.end())
+        return;
+    mine.id = id;
+    if (held == &mine.record)
+    {
+        *again = mine;
+        return;
+    }
+    mine.record = *held;
+    mine.file.clear();
+    mine.number = ++record_count_;
+    images_.push_back(mine);
 }
 
 void ScriptedRenderer::read(const Element& callback, Live& live)
 {
     client_.deliver(callback);
+    if (callback.has("ImageFileName"))
+        live.file = callback.value("ImageFileName");
     std::vector<uint8_t> bytes(std::max<size_t>(client_.image_bytes_.size, 1));
     std::vector<uint8_t> attributes(std::max<size_t>(client_.attr_bytes_.size, 1));
     const bool with_attributes = callback.has("attr_returned");

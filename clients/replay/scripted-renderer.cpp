@@ -242,8 +242,13 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     const uint32_t id = pointer != nullptr ? reader::read_uint(*pointer, "Id") : 0;
     if (operand == nullptr || id == 0)
         return;
-    images_.push_back(
-        {id_at_forward(*told, id), call->indent, false, 0, ++image_count_, owner_, *image_of(operand)});
+    images_.push_back({.id = id_at_forward(*told, id),
+                       .indent = call->indent,
+                       .image = ++image_count_,
+                       .owner = owner_,
+                       .record = *image_of(operand),
+                       .file = "",
+                       .number = ++record_count_});
 }
 
 void ScriptedRenderer::note_engine(const GFI_FontEngineTable* engine)

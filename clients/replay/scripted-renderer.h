@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -70,6 +71,8 @@ private:
         uint64_t image = 0;
         const void* owner = nullptr;
         GOP_OperandImagePointer record{};
+        std::string file;  // the side file of its reads
+        uint64_t number = 0;
     };
 
     void keep(const reader::Element& callback, Live& live);
@@ -78,6 +81,7 @@ private:
     void make_first_put_off();
     bool is_held(const Live& live) const;
     uint32_t next_id(uint64_t image) const;
+    bool is_gone(const Live& live) const;
     uint32_t likeness(const Live& live, const reader::Element& callback) const;
 
     void perform_between();
@@ -103,6 +107,7 @@ private:
     std::vector<Live> images_;
     std::vector<Live> put_off_;  // images that are to be released, the first one first
     uint64_t image_count_ = 0;
+    uint64_t record_count_ = 0;
     uint64_t followed_ = 0;  // the image whose own log is being played, or what a merge put behind its keep
     uint64_t refusals_ = 0;
     std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId

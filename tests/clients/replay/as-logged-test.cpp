@@ -153,7 +153,7 @@ TEST(AsLogged, GivesTheLogsOfJobsByChance)
         if (!same || std::getenv("ORVLOG_ALL") != nullptr)
             keep(seed, "-again.xml", log);
         EXPECT_TRUE(same) << "seed " << seed << "\n" << differences << first_difference(job.log(), log);
-        EXPECT_EQ(differences, "") << seed;
+        EXPECT_EQ(differences, "") << "seed " << seed;
         EXPECT_EQ(first_other(left, files_here()), "") << "seed " << seed;
         fs::current_path("..");
         fs::remove_all("job");
