@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,11 +53,11 @@ public:
     // Comments behind this place are those of the calls within.
     std::vector<reader::Comment> comments_within(const reader::Element& nested) const;
 
-    // The next callback that the renderer made in the present call. What stands before it is made first, but for a keep
-    // that has a log of its own made for the image: the client did that while it answered. Null when there are no more.
+    // The next callback that the renderer made in the present call. What stands before it is made first, but for what
+    // the client did while it answered. Null when there are no more.
     const reader::Element* next_of_renderer();
-    // Calls that will be made while the client answers the callback.
-    std::vector<const reader::Element*> calls_within_answer() const;
+    // What stands before the callback that is about to be made, and will be made while the client answers it.
+    std::vector<const reader::Element*> within_answer() const;
     // The next one behind the present call, if the element of that is closed before it is passed on; null where a call
     // follows.
     const reader::Element* next_between();
@@ -103,6 +102,8 @@ private:
         uint64_t byte = 0;
         const reader::Element* element = nullptr;
         std::string text;
+        size_t answered = 0;  // the keep while the client of which answers this and what follows is made; 0 for none
+        bool made = false;
     };
 
     struct Frame
@@ -111,14 +112,14 @@ private:
         std::vector<Item> items;
         std::vector<reader::Comment> comments;
         size_t next = 0;
-        std::optional<size_t> answered;  // the callback that is answered by what comes before it
+        size_t answered = 0;  // the keep that is being made before what stands before it; 0 for none
     };
 
     static void gather(const reader::Element& element, bool own, std::vector<Item>& items);
     static void add_comments(Frame& frame);
-    const Item* next_callback();
-    const reader::Element* next_named_keep();
-    void make(const Item& item);
+    static void find_answers(Frame& frame);
+    Item* next_callback();
+    void make(Item& item);
     void make_answer();
 
     ScriptTasks tasks_;

@@ -47,18 +47,17 @@ bool looks_like(const GOP_OperandImagePointer& record, const Element& told)
 // Takes prepares back that changed a record in its place, the last one first.
 uint32_t id_before(uint32_t id, const Element& element)
 {
+    if (element.name == "GOP_ImagePrepareFn")
+    {
+        const Element* left = element.child("GOP_OperandImagePointer");
+        const bool its = left != nullptr && reader::read_uint(*left, "Id") == id;
+        return its && reader::read_bool(element, "operand_p_replaced") == 0 ? reader::read_uint(element, "Id") : id;
+    }
     std::vector<const Element*> children;
     for (const Element& child : Children(element))
         children.push_back(&child);
     for (const Element* child : std::views::reverse(children))
-    {
-        const Element* left = child->child("GOP_OperandImagePointer");
-        if (child->name != "GOP_ImagePrepareFn")
-            id = id_before(id, *child);
-        else if (left != nullptr && reader::read_uint(*left, "Id") == id &&
-                 reader::read_bool(*child, "operand_p_replaced") == 0)
-            id = reader::read_uint(*child, "Id");
-    }
+        id = id_before(id, *child);
     return id;
 }
 
@@ -66,8 +65,8 @@ uint32_t id_before(uint32_t id, const Element& element)
 uint32_t id_when_called(const Element& callback, const std::vector<const Element*>& within)
 {
     uint32_t id = reader::read_uint(callback, "Id");
-    for (const Element* call : std::views::reverse(within))
-        id = id_before(id, *call);
+    for (const Element* element : std::views::reverse(within))
+        id = id_before(id, *element);
     return id;
 }
 
@@ -114,7 +113,7 @@ uint32_t ScriptedRenderer::likeness(const Live& live, const Element& callback) c
 // Of those that are alike the one that came last.
 ScriptedRenderer::Live* ScriptedRenderer::find(const Element& callback)
 {
-    const uint32_t id = id_when_called(callback, script_.calls_within_answer());
+    const uint32_t id = id_when_called(callback, script_.within_answer());
     Live* found = nullptr;
     uint32_t most = 0;
     for (Live& live : images_)
