@@ -67,6 +67,7 @@ private:
     struct GroupScope
     {
         std::optional<uint32_t> engine;
+        uint64_t byte = 0;  // where the call stands that began it
         std::shared_ptr<CallMemory> memory;
     };
 

@@ -166,7 +166,7 @@ struct ScriptedRenderer::Calls
         if (group_out != nullptr)
             *group_out = 0;
         self->note_engine(engine);
-        self->note_operand("operand2", operand2);
+        self->note_mask(operand2);
         return open_call(self);
     }
 
@@ -245,10 +245,24 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     images_.push_back({.id = id_at_forward(*told, id),
                        .indent = call->indent,
                        .image = ++image_count_,
+                       .group = std::nullopt,
                        .owner = owner_,
                        .record = *image_of(operand),
                        .file = "",
                        .number = ++record_count_});
+}
+
+void ScriptedRenderer::note_mask(const GOP_OperandPointer* operand)
+{
+    const uint64_t before = image_count_;
+    note_operand("operand2", operand);
+    if (image_count_ > before)
+        images_.back().group = script_.call()->place.byte;
+}
+
+void ScriptedRenderer::forget_mask(uint64_t byte)
+{
+    std::erase_if(images_, [this, byte](const Live& live) { return live.group == byte && !is_held(live); });
 }
 
 void ScriptedRenderer::note_engine(const GFI_FontEngineTable* engine)

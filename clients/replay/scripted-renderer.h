@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -56,6 +57,8 @@ public:
 
     // Of a scope that has ended.
     void forget_engine(uint32_t number);
+    // The mask of a group that has ended, by the place of the call that began it.
+    void forget_mask(uint64_t byte);
 
 private:
     struct Calls;
@@ -69,6 +72,7 @@ private:
         bool kept = false;
         uint64_t refusal = 0;  // the number of the keep that the client refused; 0 without one
         uint64_t image = 0;
+        std::optional<uint64_t> group;  // of a mask: where the group was begun
         const void* owner = nullptr;
         GOP_OperandImagePointer record{};
         std::string file;  // the side file of its reads
@@ -86,6 +90,7 @@ private:
 
     void perform_between();
     void note_operand(std::string_view member, const GOP_OperandPointer* operand);
+    void note_mask(const GOP_OperandPointer* operand);
     void note_engine(const GFI_FontEngineTable* engine);
     Live* find(const reader::Element& callback);
 
