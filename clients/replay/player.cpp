@@ -510,8 +510,6 @@ void Player::finish_all()
     for (const auto& [number, handle] : documents_)
         note(table_->document_finish.fn(table_, handle));
     documents_.clear();
-    if (options_.as_logged != nullptr)
-        options_.as_logged->renderer.finish_releases();
 }
 
 }  // namespace orvlog::replay

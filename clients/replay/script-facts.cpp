@@ -92,8 +92,8 @@ void FactFinder::settle(const Span& span)
         const SilentEngine& engine = span.engines[i];
         const size_t last = span.contexts.size() - (span.engines.size() - i);
         size_t chosen = next;
-        while (chosen < last && (span.contexts[chosen].begun > engine.first_asked ||
-                                 span.contexts[chosen].ended < engine.last_asked))
+        while (chosen < last &&
+               (span.contexts[chosen].begun > engine.first_asked || span.contexts[chosen].ended < engine.last_asked))
             ++chosen;
         facts_.memory_engines[span.contexts[chosen].number] = span.first_engine + static_cast<uint32_t>(i);
         next = chosen + 1;

@@ -29,7 +29,8 @@ std::optional<uint32_t> number_of_log(std::string_view name)
     const size_t end = name.rfind(".tmp");
     const size_t begin = end != std::string_view::npos ? name.find_last_not_of("0123456789", end - 1) + 1 : 0;
     uint32_t number = 0;
-    if (end == std::string_view::npos || std::from_chars(name.data() + begin, name.data() + end, number).ec != std::errc{})
+    if (end == std::string_view::npos ||
+        std::from_chars(name.data() + begin, name.data() + end, number).ec != std::errc{})
         return std::nullopt;
     return number;
 }

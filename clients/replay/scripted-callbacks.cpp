@@ -85,8 +85,10 @@ uint32_t ScriptedRenderer::next_id(uint64_t image) const
 bool ScriptedRenderer::is_gone(const Live& live) const
 {
     constexpr size_t kHeldByLogger = 8;
-    const auto refused = [this](uint64_t image)
-    { return std::ranges::any_of(images_, [image](const Live& one) { return one.image == image && one.refusal != 0; }); };
+    const auto refused = [this](uint64_t image) {
+        return std::ranges::any_of(images_,
+                                   [image](const Live& one) { return one.image == image && one.refusal != 0; });
+    };
     if (!refused(live.image))
         return false;
     std::set<uint64_t> later;

@@ -318,7 +318,8 @@ bool ScriptedRenderer::has_kept(const void* owner) const
 {
     const auto held = [this](const Live& live)
     { return live.kept && (live.refusal == 0 || live.refusal + kMostRefused > refusals_); };
-    return std::ranges::any_of(images_, [owner, held](const Live& live) { return live.owner == owner && held(live); }) ||
+    return std::ranges::any_of(images_,
+                               [owner, held](const Live& live) { return live.owner == owner && held(live); }) ||
            std::ranges::any_of(put_off_, [owner](const Live& live) { return live.owner == owner; });
 }
 
