@@ -407,6 +407,7 @@ TEST_F(AsLoggedCase, ImageThatIsPreparedWithinItsKeep)
               record.imp_ImageReleaseFn(&record);
           });
     finish(&page);
+    finish(&other);
     expect_the_log_again();
 }
 
@@ -462,6 +463,17 @@ TEST_F(AsLoggedCase, RefusedResourceThatIsPaintedWhereNoneCanBe)
     paint_resource(&pages[0], refused);
     paint_resource(&pages[1], refused);
     paint_resource(&pages[0], refused);
+    for (ORV_DrawingInterface* drawing : {&pages[0], &pages[1], &resource})
+        finish(drawing);
+    expect_the_log_again();
+}
+
+TEST_F(AsLoggedCase, DrawingThatIsLeftOpen)
+{
+    open();
+    ORV_DrawingInterface page{};
+    start(&page);
+    start_group(&page, nullptr, nullptr);
     expect_the_log_again();
 }
 
