@@ -47,53 +47,68 @@ typedef struct Plain { uint32_t image, result; } Plain;
 
 enum { STRING_START_STEP, GLYPH_INDEX_STEP, GLYPH_FIXED_STEP, GLYPH_STEP, PREPARE_STEP, READ_STEP, FINISH_STEP, RESET_STEP, KEEP_STEP, RELEASE_STEP, COMMENT_STEP, CALL_STEP };
 
-typedef struct Step { int kind; const void* about; void (*call)(void); } Step;
+typedef struct Step { int kind; const void* about; } Step;
 
-#define STRING_START(...) {STRING_START_STEP, &(const StringStart){__VA_ARGS__}, NULL}
-#define GLYPH_INDEX(...) {GLYPH_INDEX_STEP, &(const GlyphIndex){__VA_ARGS__}, NULL}
-#define GLYPH_FIXED(...) {GLYPH_FIXED_STEP, &(const Glyph){__VA_ARGS__}, NULL}
-#define GLYPH(...) {GLYPH_STEP, &(const Glyph){__VA_ARGS__}, NULL}
-#define PREPARE(...) {PREPARE_STEP, &(const Prepare){__VA_ARGS__}, NULL}
-#define READ(...) {READ_STEP, &(const Read){__VA_ARGS__}, NULL}
-#define FINISH(...) {FINISH_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define RESET(...) {RESET_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define KEEP(...) {KEEP_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define RELEASE(...) {RELEASE_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define COMMENT(text) {COMMENT_STEP, text, NULL}
-#define CALL(function) {CALL_STEP, NULL, function}
+#define STRING_START(...) {STRING_START_STEP, &(const StringStart){__VA_ARGS__}}
+#define GLYPH_INDEX(...) {GLYPH_INDEX_STEP, &(const GlyphIndex){__VA_ARGS__}}
+#define GLYPH_FIXED(...) {GLYPH_FIXED_STEP, &(const Glyph){__VA_ARGS__}}
+#define GLYPH(...) {GLYPH_STEP, &(const Glyph){__VA_ARGS__}}
+#define PREPARE(...) {PREPARE_STEP, &(const Prepare){__VA_ARGS__}}
+#define READ(...) {READ_STEP, &(const Read){__VA_ARGS__}}
+#define FINISH(...) {FINISH_STEP, &(const Plain){__VA_ARGS__}}
+#define RESET(...) {RESET_STEP, &(const Plain){__VA_ARGS__}}
+#define KEEP(...) {KEEP_STEP, &(const Plain){__VA_ARGS__}}
+#define RELEASE(...) {RELEASE_STEP, &(const Plain){__VA_ARGS__}}
+#define COMMENT(text) {COMMENT_STEP, text}
+#define CALL(call) {CALL_STEP, &(call)}
 
-/* A call that is being made. Images and engines are places in the tables below, from 1. */
+/* Bytes that are loaded ahead of a call: to `to`, or to memory that `direct` points to until the call ends. */
+typedef struct Load { void* to; const uint8_t** direct; size_t size; const char* file; uint64_t from; } Load;
+
+#define LOAD(to, size, file, from) {to, NULL, size, file, from}
+#define LOAD_DIRECT(direct, size, file, from) {NULL, &(direct), size, file, from}
+
+/* A call of the log. Images and engines are places in the tables below, from 1. */
 typedef struct Call
 {
     const char* name;
+    void (*make)(const void* about);
+    const void* about;
+    const Load* loads;
+    size_t load_count;
     const Step* by_logger;
     size_t logger_steps;
     const Step* by_renderer;
     size_t renderer_steps;
     uint32_t images[6], engine, again;
+} Call;
+
+/* One that is being made. */
+typedef struct Present
+{
+    const Call* call;
     size_t next;       /* of by_logger */
     uint32_t repeated; /* reads of the present step that have been made */
     const Step* asked; /* by the renderer */
     void* loaded[6];
     size_t loaded_count;
-    struct Call* outer;
-} Call;
+    struct Present* outer;
+} Present;
 )c";
 
 const char* const kCState = R"c(
 static ORV_Interface orv;
-static Call* present;
+static Present* present;
 static int failed;
 static orvlog_comment_fn_type comment_function;
 static void* comment_context;
 static const char* folder = ".";
 
-
 const uint8_t no_bytes[1] = {0};
 
 void complain(const char* what)
 {
-    fprintf(stderr, "%s: %s\n", present != NULL ? present->name : "the job", what);
+    fprintf(stderr, "%s: %s\n", present != NULL ? present->call->name : "the job", what);
     failed = 1;
 }
 
@@ -139,18 +154,17 @@ void load(void* to, size_t size, const char* name, uint64_t from)
         complain("a file with data is too short");
 }
 
-/* Until the end of the call. */
-const uint8_t* loaded(Call* call, size_t size, const char* name, uint64_t from)
+void load_direct(const Load* wanted)
 {
-    uint8_t* bytes = malloc(size);
+    uint8_t* bytes = malloc(wanted->size);
+    *wanted->direct = bytes != NULL ? bytes : no_bytes;
     if (bytes == NULL)
     {
         complain("no memory");
-        return no_bytes;
+        return;
     }
-    load(bytes, size, name, from);
-    call->loaded[call->loaded_count++] = bytes;
-    return bytes;
+    load(bytes, wanted->size, wanted->file, wanted->from);
+    present->loaded[present->loaded_count++] = bytes;
 }
 )c";
 
@@ -179,19 +193,26 @@ void comment(const char* text)
 const char* const kCClient = R"c(
 /* The client's answers. */
 
+void make(const Call* call);
+
 int is_aside(const Step* step)
 {
-    if (step->kind == COMMENT_STEP)
-        comment(step->about);
-    else if (step->kind == CALL_STEP)
-        step->call();
     return step->kind == COMMENT_STEP || step->kind == CALL_STEP;
 }
 
-void make_asides(Call* call)
+void make_aside(const Step* step)
 {
-    while (call->next < call->logger_steps && (call->by_logger[call->next].kind == COMMENT_STEP || call->by_logger[call->next].kind == CALL_STEP))
-        is_aside(&call->by_logger[call->next++]);
+    if (step->kind == COMMENT_STEP)
+        comment(step->about);
+    else
+        make(step->about);
+}
+
+void make_asides(void)
+{
+    Present* now = present;
+    while (now->next < now->call->logger_steps && is_aside(&now->call->by_logger[now->next]))
+        make_aside(&now->call->by_logger[now->next++]);
 }
 
 /* What is to be answered now: to the renderer, or to the logger. Null, and said, where something else was to be asked. */
@@ -200,8 +221,8 @@ const void* answer(int kind)
     const Step* step = present != NULL ? present->asked : NULL;
     if (present != NULL && step == NULL)
     {
-        make_asides(present);
-        step = present->next < present->logger_steps ? &present->by_logger[present->next] : NULL;
+        make_asides();
+        step = present->next < present->call->logger_steps ? &present->call->by_logger[present->next] : NULL;
         if (step != NULL && step->kind == kind && (kind != READ_STEP || present->repeated + 1 >= ((const Read*)step->about)->times))
             ++present->next;
     }

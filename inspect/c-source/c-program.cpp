@@ -17,7 +17,7 @@ namespace
 using reader::Children;
 using reader::Element;
 
-constexpr size_t kMostOfAPart = 200;
+constexpr size_t kMostOfAPart = 1000;
 // Where a session's number isn't told.
 constexpr uint8_t kSession = 7;
 
@@ -31,6 +31,14 @@ bool is_closed_record(const Element& element)
 {
     return element.name == "GSH_ShapePointer" || element.name.starts_with("GOP_Operand") ||
            element.name.starts_with("GFI_");
+}
+
+// "OBJECT_PAINT" of "ORV_object_paint".
+std::string macro_of(const std::string& call)
+{
+    std::string macro = call.substr(std::string_view("ORV_").size());
+    std::ranges::transform(macro, macro.begin(), [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
+    return macro;
 }
 
 }  // namespace
@@ -111,19 +119,21 @@ void CProgram::note_session(std::string_view kept_log)
     }
 }
 
-void CProgram::say(const std::string& statement)
+void CProgram::add_to_job(const std::string& step)
 {
-    part_.push_back("    " + statement + "\n");
+    part_.push_back("    " + step + ",\n");
     if (part_.size() >= kMostOfAPart)
         end_part();
 }
 
 void CProgram::end_part()
 {
-    *to_ << "static void part_" << ++parts_ << "(void)\n{\n";
+    if (part_.empty())
+        return;
+    *to_ << "static const Step part_" << ++parts_ << "[] = {\n";
     for (const std::string& line : part_)
         *to_ << line;
-    *to_ << "}\n\n";
+    *to_ << "};\n\n";
     part_.clear();
 }
 
@@ -174,11 +184,12 @@ void CProgram::follow_kept(const Element& callback, Call& made)
 void CProgram::nested_call(const Element& element, bool by_logger, Call& made)
 {
     made.steps(by_logger) += steps_.finish_run();
+    *to_ << std::exchange(made.definitions, {}) << records_.take();
     CRecords::State outer = records_.push();
     Call inner;
     call(element, true, &inner);
     records_.pop(std::move(outer));
-    if (!inner.body.empty())
+    if (!inner.asked.empty())
         made.steps(by_logger) += "    CALL(call_" + std::to_string(inner.number) + "),\n";
 }
 
@@ -231,11 +242,11 @@ void CProgram::flush_pending()
         pending_->loads += std::exchange(loose_loads_, {});
         pending_->renderer_steps += std::exchange(loose_, {});
         write(*pending_);
-        say("call_" + std::to_string(pending_->number) + "();");
+        add_to_job("CALL(call_" + std::to_string(pending_->number) + ")");
         pending_.reset();
     }
     for (const std::string& text : behind_pending_)
-        say("comment(" + text + ");");
+        add_to_job("COMMENT(" + text + ")");
     behind_pending_.clear();
 }
 
@@ -245,20 +256,20 @@ void CProgram::write(const Call& made)
     std::string fields = made.fields;
     const std::string number = std::to_string(made.number);
     *to_ << "/* " << made.address << ": " << made.name << " */\n" << made.definitions;
-    const auto list = [&](const std::string& steps, const char* name, const char* field, const char* count)
+    const auto list =
+        [&](const std::string& rows, const char* type, const char* name, const char* field, const char* count)
     {
-        if (steps.empty())
+        if (rows.empty())
             return;
-        *to_ << "static const Step " << name << "_" << number << "[] = {\n" << steps << "};\n";
+        *to_ << "static const " << type << " " << name << "_" << number << "[] = {\n" << rows << "};\n";
         fields += std::string(", .") + field + " = " + name + "_" + number + ", ." + count + " = LENGTH(" + name + "_" +
                   number + ")";
     };
-    list(made.logger_steps, "logger_asks", "by_logger", "logger_steps");
-    list(made.renderer_steps, "renderer_asks", "by_renderer", "renderer_steps");
-    *to_ << "static void call_" << number << "(void)\n{\n    Call call = {.name = \"" << made.address << "\"" << fields
-         << "};\n"
-         << made.loads << "    begin(&call);\n"
-         << made.body << "    end(&call);\n}\n\n";
+    list(made.loads, "Load", "loads", "loads", "load_count");
+    list(made.logger_steps, "Step", "logger_asks", "by_logger", "logger_steps");
+    list(made.renderer_steps, "Step", "renderer_asks", "by_renderer", "renderer_steps");
+    *to_ << "static const Call call_" << number << " = {.name = \"" << made.address << "\"" << fields << ",\n    "
+         << macro_of(made.name) << "(" << made.asked << ")};\n\n";
 }
 
 void CProgram::call(const Element& element, bool nested, Call* made)
@@ -280,10 +291,10 @@ void CProgram::call(const Element& element, bool nested, Call* made)
                           reader::read_uint(told, "orvlog_string_desc_id"),
                           records_.font(shape.sp_U.glyph.font_spec_ptr), records_.string(shape.sp_U.glyph.string_desc));
     };
-    if (!statement(element, *made))
+    if (!arguments(element, *made))
     {
         ++outcome_.not_made;
-        made->body.clear();
+        made->asked.clear();
         return;
     }
     made->definitions += records_.take();
@@ -329,7 +340,7 @@ void CProgram::write_calls(std::istream& log, std::ostream& to)
             made->loads = std::move(loads);
             call(*element, false, made.get());
             made->memory.reset();
-            if (!made->body.empty())
+            if (!made->asked.empty())
                 pending_ = std::move(made);
         }
         comments_.clear();

@@ -3,27 +3,9 @@
 namespace orvlog::inspect
 {
 
-const char* const kCRenderer = R"c(
+const char* const kCAskFonts = R"c(
 /* The renderer, which does what the log says that the job's renderer did. */
 
-void begin(Call* call)
-{
-    call->outer = present;
-    present = call;
-}
-
-void end(Call* call)
-{
-    make_asides(call);
-    if (call->next < call->logger_steps)
-        complain("the logger asked for less than the log says");
-    while (call->loaded_count > 0)
-        free(call->loaded[--call->loaded_count]);
-    present = call->outer;
-}
-)c";
-
-const char* const kCAskFonts = R"c(
 void ask_font(const Step* step, const GFI_FontEngineTable* engine)
 {
     GGO_Matrix matrix = {{1, 0, 0, 1, 0, 0}};
@@ -125,8 +107,9 @@ void ask(const Step* step)
 
 uint32_t run(const GFI_FontEngineTable* engine, GOP_OperandPointer* const* operands, size_t count)
 {
-    Call* call = present;
-    make_asides(call);
+    const Call* call = present->call;
+    Present* now = present;
+    make_asides();
     if (engine != NULL && call->engine != 0)
         engines[call->engine] = engine;
     for (size_t i = 0; i < count; ++i)
@@ -136,10 +119,13 @@ uint32_t run(const GFI_FontEngineTable* engine, GOP_OperandPointer* const* opera
     {
         const Step* step = &call->by_renderer[i];
         if (is_aside(step))
-            continue;
-        call->asked = step;
-        ask(step);
-        call->asked = NULL;
+            make_aside(step);
+        else
+        {
+            now->asked = step;
+            ask(step);
+            now->asked = NULL;
+        }
     }
     return 1;
 }
@@ -171,7 +157,7 @@ uint32_t group_finish(const ORV_DrawingInterface* table, uint32_t* again)
 {
     (void)table;
     run(NULL, NULL, 0);
-    *again = present->again;
+    *again = present->call->again;
     return 1;
 }
 
