@@ -78,12 +78,23 @@ std::string CProgram::engine(const Element& element, Call& made, uint32_t* id)
         return "NULL";
     const bool is_named = element.has("fp_EngineIdGet");
     const std::string name = is_named ? c_string(reader::to_text(element.value("fp_EngineIdGet"))) : "";
-    const std::string table = records_.define("const GFI_FontEngineTable", "engine",
-                                              is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
+    const std::string table = records_.define_own("const GFI_FontEngineTable", "engine",
+                                                  is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
     const uint32_t place = steps_.bring_engine(reader::read_uint(element, "GfpId"));
     *id = reader::read_uint(element, "GfpId") + 1;
     made.fields += ", .engine = " + std::to_string(place);
     return table;
+}
+
+// One that a memory context came with, which its call doesn't tell.
+std::string CProgram::silent_engine(uint32_t context, Drawing& drawing, Call& made)
+{
+    const auto known = kind_.script.memory_engines.find(context);
+    if (known == kind_.script.memory_engines.end())
+        return "NULL";
+    drawing.engines.push_back(known->second + 1);
+    made.fields += ", .engine = " + std::to_string(steps_.bring_engine(known->second));
+    return records_.define_own("const GFI_FontEngineTable", "engine", "ENGINE");
 }
 
 std::string CProgram::ticket(const Element& element, Call&)
@@ -227,18 +238,21 @@ bool CProgram::drawing_start(const Element& element, Call& made)
 {
     const std::string doc = document(element);
     const std::string outer = parent(element);
-    const auto [known, added] = drawings_.try_emplace(reader::read_uint(element, "drawing_context"));
+    const uint32_t number_of = reader::read_uint(element, "drawing_context");
+    const auto [known, added] = drawings_.try_emplace(number_of);
     Drawing& drawing = known->second;
     if (added)
         drawing.place = drawing_places_++;
     drawing.open = true;
     drawing.engines.clear();
     const std::string place = "&drawings[" + std::to_string(drawing.place) + "]";
+    if (kind_.script.without_resource_paint.contains(number_of))
+        made.fields += ", .without_resource_paint = 1";
     CFields fields;
     fields.add("document", doc).add("drawing", place);
     if (element.name == "ORV_memory_context_start")
     {
-        made.asked = fields.list();
+        made.asked = fields.add("engine", silent_engine(number_of, drawing, made)).list();
         return true;
     }
     uint32_t engine_id = 0;
@@ -263,6 +277,9 @@ bool CProgram::drawing_start(const Element& element, Call& made)
     resource_places_ += resource.second ? 1 : 0;
     const std::string properties =
         records_.resource(records.resource_properties(element.child("ORV_ResourceProperties")));
+    made.fields += ", .resource = " + c_uint(id);
+    if (kind_.script.refused_resources.contains(id))
+        made.fields += ", .refused = 1";
     made.asked = fields.add("parent", outer)
                      .add("engine", table)
                      .add("properties", properties)

@@ -12,7 +12,7 @@ namespace orvlog::inspect
 // What the three exports have no argument for.
 bool CProgram::needs_options() const
 {
-    return kind_.base_mode || coded_ || merged_ || kind_.fixed_formats || kind_.image_attributes ||
+    return kind_.base_mode || coded_ || kind_.script.merged || kind_.fixed_formats || kind_.image_attributes ||
            kind_.glyph_get_type != GFI_GDT_BITMAP;
 }
 
@@ -82,7 +82,7 @@ std::string CProgram::open_session() const
         .add("comment_ctx_out", "&comment_context")
         .add("compress", coded_ ? "1" : "0")
         .add("mode", kind_.base_mode ? "ORVLOG_MODE_BASE" : "0")
-        .add("via_temporary_log", merged_ ? "1" : "0")
+        .add("via_temporary_log", kind_.script.merged ? "1" : "0")
         .add("base_content", kind_.base_content ? "1" : "0")
         .add("image_dump_flag", kind_.image_attributes ? "1" : "0")
         .add("glyph_fixed_format", kind_.fixed_formats ? "1" : "0")

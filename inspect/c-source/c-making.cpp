@@ -11,7 +11,7 @@ typedef struct DocumentFinish { void** document; } DocumentFinish;
 typedef struct ResourceDestroy { void** document; const ORV_DrawingInterface* parent; const uint32_t* resource; } ResourceDestroy;
 typedef struct FaceStart { void** document; ORV_DrawingInterface* drawing; const GFI_FontEngineTable* engine; uint32_t number; const ORV_FaceProperties* properties; void* ticket; uint32_t orientation, placement; } FaceStart;
 typedef struct ResourceStart { void** document; ORV_DrawingInterface* drawing; const ORV_DrawingInterface* parent; const GFI_FontEngineTable* engine; const ORV_ResourceProperties* properties; void* ticket; uint32_t* resource; } ResourceStart;
-typedef struct MemoryContextStart { void** document; ORV_DrawingInterface* drawing; } MemoryContextStart;
+typedef struct MemoryContextStart { void** document; ORV_DrawingInterface* drawing; const GFI_FontEngineTable* engine; } MemoryContextStart;
 typedef struct ObjectPaint { const ORV_DrawingInterface* drawing; uint8_t object_type; uint32_t hints; const GOP_Operator* op; const GSH_ShapePointer* path; uint32_t placement; const GSH_ShapeList* clip; void *operand1, *operand2, *operand3; } ObjectPaint;
 typedef struct ObjectPaintAndStroke { const ORV_DrawingInterface* drawing; uint8_t fill_type, stroke_type; uint32_t hints; const GOP_Operator *fill_op, *stroke_op; const GSH_ShapePointer* path; const void* stroking; const GGO_Matrix* transform; uint32_t placement; const GSH_ShapeList* clip; uint32_t flags; void *fill_operand1, *fill_operand2, *fill_operand3, *stroke_operand1, *stroke_operand2, *stroke_operand3; } ObjectPaintAndStroke;
 typedef struct GroupStart { const ORV_DrawingInterface* drawing; uint32_t unique_id; const GFI_FontEngineTable* engine; uint32_t hints, type, knockout, replayable; void* ticket; uint32_t orientation, has_placement, placement; const GGO_Matrix* retransform; const GOP_Operator* op; void* operand2; const GSH_ShapeList* clip; uint32_t tiling; double x_interval, y_interval; const void *mask, *color; const GGO_BoxFloat* box; } GroupStart;
@@ -98,7 +98,7 @@ void make_resource_start(const void* about)
 void make_memory_context_start(const void* about)
 {
     const MemoryContextStart* a = about;
-    orv.memory_context_start.fn(NULL, &orv, opened(a->document), a->drawing, 0, 0, 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, 0);
+    orv.memory_context_start.fn(NULL, &orv, opened(a->document), a->drawing, 0, 0, 0, 0, 0, a->engine, NULL, 0, 0, 0, 0, 0, 0);
 }
 
 void make_object_paint(const void* about)

@@ -43,7 +43,7 @@ typedef struct GlyphIndex { uint32_t engine, result, returned, index; uint16_t v
 typedef struct Glyph { uint32_t engine, result, type, returned, changed; const GGO_Matrix* to_pixels; uint32_t flags; const GFI_GlyphDescPointer* glyph; } Glyph;
 typedef struct Prepare { uint32_t image, now, result, replaced, object_type, decompress, rescale; float max_width, min_width, max_height, min_height; uint32_t render_space, depth, attributes; GOP_OperandImagePointer* left; } Prepare;
 typedef struct Read { uint32_t times, image, result, skip; int32_t row_step; uint32_t size; int32_t returned; uint32_t bytes; uint64_t from; uint32_t with_attributes; int32_t attr_row_step; uint32_t attr_size; int32_t attr_returned; uint32_t attr_bytes; uint64_t attr_from; } Read;
-typedef struct Plain { uint32_t image, result; } Plain;
+typedef struct Plain { uint32_t image, result; const GOP_OperandImagePointer* given; } Plain; /* given: if the renderer has changed the record */
 
 enum { STRING_START_STEP, GLYPH_INDEX_STEP, GLYPH_FIXED_STEP, GLYPH_STEP, PREPARE_STEP, READ_STEP, FINISH_STEP, RESET_STEP, KEEP_STEP, RELEASE_STEP, COMMENT_STEP, CALL_STEP };
 
@@ -81,6 +81,7 @@ typedef struct Call
     const Step* by_renderer;
     size_t renderer_steps;
     uint32_t images[6], engine, again;
+    uint32_t resource, refused, without_resource_paint; /* what the renderer makes of it */
 } Call;
 
 /* One that is being made. */

@@ -49,6 +49,8 @@ CProgram::CProgram(const replay::LogKind& kind, const CProgramOptions& options)
              [this](std::string_view name, uint64_t begin, uint64_t count) { return side_file(name, begin, count); })
 {
     session_.fill(kSession);
+    if (const auto told = replay::session_number(kind.script.session))
+        session_ = *told;
 }
 
 CProgram::~CProgram() = default;
@@ -104,21 +106,6 @@ void CProgram::note_prefix(std::string_view file)
     prefix_ = name.empty() ? "image" : name;
 }
 
-// "orvlog-S-async-image-N.tmp", with S the session's number as four words, the last one first.
-void CProgram::note_session(std::string_view kept_log)
-{
-    constexpr size_t kFirst = 7;
-    if (kept_log.size() < kFirst + 35)
-        return;
-    for (size_t word = 0; word < 4; ++word)
-    {
-        const std::string digits(kept_log.substr(kFirst + (3 - word) * 9, 8));
-        const uint32_t value = reader::to_flags("[0x" + digits + "]");
-        for (size_t byte = 0; byte < 4; ++byte)
-            session_[word * 4 + byte] = static_cast<uint8_t>(value >> (8 * byte));
-    }
-}
-
 void CProgram::add_to_job(const std::string& step)
 {
     part_.push_back("    " + step + ",\n");
@@ -150,19 +137,14 @@ void CProgram::step(const Element& callback, bool by_logger, Call& made)
 {
     note_prefix(callback.value("ImageFileName"));
     made.steps(by_logger) += steps_.step(callback, by_logger, made.memory->records);
-    if (callback.name != "GOP_ImageKeepFn")
-        return;
-    if (callback.has("async_img_log_file_name"))
+    if (callback.name == "GOP_ImageKeepFn" && callback.has("async_img_log_file_name"))
         follow_kept(callback, made);
-    else
-        merged_ = true;
 }
 
 // The callbacks of an image that has a log of its own: as if they had been made at once.
 void CProgram::follow_kept(const Element& callback, Call& made)
 {
     const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
-    note_session(name);
     const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
     if (file.stream == nullptr)
     {

@@ -101,6 +101,7 @@ private:
     void end_part();
 
     std::string engine(const reader::Element& element, Call& made, uint32_t* id);
+    std::string silent_engine(uint32_t context, Drawing& drawing, Call& made);
     std::string ticket(const reader::Element& element, Call& made);
     std::string document(const reader::Element& element) const;
     std::string parent(const reader::Element& element) const;
@@ -111,7 +112,6 @@ private:
     std::vector<uint8_t> side_file(std::string_view name, uint64_t begin, uint64_t count);
     std::vector<uint8_t> direct_bytes(const reader::Element& element);
     void note_prefix(std::string_view file);
-    void note_session(std::string_view kept_log);
     bool needs_options() const;
     std::string open_session() const;
     void complain(const std::string& line) const;
@@ -143,7 +143,6 @@ private:
     uint32_t drawing_places_ = 0;
     uint32_t resource_places_ = 0;
     bool coded_ = false;
-    bool merged_ = false;
     bool has_tickets_ = false;
     bool has_comments_ = false;
     std::string prefix_;

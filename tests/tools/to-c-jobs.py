@@ -50,7 +50,7 @@ class Job:
                               check=False, timeout=self.options.limit, cwd=self.folder)
         said = done.stderr.decode(errors="replace")
         if done.returncode not in good:
-            raise RuntimeError(f"{os.path.basename(words[0])} ended with {done.returncode}: {said.strip()[-300:]}")
+            raise RuntimeError(f"{os.path.basename(words[0])} ended with {done.returncode}: {said.strip()[-300:].splitlines()[-1:]}")
         return said
 
     def record(self, document, mode):
