@@ -16,8 +16,10 @@ typedef struct ObjectPaint { const ORV_DrawingInterface* drawing; uint8_t object
 typedef struct ObjectPaintAndStroke { const ORV_DrawingInterface* drawing; uint8_t fill_type, stroke_type; uint32_t hints; const GOP_Operator *fill_op, *stroke_op; const GSH_ShapePointer* path; const void* stroking; const GGO_Matrix* transform; uint32_t placement; const GSH_ShapeList* clip; uint32_t flags; void *fill_operand1, *fill_operand2, *fill_operand3, *stroke_operand1, *stroke_operand2, *stroke_operand3; } ObjectPaintAndStroke;
 typedef struct GroupStart { const ORV_DrawingInterface* drawing; uint32_t unique_id; const GFI_FontEngineTable* engine; uint32_t hints, type, knockout, replayable; void* ticket; uint32_t orientation, has_placement, placement; const GGO_Matrix* retransform; const GOP_Operator* op; void* operand2; const GSH_ShapeList* clip; uint32_t tiling; double x_interval, y_interval; const void *mask, *color; const GGO_BoxFloat* box; } GroupStart;
 typedef struct ResourcePaint { const ORV_DrawingInterface* drawing; const uint32_t* resource; uint32_t hints, type; const GGO_Matrix* retransform; const GOP_Operator* op; void* operand2; const GSH_ShapeList* clip; uint32_t tiling; double x_interval, y_interval; const void *mask, *color; uint32_t orientation; } ResourcePaint;
+typedef struct Between { int none; } Between;
 typedef struct DrawingCall { const ORV_DrawingInterface* drawing; } DrawingCall;
 
+#define BETWEEN(...) .make = make_between, .about = &(const Between){__VA_ARGS__}
 #define DOCUMENT_START(...) .make = make_document_start, .about = &(const DocumentStart){__VA_ARGS__}
 #define DOCUMENT_FINISH(...) .make = make_document_finish, .about = &(const DocumentFinish){__VA_ARGS__}
 #define RESOURCE_DESTROY(...) .make = make_resource_destroy, .about = &(const ResourceDestroy){__VA_ARGS__}
@@ -63,6 +65,13 @@ void make_all(const Step* steps, size_t count)
 void* opened(void** document)
 {
     return document != NULL ? *document : NULL;
+}
+
+/* What the renderer asks between two calls. */
+void make_between(const void* about)
+{
+    (void)about;
+    run(NULL, NULL, 0);
 }
 
 void make_document_start(const void* about)

@@ -33,6 +33,12 @@ bool is_closed_record(const Element& element)
            element.name.starts_with("GFI_");
 }
 
+// Whether its element is closed before it is passed on.
+bool is_closed_call(std::string_view name)
+{
+    return !name.starts_with("ORV_object_") && !name.starts_with("ORV_group_") && name != "ORV_resource_paint";
+}
+
 // "OBJECT_PAINT" of "ORV_object_paint".
 std::string macro_of(const std::string& call)
 {
@@ -193,8 +199,7 @@ void CProgram::walk(const Element& element, bool in_member, Call& made)
     made.steps(in_member) += steps_.finish_run();
 }
 
-// A callback that stands in no call was made in one that is closed before it is passed on, or ahead of the end of a
-// group.
+// A callback that stands in no call was made in one whose element is closed before it is passed on, or between two.
 void CProgram::loose(const Element& callback)
 {
     if (pending_ == nullptr || !is_callback(callback))
@@ -220,11 +225,20 @@ void CProgram::flush_pending()
     if (pending_ != nullptr)
     {
         loose_ += steps_.finish_run();
-        pending_->definitions += std::exchange(loose_definitions_, {});
-        pending_->loads += std::exchange(loose_loads_, {});
-        pending_->renderer_steps += std::exchange(loose_, {});
-        write(*pending_);
-        add_to_job("CALL(call_" + std::to_string(pending_->number) + ")");
+        Call between;
+        Call& owner = is_closed_call(pending_->name) ? *pending_ : between;
+        owner.definitions += std::exchange(loose_definitions_, {});
+        owner.loads += std::exchange(loose_loads_, {});
+        owner.renderer_steps += std::exchange(loose_, {});
+        write_and_add(*pending_);
+        if (!between.renderer_steps.empty())
+        {
+            between.number = ++number_;
+            between.name = "ORV_between";
+            between.address = "behind " + pending_->address;
+            between.asked = "0";
+            write_and_add(between);
+        }
         pending_.reset();
     }
     for (const std::string& text : behind_pending_)
@@ -232,9 +246,14 @@ void CProgram::flush_pending()
     behind_pending_.clear();
 }
 
+void CProgram::write_and_add(const Call& made)
+{
+    write(made);
+    add_to_job("CALL(call_" + std::to_string(made.number) + ")");
+}
+
 void CProgram::write(const Call& made)
 {
-    ++outcome_.calls;
     std::string fields = made.fields;
     const std::string number = std::to_string(made.number);
     *to_ << "/* " << made.address << ": " << made.name << " */\n" << made.definitions;
@@ -279,6 +298,7 @@ void CProgram::call(const Element& element, bool nested, Call* made)
         made->asked.clear();
         return;
     }
+    ++outcome_.calls;
     made->definitions += records_.take();
     made->loads += records_.take_loads();
     if (!nested)
@@ -311,15 +331,8 @@ void CProgram::write_calls(std::istream& log, std::ostream& to)
             loose(*element);
         else
         {
-            const bool ends_group = element->name == "ORV_group_finish";
-            std::string earlier = ends_group ? std::exchange(loose_, {}) + steps_.finish_run() : std::string();
-            std::string definitions = ends_group ? std::exchange(loose_definitions_, {}) : std::string();
-            std::string loads = ends_group ? std::exchange(loose_loads_, {}) : std::string();
             flush_pending();
             auto made = std::make_unique<Call>();
-            made->renderer_steps = std::move(earlier);
-            made->definitions = std::move(definitions);
-            made->loads = std::move(loads);
             call(*element, false, made.get());
             made->memory.reset();
             if (!made->asked.empty())

@@ -97,6 +97,7 @@ private:
     void loose(const reader::Element& callback);
     void flush_pending();
     void write(const Call& made);
+    void write_and_add(const Call& made);
     void add_to_job(const std::string& step);
     void end_part();
 

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Logs as programs in C: each is compiled, run, and its log held against the one that it was made from.
 
-    to-c-jobs.py BUILD [--sessions N] [--seed S] [--pages A-B] [--calls N] [--compiler CC] [--limit SECONDS] [PDF...]
+    to-c-jobs.py BUILD [--renderer LIBRARY] [--pages A-B] [--calls N] [--sessions N] [--seed S] [--compiler CC]
+                 [--limit SECONDS] [PDF...]
 
-BUILD is the folder of a build. Each document is recorded in transparent and base mode, and the first page of its log,
-or its first N paints, becomes a program; so do N jobs by chance. A line for each tells calls, bytes of source, seconds
-of the processor that the compiler took in all and for 1,000 calls, and what came of it. The status is 0 if all logs are
-the same."""
+BUILD is the folder of a build. Each document is recorded in transparent and base mode, drawn by the shared library if
+one is named, and the first page of its log, or its first N paints, becomes a program; so do N jobs by chance, many of
+whose logs can't be made again whole. A line for each tells calls, bytes of source, seconds of the processor that the
+compiler took in all and for 1,000 calls, and what came of it. The status is 0 if all logs are the same."""
 
 import argparse
 import os
@@ -24,13 +25,14 @@ def arguments():
     parser = argparse.ArgumentParser()
     parser.add_argument("build")
     parser.add_argument("documents", nargs="*")
+    parser.add_argument("--renderer")
     parser.add_argument("--sessions", type=int, default=0)
     parser.add_argument("--seed", type=int, default=0)
     parser.add_argument("--pages", default="1-1")
     parser.add_argument("--calls", type=int, default=0)
     parser.add_argument("--compiler", default="gcc")
     parser.add_argument("--limit", type=int, default=600)
-    return parser.parse_args()
+    return parser.parse_intermixed_args()
 
 
 class Job:
@@ -58,6 +60,9 @@ class Job:
         record = os.path.join(self.build, "clients", "pdf", "orvlog-record")
         self.log = "whole.xml" if self.options.calls else "job.xml"
         self.run(record, document, "-o", self.log, "--mode", mode, "--pages", self.options.pages)
+        if self.options.renderer:
+            os.rename(self.path(self.log), self.path("plain.xml"))
+            self.run(self.orvlog, "replay", "plain.xml", "--renderer", self.options.renderer, "--log", self.log)
         if self.options.calls:
             self.part = ["--ids", f"0-{self.options.calls - 1}"]
             self.run(self.orvlog, "trim", self.log, *self.part, "-o", "job.xml")
