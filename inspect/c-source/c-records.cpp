@@ -4,7 +4,6 @@
 #include "orvlog/names/orvlog-names.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 namespace orvlog::inspect
