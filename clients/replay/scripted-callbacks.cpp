@@ -44,6 +44,14 @@ bool looks_like(const GOP_OperandImagePointer& record, const Element& told)
            reader::read_uint(*image, "im_ImageHeightPixels") == record.imp_Image->im_ImageHeightPixels;
 }
 
+// A record reads into one file, up to its first finish. Where there is no file, or the read failed, that isn't told.
+bool reads_into(const std::string& file, bool ended, const Element& read)
+{
+    if (read.has("ImageFileName"))
+        return !ended && (file.empty() || file == read.value("ImageFileName"));
+    return ended || reader::read_bool(read, "return") == 0 || read.child("img_buf") != nullptr;
+}
+
 // Takes prepares back that changed a record in its place, the last one first.
 uint32_t id_before(uint32_t id, const Element& element)
 {
@@ -72,15 +80,6 @@ uint32_t id_when_called(const Element& callback, const std::vector<const Element
 
 }  // namespace
 
-// The number that the image gives next: to a record that a prepare leaves, and to its own log.
-uint32_t ScriptedRenderer::next_id(uint64_t image) const
-{
-    uint32_t last = 0;
-    for (const Live& live : images_)
-        last = live.image == image ? std::max(last, live.id) : last;
-    return last + 1;
-}
-
 // The logger holds a few images whose keep was refused, those that came last.
 bool ScriptedRenderer::is_gone(const Live& live) const
 {
@@ -104,9 +103,9 @@ bool ScriptedRenderer::is_gone(const Live& live) const
 uint32_t ScriptedRenderer::likeness(const Live& live, const Element& callback) const
 {
     const Element* left = callback.child("GOP_OperandImagePointer");
-    const bool counts = callback.name == "GOP_ImagePrepareFn" && left != nullptr &&
-                        reader::read_uint(*left, "Id") == next_id(live.image);
-    const bool reads = live.file.empty() || live.file == callback.value("ImageFileName");
+    const bool counts =
+        callback.name == "GOP_ImagePrepareFn" && left != nullptr && reader::read_uint(*left, "Id") == live.next_id;
+    const bool reads = callback.name != "GOP_ImageReadFn" || reads_into(live.file, live.file_ended, callback);
     const bool alike = left != nullptr && looks_like(live.record, *left);
     return (is_gone(live) ? 0U : 32U) | (live.indent == callback.indent ? 16U : 0U) | (counts ? 8U : 0U) |
            (reads ? 4U : 0U) | (live.image == followed_ ? 2U : 0U) | (alike ? 1U : 0U);
@@ -163,20 +162,22 @@ void ScriptedRenderer::keep(const Element& callback, Live& live)
 }
 
 // By any of its records the image is gone. Its own log doesn't tell when it was: as long as it has other records, by
-// which what follows may have been called, it is put off. Of images whose keep was refused the logger holds a few.
+// which what follows may have been called, it is put off.
 void ScriptedRenderer::release(Live& live)
 {
     constexpr size_t kMostPutOff = 64;
     const Live mine = live;
     const auto same = [&mine](const Live& other) { return other.image == mine.image; };
-    const bool refused = std::ranges::any_of(images_, [&](const Live& other) { return same(other) && other.refusal; });
-    if (refused || std::ranges::none_of(images_, [&](const Live& other) { return same(other) && !other.kept; }))
+    if (std::ranges::none_of(images_, [&](const Live& other) { return same(other) && !other.kept; }))
         return make_release(mine);
     script_.put_off();
-    std::erase_if(images_, [&](const Live& other) { return same(other) && other.kept; });
     put_off_.push_back(mine);
+    for (const Live& other : images_)
+        if (same(other))
+            put_off_.back().refusal = std::max(put_off_.back().refusal, other.refusal);
+    std::erase_if(images_, [&](const Live& other) { return same(other) && other.kept; });
     if (put_off_.size() > kMostPutOff)
-        make_first_put_off();
+        make_put_off(put_off_.front());
 }
 
 void ScriptedRenderer::make_release(Live live)
@@ -187,18 +188,26 @@ void ScriptedRenderer::make_release(Live live)
     std::erase_if(put_off_, same);
 }
 
-void ScriptedRenderer::make_first_put_off()
+void ScriptedRenderer::make_put_off(const Live& live)
 {
     Element release;
     release.name = "GOP_ImageReleaseFn";
     script_.expect(release);
-    make_release(put_off_.front());
+    make_release(live);
 }
 
 void ScriptedRenderer::finish_releases()
 {
     while (!put_off_.empty())
-        make_first_put_off();
+        make_put_off(put_off_.front());
+}
+
+// Of images whose keep was refused the logger holds a few beyond their calls.
+void ScriptedRenderer::finish_refused_releases()
+{
+    for (const Live& live : std::vector<Live>(put_off_))
+        if (live.refusal != 0)
+            make_put_off(live);
 }
 
 void ScriptedRenderer::prepare(const Element& callback, Live& live)
@@ -219,6 +228,10 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
     if (held == &mine.record && again == images_.end())
         return;
     mine.id = id;
+    for (Live& other : images_)
+        if (other.image == mine.image)
+            other.next_id = id + 1;
+    mine.next_id = id + 1;
     if (held == &mine.record)
     {
         *again = mine;
@@ -226,6 +239,7 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
     }
     mine.record = *held;
     mine.file.clear();
+    mine.file_ended = false;
     mine.number = ++record_count_;
     images_.push_back(mine);
 }
@@ -250,6 +264,7 @@ void ScriptedRenderer::read(const Element& callback, Live& live)
 // The log tells of the record that the renderer gave, to which it may have written.
 void ScriptedRenderer::finish(const Element& callback, Live& live)
 {
+    live.file_ended |= !live.file.empty();
     finish_arena_.clear();
     const Element* told = callback.child("GOP_OperandImagePointer");
     const GOP_OperandImagePointer* made = finish_records_.image(told);

@@ -22,6 +22,20 @@ GOP_OperandImagePointer* image_of(const GOP_OperandPointer* operand)
     return reinterpret_cast<GOP_OperandImagePointer*>(const_cast<GOP_OperandPointer*>(operand));
 }
 
+// The number that the image of an operand gives next, of those that log at the depth of its call.
+uint32_t next_id_at_forward(const Element& member, uint32_t id, uint64_t indent)
+{
+    uint32_t last = id;
+    for (const Element& child : Children(member))
+    {
+        const Element* left = child.name == "GOP_ImagePrepareFn" && child.indent == indent
+                                  ? child.child("GOP_OperandImagePointer")
+                                  : nullptr;
+        last = left != nullptr ? std::max(last, reader::read_uint(*left, "Id")) : last;
+    }
+    return last + 1;
+}
+
 // The number that the image of an operand has when the call reaches the renderer: the logger may have prepared it.
 uint32_t id_at_forward(const Element& member, uint32_t id)
 {
@@ -52,12 +66,14 @@ struct ScriptedRenderer::Calls
     {
         self->run_rest();
         self->perform_between();
+        self->finish_refused_releases();
         return 1;
     }
 
     static uint32_t open_call(ScriptedRenderer* self)
     {
         self->run_rest();
+        self->finish_refused_releases();
         return 1;
     }
 
@@ -66,6 +82,7 @@ struct ScriptedRenderer::Calls
     {
         const uint64_t last = self->image_count_;
         self->run_rest();
+        self->finish_refused_releases();
         std::erase_if(self->images_, [self, before, last](const Live& live)
                       { return live.image > before && live.image <= last && !self->is_held(live); });
         return 1;
@@ -243,6 +260,7 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     if (operand == nullptr || id == 0)
         return;
     images_.push_back({.id = id_at_forward(*told, id),
+                       .next_id = next_id_at_forward(*told, id, call->indent),
                        .indent = call->indent,
                        .image = ++image_count_,
                        .group = std::nullopt,

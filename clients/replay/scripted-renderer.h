@@ -68,23 +68,25 @@ private:
     struct Live
     {
         uint32_t id = 0;
-        uint64_t indent = 0;  // of what it logs
+        uint32_t next_id = 0;  // that the image gives, to a record that a prepare leaves and to its own log
+        uint64_t indent = 0;   // of what it logs
         bool kept = false;
         uint64_t refusal = 0;  // the number of the keep that the client refused; 0 without one
         uint64_t image = 0;
         std::optional<uint64_t> group;  // of a mask: where the group was begun
         const void* owner = nullptr;
         GOP_OperandImagePointer record{};
-        std::string file;  // the side file of its reads
+        std::string file;         // the side file of its reads
+        bool file_ended = false;  // by a finish; what is read then goes nowhere
         uint64_t number = 0;
     };
 
     void keep(const reader::Element& callback, Live& live);
     void release(Live& live);
     void make_release(Live live);
-    void make_first_put_off();
+    void make_put_off(const Live& live);
     bool is_held(const Live& live) const;
-    uint32_t next_id(uint64_t image) const;
+    void finish_refused_releases();
     bool is_gone(const Live& live) const;
     uint32_t likeness(const Live& live, const reader::Element& callback) const;
 
