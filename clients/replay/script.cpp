@@ -228,7 +228,7 @@ std::vector<const Element*> Script::within_answer() const
     return elements;
 }
 
-// Up to the keep that is answered, or to a callback that none of these calls takes.
+// What stands before the keep that is answered.
 void Script::make_answer()
 {
     if (frames_.empty())
@@ -239,9 +239,9 @@ void Script::make_answer()
         Item& item = frame.items[frame.next];
         if (item.made)
             continue;
-        if (item.kind == Kind::callback)
-            break;
         make(item);
+        if (item.kind == Kind::callback)
+            tasks_.perform(*item.element);
     }
     frame.answered = 0;
 }

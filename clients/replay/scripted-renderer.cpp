@@ -64,16 +64,18 @@ struct ScriptedRenderer::Calls
     // passed on.
     static uint32_t closed_call(ScriptedRenderer* self)
     {
+        ++self->calls_;
         self->run_rest();
         self->perform_between();
-        self->finish_refused_releases();
+        self->end_call();
         return 1;
     }
 
     static uint32_t open_call(ScriptedRenderer* self)
     {
+        ++self->calls_;
         self->run_rest();
-        self->finish_refused_releases();
+        self->end_call();
         return 1;
     }
 
@@ -81,8 +83,7 @@ struct ScriptedRenderer::Calls
     static uint32_t paint_call(ScriptedRenderer* self, uint64_t before)
     {
         const uint64_t last = self->image_count_;
-        self->run_rest();
-        self->finish_refused_releases();
+        open_call(self);
         std::erase_if(self->images_, [self, before, last](const Live& live)
                       { return live.image > before && live.image <= last && !self->is_held(live); });
         return 1;
