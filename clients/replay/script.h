@@ -121,7 +121,7 @@ private:
     static void find_answers(Frame& frame);
     Item* next_callback();
     void make(Item& item);
-    void make_answer();
+    void make_answer(const reader::Element& callback);
 
     ScriptTasks tasks_;
     std::vector<std::unique_ptr<Frame>> frames_;

@@ -317,10 +317,10 @@ void ScriptedRenderer::forget_texts()
 void ScriptedRenderer::forget_images(const void* owner)
 {
     const auto belongs = [owner](const Live& live) { return live.owner == owner; };
-    if (facts_.merged)
-        for (const Live& live : std::vector<Live>(images_))
-            if (belongs(live) && live.kept && live.refusal == 0)
-                make_release(live);
+    const auto granted = [&belongs](const Live& live)
+    { return belongs(live) && live.kept && live.refusal == 0 && live.record.imp_ImageReleaseFn != nullptr; };
+    while (facts_.merged && std::ranges::any_of(images_, granted))
+        make_release(*std::ranges::find_if(images_, granted));
     std::erase_if(images_, belongs);
     std::erase_if(put_off_, belongs);
 }
