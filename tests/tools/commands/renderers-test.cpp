@@ -6,8 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -262,8 +266,108 @@ TEST(ToolProfile, SaysWhereARendererCrashed)
     const ToolResult crashed =
         run_tool({"profile", sample_log(), "--renderer", kBlocks, "--renderer-options", "crash=1"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.err, ": was ended by signal 6 in the call of line ")) << crashed.err;
-    EXPECT_TRUE(has(crashed.err, ", ORV_object_paint_and_stroke\n")) << crashed.err;
+    EXPECT_TRUE(has(crashed.err, ": ended by signal 6 (Aborted), in ORV_object_paint_and_stroke, line "))
+        << crashed.err;
+}
+
+TEST(ToolProfile, EndsARendererThatTakesTooLong)
+{
+    const ToolResult hung =
+        run_tool({"profile", sample_log(), "--renderer", kBlocks, "--renderer-options", "hang=3", "--time", "1"});
+    EXPECT_EQ(hung.status, 1);
+    EXPECT_TRUE(has(hung.err, kBlocks + ": took more than 1 seconds, in ORV_object_paint")) << hung.err;
+    EXPECT_EQ(hung.out, "");
+    EXPECT_EQ(run_tool({"profile", sample_log(), "--renderer", kBlocks, "--time", "0"}).status, 2);
+}
+
+TEST(ToolProfile, SaysWhyALibraryCantBeUsed)
+{
+    const ScratchFolder folder;
+    folder.write("text.so", "no library");
+    const std::string cairo = ORVLOG_CAIRO_LIBRARY;
+    const std::pair<Words, std::string> libraries[] = {
+        {{folder.path("none.so")}, "none.so: "},
+        {{folder.path("text.so")}, "text.so: "},
+        {{cairo + ":other"}, ":other: has no function other\n"},
+        {{cairo, "--renderer-options", "colour=no"}, "makes no renderer: no option of this renderer: colour=no\n"}};
+    for (const auto& [library, said] : libraries)
+    {
+        Words words = {"profile", sample_log(), "--renderer"};
+        words.insert(words.end(), library.begin(), library.end());
+        const ToolResult refused = run_tool(words);
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_TRUE(has(refused.err, said)) << refused.err;
+        EXPECT_EQ(refused.out, "");
+    }
+}
+
+// A complete event of a timeline, in nanoseconds.
+struct Span
+{
+    int64_t begin;
+    int64_t end;
+    std::string category;
+};
+
+// Holds each event of a trace against the trace event format, and gives those that have a length.
+std::vector<Span> spans_of(const nlohmann::json& trace)
+{
+    std::vector<Span> spans;
+    EXPECT_EQ(trace["displayTimeUnit"], "ms");
+    for (const auto& event : trace["traceEvents"])
+    {
+        EXPECT_TRUE(event["name"].is_string()) << event;
+        EXPECT_TRUE(event["pid"].is_number_integer() && event["tid"].is_number_integer()) << event;
+        EXPECT_EQ(event["tid"], 1) << event;
+        if (event["ph"] == "M")
+        {
+            EXPECT_TRUE(event["args"]["name"].is_string()) << event;
+            continue;
+        }
+        EXPECT_EQ(event["ph"], "X") << event;
+        EXPECT_TRUE(event["ts"].is_number() && event["dur"].is_number()) << event;
+        EXPECT_GE(event["ts"].get<double>(), 0) << event;
+        EXPECT_GE(event["dur"].get<double>(), 0) << event;
+        const int64_t begin = std::llround(event["ts"].get<double>() * 1e3);
+        spans.push_back({begin, begin + std::llround(event["dur"].get<double>() * 1e3), event["cat"]});
+    }
+    return spans;
+}
+
+// Each event lies within the one around it, or behind the one before it: pages, calls, callbacks.
+TEST(ToolProfile, WritesATimelineWhoseEventsNest)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.path("drawn.xml");
+    const std::string trace = folder.path("trace.json");
+    ASSERT_EQ(
+        run_tool({"record", ORVLOG_SOURCE_DIR "/docs/sample.pdf", "-o", log, "--png", folder.path("pages")}).status, 0);
+    ASSERT_EQ(run_tool({"profile", log, "--renderer", ORVLOG_CAIRO_LIBRARY, "--runs", "1", "--trace", trace}).status,
+              0);
+    std::vector<Span> spans = spans_of(nlohmann::json::parse(read_file(trace)));
+    std::ranges::stable_sort(spans, [](const Span& a, const Span& b)
+                             { return a.begin != b.begin ? a.begin < b.begin : a.end > b.end; });
+    const std::map<std::string, std::string> around = {{"call", "page"}, {"callback", "call"}};
+    std::map<std::string, size_t> counts;
+    std::vector<Span> open;
+    for (const Span& one : spans)
+    {
+        ++counts[one.category];
+        // A clock may not have moved on.
+        if (one.begin == one.end)
+            continue;
+        while (!open.empty() && open.back().end <= one.begin)
+            open.pop_back();
+        if (!open.empty())
+        {
+            EXPECT_LE(one.end, open.back().end) << one.category << " at " << one.begin;
+            EXPECT_EQ(around.at(one.category), open.back().category) << "at " << one.begin;
+        }
+        open.push_back(one);
+    }
+    EXPECT_EQ(counts["page"], 3U);
+    EXPECT_EQ(counts["call"], 262U);
+    EXPECT_GT(counts["callback"], 100U);
 }
 
 }  // namespace
