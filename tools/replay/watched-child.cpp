@@ -60,7 +60,7 @@ public:
         if (limits_.of_call > 0 && now - since_ > limits_.of_call)
             return "did not come back within " + std::to_string(limits_.of_call) + " s";
         if (limits_.in_all > 0 && now - begin_ > limits_.in_all)
-            return "took more than " + std::to_string(limits_.in_all) + " seconds";
+            return std::string(kTookMoreThan) + std::to_string(limits_.in_all) + " seconds";
         return {};
     }
 
@@ -153,8 +153,8 @@ int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& li
     else if (!ended.empty())
         *why = ended + ", " + place->told();
     else if (WIFSIGNALED(status))
-        *why = "ended by signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + "), " +
-               place->told();
+        *why = std::string(kEndedBySignal) + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) +
+               "), " + place->told();
     else if (place->stage_ != WorkPlace::Stage::done)
         *why = "ended the process with the status " + std::to_string(WEXITSTATUS(status)) + ", " + place->told();
     else

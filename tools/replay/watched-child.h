@@ -48,6 +48,10 @@ private:
     char name_[kLongestName];
 };
 
+// What `why` begins with where a signal ended the process, or a limit of time.
+inline constexpr std::string_view kEndedBySignal = "ended by signal ";
+inline constexpr std::string_view kTookMoreThan = "took more than ";
+
 // Runs the work in a new process, and gives its exit status. Where the process came to another end, or took longer than
 // a limit and was ended, gives EXIT_FAILED with what happened, and where, in `why`: to stand behind the name of who is
 // to blame.

@@ -107,7 +107,9 @@ TEST(ToolCompare, SaysWhichRendererFailed)
 {
     const ToolResult crashed = compare({"--renderer-options", "none", "--renderer-options", "crash=9"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.err, kBlocks + ": ")) << crashed.err;
+    const std::string said = "orvlog: " + kBlocks + ": ended by signal 6 (Aborted), in ORV_object_paint";
+    EXPECT_TRUE(crashed.err.starts_with(said)) << crashed.err;
+    EXPECT_EQ(std::ranges::count(crashed.err, '\n'), 1) << crashed.err;
     const ToolResult hung = compare({"--renderer-options", "none", "--renderer-options", "hang=9", "--time", "2"});
     EXPECT_EQ(hung.status, 1);
     EXPECT_TRUE(has(hung.err, kBlocks + ": took more than 2 seconds")) << hung.err;
@@ -186,12 +188,38 @@ TEST_F(ToolRegress, TellsWhatDiffersAndWhatFails)
     EXPECT_TRUE(fs::exists(folder.path("pictures/page-1.xml-001-marked.png")));
     const ToolResult crashed = regress({"--renderer-options", "crash=5"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.out, "3 logs, ")) << crashed.out;
-    EXPECT_FALSE(has(crashed.out, "passed")) << crashed.out;
+    EXPECT_TRUE(has(crashed.out, "crashed  page-1.xml  ended by signal 6 (Aborted), in ORV_object_paint"))
+        << crashed.out;
+    EXPECT_TRUE(has(crashed.out, "3 logs, 3 crashed\n")) << crashed.out;
     const ToolResult hung = regress({"--renderer-options", "hang=5", "--time", "1"});
     EXPECT_EQ(hung.status, 1);
-    EXPECT_TRUE(has(hung.out, "timeout  page-1.xml  took more than 1 seconds")) << hung.out;
+    EXPECT_TRUE(has(hung.out, "timeout  page-1.xml  took more than 1 seconds, ")) << hung.out;
     EXPECT_TRUE(has(hung.out, "3 logs, 3 timeout\n"));
+}
+
+// Pages of another log in the folder of one: neither is chosen by chance.
+TEST_F(ToolRegress, TakesNoPageForAnother)
+{
+    ASSERT_EQ(regress({"--update"}).status, 0);
+    fs::copy_file(folder.path("baseline/page-2.xml/page-2-002.png"), folder.path("baseline/page-1.xml/page-2-001.png"));
+    const ToolResult two = regress({});
+    EXPECT_EQ(two.status, 1);
+    EXPECT_TRUE(has(two.out, "has two pages 1: page-1-001.png and page-2-001.png\n")) << two.out;
+    EXPECT_TRUE(has(two.out, "3 logs, 2 passed, 1 failed\n")) << two.out;
+    folder.write("baseline/page-1.xml/notes.txt", "mine");
+    EXPECT_EQ(regress({"--update"}).status, 0);
+    EXPECT_EQ(regress({}).out, kPassed);
+    EXPECT_EQ(read_file(folder.path("baseline/page-1.xml/notes.txt")), "mine");
+    EXPECT_FALSE(fs::exists(folder.path("baseline/page-1.xml/page-2-001.png")));
+}
+
+TEST_F(ToolRegress, SaysWhichFolderCantBeMade)
+{
+    ASSERT_EQ(regress({"--update"}).status, 0);
+    const std::string taken = folder.write("taken", "a file");
+    const ToolResult refused = regress({"--pictures", taken + "/pictures"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(has(refused.err, "orvlog: " + taken + "/pictures: ")) << refused.err;
 }
 
 #ifndef ORVLOG_INSTRUMENTED
