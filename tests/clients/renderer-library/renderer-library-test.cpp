@@ -117,7 +117,7 @@ TEST(RendererLibraries, LeaveLogsThatAreHadAgain)
 
 TEST(RendererLibraries, LogsOfDriversInCAreHadAgain)
 {
-    for (const char* name : {"edges", "mapped", "page", "smallest", "ticket"})
+    for (const char* name : {"edges", "job", "mapped", "page", "smallest", "ticket"})
     {
         const std::string log = expected("examples/" + std::string(name) + ".xml");
         EXPECT_FALSE(log.empty()) << name;

@@ -121,9 +121,10 @@ TEST(ToolToC, MakesTheProgramsThatAreCompiledOnEachSystem)
         {
             const std::string file = entry.path().filename().string();
             const std::string made = read_file(entry.path().string());
-            const std::string wanted = read_file(expected + "c-programs/" + file);
-            const size_t from = file.ends_with(".c") ? made.find("#include") : 0;
-            const size_t wanted_from = file.ends_with(".c") ? wanted.find("#include") : 0;
+            const bool source = file.ends_with(".c");
+            const std::string wanted = read_file(expected + "c-programs/" + file + (source ? ".txt" : ""));
+            const size_t from = source ? made.find("#include") : 0;
+            const size_t wanted_from = source ? wanted.find("#include") : 0;
             EXPECT_TRUE(made.substr(from) == wanted.substr(wanted_from)) << file;
         }
     }
