@@ -6,6 +6,7 @@
 #include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
 #include "tools/render/call-costs.h"
+#include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/log-again.h"
@@ -19,9 +20,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace orvlog::tool
@@ -40,15 +38,9 @@ struct ProfileCommand
     std::string trace;
     std::vector<std::string> folders;
     unsigned runs = 3;
+    unsigned seconds = 300;
     unsigned top = 20;
     bool json = false;
-};
-
-// Where the replay is, for who waits for the process that it runs in.
-struct ReplayPlace
-{
-    uint64_t line;
-    char kind[64];
 };
 
 std::string number(double value, int width)
@@ -79,9 +71,7 @@ struct Sum
 class ProfileJob
 {
 public:
-    ProfileJob(const ProfileCommand& command, ReplayPlace* place) : command_(command), log_(command.log), place_(place)
-    {
-    }
+    ProfileJob(const ProfileCommand& command, WorkPlace& place) : command_(command), log_(command.log), place_(place) {}
 
     int run()
     {
@@ -128,7 +118,7 @@ private:
         };
         orvlog::replay::ReplayTickets tickets;
         const orvlog::replay::Outcome outcome = orvlog::replay::play(log_.from_start(), costs.table(), tickets, play);
-        place_->line = 0;
+        place_.leave_calls();
         const bool whole = library.end();
         if (runs_done_++ == 0)
             judge(outcome, whole);
@@ -154,8 +144,7 @@ private:
         const bool ends = call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard";
         if (ends && call.value("drawing_context") == *face)
             open_ = false;
-        place_->line = cost.line;
-        std::snprintf(place_->kind, sizeof place_->kind, "%s", cost.kind.c_str());
+        place_.enter_call(cost.kind, cost.line);
         costs.begin_call(std::move(cost));
     }
 
@@ -384,7 +373,7 @@ private:
 
     const ProfileCommand& command_;
     LogAgain log_;
-    ReplayPlace* place_;
+    WorkPlace& place_;
     unsigned runs_done_ = 0;
     bool open_ = false;
     bool wrong_ = false;
@@ -395,39 +384,13 @@ private:
     std::vector<CallbackEvent> traced_events_;
 };
 
-// In a process of its own, so that a renderer that crashes ends no more than that.
+// In a process of its own, so that a renderer that crashes or hangs ends no more than that.
 int profile(const ProfileCommand& command)
 {
-    void* shared = mmap(nullptr, sizeof(ReplayPlace), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED)
-        return fail(std::strerror(errno));
-    auto* place = static_cast<ReplayPlace*>(shared);
-    std::fflush(nullptr);
-    const pid_t process = fork();
-    if (process < 0)
-        return fail(std::string("no process for the renderer: ") + std::strerror(errno));
-    if (process == 0)
-    {
-        int status = EXIT_FAILED;
-        try
-        {
-            status = ProfileJob(command, place).run();
-        }
-        catch (const std::exception& error)
-        {
-            fail(error.what());
-        }
-        std::fflush(nullptr);
-        _exit(status);
-    }
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR)
-        continue;
-    if (WIFEXITED(status))
-        return WEXITSTATUS(status);
-    const std::string where =
-        place->line > 0 ? " in the call of line " + std::to_string(place->line) + ", " + place->kind : "";
-    return fail(printable(command.renderer + ": was ended by signal " + std::to_string(WTERMSIG(status)) + where));
+    std::string why;
+    const int status = run_watched([&command](WorkPlace& place) { return ProfileJob(command, place).run(); },
+                                   {.in_all = command.seconds}, &why);
+    return why.empty() ? status : fail(printable(command.renderer + ": " + why));
 }
 
 }  // namespace
@@ -448,6 +411,10 @@ Run declare_profile(CLI::App& app)
         ->type_name("N")
         ->capture_default_str()
         ->check(CLI::Range(0U, 1000000U));
+    app.add_option("--time", command->seconds, "seconds that all replays together may take")
+        ->type_name("S")
+        ->capture_default_str()
+        ->check(CLI::Range(1U, 86400U));
     app.add_option("--trace", command->trace, "a timeline of the run that took least, in the trace event form")
         ->type_name("FILE");
     app.add_flag("--json", command->json, "tell it as JSON");

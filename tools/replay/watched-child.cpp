@@ -42,29 +42,53 @@ int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
     }
 }
 
-// Waits for the end of the child. True if it stayed at one place for too long and was ended.
-bool wait_for(pid_t child, const WorkPlace& place, unsigned seconds, int* status)
+// Says which limit has been passed, if one has.
+class Patience
 {
-    uint64_t steps = place.steps();
-    double since = seconds_now();
+public:
+    Patience(const WorkPlace& place, const WorkLimits& limits)
+        : place_(place), limits_(limits), steps_(place.steps()), begin_(seconds_now()), since_(begin_)
+    {
+    }
+
+    std::string ended()
+    {
+        const double now = seconds_now();
+        if (steps_ != place_.steps())
+            since_ = now;
+        steps_ = place_.steps();
+        if (limits_.of_call > 0 && now - since_ > limits_.of_call)
+            return "did not come back within " + std::to_string(limits_.of_call) + " s";
+        if (limits_.in_all > 0 && now - begin_ > limits_.in_all)
+            return std::string(kTookMoreThan) + std::to_string(limits_.in_all) + " seconds";
+        return {};
+    }
+
+private:
+    const WorkPlace& place_;
+    const WorkLimits& limits_;
+    uint64_t steps_;
+    double begin_;
+    double since_;
+};
+
+// Waits for the end of the child. Gives what it was ended for; empty if it has ended by itself.
+std::string wait_for(pid_t child, const WorkPlace& place, const WorkLimits& limits, int* status)
+{
+    Patience patience(place, limits);
     while (waitpid(child, status, WNOHANG) == 0)
     {
-        if (steps != place.steps())
-        {
-            steps = place.steps();
-            since = seconds_now();
-        }
-        if (seconds > 0 && seconds_now() - since > seconds)
+        if (std::string ended = patience.ended(); !ended.empty())
         {
             kill(child, SIGKILL);
             while (waitpid(child, status, 0) < 0 && errno == EINTR)
                 continue;
-            return true;
+            return ended;
         }
         const timespec pause{0, kNanosecondsOfALook};
         nanosleep(&pause, nullptr);
     }
-    return false;
+    return {};
 }
 
 }  // namespace
@@ -99,7 +123,7 @@ std::string WorkPlace::told() const
     return "in " + std::string(name_) + ", line " + std::to_string(line_);
 }
 
-int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, std::string* why)
+int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& limits, std::string* why)
 {
     void* shared = mmap(nullptr, sizeof(WorkPlace), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED)
@@ -123,13 +147,14 @@ int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, st
     }
     int status = 0;
     int result = EXIT_FAILED;
+    const std::string ended = child < 0 ? "" : wait_for(child, *place, limits, &status);
     if (child < 0)
         *why = std::string("no process: ") + std::strerror(errno);
-    else if (wait_for(child, *place, seconds, &status))
-        *why = "did not come back within " + std::to_string(seconds) + " s, " + place->told();
+    else if (!ended.empty())
+        *why = ended + ", " + place->told();
     else if (WIFSIGNALED(status))
-        *why = "ended by signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + "), " +
-               place->told();
+        *why = std::string(kEndedBySignal) + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) +
+               "), " + place->told();
     else if (place->stage_ != WorkPlace::Stage::done)
         *why = "ended the process with the status " + std::to_string(WEXITSTATUS(status)) + ", " + place->told();
     else
