@@ -81,6 +81,13 @@ void Player::begin_call_as_logged(const Element& call)
     as_logged.script.begin_call(call, depth_ == 0 ? calls_.comments() : as_logged.script.comments_within(call));
 }
 
+void Player::cannot_be(const Element& call, const std::string& why)
+{
+    ++outcome_.not_played;
+    if (options_.as_logged != nullptr)
+        options_.as_logged->script.differ(call, why);
+}
+
 void Player::play_within(const Element& call)
 {
     if (depth_ >= kDeepestCall)

@@ -150,15 +150,28 @@ bool Player::has_kept(const CallMemory& memory) const
     return std::ranges::any_of(memory.images, [](const auto& image) { return image->is_kept(); });
 }
 
+bool Player::has_refused(const CallMemory& memory) const
+{
+    return options_.as_logged == nullptr &&
+           std::ranges::any_of(memory.images, [](const auto& image) { return image->is_refused(); });
+}
+
 void Player::hold(const std::shared_ptr<CallMemory>& memory)
 {
     if (has_kept(*memory) && (kept_.empty() || kept_.back() != memory))
         kept_.push_back(memory);
+    // The logger holds fewer images whose keep was refused.
+    constexpr size_t kMostRefused = 64;
+    if (has_refused(*memory) && !has_kept(*memory))
+        refused_.push_back(memory);
+    if (refused_.size() > kMostRefused)
+        refused_.pop_front();
 }
 
 void Player::drop_released()
 {
     std::erase_if(kept_, [this](const auto& memory) { return !has_kept(*memory); });
+    std::erase_if(refused_, [this](const auto& memory) { return !has_refused(*memory); });
 }
 
 std::shared_ptr<void> Player::still_kept() const
@@ -166,7 +179,9 @@ std::shared_ptr<void> Player::still_kept() const
     // As logged, nothing is done behind the log but where it can't be told.
     if (options_.as_logged != nullptr && !options_.as_logged->facts.merged)
         return nullptr;
-    return std::make_shared<std::vector<std::shared_ptr<CallMemory>>>(kept_);
+    auto still = std::make_shared<std::vector<std::shared_ptr<CallMemory>>>(kept_);
+    still->insert(still->end(), refused_.begin(), refused_.end());
+    return still;
 }
 
 void Player::end_call()
@@ -277,12 +292,27 @@ void Player::scale(ORV_FaceProperties* face) const
     face->fp_HeightInPixels = scaled(face->fp_HeightInPixels);
 }
 
+// Null for one on which a call is being made: no job began another one in its place.
+Player::Drawing* Player::begin_drawing(const Element& call)
+{
+    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
+    if (drawing.calls > 0)
+    {
+        cannot_be(call, "stands in a call on its drawing");
+        return nullptr;
+    }
+    drawing = {};
+    drawing.engine = engine_number(call);
+    return &drawing;
+}
+
 void Player::start_face(const Element& call)
 {
     ++outcome_.faces;
-    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
-    drawing = {};
-    drawing.engine = engine_number(call);
+    Drawing* begun = begin_drawing(call);
+    if (begun == nullptr)
+        return;
+    Drawing& drawing = *begun;
     drawing.skipped = outcome_.faces < options_.first_page || outcome_.faces > options_.last_page ||
                       (options_.wants_page && !options_.wants_page(outcome_.faces));
     if (drawing.skipped)
@@ -302,9 +332,10 @@ void Player::start_face(const Element& call)
 
 void Player::start_resource(const Element& call)
 {
-    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
-    drawing = {};
-    drawing.engine = engine_number(call);
+    Drawing* begun = begin_drawing(call);
+    if (begun == nullptr)
+        return;
+    Drawing& drawing = *begun;
     const uint32_t number = reader::read_uint(call, "resource_id");
     uint32_t id = 0;
     drawing.open = note(table_->resource_start.fn(
@@ -316,9 +347,10 @@ void Player::start_resource(const Element& call)
 
 void Player::start_memory_context(const Element& call)
 {
-    Drawing& drawing = drawings_[reader::read_uint(call, "drawing_context")];
-    drawing = {};
-    drawing.engine = engine_number(call);
+    Drawing* begun = begin_drawing(call);
+    if (begun == nullptr)
+        return;
+    Drawing& drawing = *begun;
     // What it was begun with isn't told; as logged, there is nothing more to it.
     outcome_.not_played += options_.as_logged != nullptr ? 0 : 1;
     drawing.open = note(table_->memory_context_start.fn(nullptr, table_, document(call), &drawing.table, 0, 0, 0, 0, 0,
@@ -445,6 +477,10 @@ void Player::drawing_call(const Element& call)
         return;
     }
     Drawing& drawing = known->second;
+    const bool ends = call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard";
+    if (ends && drawing.calls > 0)
+        return cannot_be(call, "stands in a call on its drawing");
+    ++drawing.calls;
     if (call.name == "ORV_object_paint")
         paint(call, drawing);
     else if (call.name == "ORV_object_paint_and_stroke")
@@ -455,10 +491,11 @@ void Player::drawing_call(const Element& call)
         finish_group(call, drawing);
     else if (call.name == "ORV_resource_paint")
         paint_resource(call, drawing);
-    else if (call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard")
+    else if (ends)
         end_drawing(drawing, call.name == "ORV_drawing_discard");
     else
         ++outcome_.not_played;
+    --drawing.calls;
     if (memory_ != nullptr)
         end_call();
 }

@@ -9,6 +9,7 @@
 #include "clients/replay/replay.h"
 #include "reader/records/records.h"
 
+#include <deque>
 #include <functional>
 #include <istream>
 #include <list>
@@ -76,6 +77,7 @@ private:
         ORV_DrawingInterface table{};
         bool open = false;
         bool skipped = false;
+        uint32_t calls = 0;  // on it, that are being made; as logged there may be several, one within the other
         uint32_t groups = 0;
         // What the open groups came with; as logged, the numbers of the engines of the drawing and of these groups,
         // too.
@@ -83,6 +85,8 @@ private:
         std::vector<GroupScope> scopes;
     };
 
+    Drawing* begin_drawing(const reader::Element& call);
+    void cannot_be(const reader::Element& call, const std::string& why);
     void start_document(const reader::Element& call);
     void finish_document(const reader::Element& call);
     void start_face(const reader::Element& call);
@@ -122,6 +126,7 @@ private:
     void make_scripted(GOP_OperandImagePointer* image, const reader::Element& element);
     void end_call();
     bool has_kept(const CallMemory& memory) const;
+    bool has_refused(const CallMemory& memory) const;
     void hold(const std::shared_ptr<CallMemory>& memory);
     void drop_released();
     bool note(uint32_t result);
@@ -134,6 +139,7 @@ private:
     std::shared_ptr<CallMemory> memory_;
     // Of calls that kept images came with, the last one behind; images may be kept beyond their drawing.
     std::vector<std::shared_ptr<CallMemory>> kept_;
+    std::deque<std::shared_ptr<CallMemory>> refused_;  // the same of images whose keep was refused, the last ones
     ReplayFonts fonts_;
     CallStream& calls_;
     uint32_t depth_ = 0;

@@ -132,13 +132,18 @@ struct ReplayImage::Callbacks
     static uint32_t keep(GOP_OperandImagePointer* operand)
     {
         ReplayImage* image = self(operand->imp_Context);
-        image->kept_ = image->keep_result_;
-        return image->keep_result_ ? 1 : 0;
+        const std::vector<bool>& told = image->keep_results_;
+        // Where it is asked more often than in the job, the last answer holds; where it never was, it agrees.
+        const bool kept = told.empty() || told[std::min(image->next_keep_++, told.size() - 1)];
+        image->kept_ |= kept;
+        image->refused_ |= !kept;
+        return kept ? 1 : 0;
     }
 
     static void* release(GOP_OperandImagePointer* operand)
     {
         self(operand->imp_Context)->kept_ = false;
+        self(operand->imp_Context)->refused_ = false;
         return nullptr;
     }
 };
@@ -199,7 +204,7 @@ void ReplayImage::add(const Element& callback, const SideFile& side_file, reader
     else if (callback.name == "GOP_ImageResetFn")
         begin_pass(false);
     else if (callback.name == "GOP_ImageKeepFn")
-        keep_result_ = result;
+        keep_results_.push_back(result);
     else if (callback.name == "GOP_ImageFinishFn" && !passes_.empty())
         passes_.back().finish_result = result;
     if (callback.name != "GOP_ImageReadFn")

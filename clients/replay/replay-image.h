@@ -64,6 +64,11 @@ public:
     {
         return kept_;
     }
+    // Between a keep that was refused and the release: a renderer may go on all the same.
+    bool is_refused() const
+    {
+        return refused_ && !kept_;
+    }
     const GOP_OperandImagePointer& record() const
     {
         return *record_;
@@ -99,8 +104,10 @@ private:
     size_t next_read_ = 0;
     size_t next_byte_ = 0;
     bool by_pixels_ = false;
-    bool keep_result_ = true;
+    std::vector<bool> keep_results_;  // in the order of the log
+    size_t next_keep_ = 0;
     bool kept_ = false;
+    bool refused_ = false;
 };
 
 }  // namespace orvlog::replay

@@ -8,7 +8,6 @@
 #include "reader/tree/values.h"
 
 #include <cmath>
-#include <utility>
 
 namespace orvlog::replay
 {
@@ -85,6 +84,7 @@ double resolution(const GGO_Matrix& inch_to_pixels)
 void Examination::add(const Element& call)
 {
     examine_call(call, false, &kind_);
+    facts_.add(call);
     if (call.name != "ORV_face_start")
         return;
     const uint32_t number = reader::read_uint(call, "face_seq_number");
@@ -102,6 +102,7 @@ void Examination::add(const reader::Comment& one)
 
 LogKind Examination::finish(bool is_log, const Element& root)
 {
+    facts_.finish();
     kind_.is_log = is_log;
     kind_.base_mode = root.value("LoggingMode") == "base";
     return kind_;
@@ -139,18 +140,11 @@ void add_facts(const std::vector<uint64_t>& facts, LogKind* kind)
 LogKind examine(std::istream& log)
 {
     Examination examination;
-    ScriptFacts script;
-    FactFinder facts(script);
     reader::ElementReader elements(log, reader::LogForm::log, reader::Data::skip);
     elements.on_comment = [&examination](const reader::Comment& one) { examination.add(one); };
     while (const Element* call = elements.next())
-    {
         examination.add(*call);
-        facts.add(*call);
-    }
-    facts.finish();
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
-    kind.script = std::move(script);
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
         add_facts(pieces->index().facts, &kind);
     return kind;

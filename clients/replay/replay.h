@@ -99,6 +99,10 @@ LogKind examine(std::istream& log);
 class Examination
 {
 public:
+    Examination() = default;
+    Examination(const Examination&) = delete;
+    Examination& operator=(const Examination&) = delete;
+
     // In the order of the log.
     void add(const reader::Element& call);
     void add(const reader::Comment& one);
@@ -107,6 +111,7 @@ public:
 
 private:
     LogKind kind_;
+    FactFinder facts_{kind_.script};
     uint32_t last_number_ = 0;
 };
 

@@ -69,6 +69,11 @@ public:
         expected_ = &callback;
     }
     void settle(const reader::Element& callback);
+    // Nobody has been asked yet.
+    bool is_expected(const reader::Element& callback) const
+    {
+        return expected_ == &callback;
+    }
     // The callback will be made later.
     void put_off()
     {

@@ -150,14 +150,19 @@ void ScriptedRenderer::image(const Element& callback)
         release(*live);
 }
 
-// The client may answer 0, and the image is kept all the same.
+// The client may answer 0, and the image is kept all the same; but not where it isn't asked.
 void ScriptedRenderer::keep(const Element& callback, Live& live)
 {
+    const uint64_t number = live.number;
+    const bool kept = live.kept;
     live.kept = true;
     followed_ = live.image;
     live.refusal = reader::read_bool(callback, "return") == 0 ? ++refusals_ : 0;
     GOP_OperandImagePointer record = live.record;
     record.imp_ImageKeepFn(&record);
+    const auto again = std::ranges::find(images_, number, &Live::number);
+    if (script_.is_expected(callback) && again != images_.end())
+        again->kept = kept;
 }
 
 // By any of its records the image is gone. Its own log doesn't tell when it was: as long as it has other records, by
