@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace
 {
@@ -113,6 +114,11 @@ protected:
         return name.empty() ? ORVLOG_CAIRO_LIBRARY : ORVLOG_ROW_RENDERER + std::string(":") + name;
     }
 
+    static bool keeps_images()
+    {
+        return GetParam() == std::string_view("fumbling_renderer");
+    }
+
     // The log of `source`, drawn by the renderer: in a folder, with what lies beside it.
     void draw(const std::string& source, const Words& options)
     {
@@ -136,18 +142,34 @@ protected:
         EXPECT_GT(read_file(scratch.path("two/job.xml")).size(), 10000U);
     }
 
+    // Plain and coded, images within and beside, kept images with logs of their own and in the log: all together.
     void try_each_way(const std::string& source)
     {
-        draw(source, {});
-        expect_the_log_again({});
-        draw(source, {"--images-beside", "side"});
-        expect_the_log_again({"--images-beside", "side"});
-        draw(source, {"--via-temporary-log"});
-        expect_the_log_again({});
-        draw(source, {"--via-temporary-log", "--compressed"});
-        expect_the_log_again({"--via-temporary-log", "--compressed"});
+        for (uint32_t way = 0; way < 8; ++way)
+        {
+            // The logs of kept images are coded together with the log: apart from each other none can be read.
+            if (keeps_images() && (way & 5) == 1)
+                continue;
+            Words options;
+            if ((way & 1) != 0)
+                options.emplace_back("--compressed");
+            if ((way & 2) != 0)
+                options.insert(options.end(), {"--images-beside", "side"});
+            if ((way & 4) != 0)
+                options.emplace_back("--via-temporary-log");
+            SCOPED_TRACE(testing::PrintToString(options));
+            draw(source, options);
+            expect_the_log_again(options);
+        }
     }
 };
+
+TEST_P(AsLoggedOf, KeepsImagesOrNot)
+{
+    draw("job.xml", {});
+    const bool kept = read_file(scratch.path("one/job.xml")).find("<GOP_ImageKeepFn ") != std::string::npos;
+    EXPECT_EQ(kept, keeps_images());
+}
 
 TEST_P(AsLoggedOf, GivesTheLogInTransparentMode)
 {
