@@ -198,6 +198,8 @@ void ScriptedRenderer::make_put_off(const Live& live)
     release.name = "GOP_ImageReleaseFn";
     script_.expect(release);
     make_release(live);
+    // Nobody may have been asked.
+    script_.put_off();
 }
 
 void ScriptedRenderer::finish_releases()

@@ -13,6 +13,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
+#include <set>
 #include <sstream>
 
 namespace orvlog::test
@@ -104,6 +106,25 @@ std::string play_again(const std::string& log, const std::string& folder, bool s
     const replay::Outcome outcome = replay::play(second, &table, tickets, options);
     ORVLOG_DLL_shutdown(table.document_start.context);
     return stream.text();
+}
+
+std::string limit_of(const std::string& log, const Files& beside)
+{
+    static const std::regex named(R"re(<GOP_ImageKeepFn Id="(\d+)" async_img_log_file_name="[^"]*-(\d+)\.tmp")re");
+    static const std::regex again_in_log(R"re(</GOP_ImageKeepFn>\s*<GOP_ImageKeepFn Id="\d+" return)re");
+    static const std::regex again(R"re(<GOP_ImageKeepFn Id="\d+" return)re");
+    std::set<std::string> logs;
+    for (std::sregex_iterator keep(log.begin(), log.end(), named), end; keep != end; ++keep)
+    {
+        if (!logs.insert((*keep)[2]).second)
+            return "two images log into one file";
+        if (std::stoul((*keep)[1]) >= std::stoul((*keep)[2]))
+            return "an image was prepared while its keep was answered";
+    }
+    bool kept_again = std::regex_search(log, again_in_log);
+    for (const auto& file : beside)
+        kept_again |= file.first.ends_with(".tmp") && std::regex_search(file.second, again);
+    return kept_again ? "an image was kept once more" : "";
 }
 
 }  // namespace orvlog::test
