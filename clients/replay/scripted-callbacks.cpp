@@ -155,9 +155,16 @@ void ScriptedRenderer::keep(const Element& callback, Live& live)
 {
     const uint64_t number = live.number;
     const bool kept = live.kept;
+    const uint64_t image = live.image;
+    const bool granted = reader::read_bool(callback, "return") != 0 ||
+                         std::ranges::any_of(images_, [image](const Live& other)
+                                             { return other.image == image && other.kept && other.refusal == 0; });
     live.kept = true;
-    followed_ = live.image;
-    live.refusal = reader::read_bool(callback, "return") == 0 ? ++refusals_ : 0;
+    followed_ = image;
+    live.refusal = granted ? 0 : ++refusals_;
+    for (Live& other : images_)
+        if (granted && other.image == image)
+            other.refusal = 0;
     GOP_OperandImagePointer record = live.record;
     record.imp_ImageKeepFn(&record);
     const auto again = std::ranges::find(images_, number, &Live::number);
