@@ -283,9 +283,10 @@ void CProgram::call(const Element& element, bool nested, Call* made)
     Memory& memory = *made->memory;
     memory.records.on_text = [this](const GSH_ShapePointer& shape, const Element& told)
     {
+        const std::string font = records_.font(shape.sp_U.glyph.font_spec_ptr);
         steps_.bring_text(reader::read_uint(told, "orvlog_font_spec_id"),
-                          reader::read_uint(told, "orvlog_string_desc_id"),
-                          records_.font(shape.sp_U.glyph.font_spec_ptr), records_.string(shape.sp_U.glyph.string_desc));
+                          reader::read_uint(told, "orvlog_string_desc_id"), font,
+                          records_.string(shape.sp_U.glyph.string_desc));
     };
     if (!arguments(element, *made))
     {
