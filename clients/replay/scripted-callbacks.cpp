@@ -4,7 +4,6 @@
 #include "reader/tree/values.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <vector>
 
@@ -203,8 +202,10 @@ void ScriptedRenderer::finish_releases()
 }
 
 // Of images whose keep was refused the logger holds a few beyond their calls.
-void ScriptedRenderer::finish_refused_releases()
+void ScriptedRenderer::end_call()
 {
+    if (--calls_ > 0)
+        return;
     for (const Live& live : std::vector<Live>(put_off_))
         if (live.refusal != 0)
             make_put_off(live);
