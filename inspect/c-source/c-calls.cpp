@@ -451,7 +451,7 @@ bool CProgram::arguments(const Element& element, Call& made)
     if (can)
     {
         walk(element, false, made);
-        comments_before(UINT64_MAX, false, made);
+        comments_before(element.end_byte, false, made);
     }
     return can;
 }
