@@ -1,0 +1,95 @@
+#include "clients/system/system.h"
+
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+namespace orvlog::system
+{
+
+namespace fs = std::filesystem;
+
+void begin_program()
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool is_terminal(Stream stream)
+{
+    return isatty(static_cast<int>(stream)) != 0;
+}
+
+bool is_pipe(Stream stream)
+{
+    struct stat status = {};
+    return fstat(static_cast<int>(stream), &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
+size_t terminal_width()
+{
+    winsize size = {};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+const char* null_device()
+{
+    return "/dev/null";
+}
+
+bool replace_file(const std::string& from, const std::string& to)
+{
+    return std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+void link_file(const fs::path& file, const fs::path& name, std::error_code& error)
+{
+    fs::create_symlink(file, name, error);
+}
+
+bool can_write_in(const fs::path& folder)
+{
+    return access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
+// What TMPDIR names, whether it is there or not: a failure is to be told with its name.
+fs::path temporary_base()
+{
+    const char* told = std::getenv("TMPDIR");
+    return told != nullptr && *told != '\0' ? told : "/tmp";
+}
+
+std::string make_folder(const fs::path& beginning)
+{
+    std::string form = beginning.string() + "XXXXXX";
+    return mkdtemp(form.data()) != nullptr ? form : "";
+}
+
+std::FILE* open_unnamed_file()
+{
+    std::error_code none;
+    std::string name = (fs::temp_directory_path(none) / "orvlog-XXXXXX").string();
+    const int file = none ? -1 : mkstemp(name.data());
+    if (file < 0)
+        return nullptr;
+    unlink(name.c_str());
+    std::FILE* opened = fdopen(file, "w+b");
+    if (opened == nullptr)
+        close(file);
+    return opened;
+}
+
+bool seek(std::FILE* file, int64_t offset, int whence)
+{
+    return fseeko(file, offset, whence) == 0;
+}
+
+int64_t tell(std::FILE* file)
+{
+    return ftello(file);
+}
+
+}  // namespace orvlog::system

@@ -1,0 +1,51 @@
+// What programs do in another way on another system. Names of files are UTF-8. What fails sets errno.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace orvlog::system
+{
+
+// Before anything else in main: standard streams are bytes, and a file that may grow no further is an error.
+void begin_program();
+
+enum class Stream
+{
+    output = 1,  // as the system counts them
+    error = 2
+};
+
+bool is_terminal(Stream stream);
+// Whether somebody may be reading along.
+bool is_pipe(Stream stream);
+// Characters in a line of the terminal at the standard output; 0 if it doesn't say.
+size_t terminal_width();
+
+// Takes all bytes and gives none.
+const char* null_device();
+
+// A rename that takes the place of a file that is there.
+bool replace_file(const std::string& from, const std::string& to);
+// Another name for a file, or where there can be none a copy.
+void link_file(const std::filesystem::path& file, const std::filesystem::path& name, std::error_code& error);
+// Whether files can be made in a folder.
+bool can_write_in(const std::filesystem::path& folder);
+
+// Where files go that don't stay; it may not be there.
+std::filesystem::path temporary_base();
+// Makes a folder whose name begins with `beginning`, for this user alone. Empty on failure.
+std::string make_folder(const std::filesystem::path& beginning);
+// A file without a name in the folder for temporary files, for reading and writing; null on failure.
+std::FILE* open_unnamed_file();
+
+bool seek(std::FILE* file, int64_t offset, int whence);
+// -1 on failure.
+int64_t tell(std::FILE* file);
+
+}  // namespace orvlog::system
