@@ -1,12 +1,18 @@
 #include "clients/system/system.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 
 namespace orvlog::system
 {
@@ -29,6 +35,17 @@ bool is_pipe(Stream stream)
     return fstat(static_cast<int>(stream), &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
 }
 
+bool is_reader_gone()
+{
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+void end_without_reader()
+{
+    std::raise(SIGPIPE);
+}
+
 size_t terminal_width()
 {
     winsize size = {};
@@ -38,6 +55,16 @@ size_t terminal_width()
 const char* null_device()
 {
     return "/dev/null";
+}
+
+const char* output_device()
+{
+    return "/dev/stdout";
+}
+
+std::FILE* create_file(const std::string& name)
+{
+    return std::fopen(name.c_str(), "wbx");
 }
 
 bool replace_file(const std::string& from, const std::string& to)
@@ -53,6 +80,29 @@ void link_file(const fs::path& file, const fs::path& name, std::error_code& erro
 bool can_write_in(const fs::path& folder)
 {
     return access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
+// Who has it takes it away in the end: another one is not to wait at one that is gone.
+std::FILE* open_alone(const std::string& name)
+{
+    struct stat held = {};
+    struct stat named = {};
+    std::FILE* file = nullptr;
+    do
+    {
+        if (file != nullptr)
+            std::fclose(file);
+        file = std::fopen(name.c_str(), "abe");
+        if (file == nullptr)
+            return nullptr;
+        if (flock(fileno(file), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        {
+            std::fclose(file);
+            errno = EWOULDBLOCK;
+            return nullptr;
+        }
+    } while (fstat(fileno(file), &held) == 0 && (stat(name.c_str(), &named) != 0 || held.st_ino != named.st_ino));
+    return file;
 }
 
 // What TMPDIR names, whether it is there or not: a failure is to be told with its name.
@@ -90,6 +140,18 @@ bool seek(std::FILE* file, int64_t offset, int whence)
 int64_t tell(std::FILE* file)
 {
     return ftello(file);
+}
+
+std::string shell_word(const std::string& text)
+{
+    const auto plain = [](char c)
+    { return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("-_./+:,@%", c) != nullptr; };
+    if (!text.empty() && std::all_of(text.begin(), text.end(), plain))
+        return text;
+    std::string word = "'";
+    for (const char c : text)
+        word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return word + "'";
 }
 
 }  // namespace orvlog::system

@@ -3,6 +3,7 @@
 #include "clients/renderer-library/renderer-library.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
+#include "clients/system/processes.h"
 #include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
 #include "tools/render/call-costs.h"
@@ -19,9 +20,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace orvlog::tool
@@ -398,36 +396,29 @@ private:
 // In a process of its own, so that a renderer that crashes ends no more than that.
 int profile(const ProfileCommand& command)
 {
-    void* shared = mmap(nullptr, sizeof(ReplayPlace), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED)
+    system::WorkApart apart(sizeof(ReplayPlace));
+    auto* place = static_cast<ReplayPlace*>(apart.block());
+    if (place == nullptr)
         return fail(std::strerror(errno));
-    auto* place = static_cast<ReplayPlace*>(shared);
-    std::fflush(nullptr);
-    const pid_t process = fork();
-    if (process < 0)
-        return fail(std::string("no process for the renderer: ") + std::strerror(errno));
-    if (process == 0)
+    const auto work = [&command, place]
     {
-        int status = EXIT_FAILED;
         try
         {
-            status = ProfileJob(command, place).run();
+            return ProfileJob(command, place).run();
         }
         catch (const std::exception& error)
         {
-            fail(error.what());
+            return fail(error.what());
         }
-        std::fflush(nullptr);
-        _exit(status);
-    }
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR)
-        continue;
-    if (WIFEXITED(status))
-        return WEXITSTATUS(status);
+    };
+    system::ProcessEnd end;
+    if (!apart.run(work, {}, &end))
+        return fail(std::string("no process for the renderer: ") + std::strerror(errno));
+    if (end.how.empty())
+        return end.status;
     const std::string where =
         place->line > 0 ? " in the call of line " + std::to_string(place->line) + ", " + place->kind : "";
-    return fail(printable(command.renderer + ": was ended by signal " + std::to_string(WTERMSIG(status)) + where));
+    return fail(printable(command.renderer + ": was " + end.how + where));
 }
 
 }  // namespace

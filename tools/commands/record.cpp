@@ -7,7 +7,7 @@
 #include "tools/shared/output.h"
 #include "tools/shared/password-pipe.h"
 #include "tools/shared/record-summary.h"
-#include "tools/shared/signals.h"
+#include "clients/system/signals.h"
 #include "tools/shared/source.h"
 #include "tools/shared/temporary-folder.h"
 
@@ -256,7 +256,7 @@ int draw(const RecordOptions& options)
         return fail(program + ": " + std::strerror(errno));
     if (options.log == "-" && !put_out(log))
         return fail(std::string("standard output: ") + std::strerror(errno));
-    const int signal = signal_received();
+    const int signal = system::signal_received();
     print_summary(options, summary, status == EXIT_DONE && signal == 0);
     if (!options.report.empty() && status == EXIT_DONE && signal == 0)
         return report_on(options, log);

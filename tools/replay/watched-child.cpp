@@ -1,18 +1,13 @@
 #include "tools/replay/watched-child.h"
 
+#include "clients/system/processes.h"
 #include "tools/shared/command.h"
-
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <exception>
 
 namespace orvlog::tool
@@ -20,15 +15,6 @@ namespace orvlog::tool
 
 namespace
 {
-
-constexpr long kNanosecondsOfALook = 10'000'000;
-
-double seconds_now()
-{
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
 
 int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
 {
@@ -42,30 +28,29 @@ int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
     }
 }
 
-// Waits for the end of the child. True if it stayed at one place for too long and was ended.
-bool wait_for(pid_t child, const WorkPlace& place, unsigned seconds, int* status)
+// Whether the work stays at one place for too long.
+class Patience
 {
-    uint64_t steps = place.steps();
-    double since = seconds_now();
-    while (waitpid(child, status, WNOHANG) == 0)
+public:
+    Patience(const WorkPlace& place, unsigned seconds) : place_(place), steps_(place.steps()), seconds_(seconds) {}
+
+    bool lasts()
     {
-        if (steps != place.steps())
-        {
-            steps = place.steps();
-            since = seconds_now();
-        }
-        if (seconds > 0 && seconds_now() - since > seconds)
-        {
-            kill(child, SIGKILL);
-            while (waitpid(child, status, 0) < 0 && errno == EINTR)
-                continue;
-            return true;
-        }
-        const timespec pause{0, kNanosecondsOfALook};
-        nanosleep(&pause, nullptr);
+        const uint64_t steps = place_.steps();
+        if (steps != steps_)
+            since_ = Clock::now();
+        steps_ = steps;
+        return seconds_ == 0 || Clock::now() - since_ <= std::chrono::seconds(seconds_);
     }
-    return false;
-}
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    const WorkPlace& place_;
+    uint64_t steps_;
+    unsigned seconds_;
+    Clock::time_point since_ = Clock::now();
+};
 
 }  // namespace
 
@@ -101,41 +86,34 @@ std::string WorkPlace::told() const
 
 int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, std::string* why)
 {
-    void* shared = mmap(nullptr, sizeof(WorkPlace), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED)
+    system::WorkApart apart(sizeof(WorkPlace));
+    auto* place = static_cast<WorkPlace*>(apart.block());
+    if (place == nullptr)
     {
         *why = std::strerror(errno);
         return EXIT_FAILED;
     }
-    auto* place = static_cast<WorkPlace*>(shared);
-    std::fflush(nullptr);
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child == 0)
+    const auto in_child = [&work, place]
     {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(EXIT_FAILED);
         const int result = guarded(work, *place);
         std::fflush(nullptr);
         place->stage_ = WorkPlace::Stage::done;
-        _exit(result);
-    }
-    int status = 0;
-    int result = EXIT_FAILED;
-    if (child < 0)
+        return result;
+    };
+    Patience patience(*place, seconds);
+    system::ProcessEnd end;
+    if (!apart.run(
+            in_child, [&patience] { return patience.lasts(); }, &end))
         *why = std::string("no process: ") + std::strerror(errno);
-    else if (wait_for(child, *place, seconds, &status))
+    else if (!end.in_time)
         *why = "did not come back within " + std::to_string(seconds) + " s, " + place->told();
-    else if (WIFSIGNALED(status))
-        *why = "ended by signal " + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) + "), " +
-               place->told();
+    else if (!end.how.empty())
+        *why = end.how + " (" + end.name + "), " + place->told();
     else if (place->stage_ != WorkPlace::Stage::done)
-        *why = "ended the process with the status " + std::to_string(WEXITSTATUS(status)) + ", " + place->told();
+        *why = "ended the process with the status " + std::to_string(end.status) + ", " + place->told();
     else
-        result = WEXITSTATUS(status);
-    munmap(shared, sizeof(WorkPlace));
-    return result;
+        return end.status;
+    return EXIT_FAILED;
 }
 
 }  // namespace orvlog::tool
