@@ -1,6 +1,7 @@
 #include "clients/system/system.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -140,6 +141,12 @@ bool seek(std::FILE* file, int64_t offset, int whence)
 int64_t tell(std::FILE* file)
 {
     return ftello(file);
+}
+
+int64_t heap_bytes()
+{
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<int64_t>(heap.uordblks + heap.hblkhd);
 }
 
 std::string shell_word(const std::string& text)

@@ -1,11 +1,15 @@
 #include "clients/system/system.h"
 
+#include "clients/system/errors-windows.h"
+
 #include <cerrno>
 #include <random>
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+
+#include <psapi.h>
 
 namespace orvlog::system
 {
@@ -16,30 +20,6 @@ namespace
 {
 
 constexpr int kMostNames = 100;
-
-int error_of(DWORD code)
-{
-    switch (code)
-    {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-        return ENOENT;
-    case ERROR_DISK_FULL:
-        return ENOSPC;
-    case ERROR_FILE_EXISTS:
-    case ERROR_ALREADY_EXISTS:
-        return EEXIST;
-    default:
-        return EACCES;
-    }
-}
-
-bool done(BOOL result)
-{
-    if (result == 0)
-        errno = error_of(GetLastError());
-    return result != 0;
-}
 
 HANDLE handle_of(Stream stream)
 {
@@ -52,6 +32,23 @@ std::string random_digits()
     char digits[20];
     std::snprintf(digits, sizeof digits, "%08x%08x", random(), random());
     return digits;
+}
+
+// What GetFileType says of a console is true of any device.
+bool is_console(HANDLE handle)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != 0;
+}
+
+std::FILE* stream_of(HANDLE handle, int flags, const char* mode)
+{
+    if (!noted(handle != INVALID_HANDLE_VALUE))
+        return nullptr;
+    const int file = _open_osfhandle(reinterpret_cast<intptr_t>(handle), flags);
+    if (file < 0)
+        CloseHandle(handle);
+    return file >= 0 ? _fdopen(file, mode) : nullptr;
 }
 
 }  // namespace
@@ -68,14 +65,22 @@ void begin_program()
 
 bool is_terminal(Stream stream)
 {
-    DWORD mode = 0;
-    return GetConsoleMode(handle_of(stream), &mode) != 0;
+    return is_console(handle_of(stream));
 }
 
 bool is_pipe(Stream stream)
 {
     return GetFileType(handle_of(stream)) == FILE_TYPE_PIPE;
 }
+
+// No byte is written to a pipe that is whole.
+bool is_reader_gone()
+{
+    DWORD written = 0;
+    return is_pipe(Stream::output) && WriteFile(handle_of(Stream::output), "", 0, &written, nullptr) == 0;
+}
+
+void end_without_reader() {}
 
 size_t terminal_width()
 {
@@ -90,9 +95,22 @@ const char* null_device()
     return "\\\\.\\NUL";
 }
 
+const char* output_device()
+{
+    return "-";
+}
+
+// Others may take it away while it is open.
+std::FILE* create_file(const std::string& name)
+{
+    HANDLE handle = CreateFileW(fs::path(name).c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return stream_of(handle, _O_BINARY | _O_NOINHERIT, "wb");
+}
+
 bool replace_file(const std::string& from, const std::string& to)
 {
-    return done(MoveFileExW(fs::path(from).c_str(), fs::path(to).c_str(), MOVEFILE_REPLACE_EXISTING));
+    return noted(MoveFileExW(fs::path(from).c_str(), fs::path(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0);
 }
 
 // A link by name takes a right that users don't have.
@@ -106,11 +124,22 @@ void link_file(const fs::path& file, const fs::path& name, std::error_code& erro
 bool can_write_in(const fs::path& folder)
 {
     const DWORD attributes = GetFileAttributesW(folder.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return done(0);
+    if (!noted(attributes != INVALID_FILE_ATTRIBUTES))
+        return false;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
         errno = ENOTDIR;
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::FILE* open_alone(const std::string& name)
+{
+    HANDLE handle = CreateFileW(fs::path(name).c_str(), FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ, nullptr,
+                                OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const bool held = handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
+    std::FILE* file = stream_of(handle, _O_BINARY | _O_APPEND | _O_NOINHERIT, "ab");
+    if (held)
+        errno = EWOULDBLOCK;
+    return file;
 }
 
 fs::path temporary_base()
@@ -124,12 +153,11 @@ std::string make_folder(const fs::path& beginning)
     for (int i = 0; i < kMostNames; ++i)
     {
         const std::string name = beginning.string() + random_digits();
-        if (CreateDirectoryW(fs::path(name).c_str(), nullptr) != 0)
+        if (noted(CreateDirectoryW(fs::path(name).c_str(), nullptr) != 0))
             return name;
-        if (GetLastError() != ERROR_ALREADY_EXISTS)
+        if (errno != EEXIST)
             break;
     }
-    done(0);
     return {};
 }
 
@@ -139,10 +167,7 @@ std::FILE* open_unnamed_file()
     const fs::path name = temporary_base() / ("orvlog-" + random_digits());
     HANDLE handle = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, nullptr,
                                 CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    if (!done(handle != INVALID_HANDLE_VALUE))
-        return nullptr;
-    const int file = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
-    return file >= 0 ? _fdopen(file, "w+b") : nullptr;
+    return stream_of(handle, _O_BINARY | _O_NOINHERIT, "w+b");
 }
 
 bool seek(std::FILE* file, int64_t offset, int whence)
@@ -153,6 +178,20 @@ bool seek(std::FILE* file, int64_t offset, int whence)
 int64_t tell(std::FILE* file)
 {
     return _ftelli64(file);
+}
+
+int64_t heap_bytes()
+{
+    PROCESS_MEMORY_COUNTERS_EX memory = {};
+    K32GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
+    return static_cast<int64_t>(memory.PrivateUsage);
+}
+
+// A name of a file has no quotes in it.
+std::string shell_word(const std::string& text)
+{
+    const bool plain = !text.empty() && text.find_first_of(" \t&()[]{}^=;!'+,`~%@") == std::string::npos;
+    return plain ? text : "\"" + text + "\"";
 }
 
 }  // namespace orvlog::system

@@ -60,6 +60,9 @@ bool seek(std::FILE* file, int64_t offset, int whence);
 // -1 on failure.
 int64_t tell(std::FILE* file);
 
+// Bytes that the process has in use of its heap or, where that can't be told, of memory that is its own.
+int64_t heap_bytes();
+
 // A word of a command line, so that the system's shell takes it as it is.
 std::string shell_word(const std::string& text);
 

@@ -233,7 +233,8 @@ bool merge_into(Output& output, const fs::path& log, uint64_t size, bool has_ima
     if (compressed && coded == nullptr)
         return false;
     Shown target(compressed ? coded : output.stream(), size);
-    const uint32_t merged = ORVLOG_MergeLogs(memory.allocator(), log.c_str(), target.stream(), 0, has_images ? 1 : 0);
+    const uint32_t merged =
+        ORVLOG_MergeLogs(memory.allocator(), log.string().c_str(), target.stream(), 0, has_images ? 1 : 0);
     ORVLOG_CloseCompressedStream(coded);
     return merged != 0;
 }
