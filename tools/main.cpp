@@ -153,7 +153,7 @@ int fail(const std::string& message)
 
 int main(int argc, char** argv)
 {
-    orvlog::system::begin_program();
+    orvlog::system::begin_program(&argc, &argv);
     try
     {
         return orvlog::tool::finish_output(orvlog::tool::main_of_tool(argc, argv));

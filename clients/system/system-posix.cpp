@@ -20,7 +20,7 @@ namespace orvlog::system
 
 namespace fs = std::filesystem;
 
-void begin_program()
+void begin_program(int* /*argc*/, char*** /*argv*/)
 {
     std::signal(SIGXFSZ, SIG_IGN);
 }

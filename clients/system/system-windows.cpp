@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <random>
+#include <vector>
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 
 #include <psapi.h>
+#include <shellapi.h>
 
 namespace orvlog::system
 {
@@ -34,6 +36,15 @@ std::string random_digits()
     return digits;
 }
 
+std::string narrowed(const wchar_t* wide)
+{
+    const int size = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), size, nullptr, nullptr);
+    text.pop_back();
+    return text;
+}
+
 // What GetFileType says of a console is true of any device.
 bool is_console(HANDLE handle)
 {
@@ -53,8 +64,23 @@ std::FILE* stream_of(HANDLE handle, int flags, const char* mode)
 
 }  // namespace
 
-void begin_program()
+void begin_program(int* argc, char*** argv)
 {
+    static std::vector<std::string> words;
+    static std::vector<char*> pointers;
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    for (int i = 0; wide != nullptr && i < count; ++i)
+        words.push_back(narrowed(wide[i]));
+    LocalFree(wide);
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    if (count > 0)
+    {
+        *argc = count;
+        *argv = pointers.data();
+    }
     for (std::FILE* stream : {stdin, stdout, stderr})
         _setmode(_fileno(stream), _O_BINARY);
     // Texts are UTF-8.

@@ -13,8 +13,9 @@
 namespace orvlog::system
 {
 
-// Before anything else in main: standard streams are bytes, and a file that may grow no further is an error.
-void begin_program();
+// Before anything else in main: the words of the command line are UTF-8, standard streams are bytes, and a file that
+// may grow no further is an error.
+void begin_program(int* argc, char*** argv);
 
 enum class Stream
 {
