@@ -143,6 +143,11 @@ int64_t tell(std::FILE* file)
     return ftello(file);
 }
 
+std::string path_of_url(const std::string& path)
+{
+    return path;
+}
+
 int64_t heap_bytes()
 {
     const struct mallinfo2 heap = mallinfo2();

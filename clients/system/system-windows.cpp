@@ -123,7 +123,7 @@ const char* null_device()
 
 const char* output_device()
 {
-    return "-";
+    return "\\\\.\\STDOUT";
 }
 
 // Others may take it away while it is open.
@@ -204,6 +204,13 @@ bool seek(std::FILE* file, int64_t offset, int whence)
 int64_t tell(std::FILE* file)
 {
     return _ftelli64(file);
+}
+
+// "/Z:/a" is of the drive Z.
+std::string path_of_url(const std::string& path)
+{
+    const bool drive = path.size() > 2 && path[0] == '/' && path[2] == ':';
+    return drive ? path.substr(1) : path;
 }
 
 int64_t heap_bytes()

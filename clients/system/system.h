@@ -61,6 +61,9 @@ bool seek(std::FILE* file, int64_t offset, int whence);
 // -1 on failure.
 int64_t tell(std::FILE* file);
 
+// A file by the path of its URL, without escapes.
+std::string path_of_url(const std::string& path);
+
 // Bytes that the process has in use of its heap or, where that can't be told, of memory that is its own.
 int64_t heap_bytes();
 
