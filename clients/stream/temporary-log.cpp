@@ -119,7 +119,8 @@ std::string TemporaryLog::merge_command(const fs::path& from, const std::string&
 {
     const fs::path seen = (folder_ / name_).lexically_relative(from);
     const bool below = !seen.empty() && *seen.begin() != "..";
-    return "orvlog merge " + system::shell_word((below ? seen : folder_ / name_).string()) + " -o " + system::shell_word(log);
+    return "orvlog merge " + system::shell_word((below ? seen : folder_ / name_).string()) + " -o " +
+           system::shell_word(log);
 }
 
 bool TemporaryLog::merge_into(GIO_Stream* target, bool compressed, std::string* why)

@@ -78,7 +78,7 @@ KEPT = (
 )
 
 # Headers of the systems, and those of other libraries with the rooms that touch them.
-SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|io|malloc|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
+SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|io|malloc|poll|psapi|shellapi|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
                     r"|sys/\w+\.h|ext/stdio_filebuf\.h")
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),

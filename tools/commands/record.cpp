@@ -1,5 +1,6 @@
 #include "clients/command-line/number-range.h"
 #include "clients/command-line/progress-bar.h"
+#include "clients/system/signals.h"
 #include "tools/report/report-job.h"
 #include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
@@ -7,7 +8,6 @@
 #include "tools/shared/output.h"
 #include "tools/shared/password-pipe.h"
 #include "tools/shared/record-summary.h"
-#include "clients/system/signals.h"
 #include "tools/shared/source.h"
 #include "tools/shared/temporary-folder.h"
 

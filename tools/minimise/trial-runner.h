@@ -2,10 +2,10 @@
 
 #pragma once
 
-#include "inspect/reduce/minimiser.h"
-#include "tools/shared/temporary-folder.h"
 #include "clients/system/processes.h"
 #include "clients/system/waited-signals.h"
+#include "inspect/reduce/minimiser.h"
+#include "tools/shared/temporary-folder.h"
 
 #include <chrono>
 #include <cstdio>
