@@ -33,7 +33,7 @@ struct CProgram::Call
     std::string renderer_steps;
     std::string loads;
     std::string fields;  // of the record that tells of it
-    std::string body;    // the statement; empty for a call that can't be made again
+    std::string asked;   // its arguments; empty for a call that can't be made again
     std::shared_ptr<Memory> memory;
 
     std::string& steps(bool by_logger)

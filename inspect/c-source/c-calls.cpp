@@ -78,12 +78,23 @@ std::string CProgram::engine(const Element& element, Call& made, uint32_t* id)
         return "NULL";
     const bool is_named = element.has("fp_EngineIdGet");
     const std::string name = is_named ? c_string(reader::to_text(element.value("fp_EngineIdGet"))) : "";
-    const std::string table = records_.define("const GFI_FontEngineTable", "engine",
-                                              is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
+    const std::string table = records_.define_own("const GFI_FontEngineTable", "engine",
+                                                  is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
     const uint32_t place = steps_.bring_engine(reader::read_uint(element, "GfpId"));
     *id = reader::read_uint(element, "GfpId") + 1;
     made.fields += ", .engine = " + std::to_string(place);
     return table;
+}
+
+// One that a memory context came with, which its call doesn't tell.
+std::string CProgram::silent_engine(uint32_t context, Drawing& drawing, Call& made)
+{
+    const auto known = kind_.script.memory_engines.find(context);
+    if (known == kind_.script.memory_engines.end())
+        return "NULL";
+    drawing.engines.push_back(known->second + 1);
+    made.fields += ", .engine = " + std::to_string(steps_.bring_engine(known->second));
+    return records_.define_own("const GFI_FontEngineTable", "engine", "ENGINE");
 }
 
 std::string CProgram::ticket(const Element& element, Call&)
@@ -122,7 +133,15 @@ std::string CProgram::document(const Element& element) const
 {
     const auto known = documents_.find(reader::read_uint(element, "document_context"));
     const bool there = element.has("document_context") && known != documents_.end();
-    return there ? "documents[" + std::to_string(known->second) + "]" : "NULL";
+    return there ? "&documents[" + std::to_string(known->second) + "]" : "NULL";
+}
+
+// Where its number stands, which the logger may have given.
+std::string CProgram::resource(uint32_t id) const
+{
+    const auto known = resources_.find(id);
+    return known != resources_.end() ? "&resources[" + std::to_string(known->second) + "]"
+                                     : "&(const uint32_t){" + c_uint(id) + "}";
 }
 
 std::string CProgram::parent(const Element& element) const
@@ -155,9 +174,9 @@ std::string CProgram::image(const Element& element, const GOP_OperandImagePointe
     const std::string name = records_.image(base, &told, direct ? "no_bytes" : "NULL", colors);
     const std::vector<uint8_t> bytes = direct ? direct_bytes(element) : std::vector<uint8_t>();
     if (!bytes.empty())
-        made.loads += "    " + name.substr(1) + ".imp_DirectImage = loaded(&call, " + std::to_string(bytes.size()) +
-                      ", IMAGES, " + c_uint64(options_.put(CDataKind::images, bytes)) + ");\n";
-    return "(GOP_OperandPointer*)" + name;
+        made.loads += "    LOAD_DIRECT(" + name.substr(1) + ".imp_DirectImage, " + std::to_string(bytes.size()) +
+                      ", IMAGES, " + c_uint64(options_.put(CDataKind::images, bytes)) + "),\n";
+    return name;
 }
 
 std::string CProgram::operand(const Element& element, const char* member, size_t slot, Call& made)
@@ -184,15 +203,18 @@ bool CProgram::document_start(const Element& element, Call& made)
     const auto place = documents_.try_emplace(context, document_places_);
     document_places_ += place.second ? 1 : 0;
     document_engines_[context] = engine_id;
-    made.body = "    orv.document_start.fn(NULL, &orv, &documents[" + std::to_string(place.first->second) + "], " +
-                number(element, "document_id") + ", " + table + ", NULL);\n";
+    made.asked = CFields()
+                     .add("document", "&documents[" + std::to_string(place.first->second) + "]")
+                     .add("id", number(element, "document_id"))
+                     .add("engine", table)
+                     .list();
     return true;
 }
 
 bool CProgram::document_finish(const Element& element, Call& made)
 {
     const uint32_t context = reader::read_uint(element, "document_context");
-    made.body = "    orv.document_finish.fn(&orv, " + document(element) + ");\n";
+    made.asked = CFields().add("document", document(element)).list();
     if (const uint32_t id = document_engines_[context]; id != 0)
         dying_engines_.push_back(id - 1);
     documents_.erase(context);
@@ -203,13 +225,12 @@ bool CProgram::document_finish(const Element& element, Call& made)
 bool CProgram::resource_destroy(const Element& element, Call& made)
 {
     const uint32_t id = reader::read_uint(element, "resource_id");
-    const auto known = resources_.find(id);
-    const std::string resource =
-        known != resources_.end() ? "resources[" + std::to_string(known->second) + "]" : c_uint(id);
-    made.body = "    orv.resource_destroy.fn(NULL, &orv, " + document(element) + ", " + parent(element) + ", " +
-                resource + ");\n";
-    if (known != resources_.end())
-        resources_.erase(known);
+    made.asked = CFields()
+                     .add("document", document(element))
+                     .add("parent", parent(element))
+                     .add("resource", resource(id))
+                     .list();
+    resources_.erase(id);
     return true;
 }
 
@@ -217,17 +238,21 @@ bool CProgram::drawing_start(const Element& element, Call& made)
 {
     const std::string doc = document(element);
     const std::string outer = parent(element);
-    const auto [known, added] = drawings_.try_emplace(reader::read_uint(element, "drawing_context"));
+    const uint32_t number_of = reader::read_uint(element, "drawing_context");
+    const auto [known, added] = drawings_.try_emplace(number_of);
     Drawing& drawing = known->second;
     if (added)
         drawing.place = drawing_places_++;
     drawing.open = true;
     drawing.engines.clear();
     const std::string place = "&drawings[" + std::to_string(drawing.place) + "]";
+    if (kind_.script.without_resource_paint.contains(number_of))
+        made.fields += ", .without_resource_paint = 1";
+    CFields fields;
+    fields.add("document", doc).add("drawing", place);
     if (element.name == "ORV_memory_context_start")
     {
-        made.body = "    orv.memory_context_start.fn(NULL, &orv, " + doc + ", " + place +
-                    ", 0, 0, 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, 0);\n";
+        made.asked = fields.add("engine", silent_engine(number_of, drawing, made)).list();
         return true;
     }
     uint32_t engine_id = 0;
@@ -238,10 +263,13 @@ bool CProgram::drawing_start(const Element& element, Call& made)
     if (element.name == "ORV_face_start")
     {
         const std::string face = records_.face(records.face_properties(element.child("ORV_FaceProperties")));
-        made.body = "    orv.face_start.fn(NULL, &orv, " + doc + ", " + place + ", " + table + ", " +
-                    number(element, "face_seq_number") + ", " + face + ", " + colours + ",\n                      " +
-                    named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ", " +
-                    named(element, "pixel_placement", ORVLOG_PLACEMENT) + ");\n";
+        made.asked = fields.add("engine", table)
+                         .add("number", number(element, "face_seq_number"))
+                         .add("properties", face)
+                         .add("ticket", colours)
+                         .add("orientation", named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION))
+                         .add("placement", named(element, "pixel_placement", ORVLOG_PLACEMENT))
+                         .list();
         return true;
     }
     const uint32_t id = reader::read_uint(element, "resource_id");
@@ -249,13 +277,19 @@ bool CProgram::drawing_start(const Element& element, Call& made)
     resource_places_ += resource.second ? 1 : 0;
     const std::string properties =
         records_.resource(records.resource_properties(element.child("ORV_ResourceProperties")));
-    made.body = "    orv.resource_start.fn(NULL, &orv, " + doc + ", " + place + ", " + outer + ", " + table + ", " +
-                properties + ", " + colours + ",\n                          &resources[" +
-                std::to_string(resource.first->second) + "]);\n";
+    made.fields += ", .resource = " + c_uint(id);
+    if (kind_.script.refused_resources.contains(id))
+        made.fields += ", .refused = 1";
+    made.asked = fields.add("parent", outer)
+                     .add("engine", table)
+                     .add("properties", properties)
+                     .add("ticket", colours)
+                     .add("resource", "&resources[" + std::to_string(resource.first->second) + "]")
+                     .list();
     return true;
 }
 
-void CProgram::group_start(const Element& element, Call& made)
+void CProgram::group_start(const Element& element, Call& made, CFields& fields)
 {
     reader::RecordReader& records = made.memory->records;
     uint32_t engine_id = 0;
@@ -269,23 +303,32 @@ void CProgram::group_start(const Element& element, Call& made)
     const std::string mask = records_.color("mask", records.color_member(element, "separation_mask"));
     const std::string color = records_.color("color", records.color_member(element, "separation_color"));
     const std::string box = records_.box("bounding_box", records.box_attribute(element, "bounding_box_hint"));
-    made.body += "    uint32_t group = 0;\n    drawing->group_start.fn(drawing, " + number(element, "group_unique_id") +
-                 ", &group, " + table + ", " + flags(element, "hints", ORVLOG_GROUP_HINTS) + ", " +
-                 named(element, "group_type", ORVLOG_GROUP_TYPE) + ", " + boolean(element, "is_knockout") + ", " +
-                 boolean(element, "is_replayable") + ", " + colours + ",\n                            " +
-                 named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ", " +
-                 boolean(element, "has_pixel_placement") + ", " + named(element, "pixel_placement", ORVLOG_PLACEMENT) +
-                 ", " + retransform + ", " + op + ", " + operand2 + ", " + clip + ",\n                            " +
-                 flags(element, "tiling_flags", ORVLOG_TILING_FLAGS) + ", " +
-                 decimal(element, "x_repetition_interval") + ", " + decimal(element, "y_repetition_interval") + ", " +
-                 mask + ", " + color + ", " + box + ");\n";
+    fields.add("unique_id", number(element, "group_unique_id"))
+        .add("engine", table)
+        .add("hints", flags(element, "hints", ORVLOG_GROUP_HINTS))
+        .add("type", named(element, "group_type", ORVLOG_GROUP_TYPE))
+        .add("knockout", boolean(element, "is_knockout"))
+        .add("replayable", boolean(element, "is_replayable"))
+        .add("ticket", colours)
+        .add("orientation", named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION))
+        .add("has_placement", boolean(element, "has_pixel_placement"))
+        .add("placement", named(element, "pixel_placement", ORVLOG_PLACEMENT))
+        .add("retransform", retransform)
+        .add("op", op)
+        .add("operand2", operand2)
+        .add("clip", clip)
+        .add("tiling", flags(element, "tiling_flags", ORVLOG_TILING_FLAGS))
+        .add("x_interval", decimal(element, "x_repetition_interval"))
+        .add("y_interval", decimal(element, "y_repetition_interval"))
+        .add("mask", mask)
+        .add("color", color)
+        .add("box", box);
 }
 
 void CProgram::group_finish(const Element& element, Drawing& drawing, Call& made)
 {
     const bool again = reader::read_bool(element, "replay_group") != 0;
     made.fields += again ? ", .again = 1" : "";
-    made.body += "    uint32_t again = 0;\n    drawing->group_finish.fn(drawing, &again);\n";
     if (again || drawing.engines.size() < 2)
         return;
     if (drawing.engines.back() != 0)
@@ -293,7 +336,7 @@ void CProgram::group_finish(const Element& element, Drawing& drawing, Call& made
     drawing.engines.pop_back();
 }
 
-void CProgram::paint(const Element& element, Call& made)
+void CProgram::paint(const Element& element, Call& made, CFields& fields)
 {
     reader::RecordReader& records = made.memory->records;
     const std::string op = records_.op("op", records.op_member(element, "op"));
@@ -302,13 +345,18 @@ void CProgram::paint(const Element& element, Call& made)
     const std::string operand1 = operand(element, "operand1", 0, made);
     const std::string operand2 = operand(element, "operand2", 1, made);
     const std::string operand3 = operand(element, "operand3", 2, made);
-    made.body += "    drawing->object_paint.fn(drawing, " + c_uint(reader::read_uint(element, "object_type_and_flag")) +
-                 ", " + flags(element, "object_hints", ORVLOG_OBJECT_HINTS) + ", " + op + ", " + path + ", " +
-                 named(element, "path_pixel_placement", ORVLOG_PLACEMENT) + ", " + clip +
-                 ",\n                             " + operand1 + ", " + operand2 + ", " + operand3 + ");\n";
+    fields.add("object_type", number(element, "object_type_and_flag"))
+        .add("hints", flags(element, "object_hints", ORVLOG_OBJECT_HINTS))
+        .add("op", op)
+        .add("path", path)
+        .add("placement", named(element, "path_pixel_placement", ORVLOG_PLACEMENT))
+        .add("clip", clip)
+        .add("operand1", operand1)
+        .add("operand2", operand2)
+        .add("operand3", operand3);
 }
 
-void CProgram::paint_and_stroke(const Element& element, Call& made)
+void CProgram::paint_and_stroke(const Element& element, Call& made, CFields& fields)
 {
     reader::RecordReader& records = made.memory->records;
     const std::string fill_op = records_.op("fill_op", records.op_member(element, "fill_op"));
@@ -318,39 +366,45 @@ void CProgram::paint_and_stroke(const Element& element, Call& made)
     const std::string transform =
         records_.matrix("stroking_transform", records.matrix_attribute(element, "stroking_transform"));
     const std::string clip = records_.clip("clip", records.clip_member(element, "clip"));
-    std::string operands;
+    fields.add("fill_type", number(element, "fill_object_type"))
+        .add("stroke_type", number(element, "stroke_object_type"))
+        .add("hints", flags(element, "object_hints", ORVLOG_OBJECT_HINTS))
+        .add("fill_op", fill_op)
+        .add("stroke_op", stroke_op)
+        .add("path", path)
+        .add("stroking", stroke)
+        .add("transform", transform)
+        .add("placement", named(element, "path_pixel_placement", ORVLOG_PLACEMENT))
+        .add("clip", clip)
+        .add("flags", flags(element, "paint_flags", ORVLOG_PAINT_FLAGS));
     size_t slot = 0;
     for (const char* name :
          {"fill_operand1", "fill_operand2", "fill_operand3", "stroke_operand1", "stroke_operand2", "stroke_operand3"})
-        operands += ", " + operand(element, name, slot++, made);
-    made.body += "    GGO_Point end_point = {0, 0};\n    drawing->object_paint_and_stroke.fn(drawing, " +
-                 number(element, "fill_object_type") + ", " + number(element, "stroke_object_type") + ", " +
-                 flags(element, "object_hints", ORVLOG_OBJECT_HINTS) + ", " + fill_op + ", " + stroke_op + ", " + path +
-                 ",\n                                        " + stroke + ", " + transform + ", " +
-                 named(element, "path_pixel_placement", ORVLOG_PLACEMENT) + ", " + clip + ", " +
-                 flags(element, "paint_flags", ORVLOG_PAINT_FLAGS) +
-                 ", &end_point\n                                        " + operands + ");\n";
+        fields.add(name, operand(element, name, slot++, made));
 }
 
-void CProgram::resource_paint(const Element& element, Call& made)
+void CProgram::resource_paint(const Element& element, Call& made, CFields& fields)
 {
     reader::RecordReader& records = made.memory->records;
-    const uint32_t id = reader::read_uint(element, "resource_id");
-    const auto known = resources_.find(id);
-    const std::string resource =
-        known != resources_.end() ? "resources[" + std::to_string(known->second) + "]" : c_uint(id);
     const std::string retransform = records_.matrix("retransform", records.matrix_attribute(element, "retransform"));
     const std::string op = records_.op("op", records.op_member(element, "op"));
     const std::string operand2 = operand(element, "operand2", 0, made);
     const std::string clip = records_.clip("group_clip", records.clip_member(element, "group_clip"));
     const std::string mask = records_.color("mask", records.color_member(element, "separation_mask"));
     const std::string color = records_.color("color", records.color_member(element, "separation_color"));
-    made.body += "    drawing->resource_paint.fn(drawing, " + resource + ", " +
-                 flags(element, "hints", ORVLOG_GROUP_HINTS) + ", " + named(element, "group_type", ORVLOG_GROUP_TYPE) +
-                 ", " + retransform + ", " + op + ", " + operand2 + ", " + clip + ",\n                               " +
-                 number(element, "tiling_flags") + ", " + decimal(element, "x_repetition_interval") + ", " +
-                 decimal(element, "y_repetition_interval") + ", " + mask + ", " + color + ", " +
-                 named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION) + ");\n";
+    fields.add("resource", resource(reader::read_uint(element, "resource_id")))
+        .add("hints", flags(element, "hints", ORVLOG_GROUP_HINTS))
+        .add("type", named(element, "group_type", ORVLOG_GROUP_TYPE))
+        .add("retransform", retransform)
+        .add("op", op)
+        .add("operand2", operand2)
+        .add("clip", clip)
+        .add("tiling", number(element, "tiling_flags"))
+        .add("x_interval", decimal(element, "x_repetition_interval"))
+        .add("y_interval", decimal(element, "y_repetition_interval"))
+        .add("mask", mask)
+        .add("color", color)
+        .add("orientation", named(element, "pixel_placement_orientation", ORVLOG_ORIENTATION));
 }
 
 bool CProgram::drawing_call(const Element& element, Call& made)
@@ -359,20 +413,20 @@ bool CProgram::drawing_call(const Element& element, Call& made)
     if (known == drawings_.end() || !known->second.open)
         return false;
     Drawing& drawing = known->second;
-    made.body = "    const ORV_DrawingInterface* drawing = &drawings[" + std::to_string(drawing.place) + "];\n";
+    CFields fields;
+    fields.add("drawing", "&drawings[" + std::to_string(drawing.place) + "]");
     if (element.name == "ORV_object_paint")
-        paint(element, made);
+        paint(element, made, fields);
     else if (element.name == "ORV_object_paint_and_stroke")
-        paint_and_stroke(element, made);
+        paint_and_stroke(element, made, fields);
     else if (element.name == "ORV_group_start")
-        group_start(element, made);
+        group_start(element, made, fields);
     else if (element.name == "ORV_group_finish")
         group_finish(element, drawing, made);
     else if (element.name == "ORV_resource_paint")
-        resource_paint(element, made);
+        resource_paint(element, made, fields);
     else if (element.name == "ORV_drawing_finish" || element.name == "ORV_drawing_discard")
     {
-        made.body += "    drawing->" + std::string(element.name.substr(4)) + ".fn(drawing);\n";
         drawing.open = false;
         for (const uint32_t engine : drawing.engines)
             if (engine != 0)
@@ -381,10 +435,11 @@ bool CProgram::drawing_call(const Element& element, Call& made)
     }
     else
         return false;
+    made.asked = fields.list();
     return true;
 }
 
-bool CProgram::statement(const Element& element, Call& made)
+bool CProgram::arguments(const Element& element, Call& made)
 {
     bool can = true;
     if (element.name == "ORV_document_start")

@@ -12,7 +12,7 @@ namespace orvlog::inspect
 // What the three exports have no argument for.
 bool CProgram::needs_options() const
 {
-    return kind_.base_mode || coded_ || merged_ || kind_.fixed_formats || kind_.image_attributes ||
+    return kind_.base_mode || coded_ || kind_.script.merged || kind_.fixed_formats || kind_.image_attributes ||
            kind_.glyph_get_type != GFI_GDT_BITMAP;
 }
 
@@ -33,6 +33,7 @@ std::string CProgram::head() const
         text += std::string("#define ") + kNames[i] + " " + c_string(options_.data_files[i]) + "\n";
     text += kCRecordTypes;
     text += kCSteps;
+    text += kCCallRecords;
     const auto table = [](const char* type, const char* table_name, uint32_t count)
     { return std::string("static ") + type + " " + table_name + "[" + std::to_string(std::max(count, 1U)) + "];\n"; };
     text += "\n" + table("void*", "documents", document_places_) +
@@ -49,10 +50,10 @@ std::string CProgram::head() const
     text += kCStreams;
     if (has_tickets_)
         text += kCTickets;
-    text += kCRenderer;
     text += kCAskFonts;
     text += kCAskImages;
     text += kCRun;
+    text += kCMaking;
     text += "\nstatic const uint8_t session[16] = " + c_bytes(session_) + ";\n";
     return text + kCHost;
 }
@@ -81,7 +82,7 @@ std::string CProgram::open_session() const
         .add("comment_ctx_out", "&comment_context")
         .add("compress", coded_ ? "1" : "0")
         .add("mode", kind_.base_mode ? "ORVLOG_MODE_BASE" : "0")
-        .add("via_temporary_log", merged_ ? "1" : "0")
+        .add("via_temporary_log", kind_.script.merged ? "1" : "0")
         .add("base_content", kind_.base_content ? "1" : "0")
         .add("image_dump_flag", kind_.image_attributes ? "1" : "0")
         .add("glyph_fixed_format", kind_.fixed_formats ? "1" : "0")
@@ -112,7 +113,7 @@ std::string CProgram::tail() const
     text += open_session();
     text += "    if (!begun)\n        complain(\"the log can't be begun\");\n    if (!begun)\n        return 1;\n";
     for (uint64_t part = 1; part <= parts_; ++part)
-        text += "    part_" + std::to_string(part) + "();\n";
+        text += "    make_all(part_" + std::to_string(part) + ", LENGTH(part_" + std::to_string(part) + "));\n";
     return text + R"c(    if (!ORVLOG_DLL_shutdown(orv.document_start.context))
         complain("the log can't be ended");
     if (fclose(log) != 0)

@@ -43,57 +43,73 @@ typedef struct GlyphIndex { uint32_t engine, result, returned, index; uint16_t v
 typedef struct Glyph { uint32_t engine, result, type, returned, changed; const GGO_Matrix* to_pixels; uint32_t flags; const GFI_GlyphDescPointer* glyph; } Glyph;
 typedef struct Prepare { uint32_t image, now, result, replaced, object_type, decompress, rescale; float max_width, min_width, max_height, min_height; uint32_t render_space, depth, attributes; GOP_OperandImagePointer* left; } Prepare;
 typedef struct Read { uint32_t times, image, result, skip; int32_t row_step; uint32_t size; int32_t returned; uint32_t bytes; uint64_t from; uint32_t with_attributes; int32_t attr_row_step; uint32_t attr_size; int32_t attr_returned; uint32_t attr_bytes; uint64_t attr_from; } Read;
-typedef struct Plain { uint32_t image, result; } Plain;
+typedef struct Plain { uint32_t image, result; const GOP_OperandImagePointer* given; } Plain; /* given: if the renderer has changed the record */
 
 enum { STRING_START_STEP, GLYPH_INDEX_STEP, GLYPH_FIXED_STEP, GLYPH_STEP, PREPARE_STEP, READ_STEP, FINISH_STEP, RESET_STEP, KEEP_STEP, RELEASE_STEP, COMMENT_STEP, CALL_STEP };
 
-typedef struct Step { int kind; const void* about; void (*call)(void); } Step;
+typedef struct Step { int kind; const void* about; } Step;
 
-#define STRING_START(...) {STRING_START_STEP, &(const StringStart){__VA_ARGS__}, NULL}
-#define GLYPH_INDEX(...) {GLYPH_INDEX_STEP, &(const GlyphIndex){__VA_ARGS__}, NULL}
-#define GLYPH_FIXED(...) {GLYPH_FIXED_STEP, &(const Glyph){__VA_ARGS__}, NULL}
-#define GLYPH(...) {GLYPH_STEP, &(const Glyph){__VA_ARGS__}, NULL}
-#define PREPARE(...) {PREPARE_STEP, &(const Prepare){__VA_ARGS__}, NULL}
-#define READ(...) {READ_STEP, &(const Read){__VA_ARGS__}, NULL}
-#define FINISH(...) {FINISH_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define RESET(...) {RESET_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define KEEP(...) {KEEP_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define RELEASE(...) {RELEASE_STEP, &(const Plain){__VA_ARGS__}, NULL}
-#define COMMENT(text) {COMMENT_STEP, text, NULL}
-#define CALL(function) {CALL_STEP, NULL, function}
+#define STRING_START(...) {STRING_START_STEP, &(const StringStart){__VA_ARGS__}}
+#define GLYPH_INDEX(...) {GLYPH_INDEX_STEP, &(const GlyphIndex){__VA_ARGS__}}
+#define GLYPH_FIXED(...) {GLYPH_FIXED_STEP, &(const Glyph){__VA_ARGS__}}
+#define GLYPH(...) {GLYPH_STEP, &(const Glyph){__VA_ARGS__}}
+#define PREPARE(...) {PREPARE_STEP, &(const Prepare){__VA_ARGS__}}
+#define READ(...) {READ_STEP, &(const Read){__VA_ARGS__}}
+#define FINISH(...) {FINISH_STEP, &(const Plain){__VA_ARGS__}}
+#define RESET(...) {RESET_STEP, &(const Plain){__VA_ARGS__}}
+#define KEEP(...) {KEEP_STEP, &(const Plain){__VA_ARGS__}}
+#define RELEASE(...) {RELEASE_STEP, &(const Plain){__VA_ARGS__}}
+#define COMMENT(text) {COMMENT_STEP, text}
+#define CALL(call) {CALL_STEP, &(call)}
 
-/* A call that is being made. Images and engines are places in the tables below, from 1. */
+/* Bytes that are loaded ahead of a call: to `to`, or to memory that `direct` points to until the call ends. */
+typedef struct Load { void* to; const uint8_t** direct; size_t size; const char* file; uint64_t from; } Load;
+
+#define LOAD(to, size, file, from) {to, NULL, size, file, from}
+#define LOAD_DIRECT(direct, size, file, from) {NULL, &(direct), size, file, from}
+
+/* A call of the log. Images and engines are places in the tables below, from 1. */
 typedef struct Call
 {
     const char* name;
+    void (*make)(const void* about);
+    const void* about;
+    const Load* loads;
+    size_t load_count;
     const Step* by_logger;
     size_t logger_steps;
     const Step* by_renderer;
     size_t renderer_steps;
     uint32_t images[6], engine, again;
+    uint32_t resource, refused, without_resource_paint; /* what the renderer makes of it */
+} Call;
+
+/* One that is being made. */
+typedef struct Present
+{
+    const Call* call;
     size_t next;       /* of by_logger */
     uint32_t repeated; /* reads of the present step that have been made */
     const Step* asked; /* by the renderer */
     void* loaded[6];
     size_t loaded_count;
-    struct Call* outer;
-} Call;
+    struct Present* outer;
+} Present;
 )c";
 
 const char* const kCState = R"c(
 static ORV_Interface orv;
-static Call* present;
+static Present* present;
 static int failed;
 static orvlog_comment_fn_type comment_function;
 static void* comment_context;
 static const char* folder = ".";
 
-
 const uint8_t no_bytes[1] = {0};
 
 void complain(const char* what)
 {
-    fprintf(stderr, "%s: %s\n", present != NULL ? present->name : "the job", what);
+    fprintf(stderr, "%s: %s\n", present != NULL ? present->call->name : "the job", what);
     failed = 1;
 }
 
@@ -139,18 +155,17 @@ void load(void* to, size_t size, const char* name, uint64_t from)
         complain("a file with data is too short");
 }
 
-/* Until the end of the call. */
-const uint8_t* loaded(Call* call, size_t size, const char* name, uint64_t from)
+void load_direct(const Load* wanted)
 {
-    uint8_t* bytes = malloc(size);
+    uint8_t* bytes = malloc(wanted->size);
+    *wanted->direct = bytes != NULL ? bytes : no_bytes;
     if (bytes == NULL)
     {
         complain("no memory");
-        return no_bytes;
+        return;
     }
-    load(bytes, size, name, from);
-    call->loaded[call->loaded_count++] = bytes;
-    return bytes;
+    load(bytes, wanted->size, wanted->file, wanted->from);
+    present->loaded[present->loaded_count++] = bytes;
 }
 )c";
 
@@ -179,19 +194,26 @@ void comment(const char* text)
 const char* const kCClient = R"c(
 /* The client's answers. */
 
+void make(const Call* call);
+
 int is_aside(const Step* step)
 {
-    if (step->kind == COMMENT_STEP)
-        comment(step->about);
-    else if (step->kind == CALL_STEP)
-        step->call();
     return step->kind == COMMENT_STEP || step->kind == CALL_STEP;
 }
 
-void make_asides(Call* call)
+void make_aside(const Step* step)
 {
-    while (call->next < call->logger_steps && (call->by_logger[call->next].kind == COMMENT_STEP || call->by_logger[call->next].kind == CALL_STEP))
-        is_aside(&call->by_logger[call->next++]);
+    if (step->kind == COMMENT_STEP)
+        comment(step->about);
+    else
+        make(step->about);
+}
+
+void make_asides(void)
+{
+    Present* now = present;
+    while (now->next < now->call->logger_steps && is_aside(&now->call->by_logger[now->next]))
+        make_aside(&now->call->by_logger[now->next++]);
 }
 
 /* What is to be answered now: to the renderer, or to the logger. Null, and said, where something else was to be asked. */
@@ -200,8 +222,8 @@ const void* answer(int kind)
     const Step* step = present != NULL ? present->asked : NULL;
     if (present != NULL && step == NULL)
     {
-        make_asides(present);
-        step = present->next < present->logger_steps ? &present->by_logger[present->next] : NULL;
+        make_asides();
+        step = present->next < present->call->logger_steps ? &present->call->by_logger[present->next] : NULL;
         if (step != NULL && step->kind == kind && (kind != READ_STEP || present->repeated + 1 >= ((const Read*)step->about)->times))
             ++present->next;
     }
@@ -212,236 +234,6 @@ const void* answer(int kind)
     }
     return step->about;
 }
-)c";
-
-const char* const kCFonts = R"c(
-const GFI_FontSpecPointer stray_font = {NULL};
-const GFI_StringDescPointer stray_string = {NULL, NULL, NULL};
-static GFI_GlyphDescPointer given;
-
-void give_matrix(GGO_Matrix* to, uint32_t* flags, const GGO_Matrix* matrix, uint32_t value)
-{
-    if (to != NULL && matrix != NULL)
-        *to = *matrix;
-    if (flags != NULL)
-        *flags = value;
-}
-
-uint32_t string_start(void* context, const GFI_FontSpecPointer* font, const GGO_Matrix* to_pixels, uint32_t flags, uint32_t scaled, const GFI_StringDescPointer* string, int32_t* font_id, GGO_Matrix* glyph_to_pixels, uint32_t* glyph_flags)
-{
-    const StringStart* step = answer(STRING_START_STEP);
-    (void)context, (void)font, (void)to_pixels, (void)flags, (void)scaled, (void)string;
-    if (step == NULL)
-        return 0;
-    *font_id = step->font_id;
-    give_matrix(glyph_to_pixels, glyph_flags, step->glyph_to_pixels, step->glyph_flags);
-    return step->result;
-}
-
-uint32_t glyph_index_get(void* context, uint32_t* returned, uint32_t* index, uint16_t* variant, GGO_Vector* advance, GGO_BoxFloat* box)
-{
-    const GlyphIndex* step = answer(GLYPH_INDEX_STEP);
-    (void)context;
-    *returned = 0;
-    if (step == NULL)
-        return 0;
-    *returned = step->returned;
-    *index = step->index;
-    *variant = step->variant;
-    if (advance != NULL && step->advance != NULL)
-        *advance = *step->advance;
-    if (box != NULL && step->box != NULL)
-        *box = *step->box;
-    return step->result;
-}
-
-uint32_t give_glyph(const Glyph* step, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
-{
-    if (step == NULL)
-        return 0;
-    *changed = step->changed;
-    if (step->changed)
-        give_matrix(matrix, flags, step->to_pixels, step->flags);
-    if (step->glyph != NULL)
-        given = *step->glyph;
-    *glyph = step->glyph != NULL ? &given : NULL;
-    return step->result;
-}
-
-uint32_t glyph_get_fixed(void* context, uint32_t type, uint32_t* returned, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
-{
-    const Glyph* step = answer(GLYPH_FIXED_STEP);
-    (void)context, (void)type;
-    *returned = step != NULL ? step->returned : 0;
-    return give_glyph(step, changed, matrix, flags, glyph);
-}
-
-uint32_t glyph_get(void* context, uint32_t type, uint32_t* changed, GGO_Matrix* matrix, uint32_t* flags, GFI_GlyphDescPointer** glyph)
-{
-    (void)context, (void)type;
-    return give_glyph(answer(GLYPH_STEP), changed, matrix, flags, glyph);
-}
-
-const char* engine_name(void* context)
-{
-    return context;
-}
-
-#define NAMED_ENGINE(name) {string_start, glyph_index_get, glyph_get_fixed, glyph_get, engine_name, NULL, (void*)name}
-#define ENGINE {string_start, glyph_index_get, glyph_get_fixed, glyph_get, NULL, NULL, NULL}
-)c";
-
-const char* const kCImages = R"c(
-uint32_t image_prepare(GOP_OperandImagePointer** operand, uint32_t object_type, uint32_t decompress, uint32_t rescale, float max_width, float min_width, float max_height, float min_height, uint32_t render_space, uint32_t depth, uint32_t attributes)
-{
-    const Prepare* step = answer(PREPARE_STEP);
-    (void)object_type, (void)decompress, (void)rescale, (void)max_width, (void)min_width, (void)max_height;
-    (void)min_height, (void)render_space, (void)depth, (void)attributes;
-    if (step == NULL)
-        return 0;
-    if (step->left != NULL && step->replaced)
-        *operand = step->left;
-    else if (step->left != NULL)
-    {
-        const uint8_t* direct = (*operand)->imp_DirectImage;
-        **operand = *step->left;
-        if (direct != NULL && step->left->imp_DirectImage != NULL)
-            (*operand)->imp_DirectImage = direct;
-    }
-    return step->result;
-}
-
-uint32_t image_read(GOP_OperandImagePointer* operand, void* context, uint32_t skip, uint8_t* image, uint32_t size, int32_t row_step, int32_t* returned, uint8_t* attributes, uint32_t attr_size, int32_t attr_row_step, int32_t* attr_returned)
-{
-    const Read* step = answer(READ_STEP);
-    (void)operand, (void)context, (void)skip, (void)row_step, (void)attr_row_step;
-    if (step == NULL)
-        return 0;
-    load(image, step->bytes < size ? step->bytes : size, IMAGES, step->from + (uint64_t)present->repeated * step->bytes);
-    *returned = step->returned;
-    if (attributes != NULL)
-    {
-        load(attributes, step->attr_bytes < attr_size ? step->attr_bytes : attr_size, IMAGES, step->attr_from);
-        *attr_returned = step->attr_returned;
-    }
-    if (present->asked == NULL)
-        present->repeated = present->repeated + 1 < step->times ? present->repeated + 1 : 0;
-    return step->result;
-}
-
-uint32_t plain_answer(int kind)
-{
-    const Plain* step = answer(kind);
-    return step != NULL ? step->result : 0;
-}
-
-uint32_t image_finish(GOP_OperandImagePointer* operand, void* context)
-{
-    (void)operand, (void)context;
-    return plain_answer(FINISH_STEP);
-}
-
-uint32_t image_reset(GOP_OperandImagePointer* operand, void* context)
-{
-    (void)operand, (void)context;
-    return plain_answer(RESET_STEP);
-}
-
-uint32_t image_keep(GOP_OperandImagePointer* operand)
-{
-    (void)operand;
-    return plain_answer(KEEP_STEP);
-}
-
-void* image_release(GOP_OperandImagePointer* operand)
-{
-    (void)operand;
-    plain_answer(RELEASE_STEP);
-    return NULL;
-}
-)c";
-
-const char* const kCTickets = R"c(
-/* The client's colour manager. */
-
-typedef struct Ticket
-{
-    uint32_t key, kind, channels;
-    const uint8_t* bytes;
-    size_t size;
-    GCM_Csd first;
-    const GCM_Csd* list[2];
-} Ticket;
-
-uint32_t ticket_nothing(void* ticket)
-{
-    (void)ticket;
-    return 1;
-}
-
-uint32_t ticket_query(void* ticket, void* space, void* render)
-{
-    const Ticket* told = ticket;
-    const uint32_t numbers[5] = {told->kind, 8, 0, told->channels, told->key};
-    const uint32_t keys[4] = {told->key, 0, 0, 0};
-    memcpy(space, numbers, sizeof numbers);
-    memcpy(render, keys, sizeof keys);
-    return 1;
-}
-
-uint32_t ticket_csd_list(void* ticket, const GCM_Csd* const** list, uintptr_t zero1, uintptr_t zero2)
-{
-    Ticket* told = ticket;
-    (void)zero1, (void)zero2;
-    told->list[0] = &told->first;
-    *list = told->list;
-    return 1;
-}
-
-uint32_t ticket_key(void* ticket, uint32_t* key)
-{
-    *key = ((const Ticket*)ticket)->key;
-    return *key != 0;
-}
-
-uint32_t ticket_serialise(void* ticket, GIO_Stream* stream, uintptr_t one, uintptr_t zero)
-{
-    const Ticket* told = ticket;
-    (void)one, (void)zero;
-    if (stream->ops->gio_Write(told->bytes, 1, told->size, stream->instance) != told->size)
-        return 0;
-    return stream->ops->gio_Seek(stream->instance, (int32_t)told->size, GIO_SEEK_SET) == 0;
-}
-
-static const ORVLOG_TicketFunctions ticket_functions = {.retain = ticket_nothing, .release = ticket_nothing, .query = ticket_query, .csd_list = ticket_csd_list, .key = ticket_key};
-static const ORVLOG_TicketSerialFunctions ticket_serial_functions = {.serialise = ticket_serialise};
-)c";
-
-const char* const kCStreams = R"c(
-/* A stream over bytes, for profiles that come by one. */
-
-typedef struct Bytes { const uint8_t* bytes; size_t size, place; } Bytes;
-
-uint64_t bytes_read(void* to, uint64_t item_size, uint64_t count, void* self)
-{
-    Bytes* from = self;
-    const uint64_t left = (from->size - from->place) / (item_size != 0 ? item_size : 1);
-    count = count < left ? count : left;
-    memcpy(to, from->bytes + from->place, (size_t)(count * item_size));
-    from->place += (size_t)(count * item_size);
-    return count;
-}
-
-int32_t bytes_seek(void* self, int32_t offset, int32_t origin)
-{
-    Bytes* from = self;
-    if (origin != GIO_SEEK_SET || offset < 0 || (size_t)offset > from->size)
-        return -1;
-    from->place = (size_t)offset;
-    return 0;
-}
-
-const GIO_StreamOps byte_operations = {.gio_Read = bytes_read, .gio_Seek = bytes_seek};
 )c";
 
 }  // namespace orvlog::inspect

@@ -8,6 +8,7 @@ namespace orvlog::inspect
 extern const char* const kCIncludes;
 extern const char* const kCRecordTypes;
 extern const char* const kCSteps;
+extern const char* const kCCallRecords;
 extern const char* const kCState;
 extern const char* const kCComment;    // one of these two
 extern const char* const kCNoComment;  //
@@ -16,10 +17,10 @@ extern const char* const kCFonts;
 extern const char* const kCImages;
 extern const char* const kCTickets;
 extern const char* const kCStreams;
-extern const char* const kCRenderer;
 extern const char* const kCAskFonts;
 extern const char* const kCAskImages;
 extern const char* const kCRun;
+extern const char* const kCMaking;
 extern const char* const kCHost;
 
 }  // namespace orvlog::inspect

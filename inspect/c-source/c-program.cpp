@@ -17,7 +17,7 @@ namespace
 using reader::Children;
 using reader::Element;
 
-constexpr size_t kMostOfAPart = 200;
+constexpr size_t kMostOfAPart = 1000;
 // Where a session's number isn't told.
 constexpr uint8_t kSession = 7;
 
@@ -33,6 +33,20 @@ bool is_closed_record(const Element& element)
            element.name.starts_with("GFI_");
 }
 
+// Whether its element is closed before it is passed on.
+bool is_closed_call(std::string_view name)
+{
+    return !name.starts_with("ORV_object_") && !name.starts_with("ORV_group_") && name != "ORV_resource_paint";
+}
+
+// "OBJECT_PAINT" of "ORV_object_paint".
+std::string macro_of(const std::string& call)
+{
+    std::string macro = call.substr(std::string_view("ORV_").size());
+    std::ranges::transform(macro, macro.begin(), [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
+    return macro;
+}
+
 }  // namespace
 
 CProgram::CProgram(const replay::LogKind& kind, const CProgramOptions& options)
@@ -41,6 +55,8 @@ CProgram::CProgram(const replay::LogKind& kind, const CProgramOptions& options)
              [this](std::string_view name, uint64_t begin, uint64_t count) { return side_file(name, begin, count); })
 {
     session_.fill(kSession);
+    if (const auto told = replay::session_number(kind.script.session))
+        session_ = *told;
 }
 
 CProgram::~CProgram() = default;
@@ -96,34 +112,21 @@ void CProgram::note_prefix(std::string_view file)
     prefix_ = name.empty() ? "image" : name;
 }
 
-// "orvlog-S-async-image-N.tmp", with S the session's number as four words, the last one first.
-void CProgram::note_session(std::string_view kept_log)
+void CProgram::add_to_job(const std::string& step)
 {
-    constexpr size_t kFirst = 7;
-    if (kept_log.size() < kFirst + 35)
-        return;
-    for (size_t word = 0; word < 4; ++word)
-    {
-        const std::string digits(kept_log.substr(kFirst + (3 - word) * 9, 8));
-        const uint32_t value = reader::to_flags("[0x" + digits + "]");
-        for (size_t byte = 0; byte < 4; ++byte)
-            session_[word * 4 + byte] = static_cast<uint8_t>(value >> (8 * byte));
-    }
-}
-
-void CProgram::say(const std::string& statement)
-{
-    part_.push_back("    " + statement + "\n");
+    part_.push_back("    " + step + ",\n");
     if (part_.size() >= kMostOfAPart)
         end_part();
 }
 
 void CProgram::end_part()
 {
-    *to_ << "static void part_" << ++parts_ << "(void)\n{\n";
+    if (part_.empty())
+        return;
+    *to_ << "static const Step part_" << ++parts_ << "[] = {\n";
     for (const std::string& line : part_)
         *to_ << line;
-    *to_ << "}\n\n";
+    *to_ << "};\n\n";
     part_.clear();
 }
 
@@ -140,19 +143,14 @@ void CProgram::step(const Element& callback, bool by_logger, Call& made)
 {
     note_prefix(callback.value("ImageFileName"));
     made.steps(by_logger) += steps_.step(callback, by_logger, made.memory->records);
-    if (callback.name != "GOP_ImageKeepFn")
-        return;
-    if (callback.has("async_img_log_file_name"))
+    if (callback.name == "GOP_ImageKeepFn" && callback.has("async_img_log_file_name"))
         follow_kept(callback, made);
-    else
-        merged_ = true;
 }
 
 // The callbacks of an image that has a log of its own: as if they had been made at once.
 void CProgram::follow_kept(const Element& callback, Call& made)
 {
     const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
-    note_session(name);
     const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
     if (file.stream == nullptr)
     {
@@ -174,11 +172,12 @@ void CProgram::follow_kept(const Element& callback, Call& made)
 void CProgram::nested_call(const Element& element, bool by_logger, Call& made)
 {
     made.steps(by_logger) += steps_.finish_run();
+    *to_ << std::exchange(made.definitions, {}) << records_.take();
     CRecords::State outer = records_.push();
     Call inner;
     call(element, true, &inner);
     records_.pop(std::move(outer));
-    if (!inner.body.empty())
+    if (!inner.asked.empty())
         made.steps(by_logger) += "    CALL(call_" + std::to_string(inner.number) + "),\n";
 }
 
@@ -200,8 +199,7 @@ void CProgram::walk(const Element& element, bool in_member, Call& made)
     made.steps(in_member) += steps_.finish_run();
 }
 
-// A callback that stands in no call was made in one that is closed before it is passed on, or ahead of the end of a
-// group.
+// A callback that stands in no call was made in one whose element is closed before it is passed on, or between two.
 void CProgram::loose(const Element& callback)
 {
     if (pending_ == nullptr || !is_callback(callback))
@@ -227,38 +225,52 @@ void CProgram::flush_pending()
     if (pending_ != nullptr)
     {
         loose_ += steps_.finish_run();
-        pending_->definitions += std::exchange(loose_definitions_, {});
-        pending_->loads += std::exchange(loose_loads_, {});
-        pending_->renderer_steps += std::exchange(loose_, {});
-        write(*pending_);
-        say("call_" + std::to_string(pending_->number) + "();");
+        Call between;
+        Call& owner = is_closed_call(pending_->name) ? *pending_ : between;
+        owner.definitions += std::exchange(loose_definitions_, {});
+        owner.loads += std::exchange(loose_loads_, {});
+        owner.renderer_steps += std::exchange(loose_, {});
+        write_and_add(*pending_);
+        if (!between.renderer_steps.empty())
+        {
+            between.number = ++number_;
+            between.name = "ORV_between";
+            between.address = "behind " + pending_->address;
+            between.asked = "0";
+            write_and_add(between);
+        }
         pending_.reset();
     }
     for (const std::string& text : behind_pending_)
-        say("comment(" + text + ");");
+        add_to_job("COMMENT(" + text + ")");
     behind_pending_.clear();
+}
+
+void CProgram::write_and_add(const Call& made)
+{
+    write(made);
+    add_to_job("CALL(call_" + std::to_string(made.number) + ")");
 }
 
 void CProgram::write(const Call& made)
 {
-    ++outcome_.calls;
     std::string fields = made.fields;
     const std::string number = std::to_string(made.number);
     *to_ << "/* " << made.address << ": " << made.name << " */\n" << made.definitions;
-    const auto list = [&](const std::string& steps, const char* name, const char* field, const char* count)
+    const auto list =
+        [&](const std::string& rows, const char* type, const char* name, const char* field, const char* count)
     {
-        if (steps.empty())
+        if (rows.empty())
             return;
-        *to_ << "static const Step " << name << "_" << number << "[] = {\n" << steps << "};\n";
+        *to_ << "static const " << type << " " << name << "_" << number << "[] = {\n" << rows << "};\n";
         fields += std::string(", .") + field + " = " + name + "_" + number + ", ." + count + " = LENGTH(" + name + "_" +
                   number + ")";
     };
-    list(made.logger_steps, "logger_asks", "by_logger", "logger_steps");
-    list(made.renderer_steps, "renderer_asks", "by_renderer", "renderer_steps");
-    *to_ << "static void call_" << number << "(void)\n{\n    Call call = {.name = \"" << made.address << "\"" << fields
-         << "};\n"
-         << made.loads << "    begin(&call);\n"
-         << made.body << "    end(&call);\n}\n\n";
+    list(made.loads, "Load", "loads", "loads", "load_count");
+    list(made.logger_steps, "Step", "logger_asks", "by_logger", "logger_steps");
+    list(made.renderer_steps, "Step", "renderer_asks", "by_renderer", "renderer_steps");
+    *to_ << "static const Call call_" << number << " = {.name = \"" << made.address << "\"" << fields << ",\n    "
+         << macro_of(made.name) << "(" << made.asked << ")};\n\n";
 }
 
 void CProgram::call(const Element& element, bool nested, Call* made)
@@ -280,12 +292,13 @@ void CProgram::call(const Element& element, bool nested, Call* made)
                           reader::read_uint(told, "orvlog_string_desc_id"),
                           records_.font(shape.sp_U.glyph.font_spec_ptr), records_.string(shape.sp_U.glyph.string_desc));
     };
-    if (!statement(element, *made))
+    if (!arguments(element, *made))
     {
         ++outcome_.not_made;
-        made->body.clear();
+        made->asked.clear();
         return;
     }
+    ++outcome_.calls;
     made->definitions += records_.take();
     made->loads += records_.take_loads();
     if (!nested)
@@ -318,18 +331,11 @@ void CProgram::write_calls(std::istream& log, std::ostream& to)
             loose(*element);
         else
         {
-            const bool ends_group = element->name == "ORV_group_finish";
-            std::string earlier = ends_group ? std::exchange(loose_, {}) + steps_.finish_run() : std::string();
-            std::string definitions = ends_group ? std::exchange(loose_definitions_, {}) : std::string();
-            std::string loads = ends_group ? std::exchange(loose_loads_, {}) : std::string();
             flush_pending();
             auto made = std::make_unique<Call>();
-            made->renderer_steps = std::move(earlier);
-            made->definitions = std::move(definitions);
-            made->loads = std::move(loads);
             call(*element, false, made.get());
             made->memory.reset();
-            if (!made->body.empty())
+            if (!made->asked.empty())
                 pending_ = std::move(made);
         }
         comments_.clear();

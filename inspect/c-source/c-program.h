@@ -6,6 +6,7 @@
 #include "clients/replay/replay.h"
 #include "inspect/c-source/c-records.h"
 #include "inspect/c-source/c-steps.h"
+#include "inspect/c-source/c-text.h"
 #include "reader/text/log-files.h"
 #include "reader/tree/element.h"
 
@@ -76,17 +77,17 @@ private:
     };
 
     void call(const reader::Element& element, bool nested, Call* made);
-    bool statement(const reader::Element& element, Call& made);
+    bool arguments(const reader::Element& element, Call& made);
     bool document_start(const reader::Element& element, Call& made);
     bool document_finish(const reader::Element& element, Call& made);
     bool resource_destroy(const reader::Element& element, Call& made);
     bool drawing_start(const reader::Element& element, Call& made);
     bool drawing_call(const reader::Element& element, Call& made);
-    void group_start(const reader::Element& element, Call& made);
+    void group_start(const reader::Element& element, Call& made, CFields& fields);
     void group_finish(const reader::Element& element, Drawing& drawing, Call& made);
-    void paint(const reader::Element& element, Call& made);
-    void paint_and_stroke(const reader::Element& element, Call& made);
-    void resource_paint(const reader::Element& element, Call& made);
+    void paint(const reader::Element& element, Call& made, CFields& fields);
+    void paint_and_stroke(const reader::Element& element, Call& made, CFields& fields);
+    void resource_paint(const reader::Element& element, Call& made, CFields& fields);
 
     void walk(const reader::Element& element, bool in_member, Call& made);
     void step(const reader::Element& callback, bool by_logger, Call& made);
@@ -96,20 +97,22 @@ private:
     void loose(const reader::Element& callback);
     void flush_pending();
     void write(const Call& made);
-    void say(const std::string& statement);
+    void write_and_add(const Call& made);
+    void add_to_job(const std::string& step);
     void end_part();
 
     std::string engine(const reader::Element& element, Call& made, uint32_t* id);
+    std::string silent_engine(uint32_t context, Drawing& drawing, Call& made);
     std::string ticket(const reader::Element& element, Call& made);
     std::string document(const reader::Element& element) const;
     std::string parent(const reader::Element& element) const;
+    std::string resource(uint32_t id) const;
     std::string operand(const reader::Element& element, const char* member, size_t slot, Call& made);
     std::string image(const reader::Element& element, const GOP_OperandImagePointer* record, const char* base,
                       Call& made);
     std::vector<uint8_t> side_file(std::string_view name, uint64_t begin, uint64_t count);
     std::vector<uint8_t> direct_bytes(const reader::Element& element);
     void note_prefix(std::string_view file);
-    void note_session(std::string_view kept_log);
     bool needs_options() const;
     std::string open_session() const;
     void complain(const std::string& line) const;
@@ -141,7 +144,6 @@ private:
     uint32_t drawing_places_ = 0;
     uint32_t resource_places_ = 0;
     bool coded_ = false;
-    bool merged_ = false;
     bool has_tickets_ = false;
     bool has_comments_ = false;
     std::string prefix_;

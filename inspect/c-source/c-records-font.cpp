@@ -14,11 +14,6 @@ namespace
 
 // Payloads of more bytes lie in a file.
 constexpr size_t kMostInSource = 256;
-// Glyphs that are remembered; those beyond may be defined more than once.
-constexpr size_t kMostGlyphs = 20000;
-constexpr size_t kLongestGlyph = 4096;
-// Stands in definitions for the number of their glyph.
-constexpr const char* kMark = "@";
 
 std::string glyph_spec_text(const GFI_GlyphSpec& spec)
 {
@@ -75,7 +70,7 @@ std::string CRecords::font(const GFI_FontSpecPointer* record)
         spec = define("const GFI_FontSpec", "font_spec",
                       "{" + c_float(told->ufs_FontSize) + ", " + c_enum(ORVLOG_TEXT_DIRECTION, told->ufs_Direction) +
                           ", " + c_enum(ORVLOG_FONT_VOLATILITY, told->ufs_FontVolatility) + "}");
-    return texts_[record] = define("const GFI_FontSpecPointer", "font", "{" + spec + "}");
+    return texts_[record] = define_own("const GFI_FontSpecPointer", "font", "{" + spec + "}");
 }
 
 std::string CRecords::string(const GFI_StringDescPointer* record)
@@ -111,67 +106,46 @@ std::string CRecords::string(const GFI_StringDescPointer* record)
                    "static const GFI_GlyphClusterSpec " + mapping + "[] = " + c_list(clusters) + ";\n");
         fields.add("gsp_TextPtr", text).add("gsp_GlyphMapping", mapping);
     }
-    return texts_[record] = define("const GFI_StringDescPointer", "string", fields.text());
+    return texts_[record] = define_own("const GFI_StringDescPointer", "string", fields.text());
 }
 
 std::string CRecords::glyph_description(const GFI_GlyphDesc* record)
 {
     const std::string head = "{" + c_enum(ORVLOG_GLYPH_TYPE, record->gd_Type) + ", {" +
                              c_double(record->gd_Offset.gvf_X) + ", " + c_double(record->gd_Offset.gvf_Y) + "}}";
-    const std::string name = fresh("glyph_desc");
     if (record->gd_Type == GFI_GDT_PATH)
     {
         const auto* path = reinterpret_cast<const GFI_GlyphDescPath*>(record);
-        define("static const GFI_GlyphDescPath " + name + " = {" + head + ", " +
-               c_enum(ORVLOG_WINDING, path->gdp_WindingRule) + "};\n");
-        return "(const GFI_GlyphDesc*)&" + name;
+        return "(const GFI_GlyphDesc*)" +
+               define("const GFI_GlyphDescPath", "glyph_desc",
+                      "{" + head + ", " + c_enum(ORVLOG_WINDING, path->gdp_WindingRule) + "}");
     }
     const Payload payload = payload_of(record);
     const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(record) + payload.offset, payload.size);
-    const bool inside = bytes.size() <= kMostInSource;
-    const std::string room = "(" + std::to_string(std::max<size_t>(bytes.size(), 1)) + ")";
-    define((inside ? "static const " : "static ") + std::string(payload.macro) + room + " " + name + " = {" + head +
-           ", " + payload.fields + ", " + (inside ? c_bytes(bytes) : "{0}") + "};\n");
-    if (!inside)
-        loads_ += "    load(" + name + ".payload, " + std::to_string(bytes.size()) + ", GLYPHS, " +
-                  c_uint64(put_(CDataKind::glyphs, bytes)) + ");\n";
-    return "(const GFI_GlyphDesc*)&" + name;
+    const std::string type = payload.macro + ("(" + std::to_string(std::max<size_t>(bytes.size(), 1)) + ")");
+    const std::string before = "{" + head + ", " + payload.fields + ", ";
+    if (bytes.size() <= kMostInSource)
+        return "(const GFI_GlyphDesc*)" + define("const " + type, "glyph_desc", before + c_bytes(bytes) + "}");
+    const std::string what = type + before + std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::string made = known(what);
+    if (!made.empty())
+        return made;
+    const std::string record_made = define_own(type, "glyph_desc", before + "{0}}");
+    add_load(record_made.substr(1) + ".payload", CDataKind::glyphs, bytes);
+    made = "(const GFI_GlyphDesc*)" + record_made;
+    remember(what, made);
+    return made;
 }
 
 std::string CRecords::glyph(const GFI_GlyphDescPointer* record)
 {
     if (record == nullptr)
         return "NULL";
-    // Made apart from the call, under a number of its own.
-    std::string outer = std::exchange(definitions_, {});
-    std::string outer_loads = std::exchange(loads_, {});
-    const std::string outer_number = std::exchange(number_, kMark);
-    auto outer_names = std::exchange(names_, {});
     CFields fields;
     if (record->gdp_GlyphDesc != nullptr)
         fields.add("gdp_GlyphDesc", glyph_description(record->gdp_GlyphDesc));
     fields.add("gdp_Path", path("glyph_path", record->gdp_Path));
-    const std::string name = define("const GFI_GlyphDescPointer", "glyph", fields.text());
-    std::string made = std::exchange(definitions_, std::move(outer));
-    std::string made_loads = std::exchange(loads_, std::move(outer_loads));
-    number_ = outer_number;
-    names_ = std::move(outer_names);
-    const auto known = glyphs_.find(made);
-    if (known != glyphs_.end())
-        return known->second;
-    const std::string number = "g" + std::to_string(++glyph_number_);
-    const auto numbered = [&number](std::string text)
-    {
-        for (size_t at = text.find(kMark); at != std::string::npos; at = text.find(kMark, at + number.size()))
-            text.replace(at, 1, number);
-        return text;
-    };
-    definitions_ += numbered(made);
-    loads_ += numbered(made_loads);
-    std::string numbered_name = numbered(name);
-    if (made_loads.empty() && made.size() <= kLongestGlyph && glyphs_.size() < kMostGlyphs)
-        glyphs_[made] = numbered_name;
-    return numbered_name;
+    return define("const GFI_GlyphDescPointer", "glyph", fields.text());
 }
 
 }  // namespace orvlog::inspect

@@ -193,21 +193,20 @@ std::string CRecords::operand(std::string_view base, const GOP_OperandPointer* r
 {
     if (record == nullptr)
         return "NULL";
-    constexpr const char* kCast = "(GOP_OperandPointer*)";
     if (record->op_Operand == nullptr)
-        return kCast + define("GOP_OperandFlatPointer", base, "{.flp_Pointer = " + pointer_head(*record, "NULL") + "}");
+        return define("GOP_OperandFlatPointer", base, "{.flp_Pointer = " + pointer_head(*record, "NULL") + "}");
     if (!is_no_image(record))
         return "NULL";
     switch (record->op_Operand->go_OpType)
     {
     case GOP_OPERAND_GRAD_2PT:
-        return kCast + gradient_2pt(base, record);
+        return gradient_2pt(base, record);
     case GOP_OPERAND_GRAD_MULTISTOP:
-        return kCast + gradient_multistop(base, record);
+        return gradient_multistop(base, record);
     case GOP_OPERAND_GRAD_3PT:
-        return kCast + gradient_3pt(base, record);
+        return gradient_3pt(base, record);
     case GOP_OPERAND_GRAD_RADIAL:
-        return kCast + gradient_radial(base, record);
+        return gradient_radial(base, record);
     default:
         break;
     }
@@ -215,8 +214,8 @@ std::string CRecords::operand(std::string_view base, const GOP_OperandPointer* r
     const std::string made = define(
         "const " + with_color("FLAT", inside->fl_Color), "flat",
         CFields().add("operand", head_text(inside->fl_Operand)).add("color", color_text(inside->fl_Color)).text());
-    return kCast + define("GOP_OperandFlatPointer", base,
-                          "{.flp_Pointer = " + pointer_head(*record, "(const GOP_Operand*)" + made) + "}");
+    return define("GOP_OperandFlatPointer", base,
+                  "{.flp_Pointer = " + pointer_head(*record, "(const GOP_Operand*)" + made) + "}");
 }
 
 std::string CRecords::image(std::string_view base, const GOP_OperandImagePointer* record, const std::string& direct,

@@ -4,7 +4,6 @@
 #include "orvlog/names/orvlog-names.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 namespace orvlog::inspect
@@ -58,62 +57,6 @@ std::string edge_head(const GPA_Edge& record)
 }
 
 }  // namespace
-
-std::string CRecords::take()
-{
-    return std::exchange(definitions_, {});
-}
-
-std::string CRecords::take_loads()
-{
-    return std::exchange(loads_, {});
-}
-
-void CRecords::start_call(uint64_t number)
-{
-    number_ = std::to_string(number);
-    names_.clear();
-    texts_.clear();
-}
-
-CRecords::State CRecords::push()
-{
-    return {take(), take_loads(), number_, std::exchange(names_, {}), std::exchange(texts_, {})};
-}
-
-void CRecords::pop(State outer)
-{
-    definitions_ = std::move(outer.definitions);
-    loads_ = std::move(outer.loads);
-    number_ = std::move(outer.number);
-    names_ = std::move(outer.names);
-    texts_ = std::move(outer.texts);
-}
-
-std::string CRecords::fresh(std::string_view base)
-{
-    const uint32_t count = ++names_[std::string(base)];
-    std::string name = std::string(base) + "_" + number_;
-    return count == 1 ? name : name + "_" + std::to_string(count);
-}
-
-std::string CRecords::define(const std::string& type, std::string_view base, const std::string& initialiser)
-{
-    const std::string name = fresh(base);
-    definitions_ += "static " + type + " " + name + " = " + initialiser + ";\n";
-    return "&" + name;
-}
-
-std::string CRecords::bytes(CDataKind kind, std::span<const uint8_t> bytes, std::string_view base)
-{
-    constexpr const char* kFiles[] = {"IMAGES", "PROFILES", "GLYPHS"};
-    const std::string name = std::string(base) + "_bytes_" + std::to_string(++bytes_number_);
-    const std::string size = std::to_string(bytes.size());
-    definitions_ += "static _Alignas(8) uint8_t " + name + "[" + size + "];\n";
-    loads_ += "    load(" + name + ", " + size + ", " + kFiles[static_cast<size_t>(kind)] + ", " +
-              c_uint64(put_(kind, bytes)) + ");\n";
-    return name;
-}
 
 std::string CRecords::matrix_text(const GGO_Matrix& record)
 {

@@ -1,7 +1,8 @@
 // Records of the drawing interface as definitions in C source.
 //
 // Each function gives an expression that points to its record, "NULL" for null, and leaves the definitions that it
-// needs in front of it. Records whose last field is an array are of a type that a macro of the program's makes.
+// needs in front of it. Records whose last field is an array are of a type that a macro of the program's makes. Records
+// that nobody changes are defined once, wherever they come again.
 
 #pragma once
 
@@ -11,9 +12,11 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace orvlog::inspect
 {
@@ -39,10 +42,10 @@ public:
     // What was defined since the last time. `number` is put behind the names of what comes next.
     std::string take();
     void start_call(uint64_t number);
-    // A call within a call: puts aside what belongs to the outer one, and takes it up again.
+    // A call within a call: puts aside what belongs to the outer one, and takes it up again. What the outer one has
+    // defined by then has been taken, for the inner one may use it.
     struct State
     {
-        std::string definitions;
         std::string loads;
         std::string number;
         std::map<std::string, uint32_t, std::less<>> names;
@@ -56,8 +59,11 @@ public:
     {
         definitions_ += definition;
     }
-    // A definition with the type, the name and the initialiser; gives "&name".
+    // A definition with the type, the name and the initialiser; gives "&name". One of a constant type may be an earlier
+    // one that is equal.
     std::string define(const std::string& type, std::string_view base, const std::string& initialiser);
+    // One that is told apart from others by its address.
+    std::string define_own(const std::string& type, std::string_view base, const std::string& initialiser);
 
     std::string op(std::string_view base, const GOP_Operator* record);
     std::string stroke(std::string_view base, const GPA_PathStrokingParams* record);
@@ -73,14 +79,13 @@ public:
     std::string box(std::string_view base, const GGO_BoxFloat* record);
     std::string face(const ORV_FaceProperties* record);
     std::string resource(const ORV_ResourceProperties* record);
-    // Equal glyphs are defined once.
     std::string glyph(const GFI_GlyphDescPointer* record);
     std::string font(const GFI_FontSpecPointer* record);
     std::string string(const GFI_StringDescPointer* record);
 
     // Bytes that are loaded when they are needed: the name of an array.
     std::string bytes(CDataKind kind, std::span<const uint8_t> bytes, std::string_view base);
-    // The statements that fill the arrays defined since the last time; to stand in front of the call that needs them.
+    // The loads that fill the arrays defined since the last time; to be made ahead of the call that needs them.
     std::string take_loads();
 
     static std::string matrix_text(const GGO_Matrix& record);
@@ -106,15 +111,20 @@ private:
     std::string gradient_multistop(std::string_view base, const GOP_OperandPointer* record);
     std::string gradient_radial(std::string_view base, const GOP_OperandPointer* record);
 
+    std::string named_type(const std::string& type);
+    std::string known(const std::string& what) const;
+    void remember(const std::string& what, const std::string& expression);
+    void add_load(const std::string& to, CDataKind kind, std::span<const uint8_t> bytes);
+
     CDataSink put_;
     std::string definitions_;
     std::string loads_;
     std::string number_;
     std::map<std::string, uint32_t, std::less<>> names_;  // of the call
     std::map<const void*, std::string> texts_;            // fonts and strings of the call
-    std::map<std::string, std::string> glyphs_;           // by what they are
-    uint64_t glyph_number_ = 0;
-    uint64_t bytes_number_ = 0;
+    std::unordered_map<std::string, std::string> known_;  // expressions by what they point to
+    size_t known_size_ = 0;
+    std::set<std::string> types_;
 };
 
 }  // namespace orvlog::inspect

@@ -3,27 +3,9 @@
 namespace orvlog::inspect
 {
 
-const char* const kCRenderer = R"c(
+const char* const kCAskFonts = R"c(
 /* The renderer, which does what the log says that the job's renderer did. */
 
-void begin(Call* call)
-{
-    call->outer = present;
-    present = call;
-}
-
-void end(Call* call)
-{
-    make_asides(call);
-    if (call->next < call->logger_steps)
-        complain("the logger asked for less than the log says");
-    while (call->loaded_count > 0)
-        free(call->loaded[--call->loaded_count]);
-    present = call->outer;
-}
-)c";
-
-const char* const kCAskFonts = R"c(
 void ask_font(const Step* step, const GFI_FontEngineTable* engine)
 {
     GGO_Matrix matrix = {{1, 0, 0, 1, 0, 0}};
@@ -72,6 +54,20 @@ void ask_read(const Read* about, GOP_OperandImagePointer* image)
     free(attributes);
 }
 
+void ask_finish(const Plain* about, GOP_OperandImagePointer* image)
+{
+    GOP_OperandImagePointer given = *image;
+    if (about->given != NULL)
+    {
+        given = *about->given;
+        given.imp_Context = image->imp_Context;
+        given.imp_ImageResetFn = given.imp_ImageResetFn != NULL ? image->imp_ImageResetFn : NULL;
+        given.imp_ImageKeepFn = image->imp_ImageKeepFn;
+        given.imp_ImageReleaseFn = image->imp_ImageReleaseFn;
+    }
+    image->imp_ImageFinishFn(&given, given.imp_Context);
+}
+
 void ask_image(const Step* step, GOP_OperandImagePointer* image)
 {
     if (step->kind == PREPARE_STEP)
@@ -89,7 +85,7 @@ void ask_image(const Step* step, GOP_OperandImagePointer* image)
         present->repeated = 0;
     }
     else if (step->kind == FINISH_STEP)
-        image->imp_ImageFinishFn(image, image->imp_Context);
+        ask_finish(step->about, image);
     else if (step->kind == RESET_STEP && image->imp_ImageResetFn != NULL)
         image->imp_ImageResetFn(image, image->imp_Context);
     else if (step->kind == KEEP_STEP && image->imp_ImageKeepFn != NULL)
@@ -125,8 +121,9 @@ void ask(const Step* step)
 
 uint32_t run(const GFI_FontEngineTable* engine, GOP_OperandPointer* const* operands, size_t count)
 {
-    Call* call = present;
-    make_asides(call);
+    const Call* call = present->call;
+    Present* now = present;
+    make_asides();
     if (engine != NULL && call->engine != 0)
         engines[call->engine] = engine;
     for (size_t i = 0; i < count; ++i)
@@ -136,10 +133,13 @@ uint32_t run(const GFI_FontEngineTable* engine, GOP_OperandPointer* const* opera
     {
         const Step* step = &call->by_renderer[i];
         if (is_aside(step))
-            continue;
-        call->asked = step;
-        ask(step);
-        call->asked = NULL;
+            make_aside(step);
+        else
+        {
+            now->asked = step;
+            ask(step);
+            now->asked = NULL;
+        }
     }
     return 1;
 }
@@ -171,7 +171,7 @@ uint32_t group_finish(const ORV_DrawingInterface* table, uint32_t* again)
 {
     (void)table;
     run(NULL, NULL, 0);
-    *again = present->again;
+    *again = present->call->again;
     return 1;
 }
 
@@ -196,6 +196,15 @@ void* drawing_error_context(const ORV_DrawingInterface* table)
 
 static const ORV_DrawingInterface renderer_drawing = {{object_paint, NULL}, {object_paint_and_stroke, NULL}, {group_start, NULL}, {group_finish, NULL}, {resource_paint, NULL}, {drawing_error_context, NULL}, {drawing_end, NULL}, {drawing_end, NULL}};
 
+uint32_t open_drawing(ORV_DrawingInterface* drawing, const GFI_FontEngineTable* engine)
+{
+    *drawing = renderer_drawing;
+    if (present->call->without_resource_paint)
+        drawing->resource_paint.fn = NULL;
+    run(engine, NULL, 0);
+    return !present->call->refused;
+}
+
 uint32_t document_start(void* err, const ORV_Interface* table, void** document, uint32_t id, const GFI_FontEngineTable* engine, void* extra)
 {
     (void)err, (void)table, (void)id, (void)extra;
@@ -218,25 +227,21 @@ uint32_t resource_destroy(void* err, const ORV_Interface* table, void* document,
 uint32_t face_start(void* err, const ORV_Interface* table, void* document, ORV_DrawingInterface* drawing, const GFI_FontEngineTable* engine, uint32_t number, const ORV_FaceProperties* properties, void* ticket, uint32_t orientation, uint32_t placement)
 {
     (void)err, (void)table, (void)document, (void)number, (void)properties, (void)ticket, (void)orientation, (void)placement;
-    *drawing = renderer_drawing;
-    return run(engine, NULL, 0);
+    return open_drawing(drawing, engine);
 }
 
 uint32_t resource_start(void* err, const ORV_Interface* table, void* document, ORV_DrawingInterface* drawing, const ORV_DrawingInterface* parent, const GFI_FontEngineTable* engine, const ORV_ResourceProperties* properties, void* ticket, uint32_t* resource)
 {
-    static uint32_t count;
     (void)err, (void)table, (void)document, (void)parent, (void)properties, (void)ticket;
-    *drawing = renderer_drawing;
-    *resource = ++count;
-    return run(engine, NULL, 0);
+    *resource = present->call->resource;
+    return open_drawing(drawing, engine);
 }
 
 uint32_t memory_context_start(void* err, const ORV_Interface* table, void* document, ORV_DrawingInterface* drawing, uintptr_t word1, uintptr_t word2, uintptr_t word3, uintptr_t word4, uintptr_t word5, const GFI_FontEngineTable* engine, void* ticket, uintptr_t word8, uintptr_t word9, uintptr_t word10, uintptr_t word11, uintptr_t word12, uintptr_t word13)
 {
     (void)err, (void)table, (void)document, (void)word1, (void)word2, (void)word3, (void)word4, (void)word5, (void)ticket;
     (void)word8, (void)word9, (void)word10, (void)word11, (void)word12, (void)word13;
-    *drawing = renderer_drawing;
-    return run(engine, NULL, 0);
+    return open_drawing(drawing, engine);
 }
 
 static const ORV_Interface renderer = {{NULL, 0}, {document_start, NULL}, {document_finish, NULL}, {resource_destroy, NULL}, {face_start, NULL}, {resource_start, NULL}, {memory_context_start, NULL}};

@@ -178,6 +178,21 @@ std::string CSteps::glyph(const Element& callback, bool fixed, reader::RecordRea
                     .add("glyph", glyph));
 }
 
+// As the log tells it; "NULL" for one that can't be made.
+std::string CSteps::record(const Element& told, const char* base, reader::RecordReader& reader)
+{
+    const GOP_OperandImagePointer* record = reader.image(&told);
+    if (record == nullptr)
+        return "NULL";
+    GOP_OperandImagePointer made = *record;
+    if (reader::read_bool(told, "imp_ImageResetFn") != 0)
+        made.imp_ImageResetFn = [](GOP_OperandImagePointer*, void*) { return 0U; };
+    const std::vector<uint32_t> table = reader::to_uints(told.value("imp_IndexColorTable"));
+    const std::vector<uint8_t> colors(table.begin(), table.end());
+    const bool direct = reader::read_bool(told, "imp_DirectImage") != 0;
+    return records_.image(base, &made, direct ? "no_bytes" : "NULL", colors);
+}
+
 std::string CSteps::prepare(const Element& callback, bool by_logger, reader::RecordReader& reader)
 {
     const Image* asked = image(callback);
@@ -190,16 +205,9 @@ std::string CSteps::prepare(const Element& callback, bool by_logger, reader::Rec
     std::string left = "NULL";
     if (replaced || now.told != asked->told)
     {
-        const GOP_OperandImagePointer* record = reader.image(told);
-        if (record == nullptr)
+        left = record(*told, "prepared", reader);
+        if (left == "NULL")
             return lack();
-        GOP_OperandImagePointer made = *record;
-        if (reader::read_bool(*told, "imp_ImageResetFn") != 0)
-            made.imp_ImageResetFn = [](GOP_OperandImagePointer*, void*) { return 0U; };
-        const std::vector<uint32_t> table = reader::to_uints(told->value("imp_IndexColorTable"));
-        const std::vector<uint8_t> colors(table.begin(), table.end());
-        const bool direct = reader::read_bool(*told, "imp_DirectImage") != 0;
-        left = records_.image("prepared", &made, direct ? "no_bytes" : "NULL", colors);
     }
     // The logger, which reads in base mode, keeps what it gets in place of the record to itself.
     const uint32_t number = asked->number;
@@ -307,6 +315,19 @@ std::string CSteps::finish_run()
     return "    READ(" + times + run.fields + from + "),\n";
 }
 
+std::string CSteps::finish(const Element& callback, reader::RecordReader& reader)
+{
+    const Image* asked = image(callback);
+    if (asked == nullptr)
+        return lack();
+    const Element* told = callback.child("GOP_OperandImagePointer");
+    const bool changed = told != nullptr && described(*told) != asked->told;
+    return line("FINISH", CFields()
+                              .add("image", c_uint(asked->number))
+                              .add("result", result_of(callback, "return"))
+                              .add("given", changed ? record(*told, "finished", reader) : "NULL"));
+}
+
 std::string CSteps::plain(const char* kind, const Element& callback, bool has_result)
 {
     const Image* asked = image(callback);
@@ -333,7 +354,7 @@ std::string CSteps::step(const Element& callback, bool by_logger, reader::Record
     if (callback.name == "GOP_ImagePrepareFn")
         return before + prepare(callback, by_logger, reader);
     if (callback.name == "GOP_ImageFinishFn")
-        return before + plain("FINISH", callback, true);
+        return before + finish(callback, reader);
     if (callback.name == "GOP_ImageResetFn")
         return before + plain("RESET", callback, true);
     if (callback.name == "GOP_ImageKeepFn")

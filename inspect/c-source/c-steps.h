@@ -98,6 +98,8 @@ private:
     std::string glyph(const reader::Element& callback, bool fixed, reader::RecordReader& reader);
     std::string prepare(const reader::Element& callback, bool by_logger, reader::RecordReader& reader);
     std::string read(const reader::Element& callback);
+    std::string record(const reader::Element& told, const char* base, reader::RecordReader& reader);
+    std::string finish(const reader::Element& callback, reader::RecordReader& reader);
     std::string plain(const char* kind, const reader::Element& callback, bool has_result);
     std::optional<std::string> engine(const reader::Element& callback);
     Image* image(const reader::Element& callback);

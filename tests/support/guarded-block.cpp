@@ -6,6 +6,7 @@
 #include <windows.h>
 #else
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 namespace orvlog::test
@@ -40,6 +41,34 @@ GuardedBlock::~GuardedBlock()
     VirtualFree(mapping_, 0, MEM_RELEASE);
 #else
     munmap(mapping_, mapped_);
+#endif
+}
+
+void GuardedBlock::close()
+{
+    if (mapped_ == kPage)
+        return;
+#ifdef _WIN32
+    VirtualFree(mapping_, mapped_ - kPage, MEM_DECOMMIT);
+#else
+    mprotect(mapping_, mapped_, PROT_NONE);
+#endif
+}
+
+bool is_readable(const void* byte)
+{
+#ifdef _WIN32
+    MEMORY_BASIC_INFORMATION page;
+    return VirtualQuery(byte, &page, sizeof page) == sizeof page && page.State == MEM_COMMIT &&
+           (page.Protect & (PAGE_NOACCESS | PAGE_GUARD)) == 0;
+#else
+    int ends[2];
+    if (pipe(ends) != 0)
+        throw std::runtime_error("no pipe to be had");
+    const bool readable = write(ends[1], byte, 1) == 1;
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return readable;
 #endif
 }
 

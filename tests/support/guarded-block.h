@@ -31,6 +31,8 @@ public:
     {
         return size_;
     }
+    // From now on the block's own bytes are a fault too. Its addresses stay taken for as long as this lives.
+    void close();
 
     template <typename Record> Record* as()
     {
@@ -43,5 +45,8 @@ private:
     uint8_t* data_;
     size_t size_;
 };
+
+// Whether a byte can be read, without reading it.
+bool is_readable(const void* byte);
 
 }  // namespace orvlog::test

@@ -9,6 +9,22 @@
 namespace orvlog::test
 {
 
+namespace
+{
+
+// What any record needs; the bytes between a block's end and the page behind it.
+constexpr size_t kAlignment = alignof(void*);
+constexpr uint8_t kBehind = 0xFD;
+// So long the addresses of a block that was given back aren't used again.
+constexpr size_t kClosedBlocks = 128;
+
+size_t aligned(uint64_t size)
+{
+    return (size + kAlignment - 1) / kAlignment * kAlignment;
+}
+
+}  // namespace
+
 TestAllocator* TestAllocator::of(GMM_Allocator* allocator)
 {
     return static_cast<TestAllocator*>(allocator->instance);
@@ -19,7 +35,7 @@ void* TestAllocator::allocate(uint64_t size)
     ++requests_;
     largest_ = std::max(largest_, size);
     const bool refuse = refuse_at_ != 0 && (refuse_after_ ? requests_ >= refuse_at_ : requests_ == refuse_at_);
-    void* block = refuse || size > limit_ ? nullptr : std::malloc(size != 0 ? size : 1);
+    void* block = refuse || size > limit_ ? nullptr : take(size);
     if (block == nullptr)
     {
         ++refused_;
@@ -27,10 +43,42 @@ void* TestAllocator::allocate(uint64_t size)
     }
     // Memory as an allocator hands it out: not zero.
     std::memset(block, 0xCD, size);
-    blocks_[block] = size;
     bytes_ += size;
     peak_ = std::max(peak_, bytes_);
     return block;
+}
+
+void* TestAllocator::take(uint64_t size)
+{
+    if (!guard_pages_)
+    {
+        void* block = std::malloc(size != 0 ? size : 1);
+        if (block != nullptr)
+            blocks_[block] = {size, nullptr};
+        return block;
+    }
+    auto guarded = std::make_unique<GuardedBlock>(std::max(aligned(size), kAlignment));
+    uint8_t* block = guarded->data();
+    std::memset(block + size, kBehind, guarded->size() - size);
+    blocks_[block] = {size, std::move(guarded)};
+    return block;
+}
+
+void TestAllocator::give_back(void* block, Block& held)
+{
+    if (held.guarded == nullptr)
+    {
+        std::free(block);
+        return;
+    }
+    const uint8_t* start = held.guarded->data();
+    const bool sound =
+        std::all_of(start + held.size, start + held.guarded->size(), [](uint8_t byte) { return byte == kBehind; });
+    overwritten_ += sound ? 0 : 1;
+    held.guarded->close();
+    given_back_.push_back(std::move(held.guarded));
+    if (given_back_.size() > kClosedBlocks)
+        given_back_.pop_front();
 }
 
 void TestAllocator::release(void* block)
@@ -41,9 +89,9 @@ void TestAllocator::release(void* block)
         ++bad_frees_;
         return;
     }
-    bytes_ -= found->second;
+    bytes_ -= found->second.size;
+    give_back(block, found->second);
     blocks_.erase(found);
-    std::free(block);
 }
 
 void* TestAllocator::resize(void* block, uint64_t size)
@@ -51,12 +99,14 @@ void* TestAllocator::resize(void* block, uint64_t size)
     void* moved = allocate(size);
     if (moved == nullptr || block == nullptr)
         return moved;
-    std::memcpy(moved, block, std::min(size, blocks_[block]));
+    std::memcpy(moved, block, std::min(size, blocks_[block].size));
     release(block);
     return moved;
 }
 
-TestAllocator::TestAllocator() : record_{}
+TestAllocator::TestAllocator() : TestAllocator(std::getenv("ORVLOG_TEST_GUARD_PAGES") != nullptr) {}
+
+TestAllocator::TestAllocator(bool guard_pages) : record_{}, guard_pages_(guard_pages)
 {
     record_.instance = this;
     record_.self = &record_;
@@ -80,7 +130,7 @@ TestAllocator::TestAllocator() : record_{}
         return block;
     };
     record_.gmm_Realloc = [](GMM_Allocator* a, void* block, uint64_t size) { return of(a)->resize(block, size); };
-    record_.gmm_AllocSize = [](GMM_Allocator* a, void* block) { return of(a)->blocks_[block]; };
+    record_.gmm_AllocSize = [](GMM_Allocator* a, void* block) { return of(a)->blocks_[block].size; };
     record_.gmm_Truncate = [](GMM_Allocator*, void*, uint64_t) {};
     record_.gmm_SetInfo = [](GMM_Allocator*, void*, uint64_t, uint32_t, uint32_t word) { return word; };
     record_.gmm_UsedBytes = [](GMM_Allocator* a) { return of(a)->bytes_; };
@@ -101,8 +151,9 @@ TestAllocator::TestAllocator() : record_{}
 TestAllocator::~TestAllocator()
 {
     EXPECT_EQ(other_channels_, 0U) << "requests for another channel than 0";
-    for (const auto& [block, size] : blocks_)
-        std::free(block);
+    for (auto& [block, held] : blocks_)
+        give_back(block, held);
+    EXPECT_EQ(overwritten_, 0U) << "bytes written behind a block";
 }
 
 }  // namespace orvlog::test

@@ -1,11 +1,16 @@
-// An allocator that counts, can refuse the Nth request, and says at its end what was not given back.
+// An allocator that counts, can refuse the Nth request, and says at its end what was not given back. With guard
+// pages, which ORVLOG_TEST_GUARD_PAGES in the environment asks for, a byte read or written behind a block, or in one
+// that was given back a short while ago, is a fault at once: for systems without a sanitizer that watches memory.
 
 #pragma once
 
 #include "holv-core/gmm/gmm-allocator.h"
+#include "tests/support/guarded-block.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
+#include <memory>
 
 namespace orvlog::test
 {
@@ -14,6 +19,7 @@ class TestAllocator
 {
 public:
     TestAllocator();
+    explicit TestAllocator(bool guard_pages);
     TestAllocator(const TestAllocator&) = delete;
     TestAllocator& operator=(const TestAllocator&) = delete;
     // Frees what is left, so that a test that looked at `outstanding` leaks nothing itself.
@@ -72,15 +78,35 @@ public:
     {
         return bad_frees_;
     }
+    // Blocks, with guard pages alone, that somebody wrote behind: less than a record's alignment is before the page.
+    uint64_t overwritten() const
+    {
+        return overwritten_;
+    }
+    // For who wrote there on purpose: at its end the allocator fails a test for it.
+    void forget_overwritten()
+    {
+        overwritten_ = 0;
+    }
 
 private:
+    struct Block
+    {
+        uint64_t size = 0;
+        std::unique_ptr<GuardedBlock> guarded;  // null without guard pages: the memory is malloc's
+    };
+
     static TestAllocator* of(GMM_Allocator* allocator);
     void* allocate(uint64_t size);
+    void* take(uint64_t size);
     void release(void* block);
+    void give_back(void* block, Block& held);
     void* resize(void* block, uint64_t size);
 
     GMM_Allocator record_;
-    std::map<void*, uint64_t> blocks_;
+    const bool guard_pages_;
+    std::map<void*, Block> blocks_;
+    std::deque<std::unique_ptr<GuardedBlock>> given_back_;  // the last ones, closed
     uint64_t requests_ = 0;
     uint64_t refused_ = 0;
     uint64_t refuse_at_ = 0;
@@ -91,6 +117,7 @@ private:
     uint64_t largest_ = 0;
     uint64_t other_channels_ = 0;
     uint64_t bad_frees_ = 0;
+    uint64_t overwritten_ = 0;
 };
 
 }  // namespace orvlog::test

@@ -73,6 +73,17 @@ TEST(ToolCompare, LetsChannelsDifferByATolerance)
     EXPECT_TRUE(has(other.out, "page 3: 16 pixels in 20,0,24,4 differ\n")) << other.out;
 }
 
+// Cairo rounds by the part that is seen.
+TEST(ToolCompare, FindsBandsNearTheWholePage)
+{
+    const std::string cairo = ORVLOG_CAIRO_LIBRARY;
+    const ToolResult bands =
+        run_tool({"compare", sample_log(), "--renderer", cairo, "--renderer", cairo, "--renderer-options",
+                  "glyphs=path", "--renderer-options", "glyphs=path,pixels-at-once=20000", "--tolerance", "8"});
+    EXPECT_EQ(bands.status, 0) << bands.err;
+    EXPECT_EQ(bands.out, "3 pages compared, 0 differ\n");
+}
+
 TEST(ToolCompare, WritesPicturesAndJson)
 {
     const ScratchFolder folder;
