@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <system_error>
 
 namespace orvlog::renderer_library
 {
@@ -10,7 +11,14 @@ namespace orvlog::renderer_library
 // A name without a slash would be searched for.
 std::unique_ptr<LoadedFile> LoadedFile::open(const std::string& path, std::string* why)
 {
-    void* handle = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::error_code failed;
+    const std::filesystem::path file = std::filesystem::absolute(path, failed);
+    if (failed)
+    {
+        *why = failed.message();
+        return nullptr;
+    }
+    void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle != nullptr)
         return std::unique_ptr<LoadedFile>(new LoadedFile(handle));
     const char* reason = dlerror();

@@ -128,6 +128,7 @@ void Player::begin_scope(const Element& call, Drawing& drawing)
 {
     GroupScope& scope = drawing.scopes.emplace_back();
     scope.engine = engine_number(call);
+    scope.byte = call.place.byte;
     if (!memory_->images.empty())
         scope.memory = memory_;
 }
@@ -137,6 +138,8 @@ void Player::end_scopes(Drawing& drawing, size_t left)
     for (; drawing.scopes.size() > left; drawing.scopes.pop_back())
     {
         forget_engine(drawing.scopes.back().engine);
+        if (options_.as_logged != nullptr)
+            options_.as_logged->renderer.forget_mask(drawing.scopes.back().byte);
         if (drawing.scopes.back().memory != nullptr)
             hold(drawing.scopes.back().memory);
     }

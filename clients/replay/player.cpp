@@ -163,7 +163,8 @@ void Player::drop_released()
 
 std::shared_ptr<void> Player::still_kept() const
 {
-    if (options_.as_logged != nullptr)
+    // As logged, nothing is done behind the log but where it can't be told.
+    if (options_.as_logged != nullptr && !options_.as_logged->facts.merged)
         return nullptr;
     return std::make_shared<std::vector<std::shared_ptr<CallMemory>>>(kept_);
 }
@@ -342,6 +343,9 @@ void Player::start_group(const Element& call, Drawing& drawing)
     GOP_OperandPointer* operand2 = records.operand_member(call, "operand2");
     const GSH_ShapeList* clip = records.clip_member(call, "group_clip");
     collect(call);
+    // Groups that are started from within it are inside.
+    ++drawing.groups;
+    begin_scope(call, drawing);
     note(drawing.table.group_start.fn(
         &drawing.table, reader::read_uint(call, "group_unique_id"), &group, engine(call),
         reader::read_flags(call, "hints"), reader::read_enum(call, "group_type"),
@@ -351,8 +355,6 @@ void Player::start_group(const Element& call, Drawing& drawing)
         reader::read_flags(call, "tiling_flags"), reader::read_double(call, "x_repetition_interval"),
         reader::read_double(call, "y_repetition_interval"), records.color_member(call, "separation_mask"),
         records.color_member(call, "separation_color"), records.box_attribute(call, "bounding_box_hint")));
-    ++drawing.groups;
-    begin_scope(call, drawing);
 }
 
 void Player::finish_group(const Element&, Drawing& drawing)

@@ -59,14 +59,15 @@ public:
         return outcome_;
     }
 
-    // What images need that a renderer still keeps; it may release them as late as at its own end. Null as logged:
-    // that renderer does nothing behind the log.
+    // What images need that a renderer still keeps; it may release them as late as at its own end. As logged, too,
+    // where the logs of kept images have been put in; null where that renderer does nothing behind the log.
     std::shared_ptr<void> still_kept() const;
 
 private:
     struct GroupScope
     {
         std::optional<uint32_t> engine;
+        uint64_t byte = 0;  // where the call stands that began it
         std::shared_ptr<CallMemory> memory;
     };
 

@@ -1,5 +1,6 @@
 #include "clients/replay/replay.h"
 
+#include "clients/replay/as-logged.h"
 #include "clients/replay/call-stream.h"
 #include "clients/replay/player.h"
 #include "holv-core/ggo/ggo-geometry.h"
@@ -147,6 +148,7 @@ LogKind examine(std::istream& log)
         examination.add(*call);
         facts.add(*call);
     }
+    facts.finish();
     LogKind kind = examination.finish(elements.events().is_log(), elements.root());
     kind.script = std::move(script);
     if (const auto* pieces = dynamic_cast<const reader::LogPieces*>(&log); pieces != nullptr)
@@ -165,7 +167,11 @@ Outcome play(std::istream& log, const ORV_Interface* table, ReplayTickets& ticke
         if (options.progress)
             options.progress(calls.bytes_used());
     }
-    player.finish_all();
+    // As logged, what a job left open stays open.
+    if (options.as_logged == nullptr || !going || calls.is_cut())
+        player.finish_all();
+    if (options.as_logged != nullptr)
+        options.as_logged->renderer.finish_releases();
     Outcome outcome = player.outcome();
     outcome.kept = player.still_kept();
     outcome.is_log = calls.is_log();

@@ -48,47 +48,68 @@ std::optional<std::array<uint8_t, 16>> session_number(const std::string& told)
     return number;
 }
 
-// Numbers that are passed over are those of memory contexts, which don't tell theirs.
-void FactFinder::engine(const Element& element, bool wrapped_now)
+// An engine that a call tells of.
+void FactFinder::wrap(uint32_t number)
 {
-    if (!element.has("GfpId"))
+    Span& last = spans_.back();
+    if (number < last.first_engine)
         return;
-    const uint32_t number = reader::read_uint(element, "GfpId");
-    const uint32_t end = wrapped_now ? number : number + 1;
-    while (next_engine_ < end && !memory_contexts_.empty())
-    {
-        // One that is asked is open. Those before it, which are not, had none.
-        const bool asked = !wrapped_now && next_engine_ == number;
-        const auto open = std::ranges::find(memory_contexts_, true, &MemoryContext::open);
-        const auto chosen = !asked || open == memory_contexts_.end() ? memory_contexts_.begin() : open;
-        facts_.memory_engines[chosen->number] = next_engine_++;
-        memory_contexts_.erase(memory_contexts_.begin(), chosen + 1);
-    }
-    if (!wrapped_now)
-        return correct(number);
-    next_engine_ = number + 1;
-    memory_contexts_.clear();
+    const uint32_t missing = number - last.first_engine;
+    last.engines.resize(std::min<size_t>(missing, last.contexts.size()));
+    if (last.engines.empty())
+        spans_.pop_back();
+    spans_.push_back({number + 1, {}, {}});
 }
 
-// An engine that is asked behind the end of the memory context that it was taken to have come with is that of a later
-// one.
-void FactFinder::correct(uint32_t number)
+// The one that the engine stands in, which is the last one or one with gaps.
+FactFinder::Span& FactFinder::span_with(uint32_t number)
 {
-    const auto owner =
-        std::ranges::find(facts_.memory_engines, number, [](const auto& engine) { return engine.second; });
-    if (owner == facts_.memory_engines.end() || !ended_.contains(owner->first))
+    const auto behind = std::ranges::upper_bound(spans_, number, {}, &Span::first_engine);
+    return behind == spans_.begin() ? *behind : *std::prev(behind);
+}
+
+void FactFinder::ask(uint32_t number)
+{
+    Span& span = span_with(number);
+    if (number < span.first_engine || number - span.first_engine >= span.contexts.size())
         return;
-    const auto open = std::ranges::find(memory_contexts_, true, &MemoryContext::open);
-    if (open == memory_contexts_.end())
+    const size_t place = number - span.first_engine;
+    if (&span == &spans_.back() && place >= span.engines.size())
+        span.engines.resize(place + 1);
+    if (place >= span.engines.size())
         return;
-    facts_.memory_engines.erase(owner);
-    facts_.memory_engines[open->number] = number;
-    memory_contexts_.erase(memory_contexts_.begin(), open + 1);
+    SilentEngine& engine = span.engines[place];
+    engine.first_asked = std::min(engine.first_asked, calls_);
+    engine.last_asked = std::max(engine.last_asked, calls_);
+}
+
+// Each engine to the first context behind the one before that was there whenever it was asked.
+void FactFinder::settle(const Span& span)
+{
+    size_t next = 0;
+    for (size_t i = 0; i < span.engines.size(); ++i)
+    {
+        const SilentEngine& engine = span.engines[i];
+        const size_t last = span.contexts.size() - (span.engines.size() - i);
+        size_t chosen = next;
+        while (chosen < last &&
+               (span.contexts[chosen].begun > engine.first_asked || span.contexts[chosen].ended < engine.last_asked))
+            ++chosen;
+        facts_.memory_engines[span.contexts[chosen].number] = span.first_engine + static_cast<uint32_t>(i);
+        next = chosen + 1;
+    }
+}
+
+void FactFinder::finish()
+{
+    for (const Span& span : spans_)
+        settle(span);
 }
 
 void FactFinder::callback(const Element& callback)
 {
-    engine(callback, false);
+    if (callback.has("GfpId"))
+        ask(reader::read_uint(callback, "GfpId"));
     if (callback.name != "GOP_ImageKeepFn")
         return;
     facts_.merged |= !callback.has("async_img_log_file_name");
@@ -96,33 +117,58 @@ void FactFinder::callback(const Element& callback)
         facts_.session = session_of(reader::to_text(callback.value("async_img_log_file_name")));
 }
 
-// The element of a paint stays open where the renderer could have painted and the resource isn't known to it.
+// The element of a paint stays open where the renderer could have painted and the resource isn't known to it: one that
+// the client never started, or that the renderer refused.
 void FactFinder::resource(const Element& call)
 {
     const uint32_t number = reader::read_uint(call, "resource_id");
     if (call.name == "ORV_resource_start")
-        resources_.insert(number);
-    else if (call.name == "ORV_resource_destroy")
+        resources_[number] = {};
+    if (call.name == "ORV_resource_destroy")
         resources_.erase(number);
-    else if (call.implied_end && resources_.erase(number) != 0)
+    if (call.name != "ORV_resource_paint")
+        return;
+    const uint32_t drawing = reader::read_uint(call, "drawing_context");
+    const auto known = resources_.find(number);
+    if (!call.implied_end && known != resources_.end())
+        known->second.insert(drawing);
+    else if (!call.implied_end)
+        facts_.without_resource_paint.insert(drawing);
+    else if (known != resources_.end())
+    {
         facts_.refused_resources.insert(number);
-    else if (!call.implied_end && !resources_.contains(number))
-        facts_.without_resource_paint.insert(reader::read_uint(call, "drawing_context"));
+        facts_.without_resource_paint.merge(known->second);
+        resources_.erase(known);
+    }
 }
 
+// What is called back while it ends stands behind the element.
 void FactFinder::end_drawing(uint32_t number)
 {
-    for (MemoryContext& context : memory_contexts_)
-        context.open &= context.number != number;
-    if (facts_.memory_engines.contains(number))
-        ended_.insert(number);
+    const auto known = open_.find(number);
+    if (known == open_.end())
+        return;
+    const auto [span, context] = known->second;
+    open_.erase(known);
+    // The span is gone if none of its contexts had an engine.
+    if (span < spans_.size() && context < spans_[span].contexts.size() &&
+        spans_[span].contexts[context].number == number)
+        spans_[span].contexts[context].ended = calls_;
+}
+
+void FactFinder::start_memory_context(uint32_t number)
+{
+    open_[number] = {spans_.size() - 1, spans_.back().contexts.size()};
+    spans_.back().contexts.push_back({number, calls_});
 }
 
 void FactFinder::call(const Element& call)
 {
-    engine(call, true);
+    ++calls_;
+    if (call.has("GfpId"))
+        wrap(reader::read_uint(call, "GfpId"));
     if (call.name == "ORV_memory_context_start")
-        memory_contexts_.push_back({reader::read_uint(call, "drawing_context"), true});
+        start_memory_context(reader::read_uint(call, "drawing_context"));
     if (call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard")
         end_drawing(reader::read_uint(call, "drawing_context"));
     if (call.name.starts_with("ORV_resource_"))

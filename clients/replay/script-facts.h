@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvlog::replay
@@ -40,25 +41,51 @@ public:
 
     // Each element of the root.
     void add(const reader::Element& element);
+    // Behind the last one: finds which memory contexts came with a font engine.
+    void finish();
 
 private:
-    void call(const reader::Element& call);
-    void callback(const reader::Element& callback);
-    void engine(const reader::Element& element, bool wrapped_now);
-    void correct(uint32_t number);
-    void end_drawing(uint32_t number);
-    void resource(const reader::Element& call);
-
-    ScriptFacts& facts_;
-    std::set<uint32_t> resources_;  // that have been started and not been destroyed
+    // A memory context, and from which to which call it was there. Calls are counted from 1.
     struct MemoryContext
     {
-        uint32_t number;
-        bool open;
+        uint32_t number = 0;
+        uint64_t begun = 0;
+        uint64_t ended = UINT64_MAX;
     };
-    std::vector<MemoryContext> memory_contexts_;  // of which it's not yet known whether they had an engine
-    std::set<uint32_t> ended_;                    // drawings, of those that have come with such an engine
-    uint32_t next_engine_ = 0;
+    // A font engine that came with none of the calls which tell theirs, and between which calls it was asked; none if
+    // it never was.
+    struct SilentEngine
+    {
+        uint64_t first_asked = UINT64_MAX;
+        uint64_t last_asked = 0;
+    };
+    // What began between two engines whose calls tell of them. The numbers that are missing there are those of memory
+    // contexts, in their order.
+    struct Span
+    {
+        uint32_t first_engine = 0;
+        std::vector<MemoryContext> contexts;
+        std::vector<SilentEngine> engines;
+    };
+
+    void call(const reader::Element& call);
+    void callback(const reader::Element& callback);
+    void wrap(uint32_t number);
+    void ask(uint32_t number);
+    Span& span_with(uint32_t number);
+    void start_memory_context(uint32_t number);
+    void end_drawing(uint32_t number);
+    void resource(const reader::Element& call);
+    void settle(const Span& span);
+
+    ScriptFacts& facts_;
+    // Resources that have been started and not been destroyed, and the drawings that they were painted on in an element
+    // that has an end.
+    std::map<uint32_t, std::set<uint32_t>> resources_;
+    uint64_t calls_ = 0;
+    std::vector<Span> spans_{Span{}};  // those with engines that no call tells of, and the present one
+    // The memory contexts that are there, by the drawing's number: which span and which of its contexts.
+    std::map<uint32_t, std::pair<size_t, size_t>> open_;
 };
 
 }  // namespace orvlog::replay

@@ -1,6 +1,11 @@
 #include "clients/replay/script.h"
 
+#include "reader/tree/values.h"
+
 #include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
 
 namespace orvlog::replay
 {
@@ -16,6 +21,31 @@ bool is_closed_record(const Element& element)
 {
     return element.name == "GSH_ShapePointer" || element.name.starts_with("GOP_Operand") ||
            element.name.starts_with("GFI_") || element.name == "GCM_ColorTicket";
+}
+
+// The last part of "orvlog-S-async-image-N.tmp".
+std::optional<uint32_t> number_of_log(std::string_view name)
+{
+    const size_t end = name.rfind(".tmp");
+    const size_t begin = end != std::string_view::npos ? name.find_last_not_of("0123456789", end - 1) + 1 : 0;
+    uint32_t number = 0;
+    if (end == std::string_view::npos ||
+        std::from_chars(name.data() + begin, name.data() + end, number).ec != std::errc{})
+        return std::nullopt;
+    return number;
+}
+
+// Whether it is, or has in it, a prepare that gave an image that number.
+bool gives_number(const Element& element, uint32_t number, uint64_t indent)
+{
+    const bool prepare = element.name == "GOP_ImagePrepareFn";
+    if (prepare && element.indent == indent)
+        if (const Element* left = element.child("GOP_OperandImagePointer"); left != nullptr)
+            return reader::read_uint(*left, "Id") == number;
+    for (const Element& child : Children(element))
+        if (!prepare && gives_number(child, number, indent))
+            return true;
+    return false;
 }
 
 }  // namespace
@@ -57,6 +87,31 @@ void Script::add_comments(Frame& frame)
     }
 }
 
+// The log of a kept image has the number that the image would have given next when it was kept. Where that was given
+// to a prepare which stands before the keep, the client had the image prepared while it answered the keep.
+void Script::find_answers(Frame& frame)
+{
+    size_t from = 0;
+    for (size_t place = 0; place < frame.items.size(); ++place)
+    {
+        const Item& keep = frame.items[place];
+        if (keep.kind != Kind::callback || keep.own || !keep.element->has("async_img_log_file_name"))
+            continue;
+        const auto number = number_of_log(keep.element->value("async_img_log_file_name"));
+        size_t call = frame.items.size();
+        for (size_t i = from; i < place && number; ++i)
+        {
+            call = frame.items[i].kind == Kind::call ? i : call;
+            const Element* element = frame.items[i].element;
+            if (element == nullptr || call > i || !gives_number(*element, *number, keep.element->indent))
+                continue;
+            frame.items[call].answered = place;
+            break;
+        }
+        from = place + 1;
+    }
+}
+
 void Script::begin_call(const Element& call, const std::vector<reader::Comment>& comments)
 {
     auto frame = std::make_unique<Frame>();
@@ -64,6 +119,7 @@ void Script::begin_call(const Element& call, const std::vector<reader::Comment>&
     frame->comments = comments;
     gather(call, false, frame->items);
     add_comments(*frame);
+    find_answers(*frame);
     frames_.push_back(std::move(frame));
 }
 
@@ -95,49 +151,99 @@ const Element* Script::next_between()
     if (frames_.size() <= 1)
         return tasks_.next_between();
     Frame& outer = *frames_[frames_.size() - 2];
-    for (; outer.next < outer.items.size() && outer.items[outer.next].kind == Kind::comment; ++outer.next)
-        tasks_.comment(outer.items[outer.next].text);
-    if (outer.next >= outer.items.size())
-        return nullptr;
-    const Item& item = outer.items[outer.next];
-    if (item.kind != Kind::callback || item.own)
-        return nullptr;
-    ++outer.next;
-    return item.element;
+    const size_t end = outer.answered != 0 ? outer.answered : outer.items.size();
+    for (; outer.next < end; ++outer.next)
+    {
+        Item& item = outer.items[outer.next];
+        if (item.made)
+            continue;
+        if (item.kind == Kind::call || item.own)
+            return nullptr;
+        make(item);
+        if (item.kind == Kind::callback)
+            return item.element;
+    }
+    return nullptr;
+}
+
+// Comments and calls; callbacks are for others to make.
+void Script::make(Item& item)
+{
+    item.made = true;
+    if (item.kind == Kind::comment)
+        tasks_.comment(item.text);
+    else if (item.kind == Kind::call)
+        tasks_.play(*item.element);
 }
 
 // Makes what stands before it.
-const Script::Item* Script::next_callback()
+Script::Item* Script::next_callback()
 {
     if (frames_.empty())
         return nullptr;
     Frame& frame = *frames_.back();
     while (frame.next < frame.items.size())
     {
-        const Item& item = frame.items[frame.next];
+        Item& item = frame.items[frame.next];
+        if (item.made)
+        {
+            ++frame.next;
+            continue;
+        }
         if (item.kind == Kind::callback)
             return &item;
-        ++frame.next;
-        if (item.kind == Kind::comment)
-            tasks_.comment(item.text);
-        else
-            tasks_.play(*item.element);
+        if (item.answered != 0 && !frame.items[item.answered].made)
+        {
+            frame.answered = item.answered;
+            return &frame.items[item.answered];
+        }
+        make(item);
     }
     return nullptr;
 }
 
 const Element* Script::next_of_renderer()
 {
-    const Item* item = next_callback();
-    while (item != nullptr && item->own)
+    Item* item = next_callback();
+    for (; item != nullptr && item->own; item = next_callback())
     {
         differ(*item->element, "was the logger's own, and isn't made again");
-        ++frames_.back()->next;
-        item = next_callback();
+        make(*item);
     }
-    if (item != nullptr)
-        ++frames_.back()->next;
-    return item != nullptr ? item->element : nullptr;
+    if (item == nullptr)
+        return nullptr;
+    make(*item);
+    return item->element;
+}
+
+std::vector<const Element*> Script::within_answer() const
+{
+    std::vector<const Element*> elements;
+    if (frames_.empty())
+        return elements;
+    const Frame& frame = *frames_.back();
+    for (size_t i = frame.next; i < frame.answered; ++i)
+        if (frame.items[i].element != nullptr)
+            elements.push_back(frame.items[i].element);
+    return elements;
+}
+
+// Up to the keep that is answered, or to a callback that none of these calls takes.
+void Script::make_answer()
+{
+    if (frames_.empty())
+        return;
+    Frame& frame = *frames_.back();
+    for (; frame.next < frame.answered; ++frame.next)
+    {
+        Item& item = frame.items[frame.next];
+        if (item.made)
+            continue;
+        if (item.kind == Kind::callback)
+            break;
+        make(item);
+    }
+    frame.answered = 0;
 }
 
 void Script::settle(const Element& callback)
@@ -145,18 +251,20 @@ void Script::settle(const Element& callback)
     if (expected_ == &callback)
         differ(callback, "finds nothing to call");
     expected_ = nullptr;
+    make_answer();
 }
 
 const Element* Script::answer(std::string_view name)
 {
-    const Element* told = expected_;
-    expected_ = nullptr;
-    if (told == nullptr)
+    const Element* told = std::exchange(expected_, nullptr);
+    if (told != nullptr)
+        make_answer();
+    else
     {
-        const Item* item = next_callback();
+        Item* item = next_callback();
         if (item == nullptr || !item->own)
             return nullptr;
-        ++frames_.back()->next;
+        make(*item);
         told = item->element;
     }
     if (told->name == name)
@@ -171,7 +279,7 @@ bool Script::next_is(std::string_view name) const
         return false;
     const Frame& frame = *frames_.back();
     for (size_t i = frame.next; i < frame.items.size(); ++i)
-        if (frame.items[i].kind == Kind::callback)
+        if (frame.items[i].kind == Kind::callback && !frame.items[i].made)
             return frame.items[i].own && frame.items[i].element->name == name;
     return false;
 }

@@ -53,9 +53,11 @@ public:
     // Comments behind this place are those of the calls within.
     std::vector<reader::Comment> comments_within(const reader::Element& nested) const;
 
-    // The next callback that the renderer made in the present call. What stands before it is made first. Null when
-    // there are no more.
+    // The next callback that the renderer made in the present call. What stands before it is made first, but for what
+    // the client did while it answered. Null when there are no more.
     const reader::Element* next_of_renderer();
+    // What stands before the callback that is about to be made, and will be made while the client answers it.
+    std::vector<const reader::Element*> within_answer() const;
     // The next one behind the present call, if the element of that is closed before it is passed on; null where a call
     // follows.
     const reader::Element* next_between();
@@ -66,6 +68,11 @@ public:
         expected_ = &callback;
     }
     void settle(const reader::Element& callback);
+    // The callback will be made later.
+    void put_off()
+    {
+        expected_ = nullptr;
+    }
 
     // What the client is to answer to a callback of that name: what the renderer makes now, or the next of the logger's
     // own. Null if the log has none.
@@ -95,6 +102,8 @@ private:
         uint64_t byte = 0;
         const reader::Element* element = nullptr;
         std::string text;
+        size_t answered = 0;  // the keep while the client of which answers this and what follows is made; 0 for none
+        bool made = false;
     };
 
     struct Frame
@@ -103,11 +112,15 @@ private:
         std::vector<Item> items;
         std::vector<reader::Comment> comments;
         size_t next = 0;
+        size_t answered = 0;  // the keep that is being made before what stands before it; 0 for none
     };
 
     static void gather(const reader::Element& element, bool own, std::vector<Item>& items);
     static void add_comments(Frame& frame);
-    const Item* next_callback();
+    static void find_answers(Frame& frame);
+    Item* next_callback();
+    void make(Item& item);
+    void make_answer();
 
     ScriptTasks tasks_;
     std::vector<std::unique_ptr<Frame>> frames_;

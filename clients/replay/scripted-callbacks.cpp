@@ -4,6 +4,9 @@
 #include "reader/tree/values.h"
 
 #include <algorithm>
+#include <ranges>
+#include <set>
+#include <vector>
 
 namespace orvlog::replay
 {
@@ -11,6 +14,7 @@ namespace orvlog::replay
 namespace
 {
 
+using reader::Children;
 using reader::Element;
 
 // Of a text that isn't one of the job's.
@@ -22,17 +26,106 @@ uint32_t glyph_type(const Element& callback, const char* name)
     return reader::read_enum(callback, name);
 }
 
+bool can_be_called(const GOP_OperandImagePointer& record, const Element& callback)
+{
+    if (callback.name == "GOP_ImageResetFn")
+        return record.imp_ImageResetFn != nullptr;
+    if (callback.name == "GOP_ImageKeepFn")
+        return record.imp_ImageKeepFn != nullptr;
+    return callback.name != "GOP_ImageReleaseFn" || record.imp_ImageReleaseFn != nullptr;
+}
+
+bool looks_like(const GOP_OperandImagePointer& record, const Element& told)
+{
+    const Element* image = told.child("GOP_OperandImage");
+    return image != nullptr && record.imp_Image != nullptr &&
+           reader::read_uint(told, "imp_RowStep") == record.imp_RowStep &&
+           reader::read_uint(*image, "im_ImageWidthPixels") == record.imp_Image->im_ImageWidthPixels &&
+           reader::read_uint(*image, "im_ImageHeightPixels") == record.imp_Image->im_ImageHeightPixels;
+}
+
+// A record reads into one file, up to its first finish. Where there is no file, or the read failed, that isn't told.
+bool reads_into(const std::string& file, bool ended, const Element& read)
+{
+    if (read.has("ImageFileName"))
+        return !ended && (file.empty() || file == read.value("ImageFileName"));
+    return ended || reader::read_bool(read, "return") == 0 || read.child("img_buf") != nullptr;
+}
+
+// Takes prepares back that changed a record in its place, the last one first.
+uint32_t id_before(uint32_t id, const Element& element)
+{
+    if (element.name == "GOP_ImagePrepareFn")
+    {
+        const Element* left = element.child("GOP_OperandImagePointer");
+        const bool its = left != nullptr && reader::read_uint(*left, "Id") == id;
+        return its && reader::read_bool(element, "operand_p_replaced") == 0 ? reader::read_uint(element, "Id") : id;
+    }
+    std::vector<const Element*> children;
+    for (const Element& child : Children(element))
+        children.push_back(&child);
+    for (const Element* child : std::views::reverse(children))
+        id = id_before(id, *child);
+    return id;
+}
+
+// The log has the number that the record had when the client had answered; it may have been prepared meanwhile.
+uint32_t id_when_called(const Element& callback, const std::vector<const Element*>& within)
+{
+    uint32_t id = reader::read_uint(callback, "Id");
+    for (const Element* element : std::views::reverse(within))
+        id = id_before(id, *element);
+    return id;
+}
+
 }  // namespace
 
-// Prepares count an image's number up to those of the images behind it. Callbacks of a kept image stand together,
-// behind its keep or in a log of its own, and there it goes first; elsewhere the image does that came last.
+// The logger holds a few images whose keep was refused, those that came last.
+bool ScriptedRenderer::is_gone(const Live& live) const
+{
+    constexpr size_t kHeldByLogger = 8;
+    const auto refused = [this](uint64_t image) {
+        return std::ranges::any_of(images_,
+                                   [image](const Live& one) { return one.image == image && one.refusal != 0; });
+    };
+    if (!refused(live.image))
+        return false;
+    std::set<uint64_t> later;
+    for (const Live& other : images_)
+        if (other.refusal != 0 && other.image > live.image)
+            later.insert(other.image);
+    return later.size() >= kHeldByLogger;
+}
+
+// How much speaks for it that the callback is that record's. Prepares count an image's number up to those of the
+// images behind it; but each image logs at the depth of its call, goes on counting where it was, and reads into its own
+// file. Callbacks of a kept image stand together, behind its keep or in a log of its own.
+uint32_t ScriptedRenderer::likeness(const Live& live, const Element& callback) const
+{
+    const Element* left = callback.child("GOP_OperandImagePointer");
+    const bool counts =
+        callback.name == "GOP_ImagePrepareFn" && left != nullptr && reader::read_uint(*left, "Id") == live.next_id;
+    const bool reads = callback.name != "GOP_ImageReadFn" || reads_into(live.file, live.file_ended, callback);
+    const bool alike = left != nullptr && looks_like(live.record, *left);
+    return (is_gone(live) ? 0U : 32U) | (live.indent == callback.indent ? 16U : 0U) | (counts ? 8U : 0U) |
+           (reads ? 4U : 0U) | (live.image == followed_ ? 2U : 0U) | (alike ? 1U : 0U);
+}
+
+// Of those that are alike the one that came last.
 ScriptedRenderer::Live* ScriptedRenderer::find(const Element& callback)
 {
-    const uint32_t id = reader::read_uint(callback, "Id");
+    const uint32_t id = id_when_called(callback, script_.within_answer());
     Live* found = nullptr;
+    uint32_t most = 0;
     for (Live& live : images_)
-        if (live.id == id && (found == nullptr || found->image != followed_))
+    {
+        if (live.id != id || !can_be_called(live.record, callback))
+            continue;
+        const uint32_t alike = likeness(live, callback);
+        if (found == nullptr || alike >= most)
             found = &live;
+        most = std::max(most, alike);
+    }
     if (found == nullptr || found->image != followed_)
         followed_ = 0;
     return found;
@@ -68,13 +161,53 @@ void ScriptedRenderer::keep(const Element& callback, Live& live)
     record.imp_ImageKeepFn(&record);
 }
 
-// By any of its records the image is gone.
+// By any of its records the image is gone. Its own log doesn't tell when it was: as long as it has other records, by
+// which what follows may have been called, it is put off.
 void ScriptedRenderer::release(Live& live)
 {
-    const uint64_t image = live.image;
-    GOP_OperandImagePointer record = live.record;
-    record.imp_ImageReleaseFn(&record);
-    std::erase_if(images_, [image](const Live& other) { return other.image == image; });
+    constexpr size_t kMostPutOff = 64;
+    const Live mine = live;
+    const auto same = [&mine](const Live& other) { return other.image == mine.image; };
+    if (std::ranges::none_of(images_, [&](const Live& other) { return same(other) && !other.kept; }))
+        return make_release(mine);
+    script_.put_off();
+    put_off_.push_back(mine);
+    for (const Live& other : images_)
+        if (same(other))
+            put_off_.back().refusal = std::max(put_off_.back().refusal, other.refusal);
+    std::erase_if(images_, [&](const Live& other) { return same(other) && other.kept; });
+    if (put_off_.size() > kMostPutOff)
+        make_put_off(put_off_.front());
+}
+
+void ScriptedRenderer::make_release(Live live)
+{
+    live.record.imp_ImageReleaseFn(&live.record);
+    const auto same = [&live](const Live& other) { return other.image == live.image; };
+    std::erase_if(images_, same);
+    std::erase_if(put_off_, same);
+}
+
+void ScriptedRenderer::make_put_off(const Live& live)
+{
+    Element release;
+    release.name = "GOP_ImageReleaseFn";
+    script_.expect(release);
+    make_release(live);
+}
+
+void ScriptedRenderer::finish_releases()
+{
+    while (!put_off_.empty())
+        make_put_off(put_off_.front());
+}
+
+// Of images whose keep was refused the logger holds a few beyond their calls.
+void ScriptedRenderer::finish_refused_releases()
+{
+    for (const Live& live : std::vector<Live>(put_off_))
+        if (live.refusal != 0)
+            make_put_off(live);
 }
 
 void ScriptedRenderer::prepare(const Element& callback, Live& live)
@@ -91,17 +224,31 @@ void ScriptedRenderer::prepare(const Element& callback, Live& live)
         reader::read_bool(callback, "need_attr"));
     const Element* left = callback.child("GOP_OperandImagePointer");
     const uint32_t id = left != nullptr ? reader::read_uint(*left, "Id") : 0;
-    if (held != &mine.record)
-        return images_.push_back({id, mine.kept, mine.refusal, mine.image, mine.owner, *held});
-    const auto again = std::ranges::find_if(images_, [&mine](const Live& other)
-                                            { return other.image == mine.image && other.id == mine.id; });
-    if (again != images_.end())
-        *again = {id, mine.kept, mine.refusal, mine.image, mine.owner, mine.record};
+    const auto again = std::ranges::find(images_, mine.number, &Live::number);
+    if (held == &mine.record && again == images_.end())
+        return;
+    mine.id = id;
+    for (Live& other : images_)
+        if (other.image == mine.image)
+            other.next_id = id + 1;
+    mine.next_id = id + 1;
+    if (held == &mine.record)
+    {
+        *again = mine;
+        return;
+    }
+    mine.record = *held;
+    mine.file.clear();
+    mine.file_ended = false;
+    mine.number = ++record_count_;
+    images_.push_back(mine);
 }
 
 void ScriptedRenderer::read(const Element& callback, Live& live)
 {
     client_.deliver(callback);
+    if (callback.has("ImageFileName"))
+        live.file = callback.value("ImageFileName");
     std::vector<uint8_t> bytes(std::max<size_t>(client_.image_bytes_.size, 1));
     std::vector<uint8_t> attributes(std::max<size_t>(client_.attr_bytes_.size, 1));
     const bool with_attributes = callback.has("attr_returned");
@@ -117,6 +264,7 @@ void ScriptedRenderer::read(const Element& callback, Live& live)
 // The log tells of the record that the renderer gave, to which it may have written.
 void ScriptedRenderer::finish(const Element& callback, Live& live)
 {
+    live.file_ended |= !live.file.empty();
     finish_arena_.clear();
     const Element* told = callback.child("GOP_OperandImagePointer");
     const GOP_OperandImagePointer* made = finish_records_.image(told);

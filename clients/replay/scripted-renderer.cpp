@@ -22,6 +22,20 @@ GOP_OperandImagePointer* image_of(const GOP_OperandPointer* operand)
     return reinterpret_cast<GOP_OperandImagePointer*>(const_cast<GOP_OperandPointer*>(operand));
 }
 
+// The number that the image of an operand gives next, of those that log at the depth of its call.
+uint32_t next_id_at_forward(const Element& member, uint32_t id, uint64_t indent)
+{
+    uint32_t last = id;
+    for (const Element& child : Children(member))
+    {
+        const Element* left = child.name == "GOP_ImagePrepareFn" && child.indent == indent
+                                  ? child.child("GOP_OperandImagePointer")
+                                  : nullptr;
+        last = left != nullptr ? std::max(last, reader::read_uint(*left, "Id")) : last;
+    }
+    return last + 1;
+}
+
 // The number that the image of an operand has when the call reaches the renderer: the logger may have prepared it.
 uint32_t id_at_forward(const Element& member, uint32_t id)
 {
@@ -52,12 +66,14 @@ struct ScriptedRenderer::Calls
     {
         self->run_rest();
         self->perform_between();
+        self->finish_refused_releases();
         return 1;
     }
 
     static uint32_t open_call(ScriptedRenderer* self)
     {
         self->run_rest();
+        self->finish_refused_releases();
         return 1;
     }
 
@@ -66,8 +82,9 @@ struct ScriptedRenderer::Calls
     {
         const uint64_t last = self->image_count_;
         self->run_rest();
-        std::erase_if(self->images_, [before, last](const Live& live)
-                      { return live.image > before && live.image <= last && !live.kept; });
+        self->finish_refused_releases();
+        std::erase_if(self->images_, [self, before, last](const Live& live)
+                      { return live.image > before && live.image <= last && !self->is_held(live); });
         return 1;
     }
 
@@ -166,7 +183,7 @@ struct ScriptedRenderer::Calls
         if (group_out != nullptr)
             *group_out = 0;
         self->note_engine(engine);
-        self->note_operand("operand2", operand2);
+        self->note_mask(operand2);
         return open_call(self);
     }
 
@@ -242,7 +259,28 @@ void ScriptedRenderer::note_operand(std::string_view member, const GOP_OperandPo
     const uint32_t id = pointer != nullptr ? reader::read_uint(*pointer, "Id") : 0;
     if (operand == nullptr || id == 0)
         return;
-    images_.push_back({id_at_forward(*told, id), false, 0, ++image_count_, owner_, *image_of(operand)});
+    images_.push_back({.id = id_at_forward(*told, id),
+                       .next_id = next_id_at_forward(*told, id, call->indent),
+                       .indent = call->indent,
+                       .image = ++image_count_,
+                       .group = std::nullopt,
+                       .owner = owner_,
+                       .record = *image_of(operand),
+                       .file = "",
+                       .number = ++record_count_});
+}
+
+void ScriptedRenderer::note_mask(const GOP_OperandPointer* operand)
+{
+    const uint64_t before = image_count_;
+    note_operand("operand2", operand);
+    if (image_count_ > before)
+        images_.back().group = script_.call()->place.byte;
+}
+
+void ScriptedRenderer::forget_mask(uint64_t byte)
+{
+    std::erase_if(images_, [this, byte](const Live& live) { return live.group == byte && !is_held(live); });
 }
 
 void ScriptedRenderer::note_engine(const GFI_FontEngineTable* engine)
@@ -273,19 +311,34 @@ void ScriptedRenderer::forget_texts()
     texts_.clear();
 }
 
+// Kept images are released where the session has ended, which put their logs into its own: what the log says of them
+// ended there, and not the images.
 void ScriptedRenderer::forget_images(const void* owner)
 {
-    std::erase_if(images_, [owner](const Live& live) { return live.owner == owner; });
+    const auto belongs = [owner](const Live& live) { return live.owner == owner; };
+    if (facts_.merged)
+        for (const Live& live : std::vector<Live>(images_))
+            if (belongs(live) && live.kept && live.refusal == 0)
+                make_release(live);
+    std::erase_if(images_, belongs);
+    std::erase_if(put_off_, belongs);
+}
+
+// By one of its records an image is kept with all of them.
+bool ScriptedRenderer::is_held(const Live& live) const
+{
+    const auto same = [&live](const Live& other) { return other.image == live.image; };
+    return std::ranges::any_of(images_, [&same](const Live& other) { return same(other) && other.kept; }) ||
+           std::ranges::any_of(put_off_, same);
 }
 
 bool ScriptedRenderer::has_kept(const void* owner) const
 {
+    const auto held = [this](const Live& live)
+    { return live.kept && (live.refusal == 0 || live.refusal + kMostRefused > refusals_); };
     return std::ranges::any_of(images_,
-                               [this, owner](const Live& live)
-                               {
-                                   const bool held = live.refusal == 0 || live.refusal + kMostRefused > refusals_;
-                                   return live.owner == owner && live.kept && held;
-                               });
+                               [owner, held](const Live& live) { return live.owner == owner && held(live); }) ||
+           std::ranges::any_of(put_off_, [owner](const Live& live) { return live.owner == owner; });
 }
 
 void ScriptedRenderer::perform(const Element& callback)

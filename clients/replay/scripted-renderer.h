@@ -11,6 +11,8 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -50,9 +52,13 @@ public:
     void forget_images(const void* owner);
     // Whether one of them has been kept and not released.
     bool has_kept(const void* owner) const;
+    // Behind the last call: releases what has been put off.
+    void finish_releases();
 
     // Of a scope that has ended.
     void forget_engine(uint32_t number);
+    // The mask of a group that has ended, by the place of the call that began it.
+    void forget_mask(uint64_t byte);
 
 private:
     struct Calls;
@@ -62,18 +68,31 @@ private:
     struct Live
     {
         uint32_t id = 0;
+        uint32_t next_id = 0;  // that the image gives, to a record that a prepare leaves and to its own log
+        uint64_t indent = 0;   // of what it logs
         bool kept = false;
         uint64_t refusal = 0;  // the number of the keep that the client refused; 0 without one
         uint64_t image = 0;
+        std::optional<uint64_t> group;  // of a mask: where the group was begun
         const void* owner = nullptr;
         GOP_OperandImagePointer record{};
+        std::string file;         // the side file of its reads
+        bool file_ended = false;  // by a finish; what is read then goes nowhere
+        uint64_t number = 0;
     };
 
     void keep(const reader::Element& callback, Live& live);
     void release(Live& live);
+    void make_release(Live live);
+    void make_put_off(const Live& live);
+    bool is_held(const Live& live) const;
+    void finish_refused_releases();
+    bool is_gone(const Live& live) const;
+    uint32_t likeness(const Live& live, const reader::Element& callback) const;
 
     void perform_between();
     void note_operand(std::string_view member, const GOP_OperandPointer* operand);
+    void note_mask(const GOP_OperandPointer* operand);
     void note_engine(const GFI_FontEngineTable* engine);
     Live* find(const reader::Element& callback);
 
@@ -93,7 +112,9 @@ private:
     ORV_Interface table_{};
     const void* owner_ = nullptr;
     std::vector<Live> images_;
+    std::vector<Live> put_off_;  // images that are to be released, the first one first
     uint64_t image_count_ = 0;
+    uint64_t record_count_ = 0;
     uint64_t followed_ = 0;  // the image whose own log is being played, or what a merge put behind its keep
     uint64_t refusals_ = 0;
     std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId

@@ -20,23 +20,21 @@ namespace
 
 constexpr long kNanosecondsOfALook = 10'000'000;
 
-// Waits for the end of the child. False if it was ended here.
-bool wait_for(pid_t child, const std::function<bool()>& goes_on, int* status)
+// Waits for the end of the child.
+void wait_for(pid_t child, const std::function<bool()>& goes_on, int* status)
 {
-    const int how = goes_on ? WNOHANG : 0;
-    for (pid_t ended = 0; (ended = waitpid(child, status, how)) == 0 || (ended < 0 && errno == EINTR);)
+    for (pid_t ended = 0; (ended = waitpid(child, status, WNOHANG)) == 0 || (ended < 0 && errno == EINTR);)
     {
-        if (goes_on && !goes_on())
+        if (!goes_on())
         {
             kill(child, SIGKILL);
             while (waitpid(child, status, 0) < 0 && errno == EINTR)
                 continue;
-            return false;
+            return;
         }
         const timespec pause{0, kNanosecondsOfALook};
         nanosleep(&pause, nullptr);
     }
-    return true;
 }
 
 }  // namespace
@@ -69,7 +67,7 @@ bool WorkApart::run(const std::function<int()>& work, const std::function<bool()
         _exit(status);
     }
     int status = 0;
-    end->in_time = wait_for(child, goes_on, &status);
+    wait_for(child, goes_on, &status);
     end->status = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
     if (!WIFSIGNALED(status))
         return true;

@@ -216,10 +216,11 @@ bool WorkApart::run(const std::function<int()>& work, const std::function<bool()
     HANDLE child = start_in(group, program.data(), GetCommandLineW(), {}, {handle_of(section_)});
     SetEnvironmentVariableW(kApart, nullptr);
     const int reason = errno;
-    while (child != nullptr && end->in_time && WaitForSingleObject(child, goes_on ? kLookAgain : INFINITE) != 0)
-        end->in_time = goes_on();
+    bool in_time = true;
+    while (child != nullptr && in_time && WaitForSingleObject(child, kLookAgain) != 0)
+        in_time = goes_on();
     DWORD status = 0;
-    if (child != nullptr && end->in_time)
+    if (child != nullptr && in_time)
         GetExitCodeProcess(child, &status);
     if (child != nullptr)
         CloseHandle(child);

@@ -15,10 +15,9 @@ namespace orvlog::system
 // How a process came to its end.
 struct ProcessEnd
 {
-    bool in_time = true;  // false: it was ended because it took too long
-    int status = 0;       // its exit status, if `how` is empty
-    std::string how;      // "ended by signal 11"; empty if it left by itself
-    std::string name;     // of that, "Segmentation fault"
+    int status = 0;    // its exit status, if `how` is empty
+    std::string how;   // "ended by signal 11"; empty if it left by itself
+    std::string name;  // of that, "Segmentation fault"
 };
 
 // Work of this program in a process of its own, with a block of memory that both see. On a system that can't double a
@@ -39,7 +38,7 @@ public:
         return block_;
     }
     // Waits for the end of the work, whose result is the exit status of its process; it may throw nothing. `goes_on` is
-    // asked time and again meanwhile, and ends the process by false; may be null. False with errno set if there is no
+    // asked time and again meanwhile, and ends the process by false. False with errno set if there is no
     // process to be had.
     bool run(const std::function<int()>& work, const std::function<bool()>& goes_on, ProcessEnd* end);
 

@@ -34,8 +34,9 @@ std::string CProgram::head() const
     text += kCRecordTypes;
     text += kCSteps;
     text += kCCallRecords;
+    // Compilers that see that a table has one place only warn of the others.
     const auto table = [](const char* type, const char* table_name, uint32_t count)
-    { return std::string("static ") + type + " " + table_name + "[" + std::to_string(std::max(count, 1U)) + "];\n"; };
+    { return std::string("static ") + type + " " + table_name + "[" + std::to_string(std::max(count, 2U)) + "];\n"; };
     text += "\n" + table("void*", "documents", document_places_) +
             table("ORV_DrawingInterface", "drawings", drawing_places_);
     if (resource_places_ > 0)

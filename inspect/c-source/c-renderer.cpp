@@ -56,16 +56,16 @@ void ask_read(const Read* about, GOP_OperandImagePointer* image)
 
 void ask_finish(const Plain* about, GOP_OperandImagePointer* image)
 {
-    GOP_OperandImagePointer given = *image;
+    GOP_OperandImagePointer record = *image;
     if (about->given != NULL)
     {
-        given = *about->given;
-        given.imp_Context = image->imp_Context;
-        given.imp_ImageResetFn = given.imp_ImageResetFn != NULL ? image->imp_ImageResetFn : NULL;
-        given.imp_ImageKeepFn = image->imp_ImageKeepFn;
-        given.imp_ImageReleaseFn = image->imp_ImageReleaseFn;
+        record = *about->given;
+        record.imp_Context = image->imp_Context;
+        record.imp_ImageResetFn = record.imp_ImageResetFn != NULL ? image->imp_ImageResetFn : NULL;
+        record.imp_ImageKeepFn = image->imp_ImageKeepFn;
+        record.imp_ImageReleaseFn = image->imp_ImageReleaseFn;
     }
-    image->imp_ImageFinishFn(&given, given.imp_Context);
+    image->imp_ImageFinishFn(&record, record.imp_Context);
 }
 
 void ask_image(const Step* step, GOP_OperandImagePointer* image)

@@ -381,10 +381,14 @@ uint32_t orvlog_image_keep(GOP_OperandImagePointer* operand_p)
     if (first && (context->async_stream = open_async_log(context, name)) == nullptr)
         return 0;
     GOP_OperandImagePointer* client = wrapper->client_record;
+    GIO_Stream* present = orvlog_writer_stream(&wrapper->writer);
     enter(wrapper);
     const uint32_t result = client->imp_ImageKeepFn != nullptr ? client->imp_ImageKeepFn(client) : 0;
-    // An element without a name has its place in that log, whichever record of the image it came by.
-    if (!first)
+    // The element with the name has its place in the log that this record spoke in, though the client may have let it
+    // be kept once more from within; one without a name in the image's own, whichever record it came by.
+    if (first && context->slots->session != nullptr)
+        orvlog_writer_redirect(&wrapper->writer, present);
+    else
         orvlog_writer_redirect(&wrapper->writer, context->async_stream);
     dump_keep(wrapper, first ? name : nullptr, result);
     orvlog_writer_redirect(&wrapper->writer, context->async_stream);

@@ -11,10 +11,12 @@
 #include "tools/shared/look.h"
 #include "tools/shared/temporary-folder.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -112,14 +114,13 @@ private:
             return false;
         bool good = true;
         for (size_t i = 0; i < 2; ++i)
-            good = (!whole || report(command_.renderers[i], jobs[i])) && good;
+            good = (!whole || report(command_.renderers[i], jobs[i], (*folders)[i])) && good;
         return good;
     }
 
     RenderJob job(size_t renderer, const std::string& folder, const std::vector<std::string>& words) const
     {
-        RenderJob made;
-        made.words = {"replay", command_.log, "--renderer", command_.renderers[renderer], "--png", folder};
+        RenderJob made = render_job(command_.log, command_.renderers[renderer], folder, command_.seconds);
         if (!command_.options.empty())
             made.words.insert(made.words.end(),
                               {"--renderer-options", command_.options[renderer % command_.options.size()]});
@@ -131,25 +132,31 @@ private:
             made.words.insert(made.words.end(), {"--files-from", one});
         made.words.insert(made.words.end(), words.begin(), words.end());
         made.errors = folder_.path("errors-" + std::to_string(renderer));
-        made.seconds = command_.seconds;
         made.megabytes = command_.megabytes;
         return made;
     }
 
     // False if there are no pages to compare.
-    bool report(const std::string& renderer, const RenderJob& job)
+    bool report(const std::string& renderer, const RenderJob& job, const std::string& folder)
     {
-        for (const std::string& line : lines_said(job.errors))
-            say(printable(line));
-        if (job.status == EXIT_DONE)
+        const std::vector<std::string> lines = lines_said(job.errors);
+        for (const std::string& line : lines)
+            if (said_.insert(line).second)
+                say(printable(line));
+        std::string line;
+        const RenderEnd end = end_of(job, &line);
+        if (end == RenderEnd::done)
             return true;
         failed_ = true;
         // A log that lacks something is drawn as far as it goes.
         std::string why;
-        const bool drawn = job.status == EXIT_FAILED && !job.timed_out && !pages_in(job.words[5], &why).empty();
-        if (!drawn)
-            fail(printable(renderer + ": " + what_became(job)));
-        return drawn;
+        if (end == RenderEnd::failed && !pages_in(folder, &why).empty())
+            return true;
+        const bool told =
+            std::ranges::any_of(lines, [&](const std::string& one) { return one.starts_with(job.renderer + ": "); });
+        if (!told)
+            fail(printable(renderer + ": " + (end == RenderEnd::failed ? "has drawn no page" : line)));
+        return false;
     }
 
     int tell(const PageFolders& pages, const std::vector<PageFault>& faults)
@@ -200,10 +207,10 @@ private:
         std::error_code failed;
         fs::create_directories(command_.pictures, failed);
         const fs::path prefix = fs::path(command_.pictures) / fs::path(command_.log).stem();
-        if (write_pictures(pages, fault, prefix.string()))
-            return true;
-        fail(prefix.string() + "-a.png and the like can't be written");
-        return false;
+        const std::string why = write_pictures(pages, fault, prefix.string());
+        if (!why.empty())
+            fail(why);
+        return why.empty();
     }
 
     // The place in the log of the page with this number, and its calls.
@@ -304,6 +311,7 @@ private:
     LogAgain log_;
     TemporaryFolder folder_;
     RenderProcesses processes_;
+    std::set<std::string> said_;
     bool failed_ = false;
     bool examined_ = false;
     bool rise_ = true;

@@ -3,10 +3,10 @@
 #include "clients/renderer-library/renderer-library.h"
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
-#include "clients/system/processes.h"
 #include "reader/look/call-address.h"
 #include "reader/text/log-files.h"
 #include "tools/render/call-costs.h"
+#include "tools/replay/watched-child.h"
 #include "tools/shared/command.h"
 #include "tools/shared/files-from.h"
 #include "tools/shared/log-again.h"
@@ -38,15 +38,9 @@ struct ProfileCommand
     std::string trace;
     std::vector<std::string> folders;
     unsigned runs = 3;
+    unsigned seconds = 300;
     unsigned top = 20;
     bool json = false;
-};
-
-// Where the replay is, for who waits for the process that it runs in.
-struct ReplayPlace
-{
-    uint64_t line;
-    char kind[64];
 };
 
 std::string number(double value, int width)
@@ -77,9 +71,7 @@ struct Sum
 class ProfileJob
 {
 public:
-    ProfileJob(const ProfileCommand& command, ReplayPlace* place) : command_(command), log_(command.log), place_(place)
-    {
-    }
+    ProfileJob(const ProfileCommand& command, WorkPlace& place) : command_(command), log_(command.log), place_(place) {}
 
     int run()
     {
@@ -126,7 +118,7 @@ private:
         };
         orvlog::replay::ReplayTickets tickets;
         const orvlog::replay::Outcome outcome = orvlog::replay::play(log_.from_start(), costs.table(), tickets, play);
-        place_->line = 0;
+        place_.leave_calls();
         const bool whole = library.end();
         if (runs_done_++ == 0)
             judge(outcome, whole);
@@ -152,8 +144,7 @@ private:
         const bool ends = call.name == "ORV_drawing_finish" || call.name == "ORV_drawing_discard";
         if (ends && call.value("drawing_context") == *face)
             open_ = false;
-        place_->line = cost.line;
-        std::snprintf(place_->kind, sizeof place_->kind, "%s", cost.kind.c_str());
+        place_.enter_call(cost.kind, cost.line);
         costs.begin_call(std::move(cost));
     }
 
@@ -382,7 +373,7 @@ private:
 
     const ProfileCommand& command_;
     LogAgain log_;
-    ReplayPlace* place_;
+    WorkPlace& place_;
     unsigned runs_done_ = 0;
     bool open_ = false;
     bool wrong_ = false;
@@ -393,32 +384,13 @@ private:
     std::vector<CallbackEvent> traced_events_;
 };
 
-// In a process of its own, so that a renderer that crashes ends no more than that.
+// In a process of its own, so that a renderer that crashes or hangs ends no more than that.
 int profile(const ProfileCommand& command)
 {
-    system::WorkApart apart(sizeof(ReplayPlace));
-    auto* place = static_cast<ReplayPlace*>(apart.block());
-    if (place == nullptr)
-        return fail(std::strerror(errno));
-    const auto work = [&command, place]
-    {
-        try
-        {
-            return ProfileJob(command, place).run();
-        }
-        catch (const std::exception& error)
-        {
-            return fail(error.what());
-        }
-    };
-    system::ProcessEnd end;
-    if (!apart.run(work, {}, &end))
-        return fail(std::string("no process for the renderer: ") + std::strerror(errno));
-    if (end.how.empty())
-        return end.status;
-    const std::string where =
-        place->line > 0 ? " in the call of line " + std::to_string(place->line) + ", " + place->kind : "";
-    return fail(printable(command.renderer + ": was " + end.how + where));
+    std::string why;
+    const int status = run_watched([&command](WorkPlace& place) { return ProfileJob(command, place).run(); },
+                                   {.in_all = command.seconds}, &why);
+    return why.empty() ? status : fail(printable(command.renderer + ": " + why));
 }
 
 }  // namespace
@@ -439,6 +411,10 @@ Run declare_profile(CLI::App& app)
         ->type_name("N")
         ->capture_default_str()
         ->check(CLI::Range(0U, 1000000U));
+    app.add_option("--time", command->seconds, "seconds that all replays together may take")
+        ->type_name("S")
+        ->capture_default_str()
+        ->check(CLI::Range(1U, 86400U));
     app.add_option("--trace", command->trace, "a timeline of the run that took least, in the trace event form")
         ->type_name("FILE");
     app.add_flag("--json", command->json, "tell it as JSON");

@@ -120,7 +120,7 @@ private:
         for (fs::directory_iterator file(command_.folder, failed), end; !failed && file != end; file.increment(failed))
         {
             std::error_code none;
-            if (is_log_name(file->path()) && file->is_regular_file(none))
+            if (is_log_name(file->path()) && !file->is_directory(none))
                 names.push_back(file->path().filename().string());
         }
         if (failed)
@@ -142,9 +142,11 @@ private:
         else if (!fs::is_directory(command_.baseline, failed))
             return command_.baseline + ": " +
                    (failed ? failed.message() : std::string("is no folder; --update makes a baseline"));
-        if (!failed && !command_.pictures.empty())
+        if (failed)
+            return command_.baseline + ": " + failed.message();
+        if (!command_.pictures.empty())
             fs::create_directories(command_.pictures, failed);
-        return failed ? command_.baseline + ": " + failed.message() : "";
+        return failed ? command_.pictures + ": " + failed.message() : "";
     }
 
     std::string pages_folder(size_t number) const
@@ -158,15 +160,13 @@ private:
 
     RenderJob job(size_t number) const
     {
-        RenderJob made;
         const std::string log = (fs::path(command_.folder) / findings_[number].log).string();
-        made.words = {"replay", log, "--renderer", command_.renderer, "--png", pages_folder(number)};
+        RenderJob made = render_job(log, command_.renderer, pages_folder(number), command_.seconds);
         if (!command_.renderer_options.empty())
             made.words.insert(made.words.end(), {"--renderer-options", command_.renderer_options});
         if (command_.dpi > 0)
             made.words.insert(made.words.end(), {"--dpi", std::to_string(command_.dpi)});
         made.errors = folder_.path("errors-" + std::to_string(number));
-        made.seconds = command_.seconds;
         made.megabytes = command_.megabytes;
         return made;
     }
@@ -174,10 +174,12 @@ private:
     void judge(const RenderJob& job, size_t number)
     {
         Finding& finding = findings_[number];
-        if (job.status != EXIT_DONE)
+        std::string line;
+        const RenderEnd end = end_of(job, &line);
+        if (end != RenderEnd::done)
         {
-            finding.word = job.timed_out ? "timeout" : job.status >= EXIT_SIGNAL ? "crashed" : "failed";
-            finding.error = what_became(job);
+            finding.word = end == RenderEnd::timeout ? "timeout" : end == RenderEnd::crashed ? "crashed" : "failed";
+            finding.error = line.empty() ? "said nothing" : line;
         }
         else if (command_.update)
             update(number, finding);
@@ -196,13 +198,19 @@ private:
         folders.name_b = "the renderer";
         std::string why;
         folders.b = pages_in(pages_folder(number), &why);
-        std::string no_baseline;
-        folders.a = pages_in(baseline_of(finding), &no_baseline);
         finding.pages = folders.b.size();
-        if (!no_baseline.empty())
+        std::error_code none;
+        if (!fs::exists(baseline_of(finding), none))
         {
             finding.word = "unknown";
             finding.error = "has no baseline";
+            return;
+        }
+        folders.a = pages_in(baseline_of(finding), &why);
+        if (!why.empty())
+        {
+            finding.word = "failed";
+            finding.error = why;
             return;
         }
         for (const PageFault& fault : compare_folders(folders))
@@ -211,25 +219,35 @@ private:
             finding.failure +=
                 (finding.failure.empty() ? "page " : "; page ") + std::to_string(fault.page) + ": " + fault.what;
             const std::string prefix = (fs::path(command_.pictures) / finding.log).string();
-            if (!command_.pictures.empty() && !write_pictures(folders, fault, prefix))
-                finding.error = prefix + "-a.png and the like can't be written";
+            const std::string unwritten = command_.pictures.empty() ? "" : write_pictures(folders, fault, prefix);
+            if (!unwritten.empty())
+                finding.error = unwritten;
         }
     }
 
-    // The pages as they are now become the baseline: pictures that were there go, other files stay.
+    // The pages as they are now become the baseline: pictures that were there go, other files stay. Those that were
+    // there stay until all new ones are written.
     void update(size_t number, Finding& finding) const
     {
         std::string why;
         const std::map<uint32_t, std::string> pages = pages_in(pages_folder(number), &why);
         std::error_code failed;
         const std::string target = baseline_of(finding);
-        fs::create_directories(target, failed);
-        if (!failed)
-            for (const auto& [page, file] : pages_in(target, &why))
-                fs::remove(file, failed);
+        const fs::path fresh = fs::path(target) / ".update";
+        fs::create_directories(fresh, failed);
         for (const auto& [page, file] : pages)
             if (!failed)
-                fs::copy_file(file, fs::path(target) / fs::path(file).filename(), failed);
+                fs::copy_file(file, fresh / fs::path(file).filename(), fs::copy_options::overwrite_existing, failed);
+        // Two of one number come one after the other.
+        for (std::map<uint32_t, std::string> old; !failed && !(old = pages_in(target, &why)).empty();)
+            for (const auto& [page, file] : old)
+                if (!failed)
+                    fs::remove(file, failed);
+        for (const auto& [page, file] : pages)
+            if (!failed)
+                fs::rename(fresh / fs::path(file).filename(), fs::path(target) / fs::path(file).filename(), failed);
+        std::error_code none;
+        fs::remove_all(fresh, none);
         finding.pages = pages.size();
         finding.word = failed ? "failed" : "updated";
         finding.error = failed ? target + ": " + failed.message() : "";

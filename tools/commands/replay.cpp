@@ -75,6 +75,9 @@ Run declare_replay(CLI::App& app)
     app.add_option("--call-limit", options->call_limit, "end a library that takes longer for one call; 0 for never")
         ->type_name("SECONDS")
         ->capture_default_str();
+    app.add_option("--time", options->time_limit, "end a library that takes longer in all; 0 for never")
+        ->type_name("SECONDS")
+        ->capture_default_str();
     app.add_flag("--as-logged", options->as_logged,
                  "do what the job's renderer did; with --renderer none and --log anyhow");
     app.add_option("--images-beside", options->image_prefix, "image data goes to files PREFIX-..., not into NEWLOG")

@@ -102,7 +102,7 @@ struct CallCosts::Functions
         const uint32_t result = forward();
         Cost own = cost_now();
         CallCost& told = costs->calls_.back();
-        told.begin = before.wall - costs->start_;
+        told.begin = told.end == 0 ? before.wall - costs->start_ : told.begin;
         told.end = own.wall - costs->start_;
         own.take_off(before);
         own.take_off(costs->in_callbacks_);

@@ -48,11 +48,19 @@ std::string fault_of(const PixelCopy& a, const PixelCopy& b, const PageFolders& 
 std::map<uint32_t, std::string> pages_in(const std::string& folder, std::string* why)
 {
     std::map<uint32_t, std::string> pages;
+    std::map<std::string, uint32_t> files;
     std::error_code failed;
     for (fs::directory_iterator file(folder, failed), end; !failed && file != end; file.increment(failed))
         if (const std::optional<PageName> name = page_name(file->path()))
-            pages[name->number] = file->path().string();
+            files.insert({file->path().filename().string(), name->number});
     *why = failed ? folder + ": " + failed.message() : "";
+    for (const auto& [name, number] : files)
+    {
+        const auto [place, added] = pages.try_emplace(number, (fs::path(folder) / name).string());
+        if (!added && why->empty())
+            *why = folder + ": has two pages " + std::to_string(number) + ": " +
+                   fs::path(place->second).filename().string() + " and " + name;
+    }
     return pages;
 }
 
@@ -88,15 +96,15 @@ std::vector<PageFault> compare_folders(const PageFolders& folders)
     return faults;
 }
 
-bool write_pictures(const PageFolders& folders, const PageFault& fault, const std::string& prefix)
+std::string write_pictures(const PageFolders& folders, const PageFault& fault, const std::string& prefix)
 {
     if (!fault.has_both)
-        return true;
+        return {};
     const PixelCopy a = picture(folders.a.at(fault.page));
     const PixelCopy b = picture(folders.b.at(fault.page));
     char number[16];
     std::snprintf(number, sizeof number, "-%03u", fault.page);
-    return write_pictures(a, b, folders.tolerance, prefix + number).empty();
+    return write_pictures(a, b, folders.tolerance, prefix + number);
 }
 
 }  // namespace orvlog::tool

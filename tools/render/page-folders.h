@@ -12,7 +12,8 @@
 namespace orvlog::tool
 {
 
-// The pictures of a folder by the number in their names. `why` gets what is wrong with it.
+// The pictures of a folder by the number in their names. `why` gets what is wrong with it: it can't be read, or two of
+// them have the same number.
 std::map<uint32_t, std::string> pages_in(const std::string& folder, std::string* why);
 
 struct PageFault
@@ -37,7 +38,7 @@ std::vector<PageFault> compare_folders(const PageFolders& folders);
 // Whether this page differs.
 bool page_differs(const std::string& a, const std::string& b, uint32_t tolerance);
 
-// Pictures of a page that differs: PREFIX-NNN-a.png, -b.png and -marked.png. False if they can't be written.
-bool write_pictures(const PageFolders& folders, const PageFault& fault, const std::string& prefix);
+// Pictures of a page that differs: PREFIX-NNN-a.png, -b.png and -marked.png. Nothing, or why they can't be written.
+std::string write_pictures(const PageFolders& folders, const PageFault& fault, const std::string& prefix);
 
 }  // namespace orvlog::tool

@@ -1,5 +1,6 @@
 #include "tools/render/render-processes.h"
 
+#include "tools/replay/watched-child.h"
 #include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
 
@@ -139,21 +140,60 @@ std::vector<std::string> lines_said(const std::string& errors)
     constexpr size_t kLongest = 1000;
     std::vector<std::string> lines;
     std::ifstream file(errors, std::ios::binary);
-    for (std::string line; lines.size() < kMostLines && std::getline(file, line);)
-        if (line.starts_with(kName))
-            lines.push_back(line.substr(std::strlen(kName), kLongest));
+    for (std::string line; std::getline(file, line);)
+    {
+        if (!line.starts_with(kName))
+            continue;
+        if (lines.size() == kMostLines)
+            lines.pop_back();
+        lines.push_back(line.substr(std::strlen(kName), kLongest));
+    }
     return lines;
 }
 
-std::string what_became(const RenderJob& job)
+RenderJob render_job(const std::string& log, const std::string& renderer, const std::string& folder, unsigned seconds)
+{
+    constexpr unsigned kGrace = 5;
+    RenderJob job;
+    job.words = {"replay", log, "--renderer", renderer, "--png", folder};
+    job.renderer = renderer;
+    job.seconds = seconds;
+    if (renderer == "cairo")
+        return job;
+    job.words.insert(job.words.end(), {"--call-limit", "0", "--time", std::to_string(seconds)});
+    job.seconds += kGrace;
+    return job;
+}
+
+RenderEnd end_of(const RenderJob& job, std::string* line)
 {
     const std::vector<std::string> said = lines_said(job.errors);
-    const std::string last = said.empty() ? "" : ": " + said.back();
+    *line = said.empty() ? "" : said.back();
     if (job.timed_out)
-        return "took more than " + std::to_string(job.seconds) + " seconds" + last;
+    {
+        *line = std::string(kTookMoreThan) + std::to_string(job.seconds) + " seconds";
+        return RenderEnd::timeout;
+    }
     if (job.status >= EXIT_SIGNAL)
-        return "ended by signal " + std::to_string(job.status - EXIT_SIGNAL) + last;
-    return (job.status == 0 ? "is done" : "failed") + last;
+    {
+        *line = std::string(kEndedBySignal) + std::to_string(job.status - EXIT_SIGNAL);
+        return RenderEnd::crashed;
+    }
+    if (job.status == EXIT_DONE)
+        return RenderEnd::done;
+    const std::string blamed = job.renderer + ": ";
+    const auto told = std::ranges::find_if(said,
+                                           [&blamed](const std::string& one)
+                                           {
+                                               const std::string_view rest(one);
+                                               return one.starts_with(blamed) &&
+                                                      (rest.substr(blamed.size()).starts_with(kEndedBySignal) ||
+                                                       rest.substr(blamed.size()).starts_with(kTookMoreThan));
+                                           });
+    if (told == said.end())
+        return RenderEnd::failed;
+    *line = told->substr(blamed.size());
+    return line->starts_with(kTookMoreThan) ? RenderEnd::timeout : RenderEnd::crashed;
 }
 
 }  // namespace orvlog::tool

@@ -19,6 +19,7 @@ namespace orvlog::tool
 struct RenderJob
 {
     std::vector<std::string> words;  // behind "orvlog"
+    std::string renderer;            // as these name it
     std::string errors;              // the file that takes what it says on standard error
     unsigned seconds = 0;            // of time that it may take; 0: as long as it takes
     uint64_t megabytes = 0;          // of memory that it may map; 0: as much as there is
@@ -70,10 +71,24 @@ private:
     std::string why_;
 };
 
-// The lines of such a file, without "orvlog: " in front and without those that count what was done; 20 at most.
+// A job that draws the pages of a log to a folder of pictures, with a limit of time. A shared library is watched by the
+// process that draws as well, which can say in which call it was ended.
+RenderJob render_job(const std::string& log, const std::string& renderer, const std::string& folder, unsigned seconds);
+
+// The lines of such a file, without "orvlog: " in front and without those that count what was done: the last one and 19
+// before it, the first ones.
 std::vector<std::string> lines_said(const std::string& errors);
 
-// "ended by signal 11", "took more than 30 seconds", "failed", and what it said last.
-std::string what_became(const RenderJob& job);
+enum class RenderEnd
+{
+    done,
+    failed,
+    crashed,
+    timeout
+};
+
+// How a job came to its end, and a line for it: "ended by signal 11", "took more than 30 seconds", or what it said
+// last; empty if it said nothing.
+RenderEnd end_of(const RenderJob& job, std::string* line);
 
 }  // namespace orvlog::tool

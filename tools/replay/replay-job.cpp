@@ -343,7 +343,7 @@ int run_replay(const ReplayOptions& options)
         return ReplayJob(options, nullptr).run();
     std::string why;
     const int status = run_watched([&options](WorkPlace& place) { return ReplayJob(options, &place).run(); },
-                                   options.call_limit, &why);
+                                   {.of_call = options.call_limit, .in_all = options.time_limit}, &why);
     if (why.empty())
         return status;
     fail(options.renderer + ": " + why);

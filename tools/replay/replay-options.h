@@ -30,6 +30,7 @@ struct ReplayOptions
     unsigned dpi = 0;
     bool as_logged = false;
     unsigned call_limit = 60;  // seconds that a library may take for a call; 0: as long as it likes
+    unsigned time_limit = 0;   // seconds that it may take in all; 0: the same
     std::optional<reader::CallAddress> up_to;
 };
 

@@ -16,6 +16,11 @@ namespace orvlog::tool
 namespace
 {
 
+double seconds_now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
 {
     try
@@ -28,28 +33,34 @@ int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
     }
 }
 
-// Whether the work stays at one place for too long.
+// Says which limit has been passed, if one has.
 class Patience
 {
 public:
-    Patience(const WorkPlace& place, unsigned seconds) : place_(place), steps_(place.steps()), seconds_(seconds) {}
-
-    bool lasts()
+    Patience(const WorkPlace& place, const WorkLimits& limits)
+        : place_(place), limits_(limits), steps_(place.steps()), begin_(seconds_now()), since_(begin_)
     {
-        const uint64_t steps = place_.steps();
-        if (steps != steps_)
-            since_ = Clock::now();
-        steps_ = steps;
-        return seconds_ == 0 || Clock::now() - since_ <= std::chrono::seconds(seconds_);
+    }
+
+    std::string ended()
+    {
+        const double now = seconds_now();
+        if (steps_ != place_.steps())
+            since_ = now;
+        steps_ = place_.steps();
+        if (limits_.of_call > 0 && now - since_ > limits_.of_call)
+            return "did not come back within " + std::to_string(limits_.of_call) + " s";
+        if (limits_.in_all > 0 && now - begin_ > limits_.in_all)
+            return std::string(kTookMoreThan) + std::to_string(limits_.in_all) + " seconds";
+        return {};
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     const WorkPlace& place_;
+    const WorkLimits& limits_;
     uint64_t steps_;
-    unsigned seconds_;
-    Clock::time_point since_ = Clock::now();
+    double begin_;
+    double since_;
 };
 
 }  // namespace
@@ -84,7 +95,7 @@ std::string WorkPlace::told() const
     return "in " + std::string(name_) + ", line " + std::to_string(line_);
 }
 
-int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, std::string* why)
+int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& limits, std::string* why)
 {
     system::WorkApart apart(sizeof(WorkPlace));
     auto* place = static_cast<WorkPlace*>(apart.block());
@@ -100,13 +111,18 @@ int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, st
         place->stage_ = WorkPlace::Stage::done;
         return result;
     };
-    Patience patience(*place, seconds);
+    Patience patience(*place, limits);
+    std::string ended;
+    const auto goes_on = [&patience, &ended]
+    {
+        ended = patience.ended();
+        return ended.empty();
+    };
     system::ProcessEnd end;
-    if (!apart.run(
-            in_child, [&patience] { return patience.lasts(); }, &end))
+    if (!apart.run(in_child, goes_on, &end))
         *why = std::string("no process: ") + std::strerror(errno);
-    else if (!end.in_time)
-        *why = "did not come back within " + std::to_string(seconds) + " s, " + place->told();
+    else if (!ended.empty())
+        *why = ended + ", " + place->told();
     else if (!end.how.empty())
         *why = end.how + " (" + end.name + "), " + place->told();
     else if (place->stage_ != WorkPlace::Stage::done)

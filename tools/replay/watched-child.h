@@ -9,6 +9,13 @@
 namespace orvlog::tool
 {
 
+// Seconds; 0 is no limit.
+struct WorkLimits
+{
+    unsigned of_call = 0;  // at one place
+    unsigned in_all = 0;
+};
+
 // Where the work is, for who has to tell of its end. Shared by both processes.
 class WorkPlace
 {
@@ -23,7 +30,7 @@ public:
     uint64_t steps() const;
 
 private:
-    friend int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, std::string* why);
+    friend int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& limits, std::string* why);
 
     enum class Stage : uint8_t
     {
@@ -41,9 +48,13 @@ private:
     char name_[kLongestName];
 };
 
-// Runs the work in a new process, and gives its exit status. Where the process came to another end, or stayed at one
-// place for longer than `seconds` (0: for ever) and was ended, gives EXIT_FAILED with what happened, and where, in
-// `why`: to stand behind the name of who is to blame.
-int run_watched(const std::function<int(WorkPlace&)>& work, unsigned seconds, std::string* why);
+// What `why` begins with where a signal ended the process, or a limit of time.
+inline constexpr std::string_view kEndedBySignal = "ended by signal ";
+inline constexpr std::string_view kTookMoreThan = "took more than ";
+
+// Runs the work in a new process, and gives its exit status. Where the process came to another end, or took longer than
+// a limit and was ended, gives EXIT_FAILED with what happened, and where, in `why`: to stand behind the name of who is
+// to blame.
+int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& limits, std::string* why);
 
 }  // namespace orvlog::tool

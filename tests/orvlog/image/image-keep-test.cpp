@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -122,6 +123,32 @@ TEST_F(Kept, KeepingTwiceOpensOneFile)
     EXPECT_EQ(folder.names(), (std::vector<std::string>{kName}));
     EXPECT_NE(folder.read(kName).find("<GOP_ImageKeepFn Id=\"10\" return=\"TRUE\">"), std::string::npos);
     EXPECT_EQ(fake.take_calls(), "keep keep release ");
+}
+
+// The element that names the image's log must be where a merge looks for it.
+TEST_F(Kept, KeptAgainFromWithinTheKeepIsNamedInTheLog)
+{
+    wrap();
+    bool within = false;
+    fake.on_call = [&]
+    {
+        if (!std::exchange(within, true))
+            record->imp_ImageKeepFn(record);
+    };
+    EXPECT_EQ(record->imp_ImageKeepFn(record), 1U);
+    EXPECT_EQ(fake.take_calls(), "keep keep ");
+    EXPECT_EQ(log.take(), R"(<GOP_ImageKeepFn Id="10" async_img_log_file_name="orvlog-0f0e0d0c-0b0a0908-07060504-)"
+                          R"(03020100-async-image-0000000011.tmp" return="TRUE">
+</GOP_ImageKeepFn>
+)");
+    ORVLOG_EndImageCall(record, kept);
+    record->imp_ImageReleaseFn(record);
+    record = nullptr;
+    EXPECT_EQ(folder.read(kName), R"(<GOP_ImageKeepFn Id="10" return="TRUE">
+</GOP_ImageKeepFn>
+<GOP_ImageReleaseFn Id="10">
+</GOP_ImageReleaseFn>
+)");
 }
 
 TEST_F(Kept, ReleaseWithinTheCallWaitsForItsEnd)

@@ -6,8 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -103,7 +107,9 @@ TEST(ToolCompare, SaysWhichRendererFailed)
 {
     const ToolResult crashed = compare({"--renderer-options", "none", "--renderer-options", "crash=9"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.err, kBlocks + ": ")) << crashed.err;
+    const std::string said = "orvlog: " + kBlocks + ": ended by signal 6 (Aborted), in ORV_object_paint";
+    EXPECT_TRUE(crashed.err.starts_with(said)) << crashed.err;
+    EXPECT_EQ(std::ranges::count(crashed.err, '\n'), 1) << crashed.err;
     const ToolResult hung = compare({"--renderer-options", "none", "--renderer-options", "hang=9", "--time", "2"});
     EXPECT_EQ(hung.status, 1);
     EXPECT_TRUE(has(hung.err, kBlocks + ": took more than 2 seconds")) << hung.err;
@@ -182,12 +188,38 @@ TEST_F(ToolRegress, TellsWhatDiffersAndWhatFails)
     EXPECT_TRUE(fs::exists(folder.path("pictures/page-1.xml-001-marked.png")));
     const ToolResult crashed = regress({"--renderer-options", "crash=5"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.out, "3 logs, ")) << crashed.out;
-    EXPECT_FALSE(has(crashed.out, "passed")) << crashed.out;
+    EXPECT_TRUE(has(crashed.out, "crashed  page-1.xml  ended by signal 6 (Aborted), in ORV_object_paint"))
+        << crashed.out;
+    EXPECT_TRUE(has(crashed.out, "3 logs, 3 crashed\n")) << crashed.out;
     const ToolResult hung = regress({"--renderer-options", "hang=5", "--time", "1"});
     EXPECT_EQ(hung.status, 1);
-    EXPECT_TRUE(has(hung.out, "timeout  page-1.xml  took more than 1 seconds")) << hung.out;
+    EXPECT_TRUE(has(hung.out, "timeout  page-1.xml  took more than 1 seconds, ")) << hung.out;
     EXPECT_TRUE(has(hung.out, "3 logs, 3 timeout\n"));
+}
+
+// Pages of another log in the folder of one: neither is chosen by chance.
+TEST_F(ToolRegress, TakesNoPageForAnother)
+{
+    ASSERT_EQ(regress({"--update"}).status, 0);
+    fs::copy_file(folder.path("baseline/page-2.xml/page-2-002.png"), folder.path("baseline/page-1.xml/page-2-001.png"));
+    const ToolResult two = regress({});
+    EXPECT_EQ(two.status, 1);
+    EXPECT_TRUE(has(two.out, "has two pages 1: page-1-001.png and page-2-001.png\n")) << two.out;
+    EXPECT_TRUE(has(two.out, "3 logs, 2 passed, 1 failed\n")) << two.out;
+    folder.write("baseline/page-1.xml/notes.txt", "mine");
+    EXPECT_EQ(regress({"--update"}).status, 0);
+    EXPECT_EQ(regress({}).out, kPassed);
+    EXPECT_EQ(read_file(folder.path("baseline/page-1.xml/notes.txt")), "mine");
+    EXPECT_FALSE(fs::exists(folder.path("baseline/page-1.xml/page-2-001.png")));
+}
+
+TEST_F(ToolRegress, SaysWhichFolderCantBeMade)
+{
+    ASSERT_EQ(regress({"--update"}).status, 0);
+    const std::string taken = folder.write("taken", "a file");
+    const ToolResult refused = regress({"--pictures", taken + "/pictures"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(has(refused.err, "orvlog: " + taken + "/pictures: ")) << refused.err;
 }
 
 #ifndef ORVLOG_INSTRUMENTED
@@ -262,8 +294,108 @@ TEST(ToolProfile, SaysWhereARendererCrashed)
     const ToolResult crashed =
         run_tool({"profile", sample_log(), "--renderer", kBlocks, "--renderer-options", "crash=1"});
     EXPECT_EQ(crashed.status, 1);
-    EXPECT_TRUE(has(crashed.err, ": was ended by signal 6 in the call of line ")) << crashed.err;
-    EXPECT_TRUE(has(crashed.err, ", ORV_object_paint_and_stroke\n")) << crashed.err;
+    EXPECT_TRUE(has(crashed.err, ": ended by signal 6 (Aborted), in ORV_object_paint_and_stroke, line "))
+        << crashed.err;
+}
+
+TEST(ToolProfile, EndsARendererThatTakesTooLong)
+{
+    const ToolResult hung =
+        run_tool({"profile", sample_log(), "--renderer", kBlocks, "--renderer-options", "hang=3", "--time", "1"});
+    EXPECT_EQ(hung.status, 1);
+    EXPECT_TRUE(has(hung.err, kBlocks + ": took more than 1 seconds, in ORV_object_paint")) << hung.err;
+    EXPECT_EQ(hung.out, "");
+    EXPECT_EQ(run_tool({"profile", sample_log(), "--renderer", kBlocks, "--time", "0"}).status, 2);
+}
+
+TEST(ToolProfile, SaysWhyALibraryCantBeUsed)
+{
+    const ScratchFolder folder;
+    folder.write("text.so", "no library");
+    const std::string cairo = ORVLOG_CAIRO_LIBRARY;
+    const std::pair<Words, std::string> libraries[] = {
+        {{folder.path("none.so")}, "none.so: "},
+        {{folder.path("text.so")}, "text.so: "},
+        {{cairo + ":other"}, ":other: has no function other\n"},
+        {{cairo, "--renderer-options", "colour=no"}, "makes no renderer: no option of this renderer: colour=no\n"}};
+    for (const auto& [library, said] : libraries)
+    {
+        Words words = {"profile", sample_log(), "--renderer"};
+        words.insert(words.end(), library.begin(), library.end());
+        const ToolResult refused = run_tool(words);
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_TRUE(has(refused.err, said)) << refused.err;
+        EXPECT_EQ(refused.out, "");
+    }
+}
+
+// A complete event of a timeline, in nanoseconds.
+struct Span
+{
+    int64_t begin;
+    int64_t end;
+    std::string category;
+};
+
+// Holds each event of a trace against the trace event format, and gives those that have a length.
+std::vector<Span> spans_of(const nlohmann::json& trace)
+{
+    std::vector<Span> spans;
+    EXPECT_EQ(trace["displayTimeUnit"], "ms");
+    for (const auto& event : trace["traceEvents"])
+    {
+        EXPECT_TRUE(event["name"].is_string()) << event;
+        EXPECT_TRUE(event["pid"].is_number_integer() && event["tid"].is_number_integer()) << event;
+        EXPECT_EQ(event["tid"], 1) << event;
+        if (event["ph"] == "M")
+        {
+            EXPECT_TRUE(event["args"]["name"].is_string()) << event;
+            continue;
+        }
+        EXPECT_EQ(event["ph"], "X") << event;
+        EXPECT_TRUE(event["ts"].is_number() && event["dur"].is_number()) << event;
+        EXPECT_GE(event["ts"].get<double>(), 0) << event;
+        EXPECT_GE(event["dur"].get<double>(), 0) << event;
+        const int64_t begin = std::llround(event["ts"].get<double>() * 1e3);
+        spans.push_back({begin, begin + std::llround(event["dur"].get<double>() * 1e3), event["cat"]});
+    }
+    return spans;
+}
+
+// Each event lies within the one around it, or behind the one before it: pages, calls, callbacks.
+TEST(ToolProfile, WritesATimelineWhoseEventsNest)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.path("drawn.xml");
+    const std::string trace = folder.path("trace.json");
+    ASSERT_EQ(
+        run_tool({"record", ORVLOG_SOURCE_DIR "/docs/sample.pdf", "-o", log, "--png", folder.path("pages")}).status, 0);
+    ASSERT_EQ(run_tool({"profile", log, "--renderer", ORVLOG_CAIRO_LIBRARY, "--runs", "1", "--trace", trace}).status,
+              0);
+    std::vector<Span> spans = spans_of(nlohmann::json::parse(read_file(trace)));
+    std::ranges::stable_sort(spans, [](const Span& a, const Span& b)
+                             { return a.begin != b.begin ? a.begin < b.begin : a.end > b.end; });
+    const std::map<std::string, std::string> around = {{"call", "page"}, {"callback", "call"}};
+    std::map<std::string, size_t> counts;
+    std::vector<Span> open;
+    for (const Span& one : spans)
+    {
+        ++counts[one.category];
+        // A clock may not have moved on.
+        if (one.begin == one.end)
+            continue;
+        while (!open.empty() && open.back().end <= one.begin)
+            open.pop_back();
+        if (!open.empty())
+        {
+            EXPECT_LE(one.end, open.back().end) << one.category << " at " << one.begin;
+            EXPECT_EQ(around.at(one.category), open.back().category) << "at " << one.begin;
+        }
+        open.push_back(one);
+    }
+    EXPECT_EQ(counts["page"], 3U);
+    EXPECT_EQ(counts["call"], 262U);
+    EXPECT_GT(counts["callback"], 100U);
 }
 
 }  // namespace

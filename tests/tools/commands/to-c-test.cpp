@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -104,6 +105,29 @@ TEST(ToolToC, MakesAPartAsTrimDoes)
     EXPECT_EQ(none.status, 1);
     EXPECT_TRUE(has(none.err, "has no paint 999")) << none.err;
     EXPECT_FALSE(std::filesystem::exists(folder.path("none.c")));
+}
+
+// The program as it is handed on. Its first comment has the version.
+TEST(ToolToC, MakesTheProgramsThatAreCompiledOnEachSystem)
+{
+    const std::string expected = ORVLOG_SOURCE_DIR "/tests/expected/";
+    const std::pair<const char*, const char*> programs[] = {{"every-call", "every-call-transparent.xml"},
+                                                            {"page", "examples/page.xml"}};
+    for (const auto& [name, log] : programs)
+    {
+        const ScratchFolder folder;
+        ASSERT_EQ(run_tool({"to-c", expected + log, "-o", folder.path(std::string(name) + ".c")}).status, 0);
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path("")))
+        {
+            const std::string file = entry.path().filename().string();
+            const std::string made = read_file(entry.path().string());
+            const bool source = file.ends_with(".c");
+            const std::string wanted = read_file(expected + "c-programs/" + file + (source ? ".txt" : ""));
+            const size_t from = source ? made.find("#include") : 0;
+            const size_t wanted_from = source ? wanted.find("#include") : 0;
+            EXPECT_TRUE(made.substr(from) == wanted.substr(wanted_from)) << file;
+        }
+    }
 }
 
 TEST(ToolToC, OverwritesNoFileBeside)

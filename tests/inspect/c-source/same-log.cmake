@@ -1,0 +1,12 @@
+# Runs PROGRAM, which writes a log to MADE with the data of FOLDER, and holds that against EXPECTED.
+list(REMOVE_ITEM PROGRAM "")
+file(REMOVE ${MADE})
+execute_process(COMMAND ${PROGRAM} ${MADE} ${FOLDER} RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+    message(FATAL_ERROR "it ended with ${status}")
+endif()
+file(SHA256 ${MADE} made)
+file(SHA256 ${EXPECTED} expected)
+if(NOT made STREQUAL expected)
+    message(FATAL_ERROR "${MADE} is not ${EXPECTED}")
+endif()
