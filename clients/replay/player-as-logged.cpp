@@ -37,6 +37,7 @@ void Player::set_tasks()
 {
     ScriptTasks tasks;
     tasks.play = [this](const Element& call) { play_within(call); };
+    tasks.perform = [this](const Element& callback) { options_.as_logged->renderer.perform(callback); };
     tasks.comment = [this](const std::string& text)
     {
         if (options_.comment)

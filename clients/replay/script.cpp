@@ -228,20 +228,22 @@ std::vector<const Element*> Script::within_answer() const
     return elements;
 }
 
-// Up to the keep that is answered, or to a callback that none of these calls takes.
-void Script::make_answer()
+// What stands before a keep that is answered.
+void Script::make_answer(const Element& callback)
 {
-    if (frames_.empty())
+    if (frames_.empty() || frames_.back()->answered == 0)
         return;
     Frame& frame = *frames_.back();
+    if (frame.items[frame.answered].element != &callback)
+        return;
     for (; frame.next < frame.answered; ++frame.next)
     {
         Item& item = frame.items[frame.next];
         if (item.made)
             continue;
-        if (item.kind == Kind::callback)
-            break;
         make(item);
+        if (item.kind == Kind::callback)
+            tasks_.perform(*item.element);
     }
     frame.answered = 0;
 }
@@ -251,14 +253,14 @@ void Script::settle(const Element& callback)
     if (expected_ == &callback)
         differ(callback, "finds nothing to call");
     expected_ = nullptr;
-    make_answer();
+    make_answer(callback);
 }
 
 const Element* Script::answer(std::string_view name)
 {
     const Element* told = std::exchange(expected_, nullptr);
     if (told != nullptr)
-        make_answer();
+        make_answer(*told);
     else
     {
         Item* item = next_callback();

@@ -21,11 +21,12 @@ bool is_font_callback(const reader::Element& element);
 // What the script has others do.
 struct ScriptTasks
 {
-    std::function<void(const reader::Element& call)> play;        // a call that was made from within another one
-    std::function<void(const std::string& text)> comment;         // the client's, within a call
-    std::function<void(const std::string& line)> differ;          // told of what can't be made as it was
-    std::function<const reader::Element*()> next_between;         // the next callback between two calls, or null
-    std::function<void(const reader::Element& keep)> after_keep;  // of an image that has a log of its own
+    std::function<void(const reader::Element& call)> play;         // a call that was made from within another one
+    std::function<void(const reader::Element& callback)> perform;  // a callback of the renderer's
+    std::function<void(const std::string& text)> comment;          // the client's, within a call
+    std::function<void(const std::string& line)> differ;           // told of what can't be made as it was
+    std::function<const reader::Element*()> next_between;          // the next callback between two calls, or null
+    std::function<void(const reader::Element& keep)> after_keep;   // of an image that has a log of its own
     // Gives a piece of a file beside the log by the name that the log has for it: at most `count` bytes from `begin`
     // on.
     std::function<std::vector<uint8_t>(std::string_view name, uint64_t begin, uint64_t count)> side_file;
@@ -120,7 +121,7 @@ private:
     static void find_answers(Frame& frame);
     Item* next_callback();
     void make(Item& item);
-    void make_answer();
+    void make_answer(const reader::Element& callback);
 
     ScriptTasks tasks_;
     std::vector<std::unique_ptr<Frame>> frames_;

@@ -4,7 +4,6 @@
 #include "reader/tree/values.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <vector>
 
@@ -64,8 +63,8 @@ uint32_t id_before(uint32_t id, const Element& element)
     std::vector<const Element*> children;
     for (const Element& child : Children(element))
         children.push_back(&child);
-    for (const Element* child : std::views::reverse(children))
-        id = id_before(id, *child);
+    for (auto child = children.rbegin(); child != children.rend(); ++child)
+        id = id_before(id, **child);
     return id;
 }
 
@@ -73,8 +72,8 @@ uint32_t id_before(uint32_t id, const Element& element)
 uint32_t id_when_called(const Element& callback, const std::vector<const Element*>& within)
 {
     uint32_t id = reader::read_uint(callback, "Id");
-    for (const Element* element : std::views::reverse(within))
-        id = id_before(id, *element);
+    for (auto element = within.rbegin(); element != within.rend(); ++element)
+        id = id_before(id, **element);
     return id;
 }
 
@@ -203,8 +202,10 @@ void ScriptedRenderer::finish_releases()
 }
 
 // Of images whose keep was refused the logger holds a few beyond their calls.
-void ScriptedRenderer::finish_refused_releases()
+void ScriptedRenderer::end_call()
 {
+    if (--calls_ > 0)
+        return;
     for (const Live& live : std::vector<Live>(put_off_))
         if (live.refusal != 0)
             make_put_off(live);

@@ -64,16 +64,18 @@ struct ScriptedRenderer::Calls
     // passed on.
     static uint32_t closed_call(ScriptedRenderer* self)
     {
+        ++self->calls_;
         self->run_rest();
         self->perform_between();
-        self->finish_refused_releases();
+        self->end_call();
         return 1;
     }
 
     static uint32_t open_call(ScriptedRenderer* self)
     {
+        ++self->calls_;
         self->run_rest();
-        self->finish_refused_releases();
+        self->end_call();
         return 1;
     }
 
@@ -81,8 +83,7 @@ struct ScriptedRenderer::Calls
     static uint32_t paint_call(ScriptedRenderer* self, uint64_t before)
     {
         const uint64_t last = self->image_count_;
-        self->run_rest();
-        self->finish_refused_releases();
+        open_call(self);
         std::erase_if(self->images_, [self, before, last](const Live& live)
                       { return live.image > before && live.image <= last && !self->is_held(live); });
         return 1;
@@ -316,10 +317,10 @@ void ScriptedRenderer::forget_texts()
 void ScriptedRenderer::forget_images(const void* owner)
 {
     const auto belongs = [owner](const Live& live) { return live.owner == owner; };
-    if (facts_.merged)
-        for (const Live& live : std::vector<Live>(images_))
-            if (belongs(live) && live.kept && live.refusal == 0)
-                make_release(live);
+    const auto granted = [&belongs](const Live& live)
+    { return belongs(live) && live.kept && live.refusal == 0 && live.record.imp_ImageReleaseFn != nullptr; };
+    while (facts_.merged && std::ranges::any_of(images_, granted))
+        make_release(*std::ranges::find_if(images_, granted));
     std::erase_if(images_, belongs);
     std::erase_if(put_off_, belongs);
 }

@@ -86,7 +86,7 @@ private:
     void make_release(Live live);
     void make_put_off(const Live& live);
     bool is_held(const Live& live) const;
-    void finish_refused_releases();
+    void end_call();
     bool is_gone(const Live& live) const;
     uint32_t likeness(const Live& live, const reader::Element& callback) const;
 
@@ -117,6 +117,7 @@ private:
     uint64_t record_count_ = 0;
     uint64_t followed_ = 0;  // the image whose own log is being played, or what a merge put behind its keep
     uint64_t refusals_ = 0;
+    uint32_t calls_ = 0;                                      // one within the other
     std::map<uint32_t, const GFI_FontEngineTable*> engines_;  // by GfpId
     std::map<std::pair<uint32_t, uint32_t>, std::pair<const GFI_FontSpecPointer*, const GFI_StringDescPointer*>> texts_;
     reader::Arena finish_arena_;
