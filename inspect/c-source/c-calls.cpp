@@ -78,8 +78,8 @@ std::string CProgram::engine(const Element& element, Call& made, uint32_t* id)
         return "NULL";
     const bool is_named = element.has("fp_EngineIdGet");
     const std::string name = is_named ? c_string(reader::to_text(element.value("fp_EngineIdGet"))) : "";
-    const std::string table = records_.define_own("const GFI_FontEngineTable", "engine",
-                                                  is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
+    std::string table = records_.define_own("const GFI_FontEngineTable", "engine",
+                                            is_named ? "NAMED_ENGINE(" + name + ")" : std::string("ENGINE"));
     const uint32_t place = steps_.bring_engine(reader::read_uint(element, "GfpId"));
     *id = reader::read_uint(element, "GfpId") + 1;
     made.fields += ", .engine = " + std::to_string(place);
@@ -165,13 +165,8 @@ std::vector<uint8_t> CProgram::direct_bytes(const Element& element)
 
 std::string CProgram::image(const Element& element, const GOP_OperandImagePointer* record, const char* base, Call& made)
 {
-    GOP_OperandImagePointer told = *record;
-    if (reader::read_bool(element, "imp_ImageResetFn") != 0)
-        told.imp_ImageResetFn = [](GOP_OperandImagePointer*, void*) { return 0U; };
-    const std::vector<uint32_t> table = reader::to_uints(element.value("imp_IndexColorTable"));
-    const std::vector<uint8_t> colors(table.begin(), table.end());
+    std::string name = steps_.image_record(element, record, base);
     const bool direct = reader::read_bool(element, "imp_DirectImage") != 0;
-    const std::string name = records_.image(base, &told, direct ? "no_bytes" : "NULL", colors);
     const std::vector<uint8_t> bytes = direct ? direct_bytes(element) : std::vector<uint8_t>();
     if (!bytes.empty())
         made.loads += "    LOAD_DIRECT(" + name.substr(1) + ".imp_DirectImage, " + std::to_string(bytes.size()) +

@@ -178,10 +178,8 @@ std::string CSteps::glyph(const Element& callback, bool fixed, reader::RecordRea
                     .add("glyph", glyph));
 }
 
-// As the log tells it; "NULL" for one that can't be made.
-std::string CSteps::record(const Element& told, const char* base, reader::RecordReader& reader)
+std::string CSteps::image_record(const Element& told, const GOP_OperandImagePointer* record, const char* base)
 {
-    const GOP_OperandImagePointer* record = reader.image(&told);
     if (record == nullptr)
         return "NULL";
     GOP_OperandImagePointer made = *record;
@@ -205,7 +203,7 @@ std::string CSteps::prepare(const Element& callback, bool by_logger, reader::Rec
     std::string left = "NULL";
     if (replaced || now.told != asked->told)
     {
-        left = record(*told, "prepared", reader);
+        left = image_record(*told, reader.image(told), "prepared");
         if (left == "NULL")
             return lack();
     }
@@ -325,7 +323,7 @@ std::string CSteps::finish(const Element& callback, reader::RecordReader& reader
     return line("FINISH", CFields()
                               .add("image", c_uint(asked->number))
                               .add("result", result_of(callback, "return"))
-                              .add("given", changed ? record(*told, "finished", reader) : "NULL"));
+                              .add("given", changed ? image_record(*told, reader.image(told), "finished") : "NULL"));
 }
 
 std::string CSteps::plain(const char* kind, const Element& callback, bool has_result)

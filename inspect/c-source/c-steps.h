@@ -38,6 +38,8 @@ public:
     // An image that the call brings: its element, and its record in the log. Gives the number by which the program
     // knows what the renderer gets; 0 for one whose callbacks aren't logged.
     uint32_t bring_image(const reader::Element& element, const GOP_OperandImagePointer* record);
+    // A record as the log tells it, without its bytes; "NULL" for one that can't be made.
+    std::string image_record(const reader::Element& told, const GOP_OperandImagePointer* record, const char* base);
     // A text shape of the call.
     void bring_text(uint32_t font_id, uint32_t string_id, std::string font, std::string string);
     // The engine of the number GfpId; gives the number by which the program knows it.
@@ -98,7 +100,6 @@ private:
     std::string glyph(const reader::Element& callback, bool fixed, reader::RecordReader& reader);
     std::string prepare(const reader::Element& callback, bool by_logger, reader::RecordReader& reader);
     std::string read(const reader::Element& callback);
-    std::string record(const reader::Element& told, const char* base, reader::RecordReader& reader);
     std::string finish(const reader::Element& callback, reader::RecordReader& reader);
     std::string plain(const char* kind, const reader::Element& callback, bool has_result);
     std::optional<std::string> engine(const reader::Element& callback);
