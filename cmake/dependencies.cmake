@@ -2,6 +2,36 @@
 # found. A command that needs what was left out says so in one line, and fails.
 
 find_package(PkgConfig)
+
+# What the command can't be without; a build for another system does without the command.
+set(ORVLOG_HAS_COMMAND TRUE)
+if(CMAKE_CROSSCOMPILING)
+    # Headers that are the same everywhere, without those of the C library that lie beside them.
+    foreach(header CLI/CLI.hpp nlohmann/json.hpp)
+        cmake_path(GET header PARENT_PATH name)
+        find_path(ORVLOG_FOLDER_OF_${name} ${header} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+        if(ORVLOG_FOLDER_OF_${name})
+            file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/headers-only)
+            file(CREATE_LINK ${ORVLOG_FOLDER_OF_${name}}/${name} ${PROJECT_BINARY_DIR}/headers-only/${name} SYMBOLIC)
+        else()
+            set(ORVLOG_HAS_COMMAND FALSE)
+        endif()
+    endforeach()
+    foreach(target CLI11::CLI11 nlohmann_json::nlohmann_json)
+        add_library(${target} INTERFACE IMPORTED)
+        target_include_directories(${target} SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/headers-only)
+    endforeach()
+    # Programs for Windows need nothing but the system.
+    set(ZLIB_USE_STATIC_LIBS ${WIN32})
+    find_package(ZLIB QUIET)
+    if(NOT ZLIB_FOUND)
+        set(ORVLOG_HAS_COMMAND FALSE)
+    endif()
+    if(NOT ORVLOG_HAS_COMMAND)
+        message(STATUS "no CLI11, nlohmann-json or zlib for ${CMAKE_SYSTEM_NAME}: the command orvlog isn't made")
+    endif()
+endif()
+
 # An option's default is what was found; whoever turns it on wants the library.
 function(orvlog_option name found what)
     option(ORVLOG_WITH_${name} "${what}" ${found})

@@ -1,10 +1,10 @@
 #include "clients/command-line/progress-bar.h"
+#include "clients/system/system.h"
 #include "tools/help/usage.h"
 #include "tools/shared/command.h"
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -153,8 +153,7 @@ int fail(const std::string& message)
 
 int main(int argc, char** argv)
 {
-    // A file that may grow no further is an error as any other.
-    std::signal(SIGXFSZ, SIG_IGN);
+    orvlog::system::begin_program(&argc, &argv);
     try
     {
         return orvlog::tool::finish_output(orvlog::tool::main_of_tool(argc, argv));

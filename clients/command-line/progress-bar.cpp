@@ -1,7 +1,6 @@
 #include "clients/command-line/progress-bar.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include "clients/system/system.h"
 
 #include <algorithm>
 #include <chrono>
@@ -30,9 +29,7 @@ int64_t now_ms()
 
 bool bar_has_room()
 {
-    struct stat output = {};
-    const bool piped = fstat(STDOUT_FILENO, &output) == 0 && (S_ISFIFO(output.st_mode) || S_ISSOCK(output.st_mode));
-    return isatty(STDERR_FILENO) != 0 && !piped;
+    return system::is_terminal(system::Stream::error) && !system::is_pipe(system::Stream::output);
 }
 
 ProgressBar::ProgressBar(uint64_t whole) : whole_(whole), wanted_(whole != 0 && bar_has_room()), started_(now_ms())
@@ -69,7 +66,7 @@ void ProgressBar::clear()
 
 void ProgressBar::make_way_for_output()
 {
-    if (current == nullptr || !current->wanted_ || isatty(STDOUT_FILENO) == 0)
+    if (current == nullptr || !current->wanted_ || !system::is_terminal(system::Stream::output))
         return;
     clear();
     current->wanted_ = false;

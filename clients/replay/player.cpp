@@ -1,5 +1,6 @@
 #include "clients/replay/player.h"
 
+#include "clients/replay/image-log.h"
 #include "reader/text/log-files.h"
 #include "reader/tree/values.h"
 
@@ -211,19 +212,11 @@ void Player::collect_image(const Element& callback)
 // The callbacks of an image that has a log of its own.
 void Player::read_kept(const Element& keep, const std::function<void(const Element&)>& on_callback)
 {
-    const std::string name = reader::to_text(keep.value("async_img_log_file_name"));
-    const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
-    if (file.stream == nullptr)
-    {
-        ++outcome_.missing;
-        complain("the log " + name + " of a kept image " + file.why);
+    const std::string why = read_image_log(keep, options_.files, &outcome_.damage, on_callback);
+    if (why.empty())
         return;
-    }
-    reader::ElementReader own(*file.stream, reader::LogForm::fragment);
-    own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
-    while (const Element* element = own.next())
-        if (is_image_callback(*element) && !element->has("async_img_log_file_name"))
-            on_callback(*element);
+    ++outcome_.missing;
+    complain(why);
 }
 
 // The callbacks of a call, in their order, to those who answer them.

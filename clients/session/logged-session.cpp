@@ -1,5 +1,6 @@
 #include "clients/session/logged-session.h"
 
+#include "clients/system/system.h"
 #include "orvlog/interface/orvlog-session-options.h"
 #include "reader/check/files-due.h"
 
@@ -19,9 +20,9 @@ namespace fs = std::filesystem;
 std::string file_of(const std::string& log)
 {
     if (log.empty())
-        return "/dev/null";
+        return system::null_device();
     // The job runs in another folder than the present one.
-    return log == "-" ? "/dev/stdout" : fs::absolute(log).string();
+    return log == "-" ? system::output_device() : fs::absolute(log).string();
 }
 
 }  // namespace

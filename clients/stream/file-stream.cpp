@@ -1,6 +1,7 @@
 #include "clients/stream/file-stream.h"
 
 #include "clients/stream/stream-operations.h"
+#include "clients/system/system.h"
 
 #include <cerrno>
 #include <cstring>
@@ -46,12 +47,12 @@ struct FileStream::Operations
     static int32_t seek64(void* c, int64_t offset, int32_t origin)
     {
         const int whence = origin == GIO_SEEK_SET ? SEEK_SET : origin == GIO_SEEK_CUR ? SEEK_CUR : SEEK_END;
-        return fseeko(file(c), offset, whence) == 0 ? 0 : -1;
+        return system::seek(file(c), offset, whence) ? 0 : -1;
     }
 
     static int64_t tell64(void* c)
     {
-        return ftello(file(c));
+        return system::tell(file(c));
     }
 
     static int32_t flush(void* c)
@@ -186,11 +187,11 @@ int64_t FileStream::size() const
 {
     if (file_ == nullptr)
         return final_size_;
-    const off_t position = ftello(file_);
-    if (position < 0 || fseeko(file_, 0, SEEK_END) != 0)
+    const int64_t position = system::tell(file_);
+    if (position < 0 || !system::seek(file_, 0, SEEK_END))
         return -1;
-    const off_t end = ftello(file_);
-    return fseeko(file_, position, SEEK_SET) == 0 ? end : -1;
+    const int64_t end = system::tell(file_);
+    return system::seek(file_, position, SEEK_SET) ? end : -1;
 }
 
 }  // namespace orvlog::client_stream

@@ -1,8 +1,9 @@
 #include "clients/stream/files-beside.h"
 
+#include "clients/system/system.h"
+
 #include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 namespace orvlog::client_stream
 {
@@ -26,7 +27,7 @@ fs::path folder_of(const std::string& log)
 std::string trouble_with(const FilesBeside& files)
 {
     const fs::path folder = (files.folder / files.prefix).parent_path();
-    if (access(folder.c_str(), W_OK | X_OK) != 0)
+    if (!system::can_write_in(folder))
         return folder.string() + ": " + std::strerror(errno);
     return files.prefix.size() > kLongestPrefix ? "the prefix of image files is longer than 999 bytes" : "";
 }

@@ -1,12 +1,10 @@
 #include "clients/stream/temporary-log.h"
 
 #include "clients/stream/malloc-allocator.h"
+#include "clients/system/system.h"
 #include "orvlog/log/orvlog-merge.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -42,19 +40,6 @@ std::vector<fs::path> image_logs(const fs::path& folder, const std::string& temp
     return found;
 }
 
-// A word of a shell.
-std::string quoted(const std::string& text)
-{
-    const auto plain = [](char c)
-    { return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("-_./+:,@%", c) != nullptr; };
-    if (!text.empty() && std::all_of(text.begin(), text.end(), plain))
-        return text;
-    std::string word = "'";
-    for (const char c : text)
-        word += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return word + "'";
-}
-
 // The library's merge removes what it has taken in as it goes. So it is given links, in a folder of their own.
 class Links
 {
@@ -62,11 +47,10 @@ public:
     Links()
     {
         std::error_code error;
-        std::string form = (fs::temp_directory_path(error) / "orvlog-merge-XXXXXX").string();
-        if (mkdtemp(form.data()) != nullptr)
-            folder_ = form;
-        else
-            why_ = form + ": " + std::strerror(errno);
+        const fs::path form = fs::temp_directory_path(error) / "orvlog-merge-";
+        folder_ = system::make_folder(form);
+        if (folder_.empty())
+            why_ = form.string() + ": " + std::strerror(errno);
     }
     Links(const Links&) = delete;
     Links& operator=(const Links&) = delete;
@@ -81,7 +65,7 @@ public:
     {
         std::error_code error;
         if (!folder_.empty())
-            fs::create_symlink(file, folder_ / file.filename(), error);
+            system::link_file(file, folder_ / file.filename(), error);
         if (error && why_.empty())
             why_ = (folder_ / file.filename()).string() + ": " + error.message();
     }
@@ -135,7 +119,8 @@ std::string TemporaryLog::merge_command(const fs::path& from, const std::string&
 {
     const fs::path seen = (folder_ / name_).lexically_relative(from);
     const bool below = !seen.empty() && *seen.begin() != "..";
-    return "orvlog merge " + quoted((below ? seen : folder_ / name_).string()) + " -o " + quoted(log);
+    return "orvlog merge " + system::shell_word((below ? seen : folder_ / name_).string()) + " -o " +
+           system::shell_word(log);
 }
 
 bool TemporaryLog::merge_into(GIO_Stream* target, bool compressed, std::string* why)

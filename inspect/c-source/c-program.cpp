@@ -1,5 +1,7 @@
 #include "inspect/c-source/c-program.h"
 
+#include "clients/replay/image-log.h"
+#include "clients/replay/script.h"
 #include "inspect/c-source/c-call.h"
 #include "inspect/c-source/c-text.h"
 #include "reader/look/call-address.h"
@@ -23,7 +25,7 @@ constexpr uint8_t kSession = 7;
 
 bool is_callback(const Element& element)
 {
-    return element.name.ends_with("Fn") && (element.name.starts_with("GOP_Image") || element.name.starts_with("GFI_"));
+    return replay::is_image_callback(element) || replay::is_font_callback(element);
 }
 
 // Records that hold no callbacks.
@@ -150,23 +152,16 @@ void CProgram::step(const Element& callback, bool by_logger, Call& made)
 // The callbacks of an image that has a log of its own: as if they had been made at once.
 void CProgram::follow_kept(const Element& callback, Call& made)
 {
-    const std::string name = reader::to_text(callback.value("async_img_log_file_name"));
-    const reader::LogFile file = options_.files.open(name, reader::LogFileKind::image_log);
-    if (file.stream == nullptr)
+    const auto add = [this, &made](const Element& one)
     {
-        ++outcome_.missing;
-        complain("the log " + name + " of a kept image " + file.why);
+        note_prefix(one.value("ImageFileName"));
+        made.steps(false) += steps_.step(one, false, made.memory->records);
+    };
+    const std::string why = replay::read_image_log(callback, options_.files, &outcome_.damage, add);
+    if (why.empty())
         return;
-    }
-    reader::ElementReader own(*file.stream, reader::LogForm::fragment);
-    own.on_damage = [this](const reader::Damage&) { ++outcome_.damage; };
-    while (const Element* element = own.next())
-    {
-        if (!is_callback(*element) || element->has("async_img_log_file_name"))
-            continue;
-        note_prefix(element->value("ImageFileName"));
-        made.steps(false) += steps_.step(*element, false, made.memory->records);
-    }
+    ++outcome_.missing;
+    complain(why);
 }
 
 void CProgram::nested_call(const Element& element, bool by_logger, Call& made)
@@ -282,15 +277,18 @@ void CProgram::call(const Element& element, bool nested, Call* made)
         at.starts_with("line:") ? "line " + at.substr(5) : "id " + at + ", line " + std::to_string(element.place.line);
     made->memory = std::make_shared<Memory>();
     records_.start_call(made->number);
-    steps_.start_call(nested);
     for (const uint32_t id : std::exchange(dying_engines_, {}))
         steps_.end_engine(id);
+    for (const uint64_t scope : std::exchange(dying_scopes_, {}))
+        steps_.drop_images(scope);
+    steps_.start_call(nested);
     Memory& memory = *made->memory;
     memory.records.on_text = [this](const GSH_ShapePointer& shape, const Element& told)
     {
+        const std::string font = records_.font(shape.sp_U.glyph.font_spec_ptr);
         steps_.bring_text(reader::read_uint(told, "orvlog_font_spec_id"),
-                          reader::read_uint(told, "orvlog_string_desc_id"),
-                          records_.font(shape.sp_U.glyph.font_spec_ptr), records_.string(shape.sp_U.glyph.string_desc));
+                          reader::read_uint(told, "orvlog_string_desc_id"), font,
+                          records_.string(shape.sp_U.glyph.string_desc));
     };
     if (!arguments(element, *made))
     {

@@ -277,8 +277,10 @@ std::string CRecords::shape_text(const GSH_ShapePointer& record)
     if (type == GSH_SHAPE_STROKE)
         inner.add("stroked_path", path("path_pointer", record.sp_U.stroked_path));
     if (type == GSH_SHAPE_GLYPHS || type == GSH_SHAPE_STROKE_GLYPHS)
-        inner.add("glyph",
-                  "{" + font(record.sp_U.glyph.font_spec_ptr) + ", " + string(record.sp_U.glyph.string_desc) + "}");
+    {
+        const std::string spec = font(record.sp_U.glyph.font_spec_ptr);
+        inner.add("glyph", "{" + spec + ", " + string(record.sp_U.glyph.string_desc) + "}");
+    }
     CFields fields;
     fields.add("sp_HeaderPtr", head);
     if (inner.list() != "0")

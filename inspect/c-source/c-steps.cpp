@@ -66,9 +66,24 @@ void CSteps::start_call(bool nested)
 {
     if (nested)
         return;
-    images_.clear();
+    constexpr size_t kMostPlaces = 4096;
+    std::erase_if(images_, [](const auto& one) { return one.second.scope == 0; });
     image_count_ = 0;
-    file_places_.clear();
+    for (const auto& [id, one] : images_)
+        image_count_ = std::max(image_count_, one.number);
+    if (images_.empty() || file_places_.size() > kMostPlaces)
+        file_places_.clear();
+}
+
+void CSteps::hold_images(uint64_t scope)
+{
+    for (auto& [id, one] : images_)
+        one.scope = one.scope == 0 ? scope : one.scope;
+}
+
+void CSteps::drop_images(uint64_t scope)
+{
+    std::erase_if(images_, [scope](const auto& one) { return one.second.scope == scope; });
 }
 
 uint32_t CSteps::bring_image(const Element& element, const GOP_OperandImagePointer* record)
@@ -78,7 +93,7 @@ uint32_t CSteps::bring_image(const Element& element, const GOP_OperandImagePoint
         return 0;
     const uint32_t number = ++image_count_;
     most_images_ = std::max(most_images_, image_count_);
-    images_[id] = {number, record, described(element), reader::read_bool(element, "imp_DirectImage") != 0};
+    images_[id] = {number, record, described(element), reader::read_bool(element, "imp_DirectImage") != 0, 0};
     return number;
 }
 
@@ -178,10 +193,8 @@ std::string CSteps::glyph(const Element& callback, bool fixed, reader::RecordRea
                     .add("glyph", glyph));
 }
 
-// As the log tells it; "NULL" for one that can't be made.
-std::string CSteps::record(const Element& told, const char* base, reader::RecordReader& reader)
+std::string CSteps::image_record(const Element& told, const GOP_OperandImagePointer* record, const char* base)
 {
-    const GOP_OperandImagePointer* record = reader.image(&told);
     if (record == nullptr)
         return "NULL";
     GOP_OperandImagePointer made = *record;
@@ -205,7 +218,7 @@ std::string CSteps::prepare(const Element& callback, bool by_logger, reader::Rec
     std::string left = "NULL";
     if (replaced || now.told != asked->told)
     {
-        left = record(*told, "prepared", reader);
+        left = image_record(*told, reader.image(told), "prepared");
         if (left == "NULL")
             return lack();
     }
@@ -325,7 +338,7 @@ std::string CSteps::finish(const Element& callback, reader::RecordReader& reader
     return line("FINISH", CFields()
                               .add("image", c_uint(asked->number))
                               .add("result", result_of(callback, "return"))
-                              .add("given", changed ? record(*told, "finished", reader) : "NULL"));
+                              .add("given", changed ? image_record(*told, reader.image(told), "finished") : "NULL"));
 }
 
 std::string CSteps::plain(const char* kind, const Element& callback, bool has_result)

@@ -33,11 +33,16 @@ public:
     CSteps(const CSteps&) = delete;
     CSteps& operator=(const CSteps&) = delete;
 
-    // The images of earlier calls are gone, unless the call stands in another one.
+    // The images of earlier calls are gone, unless the call stands in another one or they are held.
     void start_call(bool nested);
+    // Those of the present call are held until that scope is dropped, which has a number of its own.
+    void hold_images(uint64_t scope);
+    void drop_images(uint64_t scope);
     // An image that the call brings: its element, and its record in the log. Gives the number by which the program
     // knows what the renderer gets; 0 for one whose callbacks aren't logged.
     uint32_t bring_image(const reader::Element& element, const GOP_OperandImagePointer* record);
+    // A record as the log tells it, without its bytes; "NULL" for one that can't be made.
+    std::string image_record(const reader::Element& told, const GOP_OperandImagePointer* record, const char* base);
     // A text shape of the call.
     void bring_text(uint32_t font_id, uint32_t string_id, std::string font, std::string string);
     // The engine of the number GfpId; gives the number by which the program knows it.
@@ -82,6 +87,7 @@ private:
         const void* client = nullptr;  // tells the client's records apart
         std::string told;
         bool direct = false;
+        uint64_t scope = 0;  // until which it is held; 0: until the call ends
     };
 
     // Reads that follow one another and are alike.
@@ -98,7 +104,6 @@ private:
     std::string glyph(const reader::Element& callback, bool fixed, reader::RecordReader& reader);
     std::string prepare(const reader::Element& callback, bool by_logger, reader::RecordReader& reader);
     std::string read(const reader::Element& callback);
-    std::string record(const reader::Element& told, const char* base, reader::RecordReader& reader);
     std::string finish(const reader::Element& callback, reader::RecordReader& reader);
     std::string plain(const char* kind, const reader::Element& callback, bool has_result);
     std::optional<std::string> engine(const reader::Element& callback);

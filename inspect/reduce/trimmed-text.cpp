@@ -1,5 +1,6 @@
 #include "inspect/reduce/trimmed-text.h"
 
+#include "clients/system/system.h"
 #include "inspect/reduce/trimmed-inserts.h"
 #include "reader/tree/element.h"
 #include "reader/tree/values.h"
@@ -197,10 +198,10 @@ void TrimmedText::begin_ticket(const Event& event)
     if (ticket_.keep || ticket_.id == 0)
         return;
     if (tickets_ == nullptr)
-        tickets_ = std::tmpfile();
-    if (tickets_ == nullptr || std::fseek(tickets_, 0, SEEK_END) != 0)
+        tickets_ = system::open_unnamed_file();
+    if (tickets_ == nullptr || !system::seek(tickets_, 0, SEEK_END))
         throw std::runtime_error("no temporary file for the tickets of what is left out");
-    ticket_.begin = std::ftell(tickets_);
+    ticket_.begin = system::tell(tickets_);
 }
 
 void TrimmedText::ticket_text(std::string_view text)
@@ -217,7 +218,7 @@ void TrimmedText::end_ticket()
     if (ticket_.keep && ticket_.first && !ticket_.has_text)
     {
         const auto known = spooled_.find(ticket_.id);
-        if (known != spooled_.end() && std::fseek(tickets_, known->second.begin, SEEK_SET) == 0)
+        if (known != spooled_.end() && system::seek(tickets_, known->second.begin, SEEK_SET))
         {
             const auto size = static_cast<size_t>(known->second.end - known->second.begin);
             const size_t at = out_.size();
@@ -226,7 +227,7 @@ void TrimmedText::end_ticket()
         }
     }
     else if (!ticket_.keep && ticket_.id != 0 && ticket_.has_text)
-        spooled_.try_emplace(ticket_.id, Spooled{ticket_.begin, std::ftell(tickets_)});
+        spooled_.try_emplace(ticket_.id, Spooled{ticket_.begin, system::tell(tickets_)});
     ticket_ = {};
 }
 

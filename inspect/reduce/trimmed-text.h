@@ -89,14 +89,14 @@ private:
         bool keep = true;
         bool first = false;  // of those that stay
         bool has_text = false;
-        long begin = 0;  // in tickets_
+        int64_t begin = 0;  // in tickets_
     };
 
     // Where the text of a ticket lies in the file of those that were left out.
     struct Spooled
     {
-        long begin = 0;
-        long end = 0;
+        int64_t begin = 0;
+        int64_t end = 0;
     };
 
     int_type underflow() override;

@@ -1,5 +1,6 @@
 #include "inspect/repack/log-repacker.h"
 
+#include "clients/system/system.h"
 #include "inspect/repack/data-runs.h"
 #include "inspect/repack/index-builder.h"
 #include "inspect/repack/passing-text.h"
@@ -39,9 +40,9 @@ public:
     uint64_t add(const std::string& bytes)
     {
         if (file_ == nullptr)
-            file_.reset(std::tmpfile());
+            file_.reset(system::open_unnamed_file());
         const uint64_t place = end_;
-        const bool good = file_ != nullptr && std::fseek(file_.get(), 0, SEEK_END) == 0 &&
+        const bool good = file_ != nullptr && system::seek(file_.get(), 0, SEEK_END) &&
                           std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
         if (!good)
             throw std::system_error(errno, std::generic_category(), "a temporary file");
@@ -51,7 +52,7 @@ public:
     std::string read(uint64_t place, size_t size)
     {
         std::string bytes(size, '\0');
-        const bool good = std::fseek(file_.get(), static_cast<long>(place), SEEK_SET) == 0 &&
+        const bool good = system::seek(file_.get(), static_cast<int64_t>(place), SEEK_SET) &&
                           std::fread(bytes.data(), 1, size, file_.get()) == size;
         if (!good)
             throw std::system_error(errno, std::generic_category(), "a temporary file");

@@ -54,19 +54,20 @@ ROOMS = {
     "reader/check/": LIBRARY + IMAGES + ("reader/",),
     "renderers/cairo/": LIBRARY,
     "clients/colour/": LIBRARY,
-    "clients/command-line/": (),
+    "clients/command-line/": ("clients/system/",),
     "clients/host/": ("orvlog/interface/", "holv-core/gio/gio-stream.h", "holv-core/gmm/gmm-allocator.h"),
     "clients/renderer-library/": LIBRARY,
     "clients/replay/": LIBRARY + IMAGES + ("reader/",),
-    "clients/session/": LIBRARY + ("clients/stream/", "reader/check/"),
-    "clients/stream/": LIBRARY + MERGE,
+    "clients/session/": LIBRARY + ("clients/stream/", "clients/system/", "reader/check/"),
+    "clients/stream/": LIBRARY + MERGE + ("clients/system/",),
+    "clients/system/": (),
     "clients/pdf/": LIBRARY + PDF,
     "clients/pdf/content/": LIBRARY,
     "python/": LIBRARY + ("reader/", "clients/replay/", "inspect/drawing/", "renderers/cairo/"),
-    "inspect/": LIBRARY + ("reader/", "clients/replay/", "renderers/cairo/"),
+    "inspect/": LIBRARY + ("reader/", "clients/replay/", "clients/system/", "renderers/cairo/"),
     "tools/": LIBRARY + CODED_LOGS + MERGE + TICKETS + IMAGES + (
         "tools/", "inspect/", "reader/", "renderers/cairo/", "clients/command-line/", "clients/renderer-library/",
-        "clients/replay/", "clients/session/", "clients/stream/"),
+        "clients/replay/", "clients/session/", "clients/stream/", "clients/system/"),
 }
 
 # What is reached by few: room, who may include it, and what of it any other may.
@@ -77,7 +78,7 @@ KEPT = (
 )
 
 # Headers of the systems, and those of other libraries with the rooms that touch them.
-SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|malloc|poll|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
+SYSTEM = re.compile(r"(?:dlfcn|errno|fcntl|io|malloc|poll|psapi|shellapi|spawn|stddef|stdint|stdio|stdlib|string|termios|unistd|windows)\.h"
                     r"|sys/\w+\.h|ext/stdio_filebuf\.h")
 OTHERS = (
     (re.compile(r"CLI/.*"), ("clients/command-line/", "clients/pdf/main.cpp", "tools/")),

@@ -1,6 +1,7 @@
 // orvlog ls: a line for each call of a log.
 
 #include "clients/command-line/number-range.h"
+#include "clients/system/system.h"
 #include "reader/look/call-address.h"
 #include "reader/look/call-in-flight.h"
 #include "reader/look/call-summary.h"
@@ -13,7 +14,6 @@
 #include "tools/shared/indexed-log.h"
 #include "tools/shared/look.h"
 
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <set>
@@ -242,9 +242,9 @@ int follow_log(const LsOptions& options)
         if (std::fflush(stdout) != 0)
             return false;
         // As a write would end it, which there may be none of for a long time.
-        gone = is_reader_gone();
+        gone = system::is_reader_gone();
         if (gone)
-            std::raise(SIGPIPE);
+            system::end_without_reader();
         return !gone;
     };
     const bool whole = tail.follow();

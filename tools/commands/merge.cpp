@@ -1,6 +1,7 @@
 // orvlog merge: a temporary log and the logs of its kept images as one log.
 
 #include "clients/stream/malloc-allocator.h"
+#include "clients/system/system.h"
 #include "orvlog/log/orvlog-compressed-stream.h"
 #include "orvlog/log/orvlog-merge.h"
 #include "reader/text/log-bytes.h"
@@ -162,7 +163,10 @@ public:
     // A file, under the name that it has for the merge.
     void take(const fs::path& file, const std::string& name)
     {
-        fs::create_symlink(fs::absolute(file), folder_.path(name));
+        std::error_code error;
+        system::link_file(fs::absolute(file), folder_.path(name), error);
+        if (error)
+            throw fs::filesystem_error("no link", file, error);
         taken_.insert(fs::absolute(file));
         size_ += fs::file_size(file);
     }
@@ -229,7 +233,8 @@ bool merge_into(Output& output, const fs::path& log, uint64_t size, bool has_ima
     if (compressed && coded == nullptr)
         return false;
     Shown target(compressed ? coded : output.stream(), size);
-    const uint32_t merged = ORVLOG_MergeLogs(memory.allocator(), log.c_str(), target.stream(), 0, has_images ? 1 : 0);
+    const uint32_t merged =
+        ORVLOG_MergeLogs(memory.allocator(), log.string().c_str(), target.stream(), 0, has_images ? 1 : 0);
     ORVLOG_CloseCompressedStream(coded);
     return merged != 0;
 }

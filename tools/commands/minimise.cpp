@@ -1,5 +1,6 @@
 // orvlog minimise: the smallest log for which a command still succeeds.
 
+#include "clients/system/system.h"
 #include "inspect/reduce/minimiser.h"
 #include "inspect/reduce/trimmed-text.h"
 #include "tools/minimise/replay-check.h"
@@ -10,15 +11,12 @@
 #include "tools/shared/new-log.h"
 
 #include <algorithm>
-#include <csignal>
 #include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <unistd.h>
 
 namespace orvlog::tool
 {
@@ -110,7 +108,7 @@ private:
         const size_t bytes = log.size();
         const uint64_t calls = orvlog::inspect::count_calls(log);
         Minimiser minimiser(std::move(log), runner);
-        const bool terminal = isatty(STDERR_FILENO) != 0;
+        const bool terminal = system::is_terminal(system::Stream::error);
         minimiser.on_smaller = [&](const std::string& smaller)
         {
             if (terminal)

@@ -1,5 +1,6 @@
 #include "clients/command-line/number-range.h"
 #include "clients/command-line/progress-bar.h"
+#include "clients/system/signals.h"
 #include "tools/report/report-job.h"
 #include "tools/shared/child-program.h"
 #include "tools/shared/command.h"
@@ -7,7 +8,6 @@
 #include "tools/shared/output.h"
 #include "tools/shared/password-pipe.h"
 #include "tools/shared/record-summary.h"
-#include "tools/shared/signals.h"
 #include "tools/shared/source.h"
 #include "tools/shared/temporary-folder.h"
 
@@ -256,7 +256,7 @@ int draw(const RecordOptions& options)
         return fail(program + ": " + std::strerror(errno));
     if (options.log == "-" && !put_out(log))
         return fail(std::string("standard output: ") + std::strerror(errno));
-    const int signal = signal_received();
+    const int signal = system::signal_received();
     print_summary(options, summary, status == EXIT_DONE && signal == 0);
     if (!options.report.empty() && status == EXIT_DONE && signal == 0)
         return report_on(options, log);

@@ -2,6 +2,8 @@
 
 #include "clients/command-line/number-range.h"
 #include "clients/replay/replay.h"
+#include "clients/system/system.h"
+#include "clients/system/unfinished.h"
 #include "inspect/c-source/c-program.h"
 #include "inspect/reduce/keep-plan.h"
 #include "inspect/reduce/trimmed-text.h"
@@ -109,7 +111,7 @@ public:
         std::error_code none;
         for (const std::string& path : made_)
             fs::remove(path, none);
-        forget_files_beside();
+        system::forget_files_beside();
     }
 
     // Throws std::runtime_error if it can't be written.
@@ -159,10 +161,10 @@ private:
     }
     void make(CDataKind kind, One& file)
     {
-        file.stream.reset(std::fopen(path(kind).c_str(), "wbx"));
+        file.stream.reset(system::create_file(path(kind)));
         if (file.stream == nullptr)
             throw std::runtime_error(path(kind) + ": " + std::strerror(errno) + "; nothing was written");
-        note_file_beside(path(kind));
+        system::note_file_beside(path(kind));
         made_.push_back(path(kind));
     }
 

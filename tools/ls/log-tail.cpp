@@ -1,9 +1,5 @@
 #include "tools/ls/log-tail.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -53,39 +49,10 @@ std::string_view id_of(std::string_view tag)
 
 }  // namespace
 
-LogTail::~LogTail()
-{
-    if (file_ >= 0)
-        close(file_);
-}
-
 LogTail::Step LogTail::fail(const std::string& why)
 {
     why_ = why;
     return Step::failed;
-}
-
-bool LogTail::open()
-{
-    file_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    struct stat found = {};
-    if (file_ < 0 || fstat(file_, &found) != 0)
-        why_ = std::strerror(errno);
-    else if (!S_ISREG(found.st_mode))
-        why_ = "is no file, which alone can be followed";
-    return why_.empty();
-}
-
-// Whether the file under the log's name still is the one that is read, with all that was read.
-bool LogTail::is_whole_file()
-{
-    struct stat mine = {};
-    struct stat named = {};
-    if (fstat(file_, &mine) != 0 || mine.st_size < position_)
-        why_ = "has become shorter while it was followed";
-    else if (stat(path_.c_str(), &named) != 0 || named.st_ino != mine.st_ino || named.st_dev != mine.st_dev)
-        why_ = "is gone, or another file, since it is followed";
-    return why_.empty();
 }
 
 bool LogTail::begins_like_a_log() const
@@ -99,15 +66,16 @@ bool LogTail::begins_like_a_log() const
 LogTail::Step LogTail::read()
 {
     std::array<char, kBlock> block{};
-    const ssize_t count = pread(file_, block.data(), block.size(), position_);
+    const int64_t count = file_.read(block.data(), block.size(), position_);
     if (count < 0)
         return fail(std::strerror(errno));
     const std::string_view bytes(block.data(), static_cast<size_t>(count));
     const std::string_view text = bytes.substr(0, bytes.find('\0'));
-    position_ += static_cast<off_t>(text.size());
+    position_ += static_cast<int64_t>(text.size());
     if (!text.empty())
         return take(text);
-    if (!is_whole_file())
+    // The file under the log's name is still to be the one that is read, with all that was read.
+    if (!file_.is_there(position_, &why_))
         return Step::failed;
     if (on_wait && !on_wait(in_flight()))
         return Step::failed;
@@ -196,7 +164,7 @@ std::string LogTail::in_flight() const
 
 bool LogTail::follow()
 {
-    if (!open())
+    if (!file_.open(&why_))
         return false;
     Step step = Step::on;
     while (step == Step::on)

@@ -2,9 +2,8 @@
 
 #pragma once
 
+#include "clients/system/followed-file.h"
 #include "reader/tree/element.h"
-
-#include <sys/types.h>
 
 #include <cstdint>
 #include <functional>
@@ -17,10 +16,9 @@ namespace orvlog::tool
 class LogTail
 {
 public:
-    explicit LogTail(const std::string& path) : path_(path) {}
+    explicit LogTail(const std::string& path) : file_(path) {}
     LogTail(const LogTail&) = delete;
     LogTail& operator=(const LogTail&) = delete;
-    ~LogTail();
 
     // Told of each call that has come to its end, with its place in the log; false ends the reading. The element is
     // good until it returns.
@@ -45,20 +43,17 @@ private:
         failed
     };
 
-    bool open();
     Step read();
     Step take(std::string_view bytes);
     Step take_line(std::string_view line);
     Step finish_call();
     Step fail(const std::string& why);
-    bool is_whole_file();
     bool begins_like_a_log() const;
     std::string in_flight() const;
 
-    std::string path_;
     std::string why_;
-    int file_ = -1;
-    off_t position_ = 0;
+    system::FollowedFile file_;
+    int64_t position_ = 0;
     std::string rest_;             // of a line whose end hasn't come
     std::string call_;             // the lines of a call whose end hasn't come, without rows of data
     std::string name_;             // the call's

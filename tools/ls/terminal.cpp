@@ -1,8 +1,6 @@
 #include "tools/ls/terminal.h"
 
-#include <poll.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include "clients/system/system.h"
 
 #include <algorithm>
 #include <charconv>
@@ -27,13 +25,7 @@ std::string_view variable(const char* name)
 
 bool is_terminal()
 {
-    return isatty(STDOUT_FILENO) != 0;
-}
-
-bool is_reader_gone()
-{
-    pollfd output = {STDOUT_FILENO, 0, 0};
-    return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
+    return system::is_terminal(system::Stream::output);
 }
 
 size_t terminal_width()
@@ -44,9 +36,8 @@ size_t terminal_width()
     const std::string_view told = variable("COLUMNS");
     const auto read = std::from_chars(told.data(), told.data() + told.size(), width);
     const bool good = read.ec == std::errc() && read.ptr == told.data() + told.size() && width > 0;
-    winsize size = {};
     if (!good)
-        width = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+        width = system::terminal_width();
     return width > 0 ? std::max(width, kNarrowest) : 0;
 }
 

@@ -10,8 +10,6 @@ namespace orvlog::tool
 
 // Whether the standard output is a terminal.
 bool is_terminal();
-// Whether it is a pipe whose other end is closed, which a write alone would tell otherwise.
-bool is_reader_gone();
 // Its characters in a line, at least 20: those of COLUMNS, or what the terminal says. 0 if it is none or doesn't say.
 size_t terminal_width();
 // "always", "never", or "auto": on a terminal that isn't dumb, unless NO_COLOR is set to anything.

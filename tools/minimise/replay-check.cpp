@@ -4,6 +4,7 @@
 #include "clients/stream/file-stream.h"
 #include "clients/stream/malloc-allocator.h"
 #include "clients/stream/random-identity.h"
+#include "clients/system/system.h"
 #include "orvlog/interface/orvlog-session-options.h"
 
 #include <sstream>
@@ -16,10 +17,10 @@ ReplayCheck check_replay(const std::string& log)
     ReplayCheck check;
     client_stream::MallocAllocator memory;
     client_stream::RandomIdentity identity;
-    const auto stream = client_stream::FileStream::open("/dev/null", "wb");
+    const auto stream = client_stream::FileStream::open(system::null_device(), "wb");
     if (stream == nullptr)
     {
-        check.why = "/dev/null can't be opened";
+        check.why = std::string(system::null_device()) + " can't be opened";
         return check;
     }
     ORV_Interface table{};

@@ -1,5 +1,6 @@
 #include "tools/minimise/trial-runner.h"
 
+#include "clients/system/system.h"
 #include "tools/minimise/replay-check.h"
 #include "tools/shared/command.h"
 
@@ -8,13 +9,8 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace orvlog::tool
 {
@@ -24,7 +20,6 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr int kDoesNotReplay = 125;
 constexpr size_t kKeySize = 32;
 constexpr long kLookAgain = 200;  // milliseconds
 
@@ -45,26 +40,14 @@ std::string hash_of(const std::string& text)
     return digits.data();
 }
 
-// As it is where the shell takes it so: then {} may stand in quotes.
-std::string quoted(const std::string& path)
-{
-    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/._-+,";
-    if (path.find_first_not_of(kPlain) == std::string::npos)
-        return path;
-    std::string result = "'";
-    for (const char c : path)
-        result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-}
-
 std::string command_line(const std::string& command, const std::string& path)
 {
     std::string result = command;
     size_t at = result.find("{}");
     if (at == std::string::npos)
-        return command + " " + quoted(path);
-    for (; at != std::string::npos; at = result.find("{}", at + quoted(path).size()))
-        result.replace(at, 2, quoted(path));
+        return command + " " + system::shell_word(path);
+    for (; at != std::string::npos; at = result.find("{}", at + system::shell_word(path).size()))
+        result.replace(at, 2, system::shell_word(path));
     return result;
 }
 
@@ -116,30 +99,14 @@ bool TrialRunner::read_state()
     return true;
 }
 
-// Of two that would write to the same place the second gives way. The first takes the file away in the end: the second
-// is not to wait at one that is gone.
+// Of two that would write to the same place the second gives way.
 bool TrialRunner::lock_state()
 {
-    struct stat held = {};
-    struct stat named = {};
-    do
-    {
-        if (state_ != nullptr)
-            std::fclose(state_);
-        state_ = std::fopen(options_.state.c_str(), "abe");
-        if (state_ == nullptr)
-        {
-            why_ = options_.state + ": " + std::strerror(errno);
-            return false;
-        }
-        if (flock(fileno(state_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-        {
-            why_ = options_.state + ": another orvlog minimise is at work on it";
-            return false;
-        }
-    } while (fstat(fileno(state_), &held) == 0 &&
-             (stat(options_.state.c_str(), &named) != 0 || held.st_ino != named.st_ino));
-    return true;
+    state_ = system::open_alone(options_.state);
+    if (state_ == nullptr)
+        why_ = options_.state + ": " +
+               (errno == EWOULDBLOCK ? "another orvlog minimise is at work on it" : std::strerror(errno));
+    return state_ != nullptr;
 }
 
 bool TrialRunner::open(const std::string& log)
@@ -188,23 +155,6 @@ void TrialRunner::forget()
     fs::remove(options_.state, none);
 }
 
-// In the new process. It leads a group of its own, so that all that it starts can be ended.
-void TrialRunner::become_command(const std::string& log, const std::string& path, bool show_errors) const
-{
-    setpgid(0, 0);
-    if (!replays(log))
-        _exit(kDoesNotReplay);
-    signals_.give_back();
-    const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    dup2(nothing, STDIN_FILENO);
-    dup2(nothing, STDOUT_FILENO);
-    if (!show_errors)
-        dup2(nothing, STDERR_FILENO);
-    const std::string line = command_line(options_.command, path);
-    execl("/bin/sh", "sh", "-c", line.c_str(), static_cast<char*>(nullptr));
-    _exit(127);
-}
-
 bool TrialRunner::start(const std::string& log, Trial& trial, bool show_errors)
 {
     trial.folder = folder_.path(std::to_string(folders_++));
@@ -220,50 +170,32 @@ bool TrialRunner::start(const std::string& log, Trial& trial, bool show_errors)
         over_ = true;
         return false;
     }
-    std::fflush(nullptr);
     trial.due = options_.timeout > 0 ? Clock::now() + std::chrono::seconds(options_.timeout) : Clock::time_point::max();
-    trial.process = fork();
-    if (trial.process == 0)
-        become_command(log, path, show_errors);
-    if (trial.process > 0)
-    {
-        setpgid(trial.process, trial.process);
+    if (trial.run.start(
+            command_line(options_.command, path), show_errors, [&log] { return replays(log); }, signals_))
         return true;
-    }
     why_ = std::string("no process for a run: ") + std::strerror(errno);
     over_ = true;
     return false;
 }
 
-// True if the process has ended.
+// True if the command has ended.
 bool TrialRunner::collect(Trial& trial)
 {
     if (trial.status >= 0)
         return true;
-    int status = 0;
-    const pid_t ended = waitpid(trial.process, &status, WNOHANG);
-    if (ended == 0 && Clock::now() < trial.due)
+    if (!trial.run.has_ended() && Clock::now() < trial.due)
         return false;
-    if (ended == 0)
-        stop(trial);
-    else
-        trial.status = ended > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_SIGNAL;
-    // What the command has left running would go on for ever.
-    kill(-trial.process, SIGKILL);
-    std::error_code none;
-    fs::remove_all(trial.folder, none);
+    stop(trial);
     return true;
 }
 
 void TrialRunner::stop(Trial& trial)
 {
-    if (trial.status >= 0 || trial.process <= 0)
+    if (trial.status >= 0 || trial.folder.empty())
         return;
-    kill(-trial.process, SIGKILL);
-    kill(trial.process, SIGKILL);
-    while (waitpid(trial.process, nullptr, 0) < 0 && errno == EINTR)
-        continue;
-    trial.status = EXIT_SIGNAL + SIGKILL;
+    trial.run.stop();
+    trial.status = trial.run.status();
     std::error_code none;
     fs::remove_all(trial.folder, none);
 }

@@ -2,15 +2,15 @@
 
 #pragma once
 
+#include "clients/system/processes.h"
+#include "clients/system/waited-signals.h"
 #include "inspect/reduce/minimiser.h"
 #include "tools/shared/temporary-folder.h"
-#include "tools/shared/waited-signals.h"
 
 #include <chrono>
 #include <cstdio>
 #include <map>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace orvlog::tool
@@ -74,8 +74,8 @@ private:
 
     struct Trial
     {
-        pid_t process = 0;
-        std::string folder;
+        system::ShellRun run;
+        std::string folder;  // the log's; empty if nothing runs
         Clock::time_point due;
         int status = -1;  // known when it is not negative
     };
@@ -85,14 +85,13 @@ private:
     void wait(std::vector<Trial>& trials);
     bool collect(Trial& trial);
     static void stop(Trial& trial);
-    [[noreturn]] void become_command(const std::string& log, const std::string& path, bool show_errors) const;
     void remember(const std::string& key, bool good);
     std::string line_of(const std::string& key, bool good) const;
     bool lock_state();
     bool read_state();
 
     TrialOptions options_;
-    WaitedSignals signals_;
+    system::WaitedSignals signals_;
     TemporaryFolder folder_;
     std::map<std::string, bool> known_;
     std::FILE* state_ = nullptr;

@@ -1,7 +1,8 @@
 #include "tools/render/call-costs.h"
 
+#include "clients/system/system.h"
+
 #include <ctime>
-#include <malloc.h>
 #include <utility>
 
 namespace orvlog::tool
@@ -50,8 +51,7 @@ void Cost::take_off(const Cost& other)
 Cost cost_now()
 {
     Cost now;
-    const struct mallinfo2 heap = mallinfo2();
-    now.memory = static_cast<int64_t>(heap.uordblks + heap.hblkhd);
+    now.memory = system::heap_bytes();
     now.processor = nanoseconds(CLOCK_PROCESS_CPUTIME_ID);
     now.wall = nanoseconds(CLOCK_MONOTONIC);
     return now;

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "tools/shared/waited-signals.h"
+#include "clients/system/waited-signals.h"
 
 #include <chrono>
 #include <cstddef>
@@ -66,7 +66,7 @@ private:
     bool collect(Running& one, RenderJob& job);
     void stop_all();
 
-    WaitedSignals signals_;
+    system::WaitedSignals signals_;
     std::vector<Running> running_;
     std::string why_;
 };

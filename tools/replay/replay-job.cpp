@@ -5,6 +5,7 @@
 #include "clients/replay/replay-tickets.h"
 #include "clients/replay/replay.h"
 #include "clients/session/logged-session.h"
+#include "clients/system/system.h"
 #include "reader/text/log-files.h"
 #include "tools/replay/cairo-pages.h"
 #include "tools/replay/library-pages.h"
@@ -230,7 +231,7 @@ private:
         if (options_.new_log.empty() && renderer_table() != nullptr)
             return EXIT_DONE;
         std::error_code none;
-        const std::string target = options_.new_log == "-" ? "/dev/stdout" : options_.new_log;
+        const std::string target = options_.new_log == "-" ? system::output_device() : options_.new_log;
         if (!target.empty() && fs::equivalent(target, options_.log, none))
             return fail(options_.new_log + ": is the log to be replayed");
         session_ = std::make_unique<client_session::LoggedSession>(session_options());

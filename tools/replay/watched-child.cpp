@@ -1,18 +1,13 @@
 #include "tools/replay/watched-child.h"
 
+#include "clients/system/processes.h"
 #include "tools/shared/command.h"
-
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <exception>
 
 namespace orvlog::tool
@@ -21,13 +16,9 @@ namespace orvlog::tool
 namespace
 {
 
-constexpr long kNanosecondsOfALook = 10'000'000;
-
 double seconds_now()
 {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 int guarded(const std::function<int(WorkPlace&)>& work, WorkPlace& place)
@@ -72,25 +63,6 @@ private:
     double since_;
 };
 
-// Waits for the end of the child. Gives what it was ended for; empty if it has ended by itself.
-std::string wait_for(pid_t child, const WorkPlace& place, const WorkLimits& limits, int* status)
-{
-    Patience patience(place, limits);
-    while (waitpid(child, status, WNOHANG) == 0)
-    {
-        if (std::string ended = patience.ended(); !ended.empty())
-        {
-            kill(child, SIGKILL);
-            while (waitpid(child, status, 0) < 0 && errno == EINTR)
-                continue;
-            return ended;
-        }
-        const timespec pause{0, kNanosecondsOfALook};
-        nanosleep(&pause, nullptr);
-    }
-    return {};
-}
-
 }  // namespace
 
 void WorkPlace::enter_call(std::string_view name, uint64_t line)
@@ -125,42 +97,39 @@ std::string WorkPlace::told() const
 
 int run_watched(const std::function<int(WorkPlace&)>& work, const WorkLimits& limits, std::string* why)
 {
-    void* shared = mmap(nullptr, sizeof(WorkPlace), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED)
+    system::WorkApart apart(sizeof(WorkPlace));
+    auto* place = static_cast<WorkPlace*>(apart.block());
+    if (place == nullptr)
     {
         *why = std::strerror(errno);
         return EXIT_FAILED;
     }
-    auto* place = static_cast<WorkPlace*>(shared);
-    std::fflush(nullptr);
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child == 0)
+    const auto in_child = [&work, place]
     {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(EXIT_FAILED);
         const int result = guarded(work, *place);
         std::fflush(nullptr);
         place->stage_ = WorkPlace::Stage::done;
-        _exit(result);
-    }
-    int status = 0;
-    int result = EXIT_FAILED;
-    const std::string ended = child < 0 ? "" : wait_for(child, *place, limits, &status);
-    if (child < 0)
+        return result;
+    };
+    Patience patience(*place, limits);
+    std::string ended;
+    const auto goes_on = [&patience, &ended]
+    {
+        ended = patience.ended();
+        return ended.empty();
+    };
+    system::ProcessEnd end;
+    if (!apart.run(in_child, goes_on, &end))
         *why = std::string("no process: ") + std::strerror(errno);
     else if (!ended.empty())
         *why = ended + ", " + place->told();
-    else if (WIFSIGNALED(status))
-        *why = std::string(kEndedBySignal) + std::to_string(WTERMSIG(status)) + " (" + strsignal(WTERMSIG(status)) +
-               "), " + place->told();
+    else if (!end.how.empty())
+        *why = end.how + " (" + end.name + "), " + place->told();
     else if (place->stage_ != WorkPlace::Stage::done)
-        *why = "ended the process with the status " + std::to_string(WEXITSTATUS(status)) + ", " + place->told();
+        *why = "ended the process with the status " + std::to_string(end.status) + ", " + place->told();
     else
-        result = WEXITSTATUS(status);
-    munmap(shared, sizeof(WorkPlace));
-    return result;
+        return end.status;
+    return EXIT_FAILED;
 }
 
 }  // namespace orvlog::tool

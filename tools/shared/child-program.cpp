@@ -1,7 +1,7 @@
 #include "tools/shared/child-program.h"
 
+#include "clients/system/signal-set-posix.h"
 #include "tools/shared/command.h"
-#include "tools/shared/signals.h"
 
 #include <spawn.h>
 #include <sys/auxv.h>
@@ -51,16 +51,16 @@ std::vector<path> folders_of(const char* list)
 // Gives 0, or what was wrong. The program begins with the signals that this process began with.
 int start(const std::string& path, char** arguments, pid_t* child)
 {
-    const SignalsHeld held;
+    const system::SignalsHeld held;
     posix_spawnattr_t attributes;
     if (const int error = posix_spawnattr_init(&attributes); error != 0)
         return error;
-    posix_spawnattr_setsigmask(&attributes, &held.before());
+    posix_spawnattr_setsigmask(&attributes, &held.before().signals);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
     const int error = posix_spawn(child, path.c_str(), nullptr, &attributes, arguments, environ);
     posix_spawnattr_destroy(&attributes);
     if (error == 0)
-        set_running_program(*child);
+        system::set_running_program(*child);
     return error;
 }
 
@@ -70,8 +70,8 @@ int wait_for(pid_t child)
     siginfo_t ended;
     while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 && errno == EINTR)
         continue;
-    const SignalsHeld held;
-    set_running_program(0);
+    const system::SignalsHeld held;
+    system::set_running_program(0);
     int status = 0;
     if (waitpid(child, &status, 0) < 0)
         return -1;
@@ -112,7 +112,7 @@ int run_program(const std::string& path, const std::vector<std::string>& argumen
         argv.push_back(word.data());
     argv.push_back(nullptr);
 
-    catch_signals();
+    system::catch_signals();
     pid_t child = 0;
     if (const int error = start(path, argv.data(), &child); error != 0)
     {

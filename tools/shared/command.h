@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "clients/system/signals.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -14,10 +16,10 @@ namespace orvlog::tool
 // Exit statuses of every command. A command that runs another program passes that program's status on.
 enum ExitStatus
 {
-    EXIT_DONE = 0,     // what was asked for is done
-    EXIT_FAILED = 1,   // it could not be done; one line on standard error says why
-    EXIT_BAD_USE = 2,  // the command line makes no sense
-    EXIT_SIGNAL = 128  // plus the number of the signal that ended the program run by the command
+    EXIT_DONE = 0,                       // what was asked for is done
+    EXIT_FAILED = 1,                     // it could not be done; one line on standard error says why
+    EXIT_BAD_USE = 2,                    // the command line makes no sense
+    EXIT_SIGNAL = system::kSignalStatus  // plus the number of the signal that ended the program run by the command
 };
 
 struct ExitMeaning

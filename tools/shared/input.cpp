@@ -1,5 +1,6 @@
 #include "tools/shared/input.h"
 
+#include "clients/system/system.h"
 #include "holv-core/gio/gio-http-client.h"
 #include "holv-core/gio/gio-url-stream.h"
 #include "holv-core/gio/gio-url.h"
@@ -134,7 +135,7 @@ bool read_input(const std::string& name, std::vector<uint8_t>* bytes, std::strin
         return read_file(name, bytes, why);
     std::string path;
     if (path_of(name, &path))
-        return read_file(path, bytes, why);
+        return read_file(system::path_of_url(path), bytes, why);
     *why = reason(GIO_ERR_BAD_NAME);
     return false;
 }

@@ -1,7 +1,8 @@
 #include "tools/shared/new-log.h"
 
-#include "tools/shared/signals.h"
-#include "tools/shared/unfinished.h"
+#include "clients/system/signals.h"
+#include "clients/system/system.h"
+#include "clients/system/unfinished.h"
 
 #include <array>
 #include <cerrno>
@@ -33,11 +34,11 @@ bool copy(std::istream& from, std::FILE* to)
 // A file that wasn't there, and that a signal takes away. Null with the error number set.
 std::FILE* make_noted(const std::string& path)
 {
-    const SignalsHeld held;
+    const system::SignalsHeld held;
     errno = 0;
-    std::FILE* file = std::fopen(path.c_str(), "wbx");
+    std::FILE* file = system::create_file(path);
     if (file != nullptr)
-        note_file_beside(path);
+        system::note_file_beside(path);
     return file;
 }
 
@@ -54,7 +55,7 @@ FilesBeside::~FilesBeside()
     std::error_code none;
     for (const std::string& name : made_)
         fs::remove(folder_ / name, none);
-    forget_files_beside();
+    system::forget_files_beside();
 }
 
 std::string FilesBeside::take(const std::string& name, const std::string& kind, uint64_t number)

@@ -1,8 +1,9 @@
 #include "tools/shared/output.h"
 
 #include "clients/command-line/progress-bar.h"
-#include "tools/shared/signals.h"
-#include "tools/shared/unfinished.h"
+#include "clients/system/signals.h"
+#include "clients/system/system.h"
+#include "clients/system/unfinished.h"
 
 #include <cerrno>
 #include <cstring>
@@ -38,7 +39,7 @@ std::FILE* open_part(const std::string& name, std::string* part)
     for (int i = 1; file == nullptr && i <= 100; ++i)
     {
         *part = name + (i == 1 ? ".part" : ".part" + std::to_string(i));
-        file = std::fopen(part->c_str(), "wbx");
+        file = system::create_file(*part);
         if (file == nullptr && errno != EEXIST)
             break;
     }
@@ -58,7 +59,7 @@ Output::Output(const std::string& name) : name_(resolved(name)), file_(open_outp
 {
     reason_ = file_ == nullptr ? errno : 0;
     if (file_ != nullptr && !part_.empty())
-        set_unfinished(part_);
+        system::set_unfinished(part_);
     ops_.gio_Write = [](const void* data, uint64_t item_size, uint64_t item_count, void* c) -> uint64_t
     { return static_cast<Output*>(c)->write(data, item_size * item_count) ? item_count : 0; };
     ops_.gio_Flush = [](void*) -> int32_t { return 0; };
@@ -78,7 +79,7 @@ void Output::discard()
 {
     if (!part_.empty())
         std::remove(part_.c_str());
-    set_unfinished("");
+    system::set_unfinished("");
 }
 
 bool Output::write(const void* data, size_t size)
@@ -106,11 +107,11 @@ bool Output::finish()
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
     // A signal takes all away or nothing.
-    const SignalsHeld held;
-    if (closed && (part_.empty() || std::rename(part_.c_str(), name_.c_str()) == 0))
+    const system::SignalsHeld held;
+    if (closed && (part_.empty() || system::replace_file(part_, name_)))
     {
-        set_unfinished("");
-        forget_files_beside();
+        system::set_unfinished("");
+        system::forget_files_beside();
         return true;
     }
     const int reason = errno;

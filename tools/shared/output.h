@@ -53,8 +53,4 @@ private:
     GIO_Stream handle_{};
 };
 
-// A file that belongs to what is written, and goes with it when a signal ends the command before that is in place.
-void note_file_beside(const std::string& path);
-void forget_files_beside();
-
 }  // namespace orvlog::tool

@@ -1,9 +1,9 @@
 #include "tools/shared/temporary-folder.h"
 
-#include "tools/shared/signals.h"
+#include "clients/system/signals.h"
+#include "clients/system/system.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <fstream>
 
 namespace orvlog::tool
@@ -11,25 +11,23 @@ namespace orvlog::tool
 
 TemporaryFolder::TemporaryFolder()
 {
-    const SignalsHeld held;
-    catch_signals();
-    // What TMPDIR names, whether it is there or not: a failure is to be told with its name.
-    const char* told = std::getenv("TMPDIR");
-    const std::filesystem::path base = told != nullptr && *told != '\0' ? told : "/tmp";
-    std::string form = (base / "orvlog-XXXXXX").string();
-    if (mkdtemp(form.data()) == nullptr)
+    const system::SignalsHeld held;
+    system::catch_signals();
+    const std::filesystem::path base = system::temporary_base();
+    const std::string made = system::make_folder(base / "orvlog-");
+    if (made.empty())
         throw std::filesystem::filesystem_error("no temporary folder", base,
                                                 std::error_code(errno, std::generic_category()));
-    folder_ = form;
-    note_folder(form);
+    folder_ = made;
+    system::note_folder(made);
 }
 
 TemporaryFolder::~TemporaryFolder()
 {
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
-    const SignalsHeld held;
-    forget_folder(folder_.string());
+    const system::SignalsHeld held;
+    system::forget_folder(folder_.string());
 }
 
 bool TemporaryFolder::keep(std::istream& bytes, const std::string& name) const

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace orvlog::tool
+namespace orvlog::system
 {
 
 // The file that is being written, "" for none. From the first one on SIGINT, SIGTERM and SIGHUP are handled here, but
@@ -14,4 +14,4 @@ void set_unfinished(const std::string& part);
 void note_file_beside(const std::string& path);
 void forget_files_beside();
 
-}  // namespace orvlog::tool
+}  // namespace orvlog::system

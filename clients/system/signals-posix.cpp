@@ -1,6 +1,6 @@
-#include "tools/shared/signals.h"
+#include "clients/system/signals.h"
 
-#include "tools/shared/command.h"
+#include "clients/system/signal-set-posix.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace orvlog::tool
+namespace orvlog::system
 {
 
 namespace
@@ -20,7 +20,7 @@ constexpr size_t kMostFolders = 4;
 
 // What the handler looks at. All of it is changed with signals held.
 char folders[kMostFolders][4096];
-volatile pid_t program = 0;
+volatile ProcessId program = 0;
 volatile sig_atomic_t received = 0;
 void (*previous[NSIG])(int);
 
@@ -62,7 +62,7 @@ void on_signal(int signal)
         if (received == 0)
             received = signal;
         if (signal != SIGPIPE)
-            kill(program, signal);
+            kill(static_cast<pid_t>(program), signal);
         errno = reason;
         return;
     }
@@ -70,7 +70,7 @@ void on_signal(int signal)
         if (folder[0] != '\0')
             remove_folder(folder);
     if (previous[signal] == SIG_DFL)
-        _exit(EXIT_SIGNAL + signal);
+        _exit(kSignalStatus + signal);
     previous[signal](signal);
 }
 
@@ -102,7 +102,7 @@ int signal_received()
     return received;
 }
 
-void set_running_program(pid_t running)
+void set_running_program(ProcessId running)
 {
     program = running;
 }
@@ -125,18 +125,18 @@ void forget_folder(const std::string& folder)
             place[0] = '\0';
 }
 
-SignalsHeld::SignalsHeld()
+SignalsHeld::SignalsHeld() : before_(std::make_unique<SignalSet>())
 {
     sigset_t held;
     sigemptyset(&held);
     for (const int signal : kSignals)
         sigaddset(&held, signal);
-    sigprocmask(SIG_BLOCK, &held, &before_);
+    sigprocmask(SIG_BLOCK, &held, &before_->signals);
 }
 
 SignalsHeld::~SignalsHeld()
 {
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigprocmask(SIG_SETMASK, &before_->signals, nullptr);
 }
 
-}  // namespace orvlog::tool
+}  // namespace orvlog::system

@@ -2,9 +2,11 @@
 
 #pragma once
 
-#include <csignal>
+#include "clients/system/signals.h"
 
-namespace orvlog::tool
+#include <memory>
+
+namespace orvlog::system
 {
 
 // While there is one, SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGCHLD are held back and taken by `wait` alone, but for
@@ -30,9 +32,9 @@ public:
     void give_back() const;
 
 private:
-    sigset_t waited_{};
-    sigset_t before_{};
+    std::unique_ptr<SignalSet> waited_;
+    std::unique_ptr<SignalSet> before_;
     int received_ = 0;
 };
 
-}  // namespace orvlog::tool
+}  // namespace orvlog::system

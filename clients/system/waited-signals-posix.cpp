@@ -1,8 +1,10 @@
-#include "tools/shared/waited-signals.h"
+#include "clients/system/waited-signals.h"
+
+#include "clients/system/signal-set-posix.h"
 
 #include <ctime>
 
-namespace orvlog::tool
+namespace orvlog::system
 {
 
 namespace
@@ -13,29 +15,29 @@ constexpr long kNanoseconds = 1'000'000;  // in a millisecond
 
 }  // namespace
 
-WaitedSignals::WaitedSignals()
+WaitedSignals::WaitedSignals() : waited_(std::make_unique<SignalSet>()), before_(std::make_unique<SignalSet>())
 {
-    sigemptyset(&waited_);
-    sigaddset(&waited_, SIGCHLD);
+    sigemptyset(&waited_->signals);
+    sigaddset(&waited_->signals, SIGCHLD);
     for (const int signal : kEnding)
     {
         struct sigaction known = {};
         sigaction(signal, nullptr, &known);
         if (known.sa_handler != SIG_IGN)
-            sigaddset(&waited_, signal);
+            sigaddset(&waited_->signals, signal);
     }
-    sigprocmask(SIG_BLOCK, &waited_, &before_);
+    sigprocmask(SIG_BLOCK, &waited_->signals, &before_->signals);
 }
 
 WaitedSignals::~WaitedSignals()
 {
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigprocmask(SIG_SETMASK, &before_->signals, nullptr);
 }
 
 void WaitedSignals::wait(long milliseconds)
 {
     const timespec most{milliseconds / 1000, milliseconds % 1000 * kNanoseconds};
-    const int signal = sigtimedwait(&waited_, nullptr, &most);
+    const int signal = sigtimedwait(&waited_->signals, nullptr, &most);
     if (signal > 0 && signal != SIGCHLD)
         received_ = signal;
 }
@@ -46,7 +48,7 @@ void WaitedSignals::give_back() const
         std::signal(signal, SIG_DFL);
     std::signal(SIGPIPE, SIG_DFL);
     std::signal(SIGXFSZ, SIG_DFL);
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigprocmask(SIG_SETMASK, &before_->signals, nullptr);
 }
 
-}  // namespace orvlog::tool
+}  // namespace orvlog::system

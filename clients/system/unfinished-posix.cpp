@@ -1,12 +1,12 @@
-#include "tools/shared/unfinished.h"
+#include "clients/system/unfinished.h"
 
-#include "tools/shared/signals.h"
+#include "clients/system/signals.h"
 
 #include <csignal>
 #include <cstring>
 #include <unistd.h>
 
-namespace orvlog::tool
+namespace orvlog::system
 {
 
 namespace
@@ -72,4 +72,4 @@ void forget_files_beside()
         beside->clear();
 }
 
-}  // namespace orvlog::tool
+}  // namespace orvlog::system
