@@ -154,22 +154,21 @@ void ScriptedRenderer::image(const Element& callback)
 void ScriptedRenderer::keep(const Element& callback, Live& live)
 {
     const uint64_t number = live.number;
-    const bool kept = live.kept;
     const uint64_t image = live.image;
-    const bool granted = reader::read_bool(callback, "return") != 0 ||
-                         std::ranges::any_of(images_, [image](const Live& other)
-                                             { return other.image == image && other.kept && other.refusal == 0; });
+    const bool kept = live.kept;
+    const bool granted = std::ranges::any_of(images_, [image](const Live& one)
+                                             { return one.image == image && one.kept && one.refusal == 0; });
     live.kept = true;
-    followed_ = image;
     live.refusal = granted ? 0 : ++refusals_;
-    for (Live& other : images_)
-        if (granted && other.image == image)
-            other.refusal = 0;
+    followed_ = image;
     GOP_OperandImagePointer record = live.record;
-    record.imp_ImageKeepFn(&record);
+    const bool grants = record.imp_ImageKeepFn(&record) != 0;
     const auto again = std::ranges::find(images_, number, &Live::number);
     if (script_.is_expected(callback) && again != images_.end())
         again->kept = kept;
+    for (Live& one : images_)
+        if (grants && one.image == image)
+            one.refusal = 0;
 }
 
 // By any of its records the image is gone. Its own log doesn't tell when it was: as long as it has other records, by

@@ -19,7 +19,8 @@ std::string first_other(const Files& one, const Files& other);
 // as it was, a line each.
 std::string play_again(const std::string& log, const std::string& folder, bool side_files, std::string* differences);
 
-// Why a job's log need not tell enough of it, as far as it shows in the log and the files beside it; empty if it doesn't.
+// Why a job's log need not tell enough of it, as far as it shows in the log and the files beside it; empty if it
+// doesn't.
 std::string limit_of(const std::string& log, const Files& beside);
 
 }  // namespace orvlog::test
