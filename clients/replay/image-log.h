@@ -12,8 +12,8 @@
 namespace orvlog::replay
 {
 
-// Gives the callbacks of the image that `keep` kept, in their order, to `on_callback`, and counts in `damage` the places
-// where its log is not as a log should be. Nothing, or a line that says why the log can't be had.
+// Gives the callbacks of the image that `keep` kept, in their order, to `on_callback`, and counts in `damage` the
+// places where its log is not as a log should be. Nothing, or a line that says why the log can't be had.
 std::string read_image_log(const reader::Element& keep, const reader::LogFiles& files, uint64_t* damage,
                            const std::function<void(const reader::Element&)>& on_callback);
 

@@ -239,6 +239,7 @@ bool CProgram::drawing_start(const Element& element, Call& made)
     if (added)
         drawing.place = drawing_places_++;
     drawing.open = true;
+    end_groups(drawing, 0);
     drawing.engines.clear();
     const std::string place = "&drawings[" + std::to_string(drawing.place) + "]";
     if (kind_.script.without_resource_paint.contains(number_of))
@@ -289,7 +290,9 @@ void CProgram::group_start(const Element& element, Call& made, CFields& fields)
     reader::RecordReader& records = made.memory->records;
     uint32_t engine_id = 0;
     const std::string table = engine(element, made, &engine_id);
-    drawings_[reader::read_uint(element, "drawing_context")].engines.push_back(engine_id);
+    Drawing& drawing = drawings_[reader::read_uint(element, "drawing_context")];
+    drawing.engines.push_back(engine_id);
+    drawing.scopes.push_back(made.number);
     const std::string colours = ticket(element, made);
     const std::string retransform = records_.matrix("retransform", records.matrix_attribute(element, "retransform"));
     const std::string op = records_.op("op", records.op_member(element, "op"));
@@ -320,10 +323,18 @@ void CProgram::group_start(const Element& element, Call& made, CFields& fields)
         .add("box", box);
 }
 
+void CProgram::end_groups(Drawing& drawing, size_t left)
+{
+    for (; drawing.scopes.size() > left; drawing.scopes.pop_back())
+        dying_scopes_.push_back(drawing.scopes.back());
+}
+
 void CProgram::group_finish(const Element& element, Drawing& drawing, Call& made)
 {
     const bool again = reader::read_bool(element, "replay_group") != 0;
     made.fields += again ? ", .again = 1" : "";
+    if (!again && !drawing.scopes.empty())
+        end_groups(drawing, drawing.scopes.size() - 1);
     if (again || drawing.engines.size() < 2)
         return;
     if (drawing.engines.back() != 0)
@@ -427,6 +438,7 @@ bool CProgram::drawing_call(const Element& element, Call& made)
             if (engine != 0)
                 dying_engines_.push_back(engine - 1);
         drawing.engines.clear();
+        end_groups(drawing, 0);
     }
     else
         return false;
@@ -451,7 +463,10 @@ bool CProgram::arguments(const Element& element, Call& made)
     if (can)
     {
         walk(element, false, made);
-        comments_before(UINT64_MAX, false, made);
+        comments_before(element.end_byte, false, made);
+        // The mask of a group can be asked for until the group ends.
+        if (element.name == "ORV_group_start")
+            steps_.hold_images(made.number);
     }
     return can;
 }

@@ -277,9 +277,11 @@ void CProgram::call(const Element& element, bool nested, Call* made)
         at.starts_with("line:") ? "line " + at.substr(5) : "id " + at + ", line " + std::to_string(element.place.line);
     made->memory = std::make_shared<Memory>();
     records_.start_call(made->number);
-    steps_.start_call(nested);
     for (const uint32_t id : std::exchange(dying_engines_, {}))
         steps_.end_engine(id);
+    for (const uint64_t scope : std::exchange(dying_scopes_, {}))
+        steps_.drop_images(scope);
+    steps_.start_call(nested);
     Memory& memory = *made->memory;
     memory.records.on_text = [this](const GSH_ShapePointer& shape, const Element& told)
     {

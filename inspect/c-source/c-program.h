@@ -73,6 +73,7 @@ private:
     {
         uint32_t place = 0;
         bool open = false;
+        std::vector<uint64_t> scopes;   // of its groups, by the numbers of the calls that began them
         std::vector<uint32_t> engines;  // of it and of its groups, the last one last; 0 for a group without one
     };
 
@@ -84,6 +85,7 @@ private:
     bool drawing_start(const reader::Element& element, Call& made);
     bool drawing_call(const reader::Element& element, Call& made);
     void group_start(const reader::Element& element, Call& made, CFields& fields);
+    void end_groups(Drawing& drawing, size_t left);
     void group_finish(const reader::Element& element, Drawing& drawing, Call& made);
     void paint(const reader::Element& element, Call& made, CFields& fields);
     void paint_and_stroke(const reader::Element& element, Call& made, CFields& fields);
@@ -140,6 +142,7 @@ private:
     std::map<uint32_t, Drawing> drawings_;
     std::map<uint32_t, uint32_t> resources_;
     std::vector<uint32_t> dying_engines_;  // whose scope the last call ended
+    std::vector<uint64_t> dying_scopes_;   // these scopes
     uint32_t document_places_ = 0;
     uint32_t drawing_places_ = 0;
     uint32_t resource_places_ = 0;

@@ -66,9 +66,24 @@ void CSteps::start_call(bool nested)
 {
     if (nested)
         return;
-    images_.clear();
+    constexpr size_t kMostPlaces = 4096;
+    std::erase_if(images_, [](const auto& one) { return one.second.scope == 0; });
     image_count_ = 0;
-    file_places_.clear();
+    for (const auto& [id, one] : images_)
+        image_count_ = std::max(image_count_, one.number);
+    if (images_.empty() || file_places_.size() > kMostPlaces)
+        file_places_.clear();
+}
+
+void CSteps::hold_images(uint64_t scope)
+{
+    for (auto& [id, one] : images_)
+        one.scope = one.scope == 0 ? scope : one.scope;
+}
+
+void CSteps::drop_images(uint64_t scope)
+{
+    std::erase_if(images_, [scope](const auto& one) { return one.second.scope == scope; });
 }
 
 uint32_t CSteps::bring_image(const Element& element, const GOP_OperandImagePointer* record)
@@ -78,7 +93,7 @@ uint32_t CSteps::bring_image(const Element& element, const GOP_OperandImagePoint
         return 0;
     const uint32_t number = ++image_count_;
     most_images_ = std::max(most_images_, image_count_);
-    images_[id] = {number, record, described(element), reader::read_bool(element, "imp_DirectImage") != 0};
+    images_[id] = {number, record, described(element), reader::read_bool(element, "imp_DirectImage") != 0, 0};
     return number;
 }
 

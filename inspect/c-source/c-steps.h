@@ -33,8 +33,11 @@ public:
     CSteps(const CSteps&) = delete;
     CSteps& operator=(const CSteps&) = delete;
 
-    // The images of earlier calls are gone, unless the call stands in another one.
+    // The images of earlier calls are gone, unless the call stands in another one or they are held.
     void start_call(bool nested);
+    // Those of the present call are held until that scope is dropped, which has a number of its own.
+    void hold_images(uint64_t scope);
+    void drop_images(uint64_t scope);
     // An image that the call brings: its element, and its record in the log. Gives the number by which the program
     // knows what the renderer gets; 0 for one whose callbacks aren't logged.
     uint32_t bring_image(const reader::Element& element, const GOP_OperandImagePointer* record);
@@ -84,6 +87,7 @@ private:
         const void* client = nullptr;  // tells the client's records apart
         std::string told;
         bool direct = false;
+        uint64_t scope = 0;  // until which it is held; 0: until the call ends
     };
 
     // Reads that follow one another and are alike.

@@ -107,6 +107,20 @@ TEST(ToolToC, MakesAPartAsTrimDoes)
     EXPECT_FALSE(std::filesystem::exists(folder.path("none.c")));
 }
 
+// A mask that is read behind its group's start, and comments behind calls from within callbacks.
+TEST(ToolToC, MakesWhatComesBehindItsCall)
+{
+    for (const char* name : {"late-mask.xml", "comments-within.xml"})
+    {
+        const std::string log = std::string(ORVLOG_SOURCE_DIR "/tests/expected/c-programs/") + name;
+        const ScratchFolder folder;
+        const ToolResult made = run_tool({"to-c", log, "-o", folder.path("job.c")});
+        EXPECT_EQ(made.status, 0) << made.err;
+        EXPECT_EQ(make_and_run(folder, kStatic), "") << name;
+        EXPECT_TRUE(read_file(folder.path("run/job.xml")) == read_file(log)) << name;
+    }
+}
+
 // The program as it is handed on. Its first comment has the version.
 TEST(ToolToC, MakesTheProgramsThatAreCompiledOnEachSystem)
 {
