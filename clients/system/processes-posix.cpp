@@ -100,6 +100,7 @@ bool ShellRun::start(const std::string& command, bool show_errors, const std::fu
         return false;
     setpgid(child, child);
     process_ = child;
+    group_ = child;
     return true;
 }
 
@@ -114,7 +115,7 @@ bool ShellRun::has_ended()
         return false;
     status_ = ended > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : kSignalStatus;
     // What the command has left running would go on for ever.
-    kill(-process, SIGKILL);
+    kill(static_cast<pid_t>(-group_), SIGKILL);
     return true;
 }
 
@@ -123,7 +124,7 @@ void ShellRun::stop()
     if (status_ >= 0 || process_ <= 0)
         return;
     const auto process = static_cast<pid_t>(process_);
-    kill(-process, SIGKILL);
+    kill(static_cast<pid_t>(-group_), SIGKILL);
     kill(process, SIGKILL);
     while (waitpid(process, nullptr, 0) < 0 && errno == EINTR)
         continue;

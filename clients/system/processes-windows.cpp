@@ -143,6 +143,12 @@ std::string name_of_exception(DWORD status)
     }
 }
 
+LONG WINAPI leave_by_exception(EXCEPTION_POINTERS* exception)
+{
+    TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
 void tell_end(DWORD status, ProcessEnd* end)
 {
     end->status = static_cast<int>(status);
@@ -205,6 +211,8 @@ bool WorkApart::run(const std::function<int()>& work, const std::function<bool()
 {
     if (is_apart_)
     {
+        // Without a debugger or a window: the other process tells of it.
+        SetUnhandledExceptionFilter(leave_by_exception);
         const int status = work();
         std::fflush(nullptr);
         _exit(status);

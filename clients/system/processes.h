@@ -45,7 +45,7 @@ public:
 private:
     void* block_ = nullptr;
     size_t size_;
-    intptr_t section_ = 0;
+    [[maybe_unused]] intptr_t section_ = 0;  // where a block is had by a handle
     bool is_apart_ = false;
 };
 

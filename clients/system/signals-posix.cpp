@@ -113,7 +113,7 @@ void note_folder(const std::string& folder)
     {
         if (place[0] != '\0' || folder.size() >= sizeof folders[0])
             continue;
-        std::strcpy(place, folder.c_str());
+        std::memcpy(place, folder.c_str(), folder.size() + 1);
         return;
     }
 }

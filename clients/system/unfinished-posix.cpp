@@ -51,7 +51,7 @@ void set_unfinished(const std::string& part)
 {
     if (part.size() >= sizeof unfinished)
         return;
-    std::strcpy(unfinished, part.c_str());
+    std::memcpy(unfinished, part.c_str(), part.size() + 1);
     if (!part.empty())
         wait_for_signals();
 }

@@ -15,7 +15,7 @@ namespace
 GFI_GlyphDesc* make_description(Arena& arena, size_t offset, size_t size, const Element* payload)
 {
     auto* block = static_cast<std::byte*>(arena.take(std::max(offset + size, sizeof(GFI_GlyphDescBitmap))));
-    if (payload != nullptr)
+    if (payload != nullptr && !payload->bytes.empty())
         std::memcpy(block + offset, payload->bytes.data(), std::min(size, payload->bytes.size()));
     return reinterpret_cast<GFI_GlyphDesc*>(block);
 }

@@ -32,9 +32,11 @@ bool has_part(const std::string& name)
     return !fs::exists(status) || fs::is_regular_file(status);
 }
 
-// Makes a file beside `name` that wasn't there, and tells its name. Null with errno set on failure.
+// Makes a file beside `name` that wasn't there, and tells its name. Null with errno set on failure. A signal finds no
+// file that isn't noted.
 std::FILE* open_part(const std::string& name, std::string* part)
 {
+    const system::SignalsHeld held;
     std::FILE* file = nullptr;
     for (int i = 1; file == nullptr && i <= 100; ++i)
     {
@@ -43,6 +45,10 @@ std::FILE* open_part(const std::string& name, std::string* part)
         if (file == nullptr && errno != EEXIST)
             break;
     }
+    const int reason = errno;
+    if (file != nullptr)
+        system::set_unfinished(*part);
+    errno = reason;
     return file;
 }
 
@@ -58,8 +64,6 @@ std::FILE* open_output(const std::string& name, std::string* part)
 Output::Output(const std::string& name) : name_(resolved(name)), file_(open_output(name_, &part_))
 {
     reason_ = file_ == nullptr ? errno : 0;
-    if (file_ != nullptr && !part_.empty())
-        system::set_unfinished(part_);
     ops_.gio_Write = [](const void* data, uint64_t item_size, uint64_t item_count, void* c) -> uint64_t
     { return static_cast<Output*>(c)->write(data, item_size * item_count) ? item_count : 0; };
     ops_.gio_Flush = [](void*) -> int32_t { return 0; };

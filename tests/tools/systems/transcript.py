@@ -2,13 +2,13 @@
 """Runs the command lines of a transcript, in a folder of their own, and holds what they write against it. The transcript
 is the same on each system.
 
-usage: transcript.py TRANSCRIPT ORVLOG [WRAPPER] [--write]
+usage: transcript.py TRANSCRIPT ORVLOG [WRAPPER] [--beside=FILE] [--write]
 
 A line that begins with "$ " is a command line for `orvlog`, with words in the manner of a POSIX shell, "< FILE" for the
 standard input and "> FILE" for the standard output; "$ sum FILE", "$ same FILE FILE", "$ copy FILE FILE", "$ cut FILE
 BYTES FILE" and "$ files FOLDER" are done here. Below it stands what comes of it: standard output, standard error with
-"! " in front, and the status if it isn't 0. WRAPPER runs programs of another system. --write puts what comes in the
-transcript's place.
+"! " in front, and the status if it isn't 0. WRAPPER runs programs of another system. FILE lies in the folder,
+too. --write puts what comes in the transcript's place.
 """
 
 import os
@@ -23,7 +23,8 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 EXPECTED = os.path.join(HERE, "..", "..", "expected")
 SECONDS = 120
 
-words = [word for word in sys.argv[1:] if word != "--write"]
+words = [word for word in sys.argv[1:] if not word.startswith("--")]
+beside = [os.path.abspath(word.split("=", 1)[1]) for word in sys.argv[1:] if word.startswith("--beside=")]
 transcript, program = os.path.abspath(words[0]), [os.path.abspath(word) for word in reversed(words[1:3])]
 with open(transcript, encoding="utf-8") as file:
     text = file.read()
@@ -95,6 +96,8 @@ with tempfile.TemporaryDirectory() as folder:
     for name in sorted(os.listdir(os.path.join(EXPECTED, "examples"))):
         shutil.copyfile(os.path.join(EXPECTED, "examples", name), os.path.join(folder, name))
     shutil.copyfile(os.path.join(EXPECTED, "every-call-transparent.xml"), os.path.join(folder, "calls.xml"))
+    for name in beside:
+        shutil.copyfile(name, os.path.join(folder, os.path.basename(name)))
     os.chdir(folder)
     for line, expected in blocks():
         came = run(line)
