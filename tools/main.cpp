@@ -127,7 +127,7 @@ int finish_output(int status)
 {
     if (status != EXIT_DONE || (std::fflush(stdout) == 0 && std::ferror(stdout) == 0))
         return status;
-    return fail(std::string("standard output: ") + std::strerror(errno));
+    return fail_to_print();
 }
 
 }  // namespace
@@ -141,6 +141,13 @@ void say(const std::string& message)
 {
     command_line::ProgressBar::clear();
     std::fprintf(stderr, "orvlog: %s\n", message.c_str());
+}
+
+// Not every system tells of a pipe that nobody reads what it is.
+int fail_to_print()
+{
+    const int reason = errno;
+    return fail(std::string("standard output: ") + std::strerror(system::is_reader_gone() ? EPIPE : reason));
 }
 
 int fail(const std::string& message)

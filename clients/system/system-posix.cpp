@@ -133,6 +133,11 @@ std::FILE* open_unnamed_file()
     return opened;
 }
 
+bool write_through(std::FILE* file)
+{
+    return fdatasync(fileno(file)) == 0;
+}
+
 bool seek(std::FILE* file, int64_t offset, int whence)
 {
     return fseeko(file, offset, whence) == 0;

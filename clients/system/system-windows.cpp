@@ -196,6 +196,11 @@ std::FILE* open_unnamed_file()
     return stream_of(handle, _O_BINARY | _O_NOINHERIT, "w+b");
 }
 
+bool write_through(std::FILE* file)
+{
+    return _commit(_fileno(file)) == 0;
+}
+
 bool seek(std::FILE* file, int64_t offset, int whence)
 {
     return _fseeki64(file, offset, whence) == 0;

@@ -57,6 +57,9 @@ std::string make_folder(const std::filesystem::path& beginning);
 // A file without a name in the folder for temporary files, for reading and writing; null on failure.
 std::FILE* open_unnamed_file();
 
+// What has been flushed is on the disk behind it.
+bool write_through(std::FILE* file);
+
 bool seek(std::FILE* file, int64_t offset, int whence);
 // -1 on failure.
 int64_t tell(std::FILE* file);

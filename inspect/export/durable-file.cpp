@@ -1,6 +1,6 @@
 #include "inspect/export/durable-file.h"
 
-#include <unistd.h>
+#include "clients/system/system.h"
 
 #include <cerrno>
 #include <cstring>
@@ -10,7 +10,7 @@ namespace orvlog::inspect
 {
 
 DurableFile::DurableFile(const std::filesystem::path& path)
-    : name_(path.string()), file_(std::fopen(path.c_str(), "ab"))
+    : name_(path.string()), file_(std::fopen(name_.c_str(), "ab"))
 {
     if (file_ == nullptr)
         fail();
@@ -35,7 +35,7 @@ void DurableFile::append(std::string_view bytes)
 
 void DurableFile::sync()
 {
-    if (std::fflush(file_) != 0 || fdatasync(fileno(file_)) != 0)
+    if (std::fflush(file_) != 0 || !system::write_through(file_))
         fail();
 }
 

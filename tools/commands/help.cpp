@@ -36,7 +36,7 @@ int print(const std::string& text)
 {
     std::fputs(text.c_str(), stdout);
     if (std::fflush(stdout) != 0)
-        return fail(std::string("standard output: ") + std::strerror(errno));
+        return fail_to_print();
     return EXIT_DONE;
 }
 

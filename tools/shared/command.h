@@ -54,6 +54,8 @@ std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run);
 
 // Writes "orvlog: " and the message as one line on standard error, and gives EXIT_FAILED.
 int fail(const std::string& message);
+// The same for a standard output that took not all, with the error variable's reason.
+int fail_to_print();
 // The same for what doesn't end the command, or ends it with another status.
 void say(const std::string& message);
 

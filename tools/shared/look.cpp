@@ -83,7 +83,7 @@ bool put(std::string_view text)
 int finish_output(int status)
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        return fail(std::string("standard output: ") + std::strerror(errno));
+        return fail_to_print();
     return status;
 }
 
