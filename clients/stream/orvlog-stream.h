@@ -35,7 +35,8 @@ typedef struct ORVLOG_StreamReport
 /// can't reserve get a stream that writes each print as orvlog_open_file_stream does.
 ///
 /// Whoever cuts the file meanwhile ends the process that writes it.
-/// \param path  the file, UTF-8; it is made or begun anew. /dev/stdout, on Windows \\.\STDOUT, is the standard output
+/// \param path  the file, UTF-8; it is made or begun anew. `/dev/stdout`, on Windows `\\.\STDOUT`, is the standard
+///     output
 /// \return the stream, which is closed by orvlog_stream_close; or null with errno set if the file can't be opened:
 ///     EBUSY while another of these streams writes it
 GIO_Stream* orvlog_open_mapped_stream(const char* path);
