@@ -144,7 +144,9 @@ TEST_F(Kept, KeptAgainFromWithinTheKeepIsNamedInTheLog)
     ORVLOG_EndImageCall(record, kept);
     record->imp_ImageReleaseFn(record);
     record = nullptr;
-    EXPECT_EQ(folder.read(kName), R"(<GOP_ImageKeepFn Id="10" return="TRUE">
+    std::string text = folder.read(kName);
+    std::erase(text, '\r');
+    EXPECT_EQ(text, R"(<GOP_ImageKeepFn Id="10" return="TRUE">
 </GOP_ImageKeepFn>
 <GOP_ImageReleaseFn Id="10">
 </GOP_ImageReleaseFn>
