@@ -143,11 +143,11 @@ void say(const std::string& message)
     std::fprintf(stderr, "orvlog: %s\n", message.c_str());
 }
 
-// Not every system tells of a pipe that nobody reads what it is.
+// The C library of Windows says of a pipe that nobody reads that the write makes no sense.
 int fail_to_print()
 {
-    const int reason = errno;
-    return fail(std::string("standard output: ") + std::strerror(system::is_reader_gone() ? EPIPE : reason));
+    const bool gone = errno == EINVAL && system::is_pipe(system::Stream::output);
+    return fail(std::string("standard output: ") + std::strerror(gone ? EPIPE : errno));
 }
 
 int fail(const std::string& message)

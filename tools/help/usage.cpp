@@ -140,6 +140,8 @@ std::unique_ptr<CLI::App> make_parser(const Command& command, Run& run)
 {
     auto app = std::make_unique<CLI::App>(command.summary, std::string("orvlog ") + command.name);
     app->set_help_flag("-h,--help", "show this text");
+    // A word that begins with a slash is a path on each system.
+    app->allow_windows_style_options(false);
     run = command.declare(*app);
     return app;
 }
