@@ -1,19 +1,17 @@
 // Logs that are played as they were logged, whatever they say: nothing is called that isn't there any more, and all
 // memory is given back. Behind a line "====" comes what the logs of kept images hold.
 
-#include "clients/replay/as-logged.h"
 #include "clients/replay/replay.h"
 #include "clients/stream/file-stream.h"
 #include "clients/stream/malloc-allocator.h"
 #include "clients/stream/random-identity.h"
 #include "fuzz/fuzz.h"
-#include "orvlog/interface/orvlog-session-options.h"
+#include "tests/clients/replay/session-as-logged.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -67,20 +65,6 @@ private:
 
 constexpr std::array<uint8_t, 16> kNumber = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
-struct Comments
-{
-    void print(const char* format, ...) const
-    {
-        va_list args;
-        va_start(args, format);
-        function(context, format, args);
-        va_end(args);
-    }
-
-    orvlog_comment_fn_type function = nullptr;
-    void* context = nullptr;
-};
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -101,23 +85,11 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         const auto stream = client_stream::FileStream::open("/dev/null", "wb");
         const client_stream::RandomIdentity identity(kNumber);
         ORV_Interface table{};
-        Comments comments;
-        ORVLOG_SessionOptions session{};
-        session.interface_out = &table;
-        session.interface_in = as_logged.renderer.interface();
+        test::Comments comments;
+        ORVLOG_SessionOptions session = test::session_as_logged(kind, &as_logged, &table, &comments);
         session.allocator = memory.allocator();
         session.identity = identity.source();
         session.log_stream = stream->stream();
-        session.ticket_functions = replay::ReplayTickets::functions();
-        session.ticket_serial_functions = replay::ReplayTickets::serial_functions();
-        session.comment_fn_out = &comments.function;
-        session.comment_ctx_out = &comments.context;
-        session.mode = kind.base_mode ? ORVLOG_MODE_BASE : ORVLOG_MODE_TRANSPARENT;
-        session.base_content = kind.base_content ? 1 : 0;
-        session.via_temporary_log = 1;
-        session.image_dump_flag = kind.image_attributes ? 1 : 0;
-        session.glyph_fixed_format = kind.fixed_formats ? 1 : 0;
-        session.glyph_get_format = kind.glyph_get_type;
         if (orvlog_create_session_with(&session) == 0)
             return 0;
         replay::Options options;

@@ -1,15 +1,13 @@
 #include "tests/clients/replay/played-again.h"
 
-#include "clients/replay/as-logged.h"
 #include "clients/replay/replay.h"
-#include "orvlog/interface/orvlog-session-options.h"
+#include "tests/clients/replay/session-as-logged.h"
 #include "tests/support/fake-identity.h"
 #include "tests/support/memory-stream.h"
 #include "tests/support/test-allocator.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -20,26 +18,7 @@
 namespace orvlog::test
 {
 
-namespace
-{
-
 namespace fs = std::filesystem;
-
-struct Comments
-{
-    void print(const char* format, ...)
-    {
-        va_list args;
-        va_start(args, format);
-        function(context, format, args);
-        va_end(args);
-    }
-
-    orvlog_comment_fn_type function = nullptr;
-    void* context = nullptr;
-};
-
-}  // namespace
 
 Files files_here()
 {
@@ -79,23 +58,11 @@ std::string play_again(const std::string& log, const std::string& folder, bool s
     FakeIdentity identity;
     ORV_Interface table{};
     Comments comments;
-    ORVLOG_SessionOptions session{};
-    session.interface_out = &table;
-    session.interface_in = as_logged.renderer.interface();
+    ORVLOG_SessionOptions session = session_as_logged(kind, &as_logged, &table, &comments);
     session.allocator = allocator.get();
     session.identity = identity.get();
     session.log_stream = stream.get();
     session.file_prefix = side_files ? "side" : nullptr;
-    session.ticket_functions = replay::ReplayTickets::functions();
-    session.ticket_serial_functions = replay::ReplayTickets::serial_functions();
-    session.comment_fn_out = &comments.function;
-    session.comment_ctx_out = &comments.context;
-    session.mode = kind.base_mode ? ORVLOG_MODE_BASE : ORVLOG_MODE_TRANSPARENT;
-    session.base_content = kind.base_content ? 1 : 0;
-    session.via_temporary_log = kind.script.merged ? 1 : 0;
-    session.image_dump_flag = kind.image_attributes ? 1 : 0;
-    session.glyph_fixed_format = kind.fixed_formats ? 1 : 0;
-    session.glyph_get_format = kind.glyph_get_type;
     EXPECT_EQ(orvlog_create_session_with(&session), 1U);
     replay::Options options;
     options.files = reader::LogFiles(folder + "/log.xml");
